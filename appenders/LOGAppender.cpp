@@ -1,0 +1,3 @@
+#include "appenders/LOGAppender.h"
+
+LOGAppender::~LOGAppender() = default;

@@ -1,0 +1,3 @@
+#include "appenders/LOGAppenderAttachable.h"
+
+LOGAppenderAttachable::~LOGAppenderAttachable() = default;

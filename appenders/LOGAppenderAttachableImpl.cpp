@@ -1,0 +1,171 @@
+#include "appenders/LOGAppenderAttachableImpl.h"
+
+#include "appenders/LOGAppenderSkeleton.h"
+#include "core/LOGFailures.h"
+#include "core/LOGHashtable.h"
+#include "platform/ZEBAssertError.h"
+
+namespace {
+
+constexpr const char* SOURCE = "LOGAppenderAttachableImpl";
+
+}  // namespace
+
+LOGAppenderAttachableImpl::Walk::Walk(LOGAppenderAttachableImpl& list)
+    : m_list(list), m_next(list.m_appenderList.begin()), m_outer(list.m_innermostWalk) {
+  m_list.m_innermostWalk = this;
+}
+
+LOGAppenderAttachableImpl::Walk::~Walk() { m_list.m_innermostWalk = m_outer; }
+
+LOGAppenderSkeleton* LOGAppenderAttachableImpl::Walk::next() {
+  if (m_next.atEnd()) {
+    return nullptr;
+  }
+  LOGAppenderSkeleton* const appender = *m_next;
+  ++m_next;
+  return appender;
+}
+
+void LOGAppenderAttachableImpl::Walk::leave(Position position) {
+  if (m_next == position) {
+    ++m_next;
+  }
+}
+
+LOGAppenderAttachableImpl::LOGAppenderAttachableImpl() : m_iterator(m_appenderList.begin()) {}
+
+LOGAppenderAttachableImpl::LOGAppenderAttachableImpl(const LOGAppenderAttachableImpl& other)
+    : LOGAppenderAttachable(other),
+      LOGMutex(other),
+      m_appenderList(other.m_appenderList),
+      m_iterator(m_appenderList.begin()) {}
+
+LOGAppenderAttachableImpl& LOGAppenderAttachableImpl::operator=(
+    const LOGAppenderAttachableImpl& other) {
+  if (this != &other) {
+    clear();
+    for (LOGAppenderSkeleton* const appender : other.m_appenderList) {
+      add(appender);
+    }
+  }
+  return *this;
+}
+
+LOGAppenderAttachableImpl::~LOGAppenderAttachableImpl() = default;
+
+void LOGAppenderAttachableImpl::add(LOGAppenderSkeleton* appender) {
+  const std::lock_guard<std::mutex> guard(m_access);
+  m_appenderList.add(appender);
+}
+
+void LOGAppenderAttachableImpl::remove(Position position) {
+  for (Walk* walk = m_innermostWalk; walk != nullptr; walk = walk->m_outer) {
+    walk->leave(position);
+  }
+  const std::lock_guard<std::mutex> guard(m_access);
+  m_appenderList.remove(position);
+  m_iterator = m_appenderList.begin();
+}
+
+void LOGAppenderAttachableImpl::clear() {
+  while (!m_appenderList.isEmpty()) {
+    remove(m_appenderList.begin());
+  }
+}
+
+void LOGAppenderAttachableImpl::addAppender(LOGAppenderSkeleton* newAppender) {
+  ZEB_ASSERT(newAppender, SOURCE, 66);
+  for (LOGAppenderSkeleton* const appender : m_appenderList) {
+    if ((*appender == *newAppender) != 0) {
+      return;
+    }
+  }
+  add(newAppender);
+}
+
+ZEBListIterator<LOGAppenderSkeleton*> LOGAppenderAttachableImpl::getAllAppenders() {
+  m_iterator = m_appenderList.begin();
+  return m_iterator;
+}
+
+LOGAppenderSkeleton* LOGAppenderAttachableImpl::getAppender(const I18NString& name) {
+  for (LOGAppenderSkeleton* const appender : m_appenderList) {
+    if (appender->getName() == name) {
+      return appender;
+    }
+  }
+  return nullptr;
+}
+
+int LOGAppenderAttachableImpl::isAttached(LOGAppenderSkeleton* appender) {
+  std::vector<LOGAppenderSkeleton*> attached;
+  {
+    const std::lock_guard<std::mutex> guard(m_access);
+    attached.assign(m_appenderList.begin(), m_appenderList.end());
+  }
+  if (attached.empty()) {
+    return 0;
+  }
+  ZEB_ASSERT(appender, SOURCE, 115);
+  for (const LOGAppenderSkeleton* const candidate : attached) {
+    if ((*candidate == *appender) != 0) {
+      return 1;
+    }
+  }
+  return 0;
+}
+
+void LOGAppenderAttachableImpl::removeAllAppenders() { removeAllAppenders(nullptr); }
+
+void LOGAppenderAttachableImpl::removeAllAppenders(LOGHashtable* appenderBag) {
+  forEach([appenderBag](LOGAppenderSkeleton& appender) {
+    appender.close();
+    if (appenderBag != nullptr &&
+        appenderBag->get(appender.getName()) == static_cast<LOGObject*>(&appender)) {
+      appender.markAsStale();
+    }
+  });
+  clear();
+}
+
+void LOGAppenderAttachableImpl::removeAppender(const I18NString& name) {
+  for (Position position = m_appenderList.begin(); !position.atEnd(); ++position) {
+    if ((*position)->getName() == name) {
+      remove(position);
+      return;
+    }
+  }
+}
+
+void LOGAppenderAttachableImpl::removeAppender(LOGAppenderSkeleton* appender) {
+  if (m_appenderList.isEmpty()) {
+    return;
+  }
+  ZEB_ASSERT(appender, SOURCE, 162);
+  for (Position position = m_appenderList.begin(); !position.atEnd();) {
+    const Position current = position;
+    ++position;
+    if ((**current == *appender) != 0) {
+      remove(current);
+    }
+  }
+}
+
+void LOGAppenderAttachableImpl::activate(LOGAppenderSkeleton& appender) {
+  // The program that logs has nothing to do with an appender that cannot be activated, and neither
+  // have the other appenders.
+  logContainingFailures(LOGFailureTexts::same("LOGAppenderAttachableImpl::appendLoopOnAppenders -- "
+                                              "activateOptions failed"),
+                        [&] { appender.activateOptions(); });
+}
+
+int LOGAppenderAttachableImpl::appendLoopOnAppenders(LOGLoggingEvent* event) {
+  // Appenders are activated before every event, on purpose: an appender whose file could not be
+  // opened gets another chance with each.
+  forEach([&](LOGAppenderSkeleton& appender) {
+    activate(appender);
+    appender.doAppend(event);
+  });
+  return static_cast<int>(m_appenderList.size());
+}

@@ -1,0 +1,180 @@
+#include "appenders/LOGAppenderSkeleton.h"
+
+#include <utility>
+
+#include "core/LOGFailures.h"
+#include "core/LOGLevel.h"
+#include "core/LOGLoggingEvent.h"
+#include "filters/LOGFilter.h"
+#include "layouts/LOGLayout.h"
+#include "platform/ZEBAssertError.h"
+#include "platform/ZEBThreadGuard.h"
+
+namespace {
+
+constexpr const char* SOURCE = "LOGAppenderSkeleton";
+
+}  // namespace
+
+LOGAppenderSkeleton::LOGAppenderSkeleton() { instance(SOURCE); }
+
+LOGAppenderSkeleton::LOGAppenderSkeleton(const LOGAppenderSkeleton& other)
+    : LOGMutex(other),
+      LOGAppender(other),
+      LOGObject(other),
+      m_name(other.m_name),
+      m_closed(other.m_closed.load()),
+      m_tailFilter(other.m_tailFilter.load()),
+      m_headFilter(other.m_headFilter.load()),
+      m_errorHandler(other.cloneOfErrorHandler()),
+      m_layout(other.m_layout.load()),
+      m_threshold(other.m_threshold.load()),
+      m_stale(other.m_stale.load()) {}
+
+LOGAppenderSkeleton& LOGAppenderSkeleton::operator=(const LOGAppenderSkeleton& other) {
+  if (this != &other) {
+    m_errorHandler = other.cloneOfErrorHandler();
+    LOGObject::operator=(other);
+    m_name = other.m_name;
+    m_closed = other.m_closed.load();
+    m_tailFilter = other.m_tailFilter.load();
+    m_headFilter = other.m_headFilter.load();
+    m_layout = other.m_layout.load();
+    m_threshold = other.m_threshold.load();
+    m_stale = other.m_stale.load();
+  }
+  return *this;
+}
+
+LOGAppenderSkeleton::~LOGAppenderSkeleton() = default;
+
+std::unique_ptr<LOGErrorHandler> LOGAppenderSkeleton::cloneOfErrorHandler() const {
+  return std::unique_ptr<LOGErrorHandler>(
+      m_errorHandler == nullptr ? nullptr : static_cast<LOGErrorHandler*>(m_errorHandler->clone()));
+}
+
+void LOGAppenderSkeleton::activateOptions() {}
+
+void LOGAppenderSkeleton::append(LOGLoggingEvent*) {}
+
+void LOGAppenderSkeleton::close() {}
+
+void LOGAppenderSkeleton::finalize() {
+  if (m_closed != 1) {
+    close();
+  }
+}
+
+void LOGAppenderSkeleton::reportClosed() const {
+  LOGLogLog::error("Attempted to append to closed appender named [" + m_name + "].");
+}
+
+void LOGAppenderSkeleton::doAppend(LOGLoggingEvent* event) {
+  if (m_closed == 1) {
+    reportClosed();
+    return;
+  }
+  ZEB_ASSERT(event, SOURCE, 203);
+  constexpr LOGFailureTexts TEXTS{"LOGAppenderSkeleton::doAppend -- RunTime Error in I18NString",
+                                  "LOGAppenderSkeleton::doAppend -- ZEB Exception occured",
+                                  "LOGAppenderSkeleton::doAppend -- An Exception occured"};
+  logReportingFailures(TEXTS, [&] {
+    const ZEBThreadGuard guard(getCriticalSection());
+    if (m_closed == 1) {
+      reportClosed();
+    } else if (isAsSevereAsThreshold(event->getLevel()) != 0 && filtersLetPass(event)) {
+      append(event);
+    }
+  });
+}
+
+bool LOGAppenderSkeleton::filtersLetPass(LOGLoggingEvent* event) const {
+  LOGFilter* filter = m_headFilter;
+  while (filter != nullptr) {
+    const int decision = filter->decide(event);
+    if (decision == LOGFilter::m_DENY) {
+      return false;
+    }
+    if (decision == LOGFilter::m_ACCEPT) {
+      return true;
+    }
+    // A filter that answers with none of the three constants is asked again, for ever: there is no
+    // default, on purpose.
+    if (decision == LOGFilter::m_NEUTRAL) {
+      filter = filter->next;
+    }
+  }
+  return true;
+}
+
+int LOGAppenderSkeleton::isAsSevereAsThreshold(const LOGLevel* level) const {
+  const LOGLevel* const threshold = m_threshold;
+  if (threshold == nullptr) {
+    return 1;
+  }
+  return threshold->isGreaterOrEqual(level);
+}
+
+void LOGAppenderSkeleton::addFilter(LOGFilter* newFilter) {
+  if (m_headFilter == nullptr) {
+    m_tailFilter = newFilter;
+    m_headFilter = newFilter;
+    return;
+  }
+  ZEB_ASSERT(m_tailFilter, SOURCE, 162);
+  m_tailFilter.load()->next = newFilter;
+  m_tailFilter = newFilter;
+}
+
+void LOGAppenderSkeleton::clearFilters() {
+  m_headFilter = nullptr;
+  m_tailFilter = nullptr;
+}
+
+void LOGAppenderSkeleton::setErrorHandler(LOGErrorHandler* errorHandler) {
+  logReportingFailures(
+      LOGFailureTexts::same("LOGAppenderSkeleton::setErrorHandler -- unable to lock mutex"), [&] {
+        const ZEBThreadGuard guard(getCriticalSection());
+        if (errorHandler != nullptr && errorHandler != m_errorHandler.get()) {
+          m_errorHandler.reset(errorHandler);
+        }
+      });
+}
+
+void LOGAppenderSkeleton::setLayout(LOGLayout* layout) {
+  if (layout != nullptr) {
+    m_layout = layout;
+  }
+}
+
+int LOGAppenderSkeleton::requiresLayout() { return 0; }
+
+LOGObject* LOGAppenderSkeleton::clone() const {
+  ZEBAssertError::fail(
+      "ZEB_ASSERT_NAMED(FALSE, \"Unable to clone LOGAppenderSkeleton + derived objects.\");",
+      SOURCE, 336);
+}
+
+int LOGAppenderSkeleton::operator==(const LOGAppenderSkeleton& other) const {
+  const bool sameErrorHandler = m_errorHandler == other.m_errorHandler ||
+                                (m_errorHandler != nullptr && other.m_errorHandler != nullptr &&
+                                 m_errorHandler->LOGObject::operator==(*other.m_errorHandler) != 0);
+  return LOGObject::operator==(other) != 0 && m_name == other.m_name &&
+                 m_closed == other.m_closed && m_layout == other.m_layout &&
+                 m_headFilter == other.m_headFilter && m_tailFilter == other.m_tailFilter &&
+                 m_threshold == other.m_threshold && sameErrorHandler
+             ? 1
+             : 0;
+}
+
+int LOGAppenderSkeleton::operator==(const LOGObject& other) const {
+  const auto* const appender = dynamic_cast<const LOGAppenderSkeleton*>(&other);
+  return appender != nullptr && *this == *appender ? 1 : 0;
+}
+
+int LOGAppenderSkeleton::operator!=(const LOGObject& other) const { return *this == other ? 0 : 1; }
+
+I18NString LOGAppenderSkeleton::format(LOGLayout& layout, LOGLoggingEvent* event) {
+  const ZEBThreadGuard guard(layout.getCriticalSection());
+  return layout.format(event);
+}

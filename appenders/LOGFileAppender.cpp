@@ -1,0 +1,211 @@
+#include "appenders/LOGFileAppender.h"
+
+#include <utility>
+
+#include "appenders/LOGQuietWriter.h"
+#include "core/LOGFailures.h"
+#include "layouts/LOGLayout.h"
+#include "platform/ZEBAssertError.h"
+#include "platform/ZEBConfigurationFactory.h"
+#include "platform/ZEBFmDir.h"
+#include "platform/ZEBThreadGuard.h"
+#include "platform/ZEBTranslate.h"
+
+namespace {
+
+constexpr const char* SOURCE = "LOGFileAppender";
+
+}  // namespace
+
+LOGFileAppender::LOGFileAppender() {
+  instance(SOURCE);
+  m_closed = 1;
+}
+
+LOGFileAppender::LOGFileAppender(LOGLayout* layout, const I18NString& name, int append,
+                                 int bufferedSwitch, int size)
+    : LOGFileAppender() {
+  setLayout(layout);
+  LOGFileAppender::setFile(name, append, bufferedSwitch, size);
+}
+
+LOGFileAppender::LOGFileAppender(LOGLayout* layout, const I18NString& name, int append)
+    : LOGFileAppender(layout, name, append, 0, DEFAULT_BUFFER_SIZE) {}
+
+LOGFileAppender::LOGFileAppender(LOGLayout* layout, const I18NString& name)
+    : LOGFileAppender(layout, name, 1) {}
+
+LOGFileAppender::LOGFileAppender(const LOGFileAppender& other)
+    : LOGWriterAppender(other),
+      fileAppend(other.m_configuredAppend),
+      fileName(other.fileName),
+      bufferedIO(other.bufferedIO),
+      bufferSize(other.bufferSize),
+      m_configuredAppend(other.m_configuredAppend) {
+  m_closed = 1;
+}
+
+LOGFileAppender::~LOGFileAppender() {
+  delete m_qw;
+  m_qw = nullptr;
+}
+
+void LOGFileAppender::activateOptions() {
+  if (!mayOpenByItself()) {
+    return;
+  }
+  const ZEBThreadGuard guard(getCriticalSection());
+  if (mayOpenByItself() && !fileName.isEmpty()) {
+    setFile(fileName, m_configuredAppend, bufferedIO, bufferSize);
+  }
+}
+
+void LOGFileAppender::setFile(const I18NString& name) { fileName = name; }
+
+void LOGFileAppender::setFile(const I18NString& name, int append, int bufferedSwitch, int size) {
+  constexpr LOGFailureTexts TEXTS{
+      "LOGFileAppender::setFileOptions -- some i18nstring exception occurred",
+      "LOGFileAppender::setFileOptions -- some ZEBThrowable exception occurred",
+      "LOGFileAppender::setFileOptions -- generic exception happened"};
+  openReporting(TEXTS, name, append, bufferedSwitch, size);
+}
+
+void LOGFileAppender::openReporting(const LOGFailureTexts& texts, const I18NString& name,
+                                    int append, int bufferedSwitch, int size) {
+  if (m_closed == 0) {
+    return;
+  }
+  logReportingFailures(texts, [&] {
+    const ZEBThreadGuard guard(getCriticalSection());
+    if (m_closed != 0) {
+      if (m_closeRequested.exchange(false)) {
+        m_absoluteName.clear();  // a new beginning, perhaps from another working directory
+      }
+      m_configuredAppend = append;
+      setFileOptions(name, append, bufferedSwitch, size);
+    }
+  });
+}
+
+void LOGFileAppender::setAppend(int append) {
+  fileAppend = append;
+  m_configuredAppend = append;
+}
+
+void LOGFileAppender::setBufferedIO(int value) {
+  bufferedIO = value;
+  if (value == 1) {
+    setImmediateFlush(0);
+  }
+}
+
+int LOGFileAppender::checkEntryConditions() { return m_closed != 1 && m_qw != nullptr ? 1 : 0; }
+
+void LOGFileAppender::subappend(LOGLoggingEvent* event) {
+  if (m_fileOpened == 0) {
+    return;
+  }
+  ZEB_ASSERT(m_qw, SOURCE, __LINE__);
+  if (layout() == nullptr) {
+    return;
+  }
+  const I18NString text = format(*layout(), event);
+  if (checkEntryConditions() == 0) {
+    return;  // rendering the message has closed this appender
+  }
+  m_qw->write(m_file.get(), text);
+  if (immediateFlush == 1) {
+    m_qw->flush(m_file.get());
+  }
+}
+
+void LOGFileAppender::replaceWriter(LOGQuietWriter* writer) { delete std::exchange(m_qw, writer); }
+
+void LOGFileAppender::setQWForFiles() {
+  replaceWriter(
+      zebTranslate(SOURCE, __LINE__, [this] { return new LOGQuietWriter(nullptr, m_file.get()); }));
+}
+
+void LOGFileAppender::closeFile() {
+  if (m_qw != nullptr && m_file != nullptr) {
+    m_qw->close(m_file.get());
+  }
+  m_closed = 1;
+}
+
+void LOGFileAppender::resetWriter() {
+  closeFile();
+  fileName.clear();
+  LOGWriterAppender::resetWriter();
+}
+
+void LOGFileAppender::setFileOptions(const I18NString& name, int append, int bufferedSwitch,
+                                     int size) {
+  if (m_closed != 0) {
+    open(SOURCE, name, append, bufferedSwitch, size);
+  }
+}
+
+LOGFileAppender::OpenResult LOGFileAppender::open(const char* className, const I18NString& name,
+                                                  int append, int bufferedSwitch, int size) {
+  const I18NString requested = name;  // `name` may be this object's own, which is emptied
+  instance(className);
+  if (bufferedSwitch == 1) {
+    setImmediateFlush(0);
+  }
+  try {
+    resetWriter();
+    const OpenResult result = openRemembered(requested, append, bufferedSwitch, size);
+    if (result != OpenResult::Opened) {
+      m_closed = 1;
+      m_fileOpened = 0;
+    }
+    return result;
+  } catch (...) {
+    m_closed = 1;
+    m_fileOpened = 0;
+    fileName = requested;
+    throw;
+  }
+}
+
+void LOGFileAppender::remember(const I18NString& name) {
+  if (m_absoluteName.isEmpty() || m_absoluteNameSource != name) {
+    m_absoluteName = ZEBFmDir::absolutePath(name);
+    m_absoluteNameSource = name;
+  }
+}
+
+LOGFileAppender::OpenResult LOGFileAppender::openRemembered(const I18NString& name, int append,
+                                                            int bufferedSwitch, int size) {
+  fileName = ZEBConfigurationFactory::getInstance()->resolvePath(name);
+  fileAppend = append;
+  bufferedIO = bufferedSwitch;
+  bufferSize = size;
+  remember(fileName);
+  const I18NString directory = ZEBFmDir::splitPath(fileName).first;
+  const I18NString absoluteDirectory = ZEBFmDir::splitPath(m_absoluteName).first;
+  if (!directory.isEmpty() && ZEBFmDir::exists(absoluteDirectory, ZEBFmDir::DIRECTORY) == 0) {
+    LOGLogLog::debug(instanceOf() + "::setFile -- " + directory + " directory does not exist");
+    return OpenResult::NoDirectory;
+  }
+  if (m_file == nullptr) {
+    m_file = std::make_unique<ZEBFmFile>();
+  }
+  const int mode = append == 1 ? ZEBFmFile::APPEND : ZEBFmFile::TRUNCATE;
+  if (m_file->open(m_absoluteName, mode) == 0 &&
+      m_file->open(m_absoluteName, ZEBFmFile::WRITE) == 0) {
+    return OpenResult::NotOpened;
+  }
+  if (bufferedSwitch == 1 && size > 0) {
+    m_file->setBufferSize(static_cast<std::size_t>(size));
+  }
+  m_fileOpened = 1;
+  setQWForFiles();
+  m_closed = 0;
+  writeHeader();
+  if (m_qw != nullptr) {
+    m_qw->flush(m_file.get());
+  }
+  return OpenResult::Opened;
+}

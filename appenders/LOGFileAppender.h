@@ -1,0 +1,96 @@
+#ifndef APPENDERS_LOGFILEAPPENDER_H
+#define APPENDERS_LOGFILEAPPENDER_H
+
+#include <memory>
+
+#include "appenders/LOGWriterAppender.h"
+#include "platform/ZEBFmFile.h"
+
+/// Appends formatted events to a file, which other threads and processes may share: each event is
+/// one record, whole in the file, and with the operating system when the log call returns. With
+/// buffered output the last records wait in memory instead, and survive only a normal end of the
+/// process.
+///
+/// A file that cannot be opened is tried again with every event, which is lost each time. A name
+/// without directory is taken from the working directory of the moment of opening.
+class LOG4ZEB_EXPORT LOGFileAppender : public LOGWriterAppender {
+ public:
+  static constexpr int DEFAULT_BUFFER_SIZE = 8192;
+
+  /// Closed, until a name was set and options are activated.
+  LOGFileAppender();
+  /// Opens the file at once. The layout is not owned.
+  LOGFileAppender(LOGLayout* layout, const I18NString& name, int append, int bufferedSwitch,
+                  int size);
+  LOGFileAppender(LOGLayout* layout, const I18NString& name, int append);
+  LOGFileAppender(LOGLayout* layout, const I18NString& name);
+  /// Copies the options; the copy is closed and has no file.
+  LOGFileAppender(const LOGFileAppender& other);
+  LOGFileAppender& operator=(const LOGFileAppender&) = delete;
+  /// Closes the file.
+  ~LOGFileAppender() override;
+
+  /// Opens the file unless it is open, no name is set, or the appender was closed for good. Takes
+  /// the appender's lock.
+  void activateOptions() override;
+
+  /// Stores the name; the file is opened later.
+  void setFile(const I18NString& name);
+  /// Opens the file, truncated unless `append` is 1, in buffered mode when `bufferedIO` is 1. On an
+  /// open appender it does nothing. What goes wrong is reported; a missing directory only as a
+  /// debug note. Takes the appender's lock.
+  virtual void setFile(const I18NString& name, int append, int bufferedSwitch, int size);
+
+  /// The name as given, resolved by the host's configuration; empty after closing.
+  const I18NString& getFile() const { return fileName; }
+  /// 1 when the file was last opened for appending, or will be.
+  int getAppend() const { return fileAppend; }
+  void setAppend(int append);
+  int getBufferedIO() const { return bufferedIO; }
+  /// 1 also switches flushing after every event off. Takes effect when the file is opened.
+  void setBufferedIO(int value);
+  /// Bytes.
+  int getBufferSize() const { return bufferSize; }
+  void setBufferSize(int size) { bufferSize = size; }
+
+ protected:
+  int checkEntryConditions() override;
+  void subappend(LOGLoggingEvent* event) override;
+  void resetWriter() override;
+  /// Puts a writer for m_file in place of the one there.
+  virtual void setQWForFiles();
+  /// Opens the file under the appender's lock; acts only while the appender is closed.
+  virtual void setFileOptions(const I18NString& name, int append, int bufferedSwitch, int size);
+  /// Closes the file and marks the appender closed; name and writer stay.
+  void closeFile();
+
+  enum class OpenResult { Opened, NoDirectory, NotOpened };
+  /// The steps of setFileOptions() for an appender of the named class. When it throws, the appender
+  /// is closed and has `name` as its name, so that the next event tries again.
+  OpenResult open(const char* className, const I18NString& name, int append, int bufferedSwitch,
+                  int size);
+  /// Replaces the writer and deletes the one before.
+  void replaceWriter(LOGQuietWriter* writer);
+  /// setFile() with four arguments; `texts` are what is reported of setFileOptions().
+  void openReporting(const struct LOGFailureTexts& texts, const I18NString& name, int append,
+                     int bufferedSwitch, int size);
+
+  // All guarded by the appender's lock once the appender is in use.
+  int fileAppend = 1;
+  I18NString fileName;
+  int bufferedIO = 0;
+  int bufferSize = DEFAULT_BUFFER_SIZE;
+  std::unique_ptr<ZEBFmFile> m_file;
+  /// The file's name from the root, kept from the first opening to close(), so that the program may
+  /// change its working directory meanwhile.
+  I18NString m_absoluteName;
+
+ private:
+  void remember(const I18NString& name);
+  OpenResult openRemembered(const I18NString& name, int append, int bufferedSwitch, int size);
+
+  int m_configuredAppend = 1;       // what fileAppend was before a rollover
+  I18NString m_absoluteNameSource;  // the name that m_absoluteName was made from
+};
+
+#endif

@@ -1,0 +1,107 @@
+#include "appenders/LOGQuietWriter.h"
+
+#include <string>
+#include <string_view>
+
+#include "appenders/LOGWriter.h"
+#include "platform/ZEBAssertError.h"
+#include "platform/ZEBFmFile.h"
+#include "platform/ZEBSystemError.h"
+#include "platform/ZEBThreadRWGuard.h"
+
+namespace {
+
+constexpr const char* SOURCE = "LOGQuietWriter";
+
+}  // namespace
+
+LOGQuietWriter::LOGQuietWriter(LOGErrorHandler* eh, ZEBFmFile* file)
+    : errorHandler(eh), writer(nullptr) {
+  setFile(file);
+}
+
+LOGQuietWriter::LOGQuietWriter(LOGWriter* w, LOGErrorHandler* eh) : errorHandler(eh), writer(w) {}
+
+LOGQuietWriter::~LOGQuietWriter() = default;
+
+void LOGQuietWriter::write(const I18NString& s) {
+  if (writer != nullptr && !s.isEmpty()) {
+    writer->write(s);
+  }
+}
+
+void LOGQuietWriter::write(ZEBFmFile* outStream, const I18NString& s) {
+  if (s.isEmpty()) {
+    return;
+  }
+  constexpr LOGFailureTexts TEXTS{"LOGQuietWriter::write -- I18nstring exception occurred",
+                                  "LOGQuietWriter::write -- ZEBThrowable exception occurred",
+                                  "LOGQuietWriter::write -- Unknown error occurred"};
+  logReportingFailures(TEXTS, [&] {
+    ZEB_ASSERT(outStream != NULL, SOURCE, 70);
+    const ZEBThreadRWGuard guard(*this, ZEBThreadRWGuard::WRITING);
+    appendBytes(*outStream, s);
+  });
+}
+
+void LOGQuietWriter::stWrite(ZEBFmFile* outStream, const I18NString& s) {
+  if (s.isEmpty()) {
+    return;
+  }
+  constexpr LOGFailureTexts TEXTS{"LOGQuietWriter::stWrite -- I18nstring exception occurred",
+                                  "LOGQuietWriter::stWrite -- ZEBThrowable exception occurred",
+                                  "LOGQuietWriter::stWrite -- Unknown error occurred"};
+  logReportingFailures(TEXTS, [&] {
+    ZEB_ASSERT(outStream, SOURCE, 113);
+    appendBytes(*outStream, s);
+    if (outStream->flush() == 0) {
+      throwFileError(outStream);
+    }
+  });
+}
+
+std::size_t LOGQuietWriter::appendBytes(ZEBFmFile& file, const I18NString& s) {
+  // Several processes may append to the same file.
+  if (file.seek(0, ZEBFmFile::ORIGIN_END) == -1) {
+    throwFileError(&file);
+  }
+  std::string scratch;
+  std::string_view bytes = s.narrow(scratch);
+  if (bytes.back() == '\0') {
+    bytes.remove_suffix(1);
+  }
+  if (file.write(bytes.data(), bytes.size()) == -1) {
+    throwFileError(&file);
+  }
+  return bytes.size();
+}
+
+void LOGQuietWriter::flush(ZEBFmFile* outStream) {
+  ZEB_ASSERT(outStream != NULL, SOURCE, 56);
+  outStream->flush();
+}
+
+void LOGQuietWriter::close(ZEBFmFile* outStream) {
+  ZEB_ASSERT(outStream != NULL, SOURCE, 62);
+  outStream->close();
+}
+
+void LOGQuietWriter::flush() {
+  if (writer != nullptr) {
+    writer->flush();
+  }
+}
+
+void LOGQuietWriter::close() {
+  if (writer != nullptr) {
+    writer->flush();
+    delete writer;
+    writer = nullptr;
+  }
+}
+
+void LOGQuietWriter::throwFileError(ZEBFmFile* file) {
+  ZEB_ASSERT(file != NULL, SOURCE, 185);
+  throw ZEBSystemError(file->getName(), file->getLastError(), "LOGQuietWriter::throwFileError",
+                       191);
+}

@@ -1,0 +1,174 @@
+#include "appenders/LOGRollingFileAppender.h"
+
+#include <algorithm>
+#include <functional>
+#include <limits>
+#include <string>
+
+#include "appenders/LOGCountingQuietWriter.h"
+#include "core/LOGFailures.h"
+#include "platform/ZEBAssertError.h"
+#include "platform/ZEBFmDir.h"
+#include "platform/ZEBTranslate.h"
+#include "platform/ZEBUtConvert.h"
+
+namespace {
+
+constexpr const char* SOURCE = "LOGRollingFileAppender";
+
+/// Up to here every backup number is asked for; beyond, the directory is read instead.
+constexpr int MOST_NUMBERS_ASKED_FOR = 64;
+
+bool isFile(const I18NString& name) {
+  return ZEBFmDir::exists(name, ZEBFmDir::READ_WRITE_FILE) != 0;
+}
+
+/// The number that `text` is in plain decimal without leading zeros, 0 if it is none.
+int plainNumber(const std::string& text) {
+  const int number = ZEBUtConvert::toInt(text);
+  return number > 0 && ZEBUtConvert::handleCvt(number) == I18NString(text) ? number : 0;
+}
+
+/// A rollover goes on whatever a step throws.
+template <typename Step>
+void attempt(Step step) noexcept {
+  constexpr LOGFailureTexts TEXTS{
+      "LOGRollingFileAppender::rollOver -- some i18nstring exception occurred",
+      "LOGRollingFileAppender::rollOver -- some ZEBThrowable exception occurred",
+      "LOGRollingFileAppender::rollOver -- generic exception happened"};
+  logContainingFailures(TEXTS, step);
+}
+
+}  // namespace
+
+LOGRollingFileAppender::LOGRollingFileAppender() { instance(SOURCE); }
+
+LOGRollingFileAppender::LOGRollingFileAppender(LOGLayout* layout, const I18NString& name)
+    : LOGRollingFileAppender(layout, name, 1) {}
+
+LOGRollingFileAppender::LOGRollingFileAppender(LOGLayout* layout, const I18NString& name,
+                                               int append)
+    : LOGRollingFileAppender() {
+  setLayout(layout);
+  LOGRollingFileAppender::setFile(name, append, 0, DEFAULT_BUFFER_SIZE);
+}
+
+LOGRollingFileAppender::LOGRollingFileAppender(const LOGRollingFileAppender& other)
+    : LOGFileAppender(other),
+      maxFileSize(other.maxFileSize),
+      maxBackupIndex(other.maxBackupIndex),
+      addProcID(other.addProcID) {}
+
+LOGRollingFileAppender::~LOGRollingFileAppender() = default;
+
+void LOGRollingFileAppender::setMaxFileSize(const I18NString&) {}
+
+void LOGRollingFileAppender::setFile(const I18NString& name, int append, int bufferedSwitch,
+                                     int size) {
+  constexpr LOGFailureTexts TEXTS{
+      "LOGRollingFileAppender::setFile -- some i18nstring exception occurred",
+      "LOGRollingFileAppender::setFile -- some ZEBThrowable exception occurred",
+      "LOGRollingFileAppender::setFile -- generic exception happened"};
+  openReporting(TEXTS, name, append, bufferedSwitch, size);
+}
+
+void LOGRollingFileAppender::setQWForFiles() {
+  replaceWriter(nullptr);
+  m_qw = zebTranslate(SOURCE, __LINE__,
+                      [this] { return new LOGCountingQuietWriter(nullptr, m_file.get()); });
+}
+
+LOGCountingQuietWriter* LOGRollingFileAppender::countingWriter() const {
+  return dynamic_cast<LOGCountingQuietWriter*>(m_qw);
+}
+
+void LOGRollingFileAppender::setFileOptions(const I18NString& name, int append, int bufferedSwitch,
+                                            int size) {
+  const OpenResult result = open(SOURCE, name, append, bufferedSwitch, size);
+  if (result == OpenResult::NotOpened) {
+    LOGLogLog::error(
+        "LOGRollingFileAppender::setFile -- LOGGING DISABLED -- UNABLE TO OPEN LOG FILE.");
+  } else if (result == OpenResult::Opened && append != 0 && countingWriter() != nullptr) {
+    const std::int64_t bytes = m_file->size();
+    constexpr std::int64_t MOST = std::numeric_limits<unsigned int>::max();
+    countingWriter()->setCount(static_cast<unsigned int>(std::clamp<std::int64_t>(bytes, 0, MOST)));
+  }
+}
+
+void LOGRollingFileAppender::subappend(LOGLoggingEvent* event) {
+  LOGFileAppender::subappend(event);
+  if (!fileName.isEmpty() && countingWriter() != nullptr &&
+      countingWriter()->getCount() >= maxFileSize) {
+    rollOver();
+  }
+}
+
+I18NString LOGRollingFileAppender::backupName(const I18NString& base, int index) const {
+  return index == 0 ? base : base + "." + ZEBUtConvert::handleCvt(index);
+}
+
+std::vector<int> LOGRollingFileAppender::candidateBackups() const {
+  std::vector<int> numbers;
+  if (maxBackupIndex <= MOST_NUMBERS_ASKED_FOR) {
+    for (int i = maxBackupIndex - 1; i >= 1; --i) {
+      numbers.push_back(i);
+    }
+    return numbers;
+  }
+  const auto [directory, file] = ZEBFmDir::splitPath(m_absoluteName);
+  const std::string beginning = file.toStdString() + ".";
+  for (const std::string& entry : ZEBFmDir::list(directory)) {
+    if (entry.compare(0, beginning.size(), beginning) == 0) {
+      const int number = plainNumber(entry.substr(beginning.size()));
+      if (number >= 1 && number < maxBackupIndex) {
+        numbers.push_back(number);
+      }
+    }
+  }
+  std::sort(numbers.begin(), numbers.end(), std::greater<>());
+  return numbers;
+}
+
+void LOGRollingFileAppender::removeOldestBackup() const {
+  const I18NString oldest = backupName(m_absoluteName, maxBackupIndex);
+  if (isFile(oldest) && ZEBFmDir::removeFile(oldest) == 0) {
+    LOGLogLog::error("LOGRollingFileAppender::rollOver ---- Could not remove the file: " +
+                     backupName(fileName, maxBackupIndex));
+  }
+}
+
+void LOGRollingFileAppender::renameReporting(int fromIndex, int toIndex) const {
+  if (ZEBFmDir::renameFile(backupName(m_absoluteName, fromIndex),
+                           backupName(m_absoluteName, toIndex)) == 0) {
+    LOGLogLog::error("LOGRollingFileAppender::rollOver ---- Could not rename [" +
+                     backupName(fileName, fromIndex) + "] to [" + backupName(fileName, toIndex) +
+                     "]");
+  }
+}
+
+void LOGRollingFileAppender::shiftBackups() const {
+  for (const int i : candidateBackups()) {
+    attempt([&] {
+      if (isFile(backupName(m_absoluteName, i))) {
+        renameReporting(i, i + 1);
+      }
+    });
+  }
+}
+
+void LOGRollingFileAppender::rollOver() {
+  ZEB_ASSERT(m_qw, SOURCE, 82);
+  attempt([this] {
+    const unsigned int count = countingWriter() == nullptr ? 0 : countingWriter()->getCount();
+    LOGLogLog::debug("LOGRollingFileAppender::rollOver count " + ZEBUtConvert::handleCvt(count));
+    LOGLogLog::debug("LOGRollingFileAppender::rollOver maxBackupIndex " +
+                     ZEBUtConvert::handleCvt(maxBackupIndex));
+  });
+  if (maxBackupIndex >= 1) {
+    attempt([this] { removeOldestBackup(); });
+    attempt([this] { shiftBackups(); });
+    attempt([this] { closeFile(); });
+    attempt([this] { renameReporting(0, 1); });
+  }
+  setFileOptions(fileName, 0, bufferedIO, bufferSize);
+}

@@ -1,0 +1,65 @@
+#ifndef APPENDERS_LOGROLLINGFILEAPPENDER_H
+#define APPENDERS_LOGROLLINGFILEAPPENDER_H
+
+#include <cstdint>
+#include <vector>
+
+#include "appenders/LOGFileAppender.h"
+
+class LOGCountingQuietWriter;
+
+/// A file appender whose file does not grow beyond a size: when the bytes in it reach the maximum,
+/// the file is renamed to its name with ".1" behind it, older backups move up by one, the oldest is
+/// dropped, and a new file is begun. The event that reaches the limit is still in the old file.
+///
+/// Processes that share a rolling file each roll it over by themselves.
+class LOG4ZEB_EXPORT LOGRollingFileAppender : public LOGFileAppender {
+ public:
+  static constexpr std::uint64_t DEFAULT_MAXIMUM_FILE_SIZE = 10485760;
+
+  LOGRollingFileAppender();
+  LOGRollingFileAppender(LOGLayout* layout, const I18NString& name);
+  LOGRollingFileAppender(LOGLayout* layout, const I18NString& name, int append);
+  LOGRollingFileAppender(const LOGRollingFileAppender& other);
+  LOGRollingFileAppender& operator=(const LOGRollingFileAppender&) = delete;
+  ~LOGRollingFileAppender() override;
+
+  /// Bytes. A limit of 4 GiB or more is never reached, because bytes are counted modulo 2^32.
+  std::uint64_t getMaximumFileSize() const { return maxFileSize; }
+  void setMaximumFileSize(std::uint64_t bytes) { maxFileSize = bytes; }
+  /// Does nothing, on purpose: the size is set as a number.
+  void setMaxFileSize(const I18NString& value);
+  /// How many backups are kept; below 1 none is, and a full file is truncated.
+  int getMaxBackupIndex() const { return maxBackupIndex; }
+  void setMaxBackupIndex(int index) { maxBackupIndex = index; }
+  /// Whether the configuration may put the process id into the file's name.
+  int getAddProcID() const { return addProcID; }
+  void setAddProcID(int add) { addProcID = add; }
+
+  using LOGFileAppender::setFile;
+  void setFile(const I18NString& name, int append, int bufferedSwitch, int size) override;
+
+  /// Makes the file the first backup and begins a new one. No failure on the way stops it. Called
+  /// under the appender's lock. Throws ZEBAssertError while the appender was never open.
+  void rollOver();
+
+ protected:
+  void subappend(LOGLoggingEvent* event) override;
+  void setQWForFiles() override;
+  void setFileOptions(const I18NString& name, int append, int bufferedSwitch, int size) override;
+
+ private:
+  I18NString backupName(const I18NString& base, int index) const;
+  std::vector<int> candidateBackups() const;
+  void removeOldestBackup() const;
+  void shiftBackups() const;
+  void renameReporting(int fromIndex, int toIndex) const;
+  /// The writer in use, null when the program has set another one.
+  LOGCountingQuietWriter* countingWriter() const;
+
+  std::uint64_t maxFileSize = DEFAULT_MAXIMUM_FILE_SIZE;
+  int maxBackupIndex = 1;
+  int addProcID = 1;
+};
+
+#endif

@@ -1,0 +1,3 @@
+#include "appenders/LOGWriter.h"
+
+LOGWriter::~LOGWriter() = default;

@@ -1,0 +1,73 @@
+#include "appenders/LOGWriterAppender.h"
+
+#include <utility>
+
+#include "appenders/LOGQuietWriter.h"
+#include "core/LOGFailures.h"
+#include "platform/ZEBThreadGuard.h"
+
+LOGWriterAppender::LOGWriterAppender() { instance("LOGWriterAppender"); }
+
+LOGWriterAppender::LOGWriterAppender(const LOGWriterAppender& other)
+    : LOGAppenderSkeleton(other),
+      immediateFlush(other.immediateFlush.load()),
+      encoding(other.encoding) {}
+
+LOGWriterAppender::~LOGWriterAppender() = default;
+
+void LOGWriterAppender::activateOptions() {}
+
+void LOGWriterAppender::append(LOGLoggingEvent* event) {
+  if (checkEntryConditions() != 0) {
+    subappend(event);
+  }
+}
+
+void LOGWriterAppender::closeWriter() {}
+
+void LOGWriterAppender::resetWriter() { closeWriter(); }
+
+void LOGWriterAppender::close() {
+  m_closeRequested = true;
+  if (m_closed == 1) {
+    return;
+  }
+  logReportingFailures(LOGFailureTexts::same("LOGWriterAppender::close -- unable to lock mutex"),
+                       [this] {
+                         const ZEBThreadGuard guard(getCriticalSection());
+                         if (m_closed.exchange(1) != 1) {
+                           resetWriter();
+                         }
+                       });
+}
+
+void LOGWriterAppender::setWriter(LOGQuietWriter* writer) {
+  logReportingFailures(
+      LOGFailureTexts::same("LOGWriterAppender::setWriter -- unable to lock mutex"), [&] {
+        const ZEBThreadGuard guard(getCriticalSection());
+        resetWriter();
+        LOGQuietWriter* const replaced = std::exchange(m_qw, writer);
+        if (replaced != writer) {
+          delete replaced;
+        }
+      });
+}
+
+void LOGWriterAppender::setErrorHandler(LOGErrorHandler* eh) {
+  logReportingFailures(
+      LOGFailureTexts::same("LOGWriterAppender::setErrorHandler -- unable to lock mutex"), [&] {
+        const ZEBThreadGuard guard(getCriticalSection());
+        if (eh == nullptr) {
+          return;
+        }
+        if (eh != m_errorHandler.get()) {
+          m_replacedErrorHandlers.push_back(std::move(m_errorHandler));
+          m_errorHandler.reset(eh);
+        }
+        if (m_qw != nullptr) {
+          m_qw->setErrorHandler(eh);
+        }
+      });
+}
+
+int LOGWriterAppender::requiresLayout() { return 0; }

@@ -1,0 +1,19 @@
+#ifndef CONFIG_LOG4ZEBCONFIGURATOR_H
+#define CONFIG_LOG4ZEBCONFIGURATOR_H
+
+#include "platform/I18NString.h"
+
+/// The library's entry for a host program: set up from a document at the start, shut down at the
+/// end. Neither operation lets an exception out.
+class LOG4ZEB_EXPORT LOG4ZEBConfigurator {
+ public:
+  virtual ~LOG4ZEBConfigurator();
+  /// Reads the configuration document at `path` and applies it. Returns 1, or 0 when the document
+  /// cannot be read; then nothing has changed, and the diagnostics say why.
+  static int initialize(const I18NString& path);
+  /// Closes every appender and frees what the configuration made. Loggers stay valid; what is
+  /// logged through them reaches nothing until the next initialize().
+  static void shutdown();
+};
+
+#endif

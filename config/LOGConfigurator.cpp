@@ -1,0 +1,3 @@
+#include "config/LOGConfigurator.h"
+
+LOGConfigurator::~LOGConfigurator() = default;

@@ -1,0 +1,744 @@
+#include "config/LOGDOMConfigurator.h"
+
+#include <algorithm>
+#include <string>
+#include <utility>
+
+#include "appenders/LOGAppenderSkeleton.h"
+#include "appenders/LOGRollingFileAppender.h"
+#include "config/LOGComponentFactory.h"
+#include "config/LOGParameterTable.h"
+#include "core/LOGConfiguratorHook.h"
+#include "core/LOGFailures.h"
+#include "core/LOGHierarchy.h"
+#include "core/LOGLogger.h"
+#include "core/LOGManager.h"
+#include "filters/LOGDenyAllFilter.h"
+#include "layouts/LOGLayout.h"
+#include "platform/I18NLocale.h"
+#include "platform/ZEBAssertError.h"
+#include "platform/ZEBIDOM_DOMImplementation.h"
+#include "platform/ZEBIDOM_Document.h"
+#include "platform/ZEBIDOM_Element.h"
+#include "platform/ZEBIDOM_NodeList.h"
+#include "platform/ZEBIDOM_Parser.h"
+#include "platform/ZEBSharedLibrary.h"
+#include "platform/ZEBThreadGuard.h"
+#include "platform/ZEBTranslate.h"
+#include "platform/ZEBUtConvert.h"
+#include "platform/ZEBUtProcess.h"
+#include "rendering/LOGRendererMap.h"
+#include "rendering/LOGRendererSupport.h"
+
+const I18NString LOGDOMConfigurator::CONFIGURATION_TAG = "log4j:configuration";
+const I18NString LOGDOMConfigurator::OLD_CONFIGURATION_TAG = "configuration";
+const I18NString LOGDOMConfigurator::CATEGORY_FACTORY_TAG = "categoryFactory";
+const I18NString LOGDOMConfigurator::LOGGER = "logger";
+const I18NString LOGDOMConfigurator::CATEGORY = "category";
+const I18NString LOGDOMConfigurator::ROOT_TAG = "root";
+const I18NString LOGDOMConfigurator::RENDERER_TAG = "renderer";
+const I18NString LOGDOMConfigurator::APPENDER_TAG = "appender";
+const I18NString LOGDOMConfigurator::APPENDER_REF_TAG = "appender-ref";
+const I18NString LOGDOMConfigurator::PARAM_TAG = "param";
+const I18NString LOGDOMConfigurator::LAYOUT_TAG = "layout";
+const I18NString LOGDOMConfigurator::FILTER_TAG = "filter";
+const I18NString LOGDOMConfigurator::ERROR_HANDLER_TAG = "errorHandler";
+const I18NString LOGDOMConfigurator::LEVEL_TAG = "level";
+const I18NString LOGDOMConfigurator::PRIORITY_TAG = "priority";
+const I18NString LOGDOMConfigurator::LOGGER_REF = "logger-ref";
+const I18NString LOGDOMConfigurator::ROOT_REF = "root-ref";
+const I18NString LOGDOMConfigurator::LOG4ZEB_NAME_ATTR = "name";
+const I18NString LOGDOMConfigurator::VALUE_ATTR = "value";
+const I18NString LOGDOMConfigurator::CLASS_ATTR = "class";
+const I18NString LOGDOMConfigurator::REF_ATTR = "ref";
+const I18NString LOGDOMConfigurator::ADDITIVITY_ATTR = "additivity";
+const I18NString LOGDOMConfigurator::THRESHOLD_ATTR = "threshold";
+const I18NString LOGDOMConfigurator::INTERNAL_DEBUG_ATTR = "debug";
+const I18NString LOGDOMConfigurator::CONFIG_DEBUG_ATTR = "configDebug";
+const I18NString LOGDOMConfigurator::RENDERING_CLASS_ATTR = "renderingClass";
+const I18NString LOGDOMConfigurator::RENDERED_CLASS_ATTR = "renderedClass";
+const I18NString LOGDOMConfigurator::ADDPROCID_ATTR = "addProcID";
+const I18NString LOGDOMConfigurator::dbfKey = "LOGDocumentBuilderFactory";
+const I18NString LOGDOMConfigurator::EMPTY_STR;
+
+LOGDOMConfigurator* LOGDOMConfigurator::m_domConfig = nullptr;
+LOGLoggerFactory* LOGDOMConfigurator::m_loggerFactory = nullptr;
+ZEBSharedLibrary& LOGDOMConfigurator::m_hFactInst = *new ZEBSharedLibrary;
+ZEBSharedLibrary& LOGDOMConfigurator::m_hDyeTraceFilterInst = *new ZEBSharedLibrary;
+
+namespace {
+
+constexpr const char* SOURCE = "LOGDOMConfigurator";
+constexpr const char* NULL_WORD = "null";
+constexpr const char* INHERITED_WORD = "inherited";
+constexpr int ELEMENT_NODE = 1;
+
+/// The first lock of all: it serialises runs and shutdowns.
+ZEBThreadCriticalSection g_runLock;
+
+constexpr LOGFailureTexts DO_CONFIGURE_TEXTS{
+    "LOGDOMConfigurator::doConfigure -- some i18nstring exception occurred",
+    "LOGDOMConfigurator::doConfigure -- some ZEBThrowable exception occurred",
+    "LOGDOMConfigurator::doConfigure -- An unknown exception has occurred."};
+
+/// A failed assertion that names more than its expression.
+void requireExport(bool found, const char* text, int line) {
+  if (!found) {
+    ZEBAssertError::fail(text, SOURCE, line);
+  }
+}
+
+bool isSet(const I18NString& attribute) { return !attribute.isEmpty() && attribute != NULL_WORD; }
+
+I18NString quoted(const I18NString& text) { return "\"" + text + "\""; }
+
+/// The file and, where the parser knows them, the line and column.
+I18NString placeOfError(const I18NString& fileName, const ZEBIDOM_Parser& parser) {
+  if (parser.getErrorLine() == 0) {
+    return fileName;
+  }
+  return fileName + ":" + ZEBUtConvert::handleCvt(parser.getErrorLine()) + ":" +
+         ZEBUtConvert::handleCvt(parser.getErrorColumn());
+}
+
+/// Calls `visit` with each element among the children, in document order.
+template <typename Visitor>
+void forEachChildElement(const ZEBIDOM_Element& parent, Visitor visit) {
+  const ZEBIDOM_NodeList children = parent.getChildNodes();
+  for (std::size_t i = 0; i < children.getLength(); ++i) {
+    const ZEBIDOM_Node child = children.item(i);
+    if (child.getNodeType() == ELEMENT_NODE) {
+      visit(ZEBIDOM_Element(child));
+    }
+  }
+}
+
+}  // namespace
+
+LOGDOMConfigurator::LOGDOMConfigurator() = default;
+
+LOGDOMConfigurator::~LOGDOMConfigurator() {
+  const auto contained = [](auto operation) {
+    logContainingFailures(
+        LOGFailureTexts::same("LOGDOMConfigurator::shutdown -- an appender could not be closed"),
+        operation);
+  };
+  for (const auto& appender : m_appenders) {
+    contained([&] { appender->close(); });
+  }
+  for (const auto& appender : m_appenders) {
+    contained([&] { detachFromLoggers(appender.get()); });
+  }
+  m_appenderBag.forget();
+  m_objectTable.forget();
+}
+
+void LOGDOMConfigurator::initialize() {
+  const ZEBThreadGuard guard(g_runLock);
+  if (m_domConfig == nullptr) {
+    m_domConfig = zebTranslate(SOURCE, __LINE__, [] { return new LOGDOMConfigurator; });
+    LOGConfiguratorHook::registerShutdown(&LOGDOMConfigurator::shutdown);
+  }
+}
+
+void LOGDOMConfigurator::shutdown() {
+  const ZEBThreadGuard guard(g_runLock);
+  delete std::exchange(m_domConfig, nullptr);
+}
+
+void LOGDOMConfigurator::runExclusively(const std::function<void()>& operation) {
+  const ZEBThreadGuard guard(g_runLock);
+  operation();
+}
+
+int LOGDOMConfigurator::configure(const I18NString& fileName) {
+  int configured = 0;
+  logContainingFailures(DO_CONFIGURE_TEXTS, [&] {
+    const ZEBThreadGuard guard(g_runLock);
+    initialize();
+    configured = m_domConfig->doConfigure(fileName, LOGManager::getLoggerRepository());
+  });
+  return configured;
+}
+
+int LOGDOMConfigurator::configureWithProcID(const I18NString& fileName) {
+  int configured = 0;
+  logContainingFailures(DO_CONFIGURE_TEXTS, [&] {
+    const ZEBThreadGuard guard(g_runLock);
+    applyProcIDtoFileAppender(1);
+    configured = configure(fileName);
+    applyProcIDtoFileAppender(0);
+  });
+  return configured;
+}
+
+int LOGDOMConfigurator::configure(const ZEBIDOM_Element& root) {
+  int configured = 0;
+  logContainingFailures(DO_CONFIGURE_TEXTS, [&] {
+    const ZEBThreadGuard guard(g_runLock);
+    initialize();
+    configured = m_domConfig->doConfigure(root, LOGManager::getLoggerRepository());
+  });
+  return configured;
+}
+
+void LOGDOMConfigurator::configureAndWatch(const I18NString&) {}
+
+void LOGDOMConfigurator::configureAndWatch(const I18NString&, unsigned int) {}
+
+void LOGDOMConfigurator::applyProcIDtoFileAppender(int on) {
+  const ZEBThreadGuard guard(g_runLock);
+  initialize();
+  m_domConfig->m_procIdFlag = on;
+  if (on == 1) {
+    m_domConfig->m_procId = ZEBUtProcess::currentProcessId();
+  }
+}
+
+int LOGDOMConfigurator::doConfigure(const I18NString& fileName, LOGLoggerRepository* repository) {
+  std::string bytes = fileName.toStdString();
+  return doConfigure(bytes.data(), repository);
+}
+
+int LOGDOMConfigurator::doConfigure(char* fileName, LOGLoggerRepository* repository) {
+  int configured = 0;
+  logContainingFailures(DO_CONFIGURE_TEXTS, [&] {
+    const ZEBThreadGuard guard(g_runLock);
+    m_repository = repository;
+    configured = parseFile(fileName) ? 1 : 0;
+  });
+  return configured;
+}
+
+int LOGDOMConfigurator::doConfigure(const ZEBIDOM_Element& root, LOGLoggerRepository* repository) {
+  int configured = 0;
+  logContainingFailures(DO_CONFIGURE_TEXTS, [&] {
+    const ZEBThreadGuard guard(g_runLock);
+    m_repository = repository;
+    configured = parse(root) ? 1 : 0;
+  });
+  return configured;
+}
+
+bool LOGDOMConfigurator::parseFile(const I18NString& fileName) {
+  ZEBIDOM_Document document = ZEBIDOM_DOMImplementation::getInstance().createDocument();
+  ZEBIDOM_Parser parser(0);
+  parser.setLoadExternalDTD(0);
+  if (parser.parse(fileName, document) == 0) {
+    LOGLogLog::error("Could not parse the document");
+    LOGLogLog::error(placeOfError(fileName, parser) + ": " + parser.getErrorReason());
+    return false;
+  }
+  return parse(document.getDocumentElement());
+}
+
+bool LOGDOMConfigurator::parse(const ZEBIDOM_Element& root) {
+  ZEB_ASSERT(m_repository, SOURCE, __LINE__);
+  if (!hasConfigurationTag(root)) {
+    return false;
+  }
+  applyRootAttributes(root);
+  // Logger factories first, wherever they stand, because loggers may need them.
+  forEachChildElement(root, [this](const ZEBIDOM_Element& child) {
+    if (child.getTagName() == CATEGORY_FACTORY_TAG) {
+      logContainingFailures(
+          LOGFailureTexts::same(
+              "LOGDOMConfigurator::parseCategoryFactory -- An unknown exception has occurred"),
+          [&] { parseCategoryFactory(child); });
+    }
+  });
+  forEachChildElement(root, [this](const ZEBIDOM_Element& child) {
+    const I18NString tag = child.getTagName();
+    if (tag == LOGGER || tag == CATEGORY) {
+      parseLogger(child);
+    } else if (tag == ROOT_TAG) {
+      parseRoot(child);
+    } else if (tag == RENDERER_TAG) {
+      parseRenderer(child);
+    }
+  });
+  replaceStaleAppenders();
+  return true;
+}
+
+bool LOGDOMConfigurator::hasConfigurationTag(const ZEBIDOM_Element& root) const {
+  const I18NString tag = root.getTagName();
+  if (tag == CONFIGURATION_TAG) {
+    return true;
+  }
+  if (tag == OLD_CONFIGURATION_TAG) {
+    LOGLogLog::warn("The <" + OLD_CONFIGURATION_TAG + "> element has been deprecated.");
+    LOGLogLog::warn("Use the <" + CONFIGURATION_TAG + "> element instead.");
+    return true;
+  }
+  LOGLogLog::error("DOM element is - not a <" + CONFIGURATION_TAG + "> element.");
+  return false;
+}
+
+void LOGDOMConfigurator::applyRootAttributes(const ZEBIDOM_Element& root) {
+  const I18NString debug = root.getAttribute(INTERNAL_DEBUG_ATTR);
+  LOGLogLog::debug("debug attributes= " + quoted(debug));
+  // Any value switches debugging on, "false" included: only an empty one and "null" do not.
+  if (isSet(debug)) {
+    LOGLogLog::setInternalDebugging(1);
+  } else {
+    LOGLogLog::debug("Ignoring " + INTERNAL_DEBUG_ATTR + " attribute.");
+  }
+  if (isSet(root.getAttribute(CONFIG_DEBUG_ATTR))) {
+    LOGLogLog::warn("The " + quoted(CONFIG_DEBUG_ATTR) + " attribute is deprecated.");
+    LOGLogLog::warn("Use the " + quoted(INTERNAL_DEBUG_ATTR) + " attribute instead.");
+    LOGLogLog::setInternalDebugging(1);
+  }
+  const I18NString threshold = root.getAttribute(THRESHOLD_ATTR);
+  LOGLogLog::debug("Threshold =" + quoted(threshold));
+  if (isSet(threshold)) {
+    m_repository->setThreshold(threshold);
+  }
+}
+
+void LOGDOMConfigurator::parseCategoryFactory(const ZEBIDOM_Element& element) {
+  const I18NString className = classOf(element);
+  if (className.isEmpty()) {
+    LOGLogLog::error("Category Factory tag " + CLASS_ATTR + " attribute not found.");
+    LOGLogLog::debug("No Category Factory configured.");
+    return;
+  }
+  LOGLogLog::debug("Desired category factory: [" + className + "]");
+  // The element's params are accepted and mean nothing.
+  if (m_hFactInst.load(className) == 0) {
+    return;
+  }
+  const auto function =
+      reinterpret_cast<LOGLoggerFactory* (*)()>(m_hFactInst.getSymbol("getLoggerFactory"));
+  requireExport(function != nullptr, "ZEB_ASSERT_NAMED(function != NULL, \"getLoggerFactory\");",
+                __LINE__);
+  LOGLoggerFactory* const factory = function();
+  if (factory != nullptr) {
+    m_loggerFactory = factory;
+  }
+}
+
+void LOGDOMConfigurator::parseLogger(const ZEBIDOM_Element& element) {
+  constexpr const char* LOCK_TEXT = "LOGDOMConfigurator::parseLogger -- unable to lock mutex";
+  constexpr LOGFailureTexts TEXTS{
+      LOCK_TEXT, LOCK_TEXT, "LOGDOMConfigurator::parseLogger -- An unknown exception has occurred"};
+  logContainingFailures(TEXTS, [&] {
+    const ZEBThreadGuard guard(*this);
+    LOGLogger* const logger = findLogger(element.getAttribute(LOG4ZEB_NAME_ATTR), classOf(element));
+    if (logger == nullptr) {
+      return;
+    }
+    const bool additive =
+        !I18NLocale::equalIgnoreCase(element.getAttribute(ADDITIVITY_ATTR), "false");
+    LOGLogLog::debug("Setting [" + logger->getName() + "] additivity to [" +
+                     (additive ? "true" : "false") + "]");
+    logger->setAdditivity(additive ? 1 : 0);
+    parseChildrenOfLoggerElement(element, logger, false);
+  });
+}
+
+LOGLogger* LOGDOMConfigurator::findLogger(const I18NString& name, const I18NString& className) {
+  if (className.isEmpty()) {
+    LOGLogLog::debug("Retrieving an instance of LOGLogger: " + name);
+    return LOGManager::getLogger(name);
+  }
+  LOGLogLog::debug("Desired logger sub-class: [" + className + "]");
+  if (m_loggerFactory == nullptr) {
+    LOGLogLog::error("Logger Factory missing from config document; please add and restart");
+    return nullptr;
+  }
+  LOGLogger* const logger = LOGManager::getLogger(name, m_loggerFactory);
+  if (logger == nullptr) {
+    LOGLogLog::error("Could not retrieve logger [" + name + "]. Reported error follows.");
+  }
+  return logger;
+}
+
+void LOGDOMConfigurator::parseRoot(const ZEBIDOM_Element& element) {
+  constexpr const char* LOCK_TEXT = "LOGDOMConfigurator::parseRoot -- unable to lock mutex";
+  constexpr LOGFailureTexts TEXTS{
+      LOCK_TEXT, LOCK_TEXT, "LOGDOMConfigurator::parseRoot -- An unknown exception has occurred"};
+  logContainingFailures(TEXTS, [&] {
+    const ZEBThreadGuard guard(*this);
+    parseChildrenOfLoggerElement(element, m_repository->getRootLogger(), true);
+  });
+}
+
+void LOGDOMConfigurator::parseChildrenOfLoggerElement(const ZEBIDOM_Element& element,
+                                                      LOGLogger* logger, bool isRoot) {
+  ZEB_ASSERT(logger, SOURCE, __LINE__);
+  LOGLogLog::debug(
+      "LOGDOMConfigurator::parseChildrenOfLoggerElement : remove all appenders from logger " +
+      logger->getName());
+  logger->removeAllAppenders(&m_appenderBag);
+  forEachChildElement(element, [&](const ZEBIDOM_Element& child) {
+    const I18NString tag = child.getTagName();
+    if (tag == APPENDER_REF_TAG) {
+      attachReferenced(child, *logger);
+    } else if (tag == LEVEL_TAG || tag == PRIORITY_TAG) {
+      parseLevel(child, *logger, isRoot);
+    } else if (tag == PARAM_TAG) {
+      setParameter(child, logger);
+    }
+  });
+}
+
+void LOGDOMConfigurator::attachReferenced(const ZEBIDOM_Element& reference, LOGLogger& logger) {
+  const I18NString name = reference.getAttribute(REF_ATTR);
+  LOGAppenderSkeleton* const appender = findAppenderByReference(reference);
+  if (appender == nullptr) {
+    LOGLogLog::debug("LOGDOMConfigurator::parseChildrenOfLoggerElement : Appender named [" + name +
+                     "] not found.");
+    return;
+  }
+  LOGLogLog::debug("LOGDOMConfigurator::parseChildrenOfLoggerElement : Adding appender named [" +
+                   name + "] to logger [" + logger.getName() + "]");
+  logger.addAppender(appender);
+  m_repository->fireAddAppenderEvent(&logger, appender);
+}
+
+void LOGDOMConfigurator::parseLevel(const ZEBIDOM_Element& element, LOGLogger& logger,
+                                    bool isRoot) {
+  const I18NString value = element.getAttribute(VALUE_ATTR);
+  const std::string failed =
+      ("Could not create level [" + value + "] Reported error follows.").toStdString();
+  const LOGFailureTexts texts{
+      failed.c_str(), failed.c_str(),
+      "LOGDOMConfigurator::parseLevel --- An unknown exception has occurred."};
+  logContainingFailures(texts, [&] {
+    const I18NString name = isRoot ? I18NString("root") : logger.getName();
+    LOGLogLog::debug("Level value for " + name + " is  [" + value + "]");
+    if (value == INHERITED_WORD || value == NULL_WORD) {
+      if (isRoot) {
+        LOGLogLog::error("Root level cannot be inherited. Ignoring directive.");
+      } else {
+        logger.setLevel(nullptr);
+      }
+    } else {
+      const I18NString className = classOf(element);
+      if (!className.isEmpty()) {
+        // The class is noted and never changes the result.
+        LOGLogLog::debug("Desired LOGLevel sub-class: [" + className + "]");
+      }
+      logger.setLevel(LOGLevel::toLevel(value));
+    }
+    // A logger that inherits fails here and is reported, on purpose; it inherits all the same.
+    const LOGLevel* const logLevel = logger.getLevel();
+    ZEB_ASSERT(logLevel, SOURCE, __LINE__);
+    LOGLogLog::debug(name + " level set to " + logLevel->toString());
+  });
+}
+
+void LOGDOMConfigurator::parseRenderer(const ZEBIDOM_Element& element) {
+  constexpr const char* LOCK_TEXT = "LOGDOMConfigurator::parseRenderer -- unable to lock mutex";
+  constexpr LOGFailureTexts TEXTS{
+      LOCK_TEXT, LOCK_TEXT,
+      "LOGDOMConfigurator::parseRenderer -- An unknown exception has occurred"};
+  logContainingFailures(TEXTS, [&] {
+    const ZEBThreadGuard guard(*this);
+    auto* const renderers = dynamic_cast<LOGRendererSupport*>(m_repository);
+    if (renderers != nullptr) {
+      renderers->getRendererMap()->load(element.getAttribute(RENDERED_CLASS_ATTR),
+                                        element.getAttribute(RENDERING_CLASS_ATTR));
+    }
+  });
+}
+
+LOGAppenderSkeleton* LOGDOMConfigurator::findAppenderByReference(const ZEBIDOM_Element& reference) {
+  return findAppenderByName(reference.getOwnerDocument(), reference.getAttribute(REF_ATTR));
+}
+
+LOGAppenderSkeleton* LOGDOMConfigurator::findAppenderByName(const ZEBIDOM_Document& document,
+                                                            const I18NString& name) {
+  constexpr const char* PREFIX = "LOGDOMConfigurator::findAppenderByName : ";
+  auto* const known = static_cast<LOGAppenderSkeleton*>(m_appenderBag.get(name));
+  if (known != nullptr && known->isStale() == 0) {
+    LOGLogLog::debug(PREFIX + ("The appender " + name) +
+                     " already exists in appender bag, return it.");
+    return known;
+  }
+  LOGLogLog::debug(PREFIX + ("The appender " + name) +
+                   " doesn't exist in appender bag or is already stale, parse from dom.");
+  const ZEBIDOM_NodeList candidates = document.getElementsByTagName(APPENDER_TAG);
+  ZEBIDOM_Element element;
+  for (std::size_t i = 0; element.isNull() && i < candidates.getLength(); ++i) {
+    const ZEBIDOM_Element candidate(candidates.item(i));
+    if (candidate.getAttribute(LOG4ZEB_NAME_ATTR) == name) {
+      element = candidate;
+    }
+  }
+  // An appender that is being built refers to itself, directly or through others.
+  const bool isCircle =
+      std::find(m_appendersUnderConstruction.begin(), m_appendersUnderConstruction.end(), name) !=
+      m_appendersUnderConstruction.end();
+  if (element.isNull() || isCircle) {
+    LOGLogLog::error(PREFIX + ("No appender named [" + name) + "] could be found.");
+    return nullptr;
+  }
+  m_appendersUnderConstruction.push_back(name);
+  LOGAppenderSkeleton* const appender = parseAppender(element);
+  m_appendersUnderConstruction.pop_back();
+  if (appender != nullptr) {
+    LOGLogLog::debug(PREFIX + ("Put appender " + name) + " into the appender bag.");
+    m_appenderBag.put(name, appender);
+  }
+  return appender;
+}
+
+LOGAppenderSkeleton* LOGDOMConfigurator::parseAppender(const ZEBIDOM_Element& element) {
+  constexpr LOGFailureTexts TEXTS{
+      "LOGDOMConfigurator::parseAppender -- some i18nstring error occurred",
+      "LOGDOMConfigurator::parseAppender -- unable to lock mutex",
+      "LOGDOMConfigurator::parseAppender -- An unknown exception has occured."};
+  LOGAppenderSkeleton* appender = nullptr;
+  logContainingFailures(TEXTS, [&] {
+    const ZEBThreadGuard guard(*this);
+    appender = newAppender(element);
+    if (appender != nullptr) {
+      forEachChildElement(element, [&](const ZEBIDOM_Element& child) {
+        logContainingFailures(TEXTS, [&] { parseAppenderChild(child, *appender); });
+      });
+    }
+  });
+  return appender;
+}
+
+LOGAppenderSkeleton* LOGDOMConfigurator::newAppender(const ZEBIDOM_Element& element) {
+  I18NString className = classOf(element);
+  if (className == "LogLocalUDPAppender" || className == "LogTCPSocketAppender") {
+    className = "LOG" + className.substring(3);
+  }
+  LOGLogLog::debug("Class name: [" + className + "]");
+  std::unique_ptr<LOGAppenderSkeleton> appender = LOGComponentFactory::newAppender(className);
+  if (appender == nullptr) {
+    LOGLogLog::warn("Could not find the appropriate class for Appenders");
+    return nullptr;
+  }
+  if (auto* const rolling = dynamic_cast<LOGRollingFileAppender*>(appender.get())) {
+    const I18NString addProcId = element.getAttribute(ADDPROCID_ATTR);
+    rolling->setAddProcID(I18NLocale::equalIgnoreCase(addProcId, "false") ? 0 : 1);
+  }
+  appender->setName(element.getAttribute(LOG4ZEB_NAME_ATTR));
+  m_appenders.push_back(std::move(appender));
+  return m_appenders.back().get();
+}
+
+void LOGDOMConfigurator::parseAppenderChild(const ZEBIDOM_Element& child,
+                                            LOGAppenderSkeleton& appender) {
+  const I18NString tag = child.getTagName();
+  if (tag == PARAM_TAG) {
+    setParameter(child, &appender);
+  } else if (tag == LAYOUT_TAG) {
+    LOGLayout* const layout = parseLayout(child);
+    if (layout != nullptr) {
+      m_objectTable.put(layout->instanceOf(), layout);
+      appender.setLayout(layout);
+    }
+  } else if (tag == FILTER_TAG) {
+    parseFilters(child, &appender);
+  } else if (tag == ERROR_HANDLER_TAG) {
+    parseErrorHandler(child, &appender);
+  } else if (tag == APPENDER_REF_TAG) {
+    requestAttachment(child, appender);
+  }
+}
+
+void LOGDOMConfigurator::requestAttachment(const ZEBIDOM_Element& reference,
+                                           LOGAppenderSkeleton& appender) {
+  const I18NString name = reference.getAttribute(REF_ATTR);
+  auto* const attachable = dynamic_cast<LOGAppenderAttachable*>(&appender);
+  if (attachable == nullptr) {
+    LOGLogLog::debug("Requesting attachment of appender named [" + name + "] to appender named [" +
+                     appender.getName() + "] which does not implement LOGAppenderAttachable.");
+    return;
+  }
+  LOGLogLog::debug("Attaching appender named [" + name + "] to appender named [" +
+                   appender.getName() + "]");
+  LOGAppenderSkeleton* const referenced = findAppenderByReference(reference);
+  if (referenced != nullptr) {
+    attachable->addAppender(referenced);
+  }
+}
+
+LOGLayout* LOGDOMConfigurator::parseLayout(const ZEBIDOM_Element& element) {
+  constexpr const char* FAILED = "Could not create the LOGLayout. Reported error follows.";
+  constexpr LOGFailureTexts TEXTS{
+      FAILED, FAILED, "LOGDOMConfigurator::parseLayout --- An unknown exception has occurred."};
+  LOGLayout* made = nullptr;
+  logContainingFailures(TEXTS, [&] {
+    const I18NString className = classOf(element);
+    LOGLogLog::debug("Parsing layout of class: " + quoted(className));
+    std::unique_ptr<LOGLayout> layout = LOGComponentFactory::newLayout(className);
+    if (layout == nullptr) {
+      LOGLogLog::error(FAILED);
+      LOGLogLog::error("LOGDOMConfigurator::parseLayout --- There is no layout of class " +
+                       quoted(className));
+      return;
+    }
+    setParameters(element, *layout);
+    m_layouts.push_back(std::move(layout));
+    made = m_layouts.back().get();
+  });
+  return made;
+}
+
+void LOGDOMConfigurator::parseFilters(const ZEBIDOM_Element& element,
+                                      LOGAppenderSkeleton* appender) {
+  const I18NString className = classOf(element);
+  // The wording is that of the layouts, on purpose.
+  LOGLogLog::debug("Parsing layout of class: " + quoted(className));
+  LOGFilter* const filter = newFilter(className);
+  if (filter == nullptr) {
+    return;
+  }
+  setParameters(element, *filter);
+  m_objectTable.put(filter->instanceOf(), filter);
+  ZEB_ASSERT(appender, SOURCE, __LINE__);
+  appender->addFilter(filter);
+}
+
+LOGFilter* LOGDOMConfigurator::newFilter(const I18NString& className) {
+  if (className == "LOGLogUVDDyeTraceFilter") {
+    return newDyeTraceFilter();
+  }
+  std::unique_ptr<LOGFilter> filter = LOGComponentFactory::newFilter(className);
+  if (filter == nullptr) {
+    // A class that is not known blocks all events of the appender, on purpose.
+    filter = std::make_unique<LOGDenyAllFilter>();
+  }
+  m_filters.push_back(std::move(filter));
+  return m_filters.back().get();
+}
+
+LOGFilter* LOGDOMConfigurator::newDyeTraceFilter() {
+  if (m_hDyeTraceFilterInst.isLoaded() == 0) {
+    LOGLogLog::debug("load LOGLogUVDDyeTraceFilter library.");
+    if (m_hDyeTraceFilterInst.load("LOGLogUVDDyeTraceFilter") == 0) {
+      return nullptr;
+    }
+  }
+  const auto function =
+      reinterpret_cast<LOGFilter* (*)()>(m_hDyeTraceFilterInst.getSymbol("getUVDDyeTraceFilter"));
+  requireExport(function != nullptr,
+                "ZEB_ASSERT_NAMED(function != NULL, \"getUVDDyeTraceFilter\");", __LINE__);
+  LOGLogLog::debug("the LOGLogUVDDyeTraceFilter library is loaded, create the filter");
+  LOGFilter* const filter = function();
+  const bool isKnown = std::any_of(m_filters.begin(), m_filters.end(),
+                                   [&](const auto& known) { return known.get() == filter; });
+  if (filter != nullptr && !isKnown) {
+    m_filters.emplace_back(filter);
+  }
+  return filter;
+}
+
+void LOGDOMConfigurator::parseErrorHandler(const ZEBIDOM_Element& element,
+                                           LOGAppenderSkeleton* appender) {
+  std::unique_ptr<LOGErrorHandler> handler = LOGComponentFactory::newErrorHandler(classOf(element));
+  if (handler == nullptr) {
+    LOGLogLog::warn("Creating generic error handler");
+    handler = std::make_unique<LOGErrorHandler>();
+  }
+  forEachChildElement(
+      element, [&](const ZEBIDOM_Element& child) { parseErrorHandlerChild(child, *handler); });
+  m_objectTable.put(handler->instanceOf(), handler.get());
+  ZEB_ASSERT(appender, SOURCE, __LINE__);
+  appender->setErrorHandler(handler.release());
+}
+
+void LOGDOMConfigurator::parseErrorHandlerChild(const ZEBIDOM_Element& child,
+                                                LOGErrorHandler& handler) {
+  const I18NString tag = child.getTagName();
+  if (tag == PARAM_TAG) {
+    setParameter(child, &handler);
+  } else if (tag == APPENDER_REF_TAG) {
+    handler.setBackupAppender(findAppenderByReference(child));
+  } else if (tag == LOGGER_REF) {
+    ZEB_ASSERT(m_repository, SOURCE, __LINE__);
+    handler.setLogger(m_repository->getLogger(child.getAttribute(REF_ATTR)));
+  } else if (tag == ROOT_REF) {
+    ZEB_ASSERT(m_repository, SOURCE, __LINE__);
+    handler.setLogger(m_repository->getRootLogger());
+  }
+}
+
+void LOGDOMConfigurator::setParameters(const ZEBIDOM_Element& parent, LOGObject& object) {
+  forEachChildElement(parent, [&](const ZEBIDOM_Element& child) {
+    if (child.getTagName() == PARAM_TAG) {
+      setParameter(child, &object);
+    }
+  });
+}
+
+void LOGDOMConfigurator::setParameter(const ZEBIDOM_Element& element, LOGObject* object) {
+  if (object != nullptr) {
+    LOGParameterTable::apply(*object, element.getAttribute(LOG4ZEB_NAME_ATTR),
+                             element.getAttribute(VALUE_ATTR),
+                             [this](const I18NString& name) { return resolveFileName(name); });
+  }
+}
+
+I18NString LOGDOMConfigurator::classOf(const ZEBIDOM_Element& element) const {
+  return subst(element.getAttribute(CLASS_ATTR));
+}
+
+I18NString LOGDOMConfigurator::subst(const I18NString& text) {
+  const long dot = text.lastIndexOf(".");
+  const auto after = static_cast<std::size_t>(dot + 1);
+  return dot == I18NString::NOT_FOUND || after == text.length() ? text : text.substring(after);
+}
+
+I18NString LOGDOMConfigurator::resolveFileName(const I18NString& name) const {
+  return m_procIdFlag == 1 ? addProcIDToFileName(name, m_procId) : name;
+}
+
+I18NString LOGDOMConfigurator::addProcIDToFileName(const I18NString& name, int processId) {
+  const I18NString number = ZEBUtConvert::handleCvt(processId);
+  // The search does not stop at a path separator, on purpose: a dot in a directory counts too.
+  const long dot = name.lastIndexOf(".");
+  if (dot == I18NString::NOT_FOUND) {
+    return name + "_" + number;
+  }
+  if (dot == 0) {
+    return number + name;
+  }
+  const auto position = static_cast<std::size_t>(dot);
+  return name.substring(0, position) + "_" + number + name.substring(position);
+}
+
+std::vector<LOGLogger*> LOGDOMConfigurator::allLoggers() const {
+  if (const auto* const hierarchy = dynamic_cast<const LOGHierarchy*>(m_repository)) {
+    return hierarchy->getAllLoggers();
+  }
+  std::vector<LOGLogger*> loggers;
+  if (m_repository != nullptr) {
+    loggers.push_back(m_repository->getRootLogger());
+    for (LOGObject* const logger : m_repository->getCurrentLoggers()) {
+      loggers.push_back(static_cast<LOGLogger*>(logger));
+    }
+  }
+  return loggers;
+}
+
+void LOGDOMConfigurator::replaceStaleAppenders() {
+  const std::vector<LOGLogger*> loggers = allLoggers();
+  for (const auto& stale : m_appenders) {
+    auto* const live = static_cast<LOGAppenderSkeleton*>(m_appenderBag.get(stale->getName()));
+    if (stale->isStale() == 0 || live == nullptr || live->isStale() != 0) {
+      continue;
+    }
+    for (LOGLogger* const logger : loggers) {
+      if (logger->isAttached(stale.get()) != 0) {
+        // Both under one lock, so that no event finds neither of them.
+        const ZEBThreadGuard guard(logger->getCriticalSection());
+        logger->removeAppender(stale.get());
+        logger->addAppender(live);
+      }
+    }
+  }
+}
+
+void LOGDOMConfigurator::detachFromLoggers(LOGAppenderSkeleton* appender) const {
+  for (LOGLogger* const logger : allLoggers()) {
+    logger->removeAppender(appender);
+  }
+}

@@ -1,0 +1,153 @@
+#ifndef CONFIG_LOGDOMCONFIGURATOR_H
+#define CONFIG_LOGDOMCONFIGURATOR_H
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include "config/LOGConfigurator.h"
+#include "core/LOGHashtable.h"
+#include "platform/ZEBThreadLockableResource.h"
+
+class LOGAppenderSkeleton;
+class LOGErrorHandler;
+class LOGFilter;
+class LOGLayout;
+class LOGLogger;
+class LOGLoggerFactory;
+class LOGObject;
+class ZEBIDOM_Document;
+class ZEBIDOM_Element;
+class ZEBIDOM_Node;
+class ZEBSharedLibrary;
+
+/// Reads a configuration document and builds what it describes into a repository: appenders with
+/// their layouts, filters and error handlers, and loggers with levels and additivity. There is one
+/// configurator in the process; it owns what it has built and frees it when it is shut down.
+///
+/// A document may be applied again and again, also while other threads log. An appender that is
+/// open is used again; one that the removal from a re-read logger has closed is stale and is built
+/// anew. Runs and shutdowns wait for each other. No operation lets an exception out: what is wrong
+/// in a document is reported through the diagnostics, and reading goes on with the next element.
+class LOG4ZEB_EXPORT LOGDOMConfigurator : public LOGConfigurator, public ZEBThreadLockableResource {
+ public:
+  /// Makes the configurator, unless it exists. Throws ZEBOutOfMemoryError.
+  static void initialize();
+  /// Deletes the configurator, and with it all that it has built.
+  static void shutdown();
+
+  /// Applies a document to the default repository. Returns 1 when it was read and applied, else 0.
+  static int configure(const I18NString& fileName);
+  /// The same; rolling file appenders get the process id into their file names, where the document
+  /// has not switched that off.
+  static int configureWithProcID(const I18NString& fileName);
+  /// The same for a document that was parsed already, given its root element.
+  static int configure(const ZEBIDOM_Element& root);
+  /// Switches the process ids in file names on (1) or off for the documents that follow.
+  static void applyProcIDtoFileAppender(int on);
+
+  int doConfigure(const I18NString& fileName, LOGLoggerRepository* repository) override;
+  int doConfigure(char* fileName, LOGLoggerRepository* repository);
+  int doConfigure(const ZEBIDOM_Element& root, LOGLoggerRepository* repository);
+
+  /// Runs `operation` while no run and no shutdown of the configurator is under way.
+  static void runExclusively(const std::function<void()>& operation);
+
+  static const I18NString CONFIGURATION_TAG;
+  static const I18NString OLD_CONFIGURATION_TAG;
+  static const I18NString CATEGORY_FACTORY_TAG;
+  static const I18NString LOGGER;
+  static const I18NString CATEGORY;
+  static const I18NString ROOT_TAG;
+  static const I18NString RENDERER_TAG;
+  static const I18NString APPENDER_TAG;
+  static const I18NString APPENDER_REF_TAG;
+  static const I18NString PARAM_TAG;
+  static const I18NString LAYOUT_TAG;
+  static const I18NString FILTER_TAG;
+  static const I18NString ERROR_HANDLER_TAG;
+  static const I18NString LEVEL_TAG;
+  static const I18NString PRIORITY_TAG;
+  static const I18NString LOGGER_REF;
+  static const I18NString ROOT_REF;
+  static const I18NString LOG4ZEB_NAME_ATTR;
+  static const I18NString VALUE_ATTR;
+  static const I18NString CLASS_ATTR;
+  static const I18NString REF_ATTR;
+  static const I18NString ADDITIVITY_ATTR;
+  static const I18NString THRESHOLD_ATTR;
+  static const I18NString INTERNAL_DEBUG_ATTR;
+  static const I18NString CONFIG_DEBUG_ATTR;
+  static const I18NString RENDERING_CLASS_ATTR;
+  static const I18NString RENDERED_CLASS_ATTR;
+  static const I18NString ADDPROCID_ATTR;
+  static const I18NString dbfKey;
+  static const I18NString EMPTY_STR;
+
+ protected:
+  /// Do nothing: a program that wants a file watched constructs a watchdog itself.
+  static void configureAndWatch(const I18NString& fileName);
+  static void configureAndWatch(const I18NString& fileName, unsigned int delay);
+
+ private:
+  LOGDOMConfigurator();
+  LOGDOMConfigurator(const LOGDOMConfigurator&) = delete;
+  LOGDOMConfigurator& operator=(const LOGDOMConfigurator&) = delete;
+  ~LOGDOMConfigurator() override;
+
+  bool parseFile(const I18NString& fileName);
+  bool parse(const ZEBIDOM_Element& root);
+  bool hasConfigurationTag(const ZEBIDOM_Element& root) const;
+  void applyRootAttributes(const ZEBIDOM_Element& root);
+  void parseCategoryFactory(const ZEBIDOM_Element& element);
+  void parseLogger(const ZEBIDOM_Element& element);
+  LOGLogger* findLogger(const I18NString& name, const I18NString& className);
+  void parseRoot(const ZEBIDOM_Element& element);
+  void parseChildrenOfLoggerElement(const ZEBIDOM_Element& element, LOGLogger* logger, bool isRoot);
+  void attachReferenced(const ZEBIDOM_Element& reference, LOGLogger& logger);
+  void parseLevel(const ZEBIDOM_Element& element, LOGLogger& logger, bool isRoot);
+  void parseRenderer(const ZEBIDOM_Element& element);
+
+  LOGAppenderSkeleton* findAppenderByReference(const ZEBIDOM_Element& reference);
+  LOGAppenderSkeleton* findAppenderByName(const ZEBIDOM_Document& document, const I18NString& name);
+  LOGAppenderSkeleton* parseAppender(const ZEBIDOM_Element& element);
+  LOGAppenderSkeleton* newAppender(const ZEBIDOM_Element& element);
+  void parseAppenderChild(const ZEBIDOM_Element& child, LOGAppenderSkeleton& appender);
+  void requestAttachment(const ZEBIDOM_Element& reference, LOGAppenderSkeleton& appender);
+  LOGLayout* parseLayout(const ZEBIDOM_Element& element);
+  void parseFilters(const ZEBIDOM_Element& element, LOGAppenderSkeleton* appender);
+  LOGFilter* newFilter(const I18NString& className);
+  LOGFilter* newDyeTraceFilter();
+  void parseErrorHandler(const ZEBIDOM_Element& element, LOGAppenderSkeleton* appender);
+  void parseErrorHandlerChild(const ZEBIDOM_Element& child, LOGErrorHandler& handler);
+
+  void setParameters(const ZEBIDOM_Element& parent, LOGObject& object);
+  void setParameter(const ZEBIDOM_Element& element, LOGObject* object);
+  I18NString classOf(const ZEBIDOM_Element& element) const;
+  static I18NString subst(const I18NString& text);
+  I18NString resolveFileName(const I18NString& name) const;
+  static I18NString addProcIDToFileName(const I18NString& name, int processId);
+
+  std::vector<LOGLogger*> allLoggers() const;
+  void replaceStaleAppenders();
+  void detachFromLoggers(LOGAppenderSkeleton* appender) const;
+
+  static LOGDOMConfigurator* m_domConfig;    // guarded by the run lock, like all below
+  static LOGLoggerFactory* m_loggerFactory;  // belongs to its library
+  static ZEBSharedLibrary& m_hFactInst;      // never unloaded, nor is the next
+  static ZEBSharedLibrary& m_hDyeTraceFilterInst;
+
+  LOGHashtable m_appenderBag;  // newest appender of each name; owns none
+  LOGHashtable m_objectTable;  // layouts, filters and error handlers by class; owns none
+  LOGLoggerRepository* m_repository = nullptr;
+  int m_procIdFlag = 0;
+  int m_procId = 0;
+
+  std::vector<I18NString> m_appendersUnderConstruction;
+  // What the configurator frees, in the opposite order.
+  std::vector<std::unique_ptr<LOGFilter>> m_filters;
+  std::vector<std::unique_ptr<LOGLayout>> m_layouts;
+  std::vector<std::unique_ptr<LOGAppenderSkeleton>> m_appenders;
+};
+
+#endif

@@ -1,0 +1,23 @@
+#ifndef CONFIG_LOGPARAMETERTABLE_H
+#define CONFIG_LOGPARAMETERTABLE_H
+
+#include <functional>
+
+#include "platform/I18NString.h"
+
+class LOGObject;
+
+/// The params that each class of component takes from a configuration document; a new one is one
+/// line in the table.
+class LOGParameterTable {
+ public:
+  /// Gives a file name the process id, when the configuration asks for it.
+  using FileNameResolver = std::function<I18NString(const I18NString&)>;
+
+  /// Sets the param on the object, whose class is found by its tag. What the class does not take,
+  /// and an empty value, is ignored.
+  static void apply(LOGObject& object, const I18NString& name, const I18NString& value,
+                    const FileNameResolver& resolveFileName);
+};
+
+#endif

@@ -1,0 +1,6 @@
+#include "core/LOGDefaultRepositorySelector.h"
+
+LOGDefaultRepositorySelector::LOGDefaultRepositorySelector(LOGLoggerRepository* repository)
+    : m_repository(repository) {}
+
+LOGLoggerRepository* LOGDefaultRepositorySelector::getLoggerRepository() { return m_repository; }

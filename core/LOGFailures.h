@@ -1,0 +1,76 @@
+#ifndef CORE_LOGFAILURES_H
+#define CORE_LOGFAILURES_H
+
+// How the library reports what goes wrong while it works for an application: each pattern stands
+// here once, the operations only supply their texts.
+
+#include <utility>
+
+#include "core/LOGLogLog.h"
+#include "platform/I18NRuntimeError.h"
+#include "platform/ZEBThrowable.h"
+
+/// Writes `text` to the diagnostics as an error, records that in `failure`, and returns: the
+/// failure ends here. A failure of the diagnostics themselves ends here too.
+inline void logReportSwallowed(const I18NString& text, ZEBThrowable& failure) noexcept {
+  try {
+    LOGLogLog::error(text, failure);
+  } catch (const std::exception&) {
+    // What the report passes on is what the caller wants stopped.
+  }
+}
+
+/// What an operation reports for a text that could not be converted, for another exception of the
+/// library's family, and for anything else.
+struct LOGFailureTexts {
+  const char* stringError;
+  const char* throwable;
+  const char* other;
+
+  /// The same text for everything.
+  static constexpr LOGFailureTexts same(const char* text) { return {text, text, text}; }
+};
+
+/// Runs `operation`. Exceptions of the library's family are reported and end here; anything else is
+/// reported and goes on to the caller. Returns whether the operation came to its end.
+template <typename Operation>
+bool logReportingFailures(const LOGFailureTexts& texts, Operation&& operation) {
+  try {
+    std::forward<Operation>(operation)();
+    return true;
+  } catch (I18NRuntimeError& failure) {
+    logReportSwallowed(texts.stringError, failure);
+  } catch (ZEBThrowable& failure) {
+    logReportSwallowed(texts.throwable, failure);
+  } catch (...) {
+    LOGLogLog::error(texts.other);
+    throw;
+  }
+  return false;
+}
+
+/// The same, but nothing at all reaches the caller.
+template <typename Operation>
+bool logContainingFailures(const LOGFailureTexts& texts, Operation&& operation) noexcept {
+  try {
+    return logReportingFailures(texts, std::forward<Operation>(operation));
+  } catch (...) {
+    return false;  // reported already
+  }
+}
+
+/// Runs `operation` and returns its result. Every exception is reported with `text` and goes on to
+/// the caller.
+template <typename Operation>
+auto logReportingAndPassing(const char* text, Operation&& operation) -> decltype(operation()) {
+  try {
+    return std::forward<Operation>(operation)();
+  } catch (ZEBThrowable& failure) {
+    LOGLogLog::error(text, failure);
+  } catch (...) {
+    LOGLogLog::error(text);
+    throw;
+  }
+}
+
+#endif

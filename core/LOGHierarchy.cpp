@@ -1,0 +1,314 @@
+#include "core/LOGHierarchy.h"
+
+#include <mutex>
+#include <utility>
+
+#include "core/LOGConfiguratorHook.h"
+#include "core/LOGFailures.h"
+#include "core/LOGLogger.h"
+#include "core/LOGProvisionNode.h"
+#include "platform/ZEBAssertError.h"
+#include "platform/ZEBThreadGuard.h"
+
+namespace {
+
+constexpr const char* SOURCE = "LOGHierarchy";
+constexpr const char* LOGGER_TAG = "LOGLogger";
+constexpr const char* PROVISION_TAG = "LOGProvisionNode";
+constexpr long NO_DOT = I18NString::NOT_FOUND;
+
+bool isLogger(const LOGObject* object) {
+  return object != nullptr && object->instanceOf() == LOGGER_TAG;
+}
+
+LOGLogger* asLogger(LOGObject* object) { return static_cast<LOGLogger*>(object); }
+
+}  // namespace
+
+LOGHierarchy::LOGHierarchy()
+    : m_thresholdInt(LOGLevel::ALL_RANK),
+      m_ht(std::make_unique<LOGHashtable>()),
+      m_threshold(LOGLevel::toLevel(LOGLevel::ALL_RANK)),
+      m_root(nullptr),
+      m_rendererMap(std::make_unique<LOGRendererMap>()) {}
+
+LOGHierarchy::LOGHierarchy(LOGLogger* root) : LOGHierarchy() {
+  m_root = root;
+  ZEB_ASSERT(m_root, SOURCE, __LINE__);
+  m_root->setRepository(this);
+}
+
+LOGHierarchy::~LOGHierarchy() {
+  if (m_root != nullptr && m_root->getRepository() == this) {
+    m_root->setRepository(nullptr);
+  }
+}
+
+int LOGHierarchy::isDisabled(int level) {
+  return m_thresholdInt.load(std::memory_order_relaxed) > level ? 1 : 0;
+}
+
+void LOGHierarchy::setThreshold(const I18NString& level) {
+  LOGLevel* const found = LOGLevel::toLevel(level, nullptr);
+  if (found == nullptr) {
+    LOGLogLog::warn("Could not convert [" + level + " to Level.");
+  } else {
+    setThreshold(found);
+  }
+}
+
+void LOGHierarchy::setThreshold(LOGLevel* level) {
+  if (level != nullptr) {
+    m_threshold = level;
+    m_thresholdInt = level->toInt();
+  }
+}
+
+LOGLevel* LOGHierarchy::getThreshold() { return m_threshold; }
+
+void LOGHierarchy::emitNoAppenderWarning(LOGLogger* logger) {
+  if (m_emittedNoAppenderWarning.load() == 0) {
+    ZEB_ASSERT(logger, SOURCE, __LINE__);
+    if (m_emittedNoAppenderWarning.exchange(1) == 0) {
+      LOGLogLog::warn("No appenders could be found for logger (" + logger->getName() + ").");
+    }
+  }
+}
+
+LOGLogger* LOGHierarchy::getLogger(const I18NString& name) {
+  return getLogger(name, &m_defaultFactory);
+}
+
+LOGLogger* LOGHierarchy::getLogger(const I18NString& name, LOGLoggerFactory* factory) {
+  ZEB_ASSERT(m_ht, SOURCE, __LINE__);
+  return logReportingAndPassing("LOGHierarchy::getLogger -- unable to lock mutex", [&] {
+    const ZEBThreadGuard guard(m_ht->getCriticalSection());
+    return findOrCreate(name, factory);
+  });
+}
+
+LOGLogger* LOGHierarchy::findOrCreate(const I18NString& name, LOGLoggerFactory* factory) {
+  LOGObject* const found = m_ht->get(name);
+  if (found == nullptr) {
+    return addNew(name, factory);
+  }
+  if (isLogger(found)) {
+    return asLogger(found);
+  }
+  if (found->instanceOf() == PROVISION_TAG) {
+    return replaceProvision(name, factory, static_cast<const LOGProvisionNode&>(*found));
+  }
+  return nullptr;
+}
+
+std::unique_ptr<LOGLogger> LOGHierarchy::createLogger(const I18NString& name,
+                                                      LOGLoggerFactory* factory) {
+  ZEB_ASSERT(factory, SOURCE, __LINE__);
+  std::unique_ptr<LOGLogger> logger(factory->makeNewLoggerInstance(name));
+  ZEB_ASSERT(logger, SOURCE, __LINE__);
+  // Entries are told apart by their tag, whatever class a factory gave its loggers.
+  logger->instance(LOGGER_TAG);
+  logger->setRepository(this);
+  logger->setParent(m_root);
+  return logger;
+}
+
+bool LOGHierarchy::enter(const I18NString& name, std::unique_ptr<LOGLogger> logger) {
+  m_allLoggers.push_back(logger.get());
+  m_notInTable.push_back(std::move(logger));
+  if (m_ht->put(name, m_allLoggers.back()) == 0) {
+    return false;
+  }
+  static_cast<void>(m_notInTable.back().release());
+  m_notInTable.pop_back();
+  return true;
+}
+
+LOGLogger* LOGHierarchy::replaceProvision(const I18NString& name, LOGLoggerFactory* factory,
+                                          const LOGProvisionNode& provision) {
+  std::unique_ptr<LOGLogger> made = createLogger(name, factory);
+  LOGLogger* const logger = made.get();
+  const std::unique_lock<std::shared_mutex> access(m_tableAccess);
+  // The provision node stays behind the new entry, which shadows it.
+  enter(name, std::move(made));
+  // The new logger is linked upwards before anything is linked to it, so that other threads never
+  // walk over a logger whose parent is not settled.
+  const std::vector<LOGLogger*> children = findChildren(&provision, logger);
+  logger->setParent(findParent(logger));
+  for (LOGLogger* const child : children) {
+    child->setParent(logger);
+  }
+  return logger;
+}
+
+LOGLogger* LOGHierarchy::addNew(const I18NString& name, LOGLoggerFactory* factory) {
+  if (name.isEmpty()) {
+    // The table takes no empty name, so its logger is found among those that were refused.
+    for (const auto& logger : m_notInTable) {
+      if (logger->getName().isEmpty()) {
+        return logger.get();
+      }
+    }
+  }
+  LOGLogLog::debug("Creating new instance of LOGLogger: " + name);
+  std::unique_ptr<LOGLogger> made = createLogger(name, factory);
+  LOGLogger* const logger = made.get();
+  const std::unique_lock<std::shared_mutex> access(m_tableAccess);
+  if (!enter(name, std::move(made))) {
+    LOGLogLog::error("LOGHierrachy::getLogger ---- Could not put Logger in LOGHashtable");
+  }
+  logger->setParent(findParent(logger));
+  return logger;
+}
+
+std::vector<LOGLogger*> LOGHierarchy::findChildren(const LOGProvisionNode* provisionNode,
+                                                   LOGLogger* logger) {
+  ZEB_ASSERT(provisionNode, SOURCE, __LINE__);
+  ZEB_ASSERT(logger, SOURCE, __LINE__);
+  std::vector<LOGLogger*> children;
+  for (LOGLogger* const element : provisionNode->getElements()) {
+    // Every waiting descendant is taken, also one that has a nearer ancestor by now: that is how it
+    // is meant, so the order in which names are first asked for can be seen in the tree.
+    if (isLogger(element) && element->getName().startsWith(logger->getName())) {
+      const LOGLogger* const parentLogger = element->getParent();
+      ZEB_ASSERT(parentLogger, SOURCE, __LINE__);
+      LOGLogLog::debug("Add logger [" + logger->getName() + "] as parent of [" +
+                       element->getName() + "].");
+      children.push_back(element);
+    }
+  }
+  return children;
+}
+
+LOGLogger* LOGHierarchy::findParent(LOGLogger* logger) {
+  ZEB_ASSERT(logger, SOURCE, __LINE__);
+  ZEB_ASSERT(m_ht, SOURCE, __LINE__);
+  const I18NString& name = logger->getName();
+  for (long dot = name.lastIndexOf("."); dot > 0;
+       dot = name.lastIndexOf(".", static_cast<std::size_t>(dot) - 1)) {
+    const I18NString prefix = name.substring(0, static_cast<std::size_t>(dot));
+    LOGObject* const found = m_ht->get(prefix);
+    if (isLogger(found)) {
+      return asLogger(found);
+    }
+    if (found == nullptr) {
+      LOGLogLog::debug("Creating a new provision [" + prefix + "] for LOGLogger [" + name + "].");
+      auto provision = std::make_unique<LOGProvisionNode>(logger);
+      if (m_ht->put(prefix, provision.get()) != 0) {
+        static_cast<void>(provision.release());
+      }
+    } else if (found->instanceOf() == PROVISION_TAG) {
+      static_cast<LOGProvisionNode*>(found)->addElement(logger);
+    } else {
+      LOGLogLog::error(
+          "LOGHierarchy::updateParents --- Could not find a logger parent neither a provision for "
+          "logger [" +
+          name + "].");
+    }
+  }
+  return m_root;
+}
+
+LOGLogger* LOGHierarchy::exists(const I18NString& name) {
+  ZEB_ASSERT(m_ht, SOURCE, __LINE__);
+  const std::shared_lock<std::shared_mutex> access(m_tableAccess);
+  LOGObject* const found = m_ht->get(name);
+  return isLogger(found) ? asLogger(found) : nullptr;
+}
+
+ZEBList<LOGObject*> LOGHierarchy::getCurrentLoggers() {
+  ZEB_ASSERT(m_ht, SOURCE, __LINE__);
+  const std::shared_lock<std::shared_mutex> access(m_tableAccess);
+  ZEBList<LOGObject*> loggers;
+  for (LOGObject* const entry : m_ht->elements()) {
+    if (isLogger(entry)) {
+      loggers.add(entry);
+    }
+  }
+  return loggers;
+}
+
+std::vector<LOGLogger*> LOGHierarchy::getAllLoggers() const {
+  std::vector<LOGLogger*> loggers;
+  if (m_root != nullptr) {
+    loggers.push_back(m_root);
+  }
+  const std::shared_lock<std::shared_mutex> access(m_tableAccess);
+  loggers.insert(loggers.end(), m_allLoggers.begin(), m_allLoggers.end());
+  return loggers;
+}
+
+template <typename Operation>
+void LOGHierarchy::forEachLogger(Operation operation) const {
+  for (LOGLogger* const logger : getAllLoggers()) {
+    operation(*logger);
+  }
+}
+
+void LOGHierarchy::shutdown() {
+  ZEB_ASSERT(m_root, SOURCE, __LINE__);
+  forEachLogger([](LOGLogger& logger) { logger.closeNestedAppenders(); });
+  forEachLogger([](LOGLogger& logger) { logger.removeAllAppenders(); });
+  LOGLogLog::shutdown();
+  LOGConfiguratorHook::shutdown();
+}
+
+void LOGHierarchy::resetConfiguration() {
+  ZEB_ASSERT(m_ht, SOURCE, __LINE__);
+  ZEB_ASSERT(m_root, SOURCE, __LINE__);
+  logReportingAndPassing("LOGHierarchy::resetConfiguration -- ", [this] {
+    m_root->setLevel(LOGLevel::toLevel(LOGLevel::DEBUG_RANK));
+    setThreshold(LOGLevel::toLevel(LOGLevel::ALL_RANK));
+    shutdown();
+    forEachLogger([this](LOGLogger& logger) {
+      if (&logger != m_root) {
+        logger.setLevel(nullptr);
+        logger.setAdditivity(1);
+      }
+    });
+    m_rendererMap->clear();
+  });
+}
+
+void LOGHierarchy::clear() {
+  const ZEBThreadGuard guard(m_ht->getCriticalSection());
+  const std::unique_lock<std::shared_mutex> access(m_tableAccess);
+  m_ht->clear();
+  m_notInTable.clear();
+  m_allLoggers.clear();
+}
+
+void LOGHierarchy::addHierarchyEventListener(LOGHierarchyEventListener* listener) {
+  ZEB_ASSERT(listener, SOURCE, __LINE__);
+  const ZEBThreadGuard guard(getCriticalSection());
+  for (const LOGHierarchyEventListener& known : m_listeners) {
+    if ((known == *listener) != 0) {
+      return;
+    }
+  }
+  m_listeners.add(*listener);
+}
+
+void LOGHierarchy::fireAddAppenderEvent(LOGLogger* logger, LOGAppenderSkeleton* appender) {
+  const ZEBThreadGuard guard(getCriticalSection());
+  for (LOGHierarchyEventListener& listener : m_listeners) {
+    listener.addAppenderEvent(logger, appender);
+  }
+}
+
+void LOGHierarchy::fireRemoveAppenderEvent(LOGLogger* logger, LOGAppenderSkeleton* appender) {
+  const ZEBThreadGuard guard(getCriticalSection());
+  for (LOGHierarchyEventListener& listener : m_listeners) {
+    listener.removeAppenderEvent(logger, appender);
+  }
+}
+
+void LOGHierarchy::setRenderer(const I18NString& className, LOGObjectRenderer* renderer) {
+  m_rendererMap->put(className, renderer);
+}
+
+void LOGHierarchy::setRenderer(LOGObject* object, LOGObjectRenderer* renderer) {
+  if (object != nullptr) {
+    m_rendererMap->put(object->instanceOf(), renderer);
+  }
+}

@@ -1,0 +1,21 @@
+#ifndef CORE_LOGHIERARCHYEVENTLISTENER_H
+#define CORE_LOGHIERARCHYEVENTLISTENER_H
+
+#include "platform/LOG4ZEBExport.h"
+
+class LOGAppenderSkeleton;
+class LOGLogger;
+
+/// Is told when a hierarchy's appenders come and go. No two listeners are equal.
+class LOG4ZEB_EXPORT LOGHierarchyEventListener {
+ public:
+  virtual ~LOGHierarchyEventListener();
+  virtual void addAppenderEvent(LOGLogger* logger, LOGAppenderSkeleton* appender);
+  virtual void removeAppenderEvent(LOGLogger* logger, LOGAppenderSkeleton* appender);
+
+  /// Always 0, and always 1.
+  int operator==(const LOGHierarchyEventListener&) const { return 0; }
+  int operator!=(const LOGHierarchyEventListener&) const { return 1; }
+};
+
+#endif

@@ -1,0 +1,141 @@
+#include "core/LOGLogLog.h"
+
+#include <fstream>
+#include <memory>
+#include <mutex>
+#include <new>
+#include <string>
+#include <utility>
+
+#include "platform/ZEBFmDir.h"
+#include "platform/ZEBFmFile.h"
+#include "platform/ZEBTranslate.h"
+
+namespace {
+
+constexpr const char* SETTINGS_FILE = "../configuration/logdebug.ini";
+constexpr const char* DEFAULT_DEBUG_FILE = "log4zeb.log";
+constexpr const char* PREFIX = "log4zeb: ";
+constexpr const char* ERR_PREFIX = "log4zeb:ERROR ";
+constexpr const char* WARN_PREFIX = "log4zeb:WARN ";
+
+/// The last lock of all: nothing else is taken while it is held.
+std::mutex g_lock;
+
+[[noreturn]] void passOn(ZEBThrowable& t, const char* operation) {
+  t.addBackTrace("ZEB_RETHROW", operation);
+  t.raise();
+  throw t;  // never reached, but a compiler does not believe that of a virtual call
+}
+
+}  // namespace
+
+const I18NString LOGLogLog::m_PREFIX = PREFIX;
+const I18NString LOGLogLog::m_ERR_PREFIX = ERR_PREFIX;
+const I18NString LOGLogLog::m_WARN_PREFIX = WARN_PREFIX;
+const I18NString LOGLogLog::m_DEBUG_KEY = "log4zeb.debug";
+const I18NString LOGLogLog::m_CONFIG_DEBUG_KEY = "log4zeb.configDebug";
+
+std::atomic<int> LOGLogLog::m_initialized{0};
+std::atomic<int> LOGLogLog::m_fileLogEnabled{0};
+std::atomic<int> LOGLogLog::m_debugEnabled{0};
+std::atomic<int> LOGLogLog::m_quietMode{1};
+ZEBFmFile* LOGLogLog::m_debugFile = nullptr;
+
+LOGLogLog::~LOGLogLog() = default;
+
+void LOGLogLog::debug(const I18NString& msg) { writeMsg(PREFIX, msg); }
+
+void LOGLogLog::warn(const I18NString& msg) { writeMsg(WARN_PREFIX, msg); }
+
+void LOGLogLog::error(const I18NString& msg) { writeMsg(ERR_PREFIX, msg); }
+
+void LOGLogLog::error(const char* msg) { writeMsg(ERR_PREFIX, msg); }
+
+void LOGLogLog::debug(const I18NString& msg, ZEBThrowable& t) {
+  debug(msg);
+  passOn(t, "LOGLogLog::debug");
+}
+
+void LOGLogLog::warn(const I18NString& msg, ZEBThrowable& t) {
+  warn(msg);
+  passOn(t, "LOGLogLog::warn");
+}
+
+void LOGLogLog::error(const I18NString& msg, ZEBThrowable& t) {
+  error(msg);
+  passOn(t, "LOGLogLog::error");
+}
+
+void LOGLogLog::setInternalDebugging(int enabled) { m_debugEnabled = enabled; }
+
+void LOGLogLog::setQuietMode(int quiet) { m_quietMode = quiet; }
+
+void LOGLogLog::writeMsg(const char* prefix, const I18NString& msg) {
+  if (m_initialized.load(std::memory_order_acquire) != 0 && m_fileLogEnabled.load() == 0) {
+    return;
+  }
+  const std::lock_guard<std::mutex> guard(g_lock);
+  initLocked();
+  if (m_fileLogEnabled.load() == 0 || msg.isEmpty()) {
+    return;
+  }
+  // Neither the debug flag nor quiet mode filters anything: where the file is written, all of it
+  // is.
+  std::string line = prefix + msg.toStdString() + "\r\n";
+  m_debugFile->seek(0, ZEBFmFile::ORIGIN_END);
+  m_debugFile->write(line.data(), line.size());
+  m_debugFile->flush();
+}
+
+void LOGLogLog::init() {
+  const std::lock_guard<std::mutex> guard(g_lock);
+  initLocked();
+}
+
+void LOGLogLog::initLocked() {
+  if (m_initialized.load(std::memory_order_relaxed) != 0) {
+    return;
+  }
+  std::ifstream settings(SETTINGS_FILE);
+  if (!settings) {
+    m_quietMode = 1;
+    m_debugEnabled = 0;
+    m_fileLogEnabled = 0;
+    m_initialized.store(1, std::memory_order_release);
+    return;
+  }
+  std::string debugWord;
+  std::string fileName;
+  settings >> debugWord >> fileName;
+  m_debugEnabled = debugWord == "1" ? 1 : 0;
+  // The settings know no word for quiet mode: reading them always ends it.
+  m_quietMode = 0;
+  openDebugFile(fileName.empty() ? DEFAULT_DEBUG_FILE : fileName);
+  m_initialized.store(m_fileLogEnabled, std::memory_order_release);
+}
+
+void LOGLogLog::openDebugFile(const I18NString& name) {
+  auto file = zebTranslate("LOGLogLog", __LINE__, [] { return std::make_unique<ZEBFmFile>(); });
+  const int mode =
+      ZEBFmDir::exists(name, ZEBFmDir::READ_WRITE_FILE) != 0 ? ZEBFmFile::APPEND : ZEBFmFile::WRITE;
+  if (file->open(name, mode) == 0) {
+    // Not initialised, so that the next message tries again.
+    m_fileLogEnabled = 0;
+    return;
+  }
+  m_debugFile = file.release();
+  m_fileLogEnabled = 1;
+}
+
+void LOGLogLog::shutdown() {
+  const std::lock_guard<std::mutex> guard(g_lock);
+  if (m_fileLogEnabled.load() == 0) {
+    return;
+  }
+  delete std::exchange(m_debugFile, nullptr);
+  m_debugEnabled = 0;
+  m_fileLogEnabled = 0;
+  m_initialized = 0;
+  m_quietMode = 1;
+}

@@ -1,0 +1,259 @@
+#include "core/LOGLogger.h"
+
+#include <cstring>
+
+#include "appenders/LOGAppenderSkeleton.h"
+#include "core/LOGFailures.h"
+#include "core/LOGLoggerRepository.h"
+#include "core/LOGLoggingEvent.h"
+#include "core/LOGManager.h"
+#include "platform/ZEBAssertError.h"
+#include "platform/ZEBThreadGuard.h"
+#include "platform/ZEBTranslate.h"
+
+namespace {
+
+constexpr const char* SOURCE = "LOGLogger";
+
+/// Runs `operation` under the logger's lock; a failure is reported with `text` and goes on.
+template <typename Operation>
+auto locked(const LOGLogger& logger, const char* text, Operation&& operation)
+    -> decltype(operation()) {
+  return logReportingAndPassing(text, [&] {
+    const ZEBThreadGuard guard(logger.getCriticalSection());
+    return operation();
+  });
+}
+
+}  // namespace
+
+const I18NString LOGLogger::m_FQCN = "LOGLogger";
+
+LOGLogger::LOGLogger() : LOGLogger(I18NString()) {}
+
+LOGLogger::LOGLogger(const I18NString& name) : m_name(name) { instance(SOURCE); }
+
+LOGLogger::LOGLogger(const LOGLogger& other)
+    : LOGMutex(other),
+      LOGAppenderAttachable(other),
+      LOGObject(other),
+      m_name(other.m_name),
+      m_additive(other.getAdditivity()),
+      m_parent(other.getParent()),
+      m_aai(other.m_aai),
+      m_repository(other.getRepository()),
+      m_resourceBundle(other.m_resourceBundle) {
+  const LOGLevel* const level = other.getLevel();
+  m_level = level == nullptr ? nullptr : keptCopyOf(*level);
+}
+
+LOGLogger& LOGLogger::operator=(const LOGLogger& other) {
+  if (this != &other) {
+    LOGObject::operator=(other);
+    const LOGLevel* const level = other.getLevel();
+    const ZEBThreadGuard guard(getCriticalSection());
+    m_name = other.m_name;
+    m_additive = other.getAdditivity();
+    m_level = level == nullptr ? nullptr : keptCopyOf(*level);
+    m_parent = other.getParent();
+    m_aai = other.m_aai;
+    m_repository = other.getRepository();
+    m_resourceBundle = other.m_resourceBundle;
+  }
+  return *this;
+}
+
+LOGLogger::~LOGLogger() = default;
+
+int LOGLogger::operator==(const LOGObject& other) const {
+  const auto* const logger = dynamic_cast<const LOGLogger*>(&other);
+  return logger != nullptr && m_name == logger->m_name ? 1 : 0;
+}
+
+int LOGLogger::operator!=(const LOGObject& other) const { return *this == other ? 0 : 1; }
+
+LOGObject* LOGLogger::clone() const {
+  ZEBAssertError::fail("ZEB_ASSERT_NAMED(FALSE, \"Not allowed to clone LOGLogger object.\");",
+                       SOURCE, __LINE__);
+}
+
+LOGLevel* LOGLogger::getChainedLevel() const {
+  for (const LOGLogger* logger = this; logger != nullptr; logger = logger->getParent()) {
+    LOGLevel* const level = logger->m_level.load(std::memory_order_acquire);
+    if (level != nullptr) {
+      return level;
+    }
+  }
+  return nullptr;
+}
+
+LOGLevel* LOGLogger::enabledLevel(int rank) const {
+  // A request on a logger without a repository is meant to be logged, unlike log() and the tests
+  // is...Enabled(): only the level decides.
+  LOGLoggerRepository* const repository = getRepository();
+  if (repository != nullptr && repository->isDisabled(rank) == 1) {
+    return nullptr;
+  }
+  const LOGLevel* const effective = getChainedLevel();
+  LOGLevel* const level = LOGLevel::toLevel(rank);
+  return level != nullptr && level->isGreaterOrEqual(effective) != 0 ? level : nullptr;
+}
+
+void LOGLogger::request(int rank, LOGObject* message) {
+  LOGLevel* const level = enabledLevel(rank);
+  if (level != nullptr) {
+    forcedLog(m_FQCN, level, message);
+  }
+}
+
+void LOGLogger::request(int rank, const I18NString& message) {
+  LOGLevel* const level = enabledLevel(rank);
+  if (level != nullptr) {
+    LOGObject object(message);
+    forcedLog(m_FQCN, level, &object);
+  }
+}
+
+bool LOGLogger::passesRepositoryAndLevel(const LOGLevel* level) const {
+  LOGLoggerRepository* const repository = getRepository();
+  return repository != nullptr && level != nullptr && repository->isDisabled(level->toInt()) != 1 &&
+         level->isGreaterOrEqual(getChainedLevel()) != 0;
+}
+
+void LOGLogger::log(LOGLevel* level, LOGObject* message) {
+  if (passesRepositoryAndLevel(level)) {
+    forcedLog(m_FQCN, level, message);
+  }
+}
+
+void LOGLogger::log(LOGLevel* level, const I18NString& message) {
+  if (passesRepositoryAndLevel(level)) {
+    LOGObject object(message);
+    forcedLog(m_FQCN, level, &object);
+  }
+}
+
+void LOGLogger::l7dlog(LOGLevel* level, const I18NString& key) {
+  if (getRepository() == nullptr) {
+    return;
+  }
+  ZEB_ASSERT(level, SOURCE, 376);
+  if (passesRepositoryAndLevel(level)) {
+    const I18NString& text = getResourceBundleString(key);
+    LOGObject message(text.isEmpty() ? key : text);
+    forcedLog(m_FQCN, level, &message);
+  }
+}
+
+void LOGLogger::l7dlog(LOGLevel* level, const I18NString& key, LOGObject*) { l7dlog(level, key); }
+
+void LOGLogger::assertLog(int assertion, const I18NString& msg) {
+  if (assertion == 0) {
+    LOGObject message(msg);
+    error(&message);
+  }
+}
+
+void LOGLogger::forcedLog(const I18NString& fqn, LOGLevel* level, LOGObject* message) {
+  LOGLoggingEvent event(fqn, this, level, message);
+  callAppenders(&event);
+}
+
+void LOGLogger::callAppenders(LOGLoggingEvent* event) {
+  int writes = 0;
+  for (LOGLogger* logger = this; logger != nullptr; logger = logger->getParent()) {
+    writes += locked(*logger, "LOGLogger::callAppenders -- unable to lock mutex",
+                     [&] { return logger->m_aai.appendLoopOnAppenders(event); });
+    if (logger->getAdditivity() == 0) {
+      break;
+    }
+  }
+  LOGLoggerRepository* const repository = getRepository();
+  if (writes == 0 && repository != nullptr) {
+    repository->emitNoAppenderWarning(this);
+  }
+}
+
+int LOGLogger::isEnabledFor(LOGLevel* level) const {
+  return passesRepositoryAndLevel(level) ? 1 : 0;
+}
+
+int LOGLogger::isDebugEnabled() const {
+  return isEnabledFor(LOGLevel::toLevel(LOGLevel::DEBUG_RANK));
+}
+
+int LOGLogger::isInfoEnabled() const {
+  return isEnabledFor(LOGLevel::toLevel(LOGLevel::INFO_RANK));
+}
+
+LOGLevel* LOGLogger::keptCopyOf(const LOGLevel& level) {
+  for (const auto& copy : m_levelCopies) {
+    if (*copy == level && std::strcmp(copy->toString(), level.toString()) == 0) {
+      return copy.get();
+    }
+  }
+  m_levelCopies.push_back(std::make_unique<LOGLevel>(level));
+  return m_levelCopies.back().get();
+}
+
+void LOGLogger::setLevel(LOGLevel* level) {
+  zebTranslate(SOURCE, 507, [&] {
+    const ZEBThreadGuard guard(getCriticalSection());
+    m_level.store(level == nullptr ? nullptr : keptCopyOf(*level), std::memory_order_release);
+  });
+}
+
+const I18NString& LOGLogger::getResourceBundleString(const I18NString&) const {
+  return m_resourceBundle;
+}
+
+void LOGLogger::addAppender(LOGAppenderSkeleton* newAppender) {
+  locked(*this, "LOGLogger::addAppender -- unable to lock mutex",
+         [&] { m_aai.addAppender(newAppender); });
+}
+
+ZEBListIterator<LOGAppenderSkeleton*> LOGLogger::getAllAppenders() {
+  return locked(*this, "LOGLogger::getAllAppenders -- unable to lock mutex",
+                [&] { return m_aai.getAllAppenders(); });
+}
+
+LOGAppenderSkeleton* LOGLogger::getAppender(const I18NString& name) {
+  return locked(*this, "LOGLogger::getAppender -- unable to lock mutex",
+                [&] { return m_aai.getAppender(name); });
+}
+
+int LOGLogger::isAttached(LOGAppenderSkeleton* appender) { return m_aai.isAttached(appender); }
+
+void LOGLogger::removeAllAppenders() { removeAllAppenders(nullptr); }
+
+void LOGLogger::removeAllAppenders(LOGHashtable* table) {
+  locked(*this, "LOGLogger::removeAllAppenders -- unable to lock mutex",
+         [&] { m_aai.removeAllAppenders(table); });
+}
+
+void LOGLogger::removeAppender(const I18NString& name) {
+  locked(*this, "LOGLogger::removeAppender -- unable to lock mutex",
+         [&] { m_aai.removeAppender(name); });
+}
+
+void LOGLogger::removeAppender(LOGAppenderSkeleton* appender) {
+  locked(*this, "LOGLogger::removeAppender -- unable to lock mutex",
+         [&] { m_aai.removeAppender(appender); });
+}
+
+void LOGLogger::closeNestedAppenders() {
+  locked(*this, "LOGLogger::closeNestedAppenders -- unable to lock mutex",
+         [&] { m_aai.forEach([](LOGAppenderSkeleton& appender) { appender.close(); }); });
+}
+
+LOGLogger* LOGLogger::getLogger(const I18NString& name) { return LOGManager::getLogger(name); }
+
+LOGLogger* LOGLogger::getLogger(const I18NString& name, LOGLoggerFactory* factory) {
+  return LOGManager::getLogger(name, factory);
+}
+
+LOGLogger* LOGLogger::getRootLogger() { return LOGManager::getRootLogger(); }
+
+LOGLogger* LOGLogger::exists(const I18NString& name) { return LOGManager::exists(name); }
+
+void LOGLogger::shutdown() { LOGManager::shutdown(); }

@@ -1,0 +1,180 @@
+#ifndef CORE_LOGLOGGER_H
+#define CORE_LOGLOGGER_H
+
+#include <atomic>
+#include <memory>
+#include <type_traits>
+#include <vector>
+
+#include "appenders/LOGAppenderAttachable.h"
+#include "appenders/LOGAppenderAttachableImpl.h"
+#include "core/LOGLevel.h"
+#include "core/LOGMutex.h"
+#include "core/LOGObject.h"
+
+class LOGDefaultLoggerFactory;
+class LOGHashtable;
+class LOGLoggerFactory;
+class LOGLoggerRepository;
+class LOGLoggingEvent;
+
+/// What application code logs through. A logger has a dotted name, lives in a repository that links
+/// it to its parent, may have a level of its own, and hands each enabled request to its appenders
+/// and, while additivity holds, to those of every ancestor. Loggers are made by the repository and
+/// live as long as it.
+///
+/// Any thread may use a logger at any time. Its lock is held while its appenders run; no two
+/// loggers' locks are ever held together.
+class LOG4ZEB_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, public LOGObject {
+  friend class LOGDefaultLoggerFactory;
+
+ public:
+  ~LOGLogger() override;
+
+  /// 1 when both are loggers of the same name, else 0.
+  int operator==(const LOGObject& other) const override;
+  int operator!=(const LOGObject& other) const override;
+  /// Refuses: throws ZEBAssertError.
+  LOGObject* clone() const override;
+
+  /// Each logs `message` when its level is enabled. The message stays the caller's and may be null.
+  /// These requests also work while the logger has no repository.
+  void debug(LOGObject* message) { request(LOGLevel::DEBUG_RANK, message); }
+  void info(LOGObject* message) { request(LOGLevel::INFO_RANK, message); }
+  void warn(LOGObject* message) { request(LOGLevel::WARN_RANK, message); }
+  void error(LOGObject* message) { request(LOGLevel::ERROR_RANK, message); }
+  void fatal(LOGObject* message) { request(LOGLevel::FATAL_RANK, message); }
+
+  /// The same for a text.
+  void debug(const I18NString& message) { request(LOGLevel::DEBUG_RANK, message); }
+  void info(const I18NString& message) { request(LOGLevel::INFO_RANK, message); }
+  void warn(const I18NString& message) { request(LOGLevel::WARN_RANK, message); }
+  void error(const I18NString& message) { request(LOGLevel::ERROR_RANK, message); }
+  void fatal(const I18NString& message) { request(LOGLevel::FATAL_RANK, message); }
+
+  /// The same for what converts to a text, such as a literal or a std::string; it is converted only
+  /// when the level is enabled.
+  template <typename Text>
+  using IfText = std::enable_if_t<std::is_convertible_v<const Text&, I18NString> &&
+                                  !std::is_convertible_v<const Text&, LOGObject*>>;
+  template <typename Text, typename = IfText<Text>>
+  void debug(const Text& message) {
+    requestText(LOGLevel::DEBUG_RANK, message);
+  }
+  template <typename Text, typename = IfText<Text>>
+  void info(const Text& message) {
+    requestText(LOGLevel::INFO_RANK, message);
+  }
+  template <typename Text, typename = IfText<Text>>
+  void warn(const Text& message) {
+    requestText(LOGLevel::WARN_RANK, message);
+  }
+  template <typename Text, typename = IfText<Text>>
+  void error(const Text& message) {
+    requestText(LOGLevel::ERROR_RANK, message);
+  }
+  template <typename Text, typename = IfText<Text>>
+  void fatal(const Text& message) {
+    requestText(LOGLevel::FATAL_RANK, message);
+  }
+
+  /// Whether debug(), info(), ... with the level of that rank would log now.
+  bool wouldLog(int rank) const { return enabledLevel(rank) != nullptr; }
+
+  /// Logs at any level; does nothing without a repository or a level.
+  void log(LOGLevel* level, LOGObject* message);
+  void log(LOGLevel* level, const I18NString& message);
+  /// Logs the text that the resource bundle has for `key`, or the key itself. Throws ZEBAssertError
+  /// when `level` is null.
+  void l7dlog(LOGLevel* level, const I18NString& key);
+  void l7dlog(LOGLevel* level, const I18NString& key, LOGObject* params);
+  /// Logs `msg` as an error when `assertion` is 0.
+  void assertLog(int assertion, const I18NString& msg);
+  /// Hands the event to the appenders of this logger and, while additivity holds, of its ancestors.
+  void callAppenders(LOGLoggingEvent* event);
+
+  /// 1 when log() at that level would log now, else 0; 0 without a repository.
+  int isEnabledFor(LOGLevel* level) const;
+  int isDebugEnabled() const;
+  int isInfoEnabled() const;
+
+  /// The level in force: the logger's own, or that of the nearest ancestor that has one; null when
+  /// none has. A level once returned stays valid as long as the logger that it belongs to.
+  LOGLevel* getChainedLevel() const;
+  /// The logger's own level, null while it inherits.
+  const LOGLevel* getLevel() const { return m_level.load(std::memory_order_acquire); }
+  /// Takes a copy of `level`; null makes the logger inherit. Throws ZEBOutOfMemoryError.
+  virtual void setLevel(LOGLevel* level);
+
+  LOGLogger* getParent() const { return m_parent.load(std::memory_order_acquire); }
+  void setParent(LOGLogger* parent) { m_parent.store(parent, std::memory_order_release); }
+  LOGLoggerRepository* getRepository() const {
+    return m_repository.load(std::memory_order_acquire);
+  }
+  void setRepository(LOGLoggerRepository* repository) {
+    m_repository.store(repository, std::memory_order_release);
+  }
+  /// 1 when events also go to the ancestors' appenders, else 0.
+  int getAdditivity() const { return m_additive.load(std::memory_order_relaxed); }
+  void setAdditivity(int additive) { m_additive.store(additive, std::memory_order_relaxed); }
+  const I18NString& getName() const { return m_name; }
+  const I18NString& getResourceBundleString(const I18NString& key) const;
+
+  // Appenders are not owned. Each operation takes the logger's lock but isAttached().
+  void addAppender(LOGAppenderSkeleton* newAppender) override;
+  ZEBListIterator<LOGAppenderSkeleton*> getAllAppenders() override;
+  LOGAppenderSkeleton* getAppender(const I18NString& name) override;
+  int isAttached(LOGAppenderSkeleton* appender) override;
+  void removeAllAppenders() override;
+  /// Closes and removes all appenders; those that `table` has under their name become stale.
+  void removeAllAppenders(LOGHashtable* table);
+  void removeAppender(const I18NString& name) override;
+  void removeAppender(LOGAppenderSkeleton* appender) override;
+  /// Closes the appenders, which stay attached.
+  void closeNestedAppenders();
+
+  /// As the operations of LOGManager.
+  static LOGLogger* getLogger(const I18NString& name);
+  static LOGLogger* getLogger(const I18NString& name, LOGLoggerFactory* factory);
+  static LOGLogger* getRootLogger();
+  static LOGLogger* exists(const I18NString& name);
+  static void shutdown();
+
+ protected:
+  LOGLogger();
+  explicit LOGLogger(const I18NString& name);
+  LOGLogger(const LOGLogger& other);
+  LOGLogger& operator=(const LOGLogger& other);
+
+  /// Logs without asking whether the level is enabled.
+  void forcedLog(const I18NString& fqn, LOGLevel* level, LOGObject* message);
+
+  /// The class name that events carry.
+  static const I18NString m_FQCN;
+
+ private:
+  LOGLevel* enabledLevel(int rank) const;
+  bool passesRepositoryAndLevel(const LOGLevel* level) const;
+  void request(int rank, LOGObject* message);
+  void request(int rank, const I18NString& message);
+  template <typename Text>
+  void requestText(int rank, const Text& message) {
+    if (wouldLog(rank)) {
+      request(rank, I18NString(message));
+    }
+  }
+  LOGLevel* keptCopyOf(const LOGLevel& level);
+
+  I18NString m_name;
+  std::atomic<int> m_additive{1};
+  // Read without a lock by every request, so a copy that was replaced is kept in m_levelCopies; an
+  // equal level takes it into use again.
+  std::atomic<LOGLevel*> m_level{nullptr};
+  std::atomic<LOGLogger*> m_parent{nullptr};
+  LOGAppenderAttachableImpl m_aai;  // guarded by the logger's lock
+  std::atomic<LOGLoggerRepository*> m_repository{nullptr};
+  I18NString m_resourceBundle;
+  std::vector<std::unique_ptr<LOGLevel>> m_levelCopies;  // guarded by the logger's lock
+};
+
+#endif

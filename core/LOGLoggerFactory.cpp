@@ -1,0 +1,3 @@
+#include "core/LOGLoggerFactory.h"
+
+LOGLoggerFactory::~LOGLoggerFactory() = default;

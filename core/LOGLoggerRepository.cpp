@@ -1,0 +1,3 @@
+#include "core/LOGLoggerRepository.h"
+
+LOGLoggerRepository::~LOGLoggerRepository() = default;

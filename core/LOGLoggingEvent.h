@@ -1,0 +1,87 @@
+#ifndef CORE_LOGLOGGINGEVENT_H
+#define CORE_LOGLOGGINGEVENT_H
+
+#include <cstdint>
+#include <limits>
+#include <memory>
+
+#include "core/LOGSerializable.h"
+#include "platform/I18NString.h"
+
+class LOGLevel;
+class LOGLocationInfo;
+class LOGLogger;
+class LOGObject;
+
+/// The record of one enabled logging request: what is logged, by which logger and at which level,
+/// and the context that was current. A logger makes one on its stack and hands it down to the
+/// appenders; an appender that keeps one makes a copy. An event is used by one thread at a time.
+class LOG4ZEB_EXPORT LOGLoggingEvent : public LOGSerializable {
+ public:
+  LOGLoggingEvent();
+  /// Takes the time and a clone of `message`, which may be null and stays the caller's. Logger and
+  /// level are not owned. Throws ZEBAssertError when `logger` is null, ZEBOutOfMemoryError, and
+  /// what the clone throws.
+  LOGLoggingEvent(const I18NString& fqnOfCategoryClass, LOGLogger* logger, LOGLevel* level,
+                  LOGObject* message);
+  /// The copy owns a clone of the message and its own location; its throwable text is empty.
+  LOGLoggingEvent(const LOGLoggingEvent& other);
+  /// Takes over level, logger, class name, time and a clone of the message. Name, context, rendered
+  /// message and thread stay those of the target; that is how it is meant.
+  LOGLoggingEvent& operator=(const LOGLoggingEvent& other);
+  ~LOGLoggingEvent() override;
+
+  /// The event's own clone of the message, or null.
+  LOGObject* getMessage() { return m_message.get(); }
+  /// The message as text in a new string that the caller deletes, or null without a message, a
+  /// logger or a renderer. Each call renders anew.
+  I18NString* getRenderedMessage();
+  /// The diagnostic context of the thread that asks first.
+  const I18NString& getNDC();
+  /// The number of the thread that asks first, in decimal.
+  const I18NString& getThreadName();
+  /// Never null.
+  LOGLocationInfo* getLocationInformation();
+  const I18NString& getThrowableStrRep() const { return m_throwableStrRep; }
+  void setThrowableStrRep(const I18NString& text) { m_throwableStrRep = text; }
+  const I18NString& getLoggerName() const { return m_loggerName; }
+  /// Seconds since 1970-01-01 00:00 UTC.
+  std::int64_t getTimeStamp() const { return m_timeStamp; }
+  /// When the library was loaded, in the same unit.
+  static std::int64_t getStartTime();
+
+  LOGLevel* getLevel() const { return m_level; }
+  void setLevel(LOGLevel* level) { m_level = level; }
+  LOGLogger* getLogger() const { return m_logger; }
+  void setLogger(LOGLogger* logger) { m_logger = logger; }
+
+  /// No mapped context is kept: always null.
+  const I18NString* getMDC(const I18NString& key) const;
+  void getMDCCopy() {}
+  /// Events are not read from or written to streams.
+  void readObject() {}
+  void writeObject() {}
+
+ private:
+  void setRenderedMessage(const I18NString& text);
+
+  I18NString m_loggerName;
+  std::int64_t m_timeStamp = 0;
+  std::int32_t m_sequence = std::numeric_limits<std::int32_t>::min();
+  LOGLevel* m_level = nullptr;
+  LOGLogger* m_logger = nullptr;
+  std::unique_ptr<LOGLocationInfo> m_locationInfo;
+  I18NString m_fqnOfCategoryClass;
+  I18NString m_ndc;
+  std::int32_t m_ndcLookupRequired = 1;
+  std::int32_t m_mdcCopyLookupRequired = 1;
+  std::unique_ptr<LOGObject> m_message;
+  I18NString m_renderedMessage;
+  I18NString m_threadName;
+  I18NString m_levelMethod;
+  I18NString m_throwableStrRep;
+
+  static const std::int64_t m_startTime;
+};
+
+#endif

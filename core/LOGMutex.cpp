@@ -1,0 +1,3 @@
+#include "core/LOGMutex.h"
+
+LOGMutex::~LOGMutex() = default;

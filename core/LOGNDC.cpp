@@ -1,0 +1,157 @@
+#include "core/LOGNDC.h"
+
+#include <atomic>
+#include <memory>
+
+#include "core/LOGHashtable.h"
+#include "core/LOGStack.h"
+#include "platform/ZEBAssertError.h"
+#include "platform/ZEBOutOfMemoryError.h"
+#include "platform/ZEBThread.h"
+#include "platform/ZEBThreadGuard.h"
+#include "platform/ZEBUtConvert.h"
+
+namespace {
+
+constexpr const char* SOURCE = "LOGNDC";
+
+/// Counts how often all stacks were deleted at once; pointers from before must not be used.
+std::atomic<unsigned> g_generation{0};
+
+/// What a thread knows of its stack, which the table owns. Without a destructor, because static
+/// destructors may still push and pop after a thread's variables were destroyed.
+struct ThreadState {
+  LOGStack* stack;
+  unsigned generation;
+  bool hasEnded;
+};
+thread_local ThreadState t_state = {nullptr, 0, false};
+
+I18NString currentThreadKey() { return ZEBUtConvert::handleCvt(ZEBThread::currentThreadId()); }
+
+const I18NString& emptyText() {
+  static const auto* const text = new I18NString;
+  return *text;
+}
+
+}  // namespace
+
+/// Takes the thread's entry out of the table when the thread ends.
+class LOGNDC::ThreadEnd {
+ public:
+  ThreadEnd() = default;
+  ThreadEnd(const ThreadEnd&) = delete;
+  ThreadEnd& operator=(const ThreadEnd&) = delete;
+  ~ThreadEnd() {
+    LOGNDC::remove();
+    t_state.hasEnded = true;
+  }
+  void arm() const {}
+
+  static thread_local const ThreadEnd t_instance;
+};
+
+thread_local const LOGNDC::ThreadEnd LOGNDC::ThreadEnd::t_instance;
+
+LOGHashtable& LOGNDC::table() {
+  static auto* const table = new LOGHashtable;
+  return *table;
+}
+
+LOGStack* LOGNDC::currentStack() {
+  return t_state.generation == g_generation.load(std::memory_order_relaxed) ? t_state.stack
+                                                                            : nullptr;
+}
+
+LOGStack& LOGNDC::adopt(LOGStack* stack) {
+  std::unique_ptr<LOGStack> owned(stack);
+  remove();
+  const ZEBThreadGuard guard(table().getCriticalSection());
+  if (table().put(stack->toString(), stack) == 0) {
+    throw ZEBOutOfMemoryError(SOURCE, __LINE__);
+  }
+  t_state.stack = owned.release();
+  t_state.generation = g_generation.load(std::memory_order_relaxed);
+  if (!t_state.hasEnded) {
+    ThreadEnd::t_instance.arm();
+  }
+  return *t_state.stack;
+}
+
+void LOGNDC::push(const I18NString& message) {
+  LOGStack* stack = currentStack();
+  if (stack == nullptr) {
+    stack = &adopt(new LOGStack(currentThreadKey()));
+  }
+  stack->push(std::make_unique<LOGDiagnosticContext>(message, stack->peek()));
+}
+
+const I18NString& LOGNDC::pop() {
+  LOGStack* const stack = currentStack();
+  if (stack == nullptr || stack->isEmpty() != 0) {
+    return emptyText();
+  }
+  const LOGObject* const popObj = stack->pop();
+  ZEB_ASSERT(popObj, SOURCE, __LINE__);
+  return popObj->toString();
+}
+
+const I18NString& LOGNDC::peek() {
+  const LOGStack* const stack = currentStack();
+  if (stack == nullptr || stack->isEmpty() != 0) {
+    return emptyText();
+  }
+  const LOGObject* const peekObj = stack->peek();
+  ZEB_ASSERT(peekObj, SOURCE, __LINE__);
+  return peekObj->toString();
+}
+
+const I18NString& LOGNDC::get() {
+  const LOGStack* const stack = currentStack();
+  if (stack == nullptr || stack->isEmpty() != 0) {
+    return emptyText();
+  }
+  const LOGDiagnosticContext* const peekObj = stack->peek();
+  ZEB_ASSERT(peekObj, SOURCE, __LINE__);
+  return peekObj->getFullMessage();
+}
+
+int LOGNDC::getDepth() {
+  const LOGStack* const stack = currentStack();
+  return stack == nullptr ? 0 : stack->size();
+}
+
+void LOGNDC::setMaxDepth(int maxDepth) {
+  LOGStack* const stack = currentStack();
+  if (stack != nullptr && maxDepth < stack->size()) {
+    stack->setSize(maxDepth);
+  }
+}
+
+void LOGNDC::clear() { setMaxDepth(0); }
+
+void LOGNDC::remove() {
+  LOGStack* const stack = currentStack();
+  if (stack != nullptr) {
+    t_state.stack = nullptr;
+    const ZEBThreadGuard guard(table().getCriticalSection());
+    table().remove(stack->toString());
+  }
+}
+
+void LOGNDC::lazyRemove() {
+  const ZEBThreadGuard guard(table().getCriticalSection());
+  ++g_generation;
+  table().clear();
+}
+
+LOGStack* LOGNDC::cloneStack() {
+  const LOGStack* const stack = currentStack();
+  return stack == nullptr ? nullptr : new LOGStack(*stack);
+}
+
+void LOGNDC::inherit(LOGStack* stack) {
+  if (stack != nullptr) {
+    adopt(new LOGStack(currentThreadKey(), *stack));
+  }
+}

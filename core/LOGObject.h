@@ -1,0 +1,38 @@
+#ifndef CORE_LOGOBJECT_H
+#define CORE_LOGOBJECT_H
+
+#include "platform/I18NString.h"
+
+/// The base of messages and of most objects of the library: a text, and a tag that names the
+/// object's class. The tag is what renderers and the configuration tell objects apart by.
+class LOG4ZEB_EXPORT LOGObject {
+ public:
+  /// An object without text; the tag is "LOGObject".
+  LOGObject();
+  /// A message with the given text; the tag is "LOGObject".
+  explicit LOGObject(const I18NString& text);
+  LOGObject(const LOGObject&);
+  LOGObject& operator=(const LOGObject&);
+  virtual ~LOGObject();
+
+  /// 1 when both tag and text are equal, else 0.
+  virtual int operator==(const LOGObject& other) const;
+  /// The negation of the virtual operator==.
+  virtual int operator!=(const LOGObject& other) const;
+  /// The object's text.
+  virtual const I18NString& toString() const;
+  /// A new object equal to this one, owned by the caller. Throws ZEBOutOfMemoryError. Messages are
+  /// cloned on the logging thread, for every enabled request.
+  virtual LOGObject* clone() const;
+
+  /// The tag.
+  const I18NString& instanceOf() const noexcept { return m_instance; }
+  /// Sets the tag.
+  void instance(const I18NString& tag) { m_instance = tag; }
+
+ private:
+  I18NString m_instance;
+  I18NString m_string;
+};
+
+#endif

@@ -1,0 +1,3 @@
+#include "core/LOGOptionHandler.h"
+
+LOGOptionHandler::~LOGOptionHandler() = default;

@@ -1,0 +1,3 @@
+#include "core/LOGRepositorySelector.h"
+
+LOGRepositorySelector::~LOGRepositorySelector() = default;

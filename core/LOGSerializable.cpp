@@ -1,0 +1,3 @@
+#include "core/LOGSerializable.h"
+
+LOGSerializable::~LOGSerializable() = default;

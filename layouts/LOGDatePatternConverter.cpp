@@ -1,0 +1,31 @@
+#include "layouts/LOGDatePatternConverter.h"
+
+#include <utility>
+
+#include "core/LOGLoggingEvent.h"
+#include "platform/ZEBAssertError.h"
+#include "platform/ZEBTranslate.h"
+
+namespace {
+
+constexpr const char* SOURCE = "LOGPatternParserUtils";
+
+}  // namespace
+
+LOGDatePatternConverter::LOGDatePatternConverter(LOGFormattingInfo* formattingInfo,
+                                                 LOGDateFormat* dateFormat)
+    : LOGDatePatternConverter(formattingInfo, std::unique_ptr<LOGDateFormat>(dateFormat)) {}
+
+LOGDatePatternConverter::LOGDatePatternConverter(LOGFormattingInfo* formattingInfo,
+                                                 std::unique_ptr<LOGDateFormat> dateFormat)
+    : LOGPatternConverter(formattingInfo), m_dateFormat(std::move(dateFormat)) {
+  ZEB_ASSERT(m_dateFormat, SOURCE, __LINE__);
+}
+
+I18NString* LOGDatePatternConverter::convert(LOGLoggingEvent* event) {
+  ZEB_ASSERT(event, SOURCE, __LINE__);
+  return zebTranslate(SOURCE, __LINE__, [this, event] {
+    m_date.setTime(event->getTimeStamp());
+    return new I18NString(m_dateFormat->format(&m_date));
+  });
+}

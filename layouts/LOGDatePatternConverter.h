@@ -1,0 +1,27 @@
+#ifndef LAYOUTS_LOGDATEPATTERNCONVERTER_H
+#define LAYOUTS_LOGDATEPATTERNCONVERTER_H
+
+#include <memory>
+
+#include "layouts/LOGDate.h"
+#include "layouts/LOGDateFormat.h"
+#include "layouts/LOGPatternConverter.h"
+
+/// The time of an event in a date format. The milliseconds are those of the converter's own making.
+class LOG4ZEB_EXPORT LOGDatePatternConverter : public LOGPatternConverter {
+ public:
+  /// Takes ownership of the format, also when it throws. Throws ZEBAssertError when either is null.
+  LOGDatePatternConverter(LOGFormattingInfo* formattingInfo, LOGDateFormat* dateFormat);
+
+  /// Throws ZEBAssertError for a null event.
+  I18NString* convert(LOGLoggingEvent* event) override;
+
+ private:
+  LOGDatePatternConverter(LOGFormattingInfo* formattingInfo,
+                          std::unique_ptr<LOGDateFormat> dateFormat);
+
+  std::unique_ptr<LOGDateFormat> m_dateFormat;
+  LOGDate m_date;
+};
+
+#endif

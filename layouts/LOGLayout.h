@@ -1,0 +1,50 @@
+#ifndef LAYOUTS_LOGLAYOUT_H
+#define LAYOUTS_LOGLAYOUT_H
+
+#include "core/LOGMutex.h"
+#include "core/LOGObject.h"
+#include "core/LOGOptionHandler.h"
+
+class LOGLoggingEvent;
+
+/// Turns an event into the text that an appender writes. This class is the base of all layouts and
+/// itself the plain one: the message and a line end.
+///
+/// Every operation that returns text returns the same buffer of the layout, which stays valid until
+/// the next call; a caller copies what it keeps. No such operation takes a lock. Threads that share
+/// a layout hold its lock around the call and the copy of its result. On one thread format() may be
+/// entered again by the message that it renders.
+class LOG4ZEB_EXPORT LOGLayout : public LOGOptionHandler, public LOGObject, public LOGMutex {
+ public:
+  LOGLayout();
+  /// A new plain layout: nothing is taken over.
+  LOGLayout(const LOGLayout&);
+  LOGLayout& operator=(const LOGLayout&) = delete;
+  ~LOGLayout() override;
+
+  void activateOptions() override;
+  /// The text of the event; empty, without a line end, for a null event. What the rendering of the
+  /// message throws is reported and goes on to the caller.
+  virtual const I18NString& format(LOGLoggingEvent* event);
+  virtual const I18NString& getContentType();
+  virtual const I18NString& getHeader();
+  virtual const I18NString& getFooter();
+  /// 1 when the layout leaves the event's throwable to the appender, else 0.
+  virtual int ignoresThrowable();
+  /// Layouts refuse to be cloned: throws ZEBAssertError.
+  LOGObject* clone() const override;
+
+ protected:
+  /// An empty string with the room of the buffer, to build a text in. The buffer itself is set
+  /// last, by keep(), so that a message which logs through this layout cannot mix its text in.
+  I18NString takeBuffer() noexcept;
+  /// Makes `text` the content of the buffer and returns the buffer.
+  const I18NString& keep(I18NString text) noexcept;
+  const I18NString& getLineSeparator() const noexcept { return m_lineSeparator; }
+
+ private:
+  I18NString m_buffer;
+  I18NString m_lineSeparator;
+};
+
+#endif

@@ -1,0 +1,29 @@
+#ifndef LAYOUTS_LOGLOCATIONINFO_H
+#define LAYOUTS_LOGLOCATIONINFO_H
+
+#include "platform/I18NString.h"
+
+/// Where a logging call was made, as layouts ask for it. No caller location is gathered: every item
+/// reads "?" and the full information is empty, whatever the object was made from.
+class LOG4ZEB_EXPORT LOGLocationInfo {
+ public:
+  /// The argument is accepted and ignored.
+  explicit LOGLocationInfo(const I18NString& fullInfo);
+
+  const I18NString& getClassName() const;
+  const I18NString& getFileName() const;
+  const I18NString& getLineNumber() const;
+  const I18NString& getMethodName() const;
+  const I18NString& getFullInfo() const;
+
+ private:
+  static const I18NString m_NA;
+
+  I18NString m_fullInfo;
+  I18NString m_className;
+  I18NString m_fileName;
+  I18NString m_lineNumber;
+  I18NString m_methodName;
+};
+
+#endif

@@ -1,0 +1,11 @@
+#include "layouts/LOGLoggerPatternConverter.h"
+
+#include "core/LOGLoggingEvent.h"
+
+LOGLoggerPatternConverter::LOGLoggerPatternConverter(LOGFormattingInfo* formattingInfo,
+                                                     int precision)
+    : LOGNamedPatternConverter(formattingInfo, precision) {}
+
+const I18NString& LOGLoggerPatternConverter::getFullyQualifiedName(LOGLoggingEvent* event) {
+  return event->getLoggerName();
+}

@@ -1,0 +1,26 @@
+#ifndef LAYOUTS_LOGNAMEDPATTERNCONVERTER_H
+#define LAYOUTS_LOGNAMEDPATTERNCONVERTER_H
+
+#include "layouts/LOGPatternConverter.h"
+
+/// A dotted name of an event, of which the last components may be kept only.
+class LOG4ZEB_EXPORT LOGNamedPatternConverter : public LOGPatternConverter {
+ public:
+  /// The last `precision` components of the name; the whole name when it has no more than that, or
+  /// when the precision is not positive. A dot that ends the name separates nothing. Throws
+  /// ZEBAssertError for a null event.
+  I18NString* convert(LOGLoggingEvent* event) override;
+  /// The name, owned by the event.
+  virtual const I18NString& getFullyQualifiedName(LOGLoggingEvent* event) = 0;
+
+ protected:
+  /// Whole names.
+  LOGNamedPatternConverter() = default;
+  /// Throws ZEBAssertError when `formattingInfo` is null.
+  LOGNamedPatternConverter(LOGFormattingInfo* formattingInfo, int precision);
+
+ private:
+  int m_precision = 0;
+};
+
+#endif

@@ -1,0 +1,61 @@
+#ifndef LAYOUTS_LOGPATTERNCONVERTER_H
+#define LAYOUTS_LOGPATTERNCONVERTER_H
+
+#include <atomic>
+#include <memory>
+#include <string_view>
+
+#include "platform/I18NString.h"
+
+class LOGFormattingInfo;
+class LOGLoggingEvent;
+
+/// Produces the text of one piece of a conversion pattern for an event, and knows the converter of
+/// the next piece.
+///
+/// The widths and the alignment are those of the last converter built in the process, apart from
+/// literals, and hold for all converters: in "%c %-5p" both texts are padded, in "%-5p %c" none is,
+/// and a later pattern changes how every other layout pads. This is meant. A format() reads them
+/// once each, so it is safe while another thread parses.
+class LOG4ZEB_EXPORT LOGPatternConverter {
+ public:
+  LOGPatternConverter(const LOGPatternConverter&) = delete;
+  LOGPatternConverter& operator=(const LOGPatternConverter&) = delete;
+  /// Leaves the next converter alone; Chain deletes them all.
+  virtual ~LOGPatternConverter();
+
+  /// The text in a new string that the caller deletes, or null.
+  virtual I18NString* convert(LOGLoggingEvent* event) = 0;
+  /// Sets `sbuf` to the converted text, padded to the minimum width or cut to the end that fits the
+  /// maximum width. A null conversion counts as empty.
+  virtual void format(I18NString& sbuf, LOGLoggingEvent* event);
+  /// Appends `length` blanks.
+  virtual void spacePad(I18NString& sbuf, int length);
+  /// Null at the end of the chain.
+  virtual LOGPatternConverter* getNext();
+  void setNext(LOGPatternConverter* next) { m_next = next; }
+
+  struct LOG4ZEB_EXPORT ChainDeleter {
+    void operator()(LOGPatternConverter* head) const noexcept;
+  };
+  /// Owns a converter and all that follow it.
+  using Chain = std::unique_ptr<LOGPatternConverter, ChainDeleter>;
+
+ protected:
+  /// Leaves the class-wide widths as they are.
+  LOGPatternConverter() = default;
+  /// Makes the widths read last those of all converters. Throws ZEBAssertError when `fi` is null.
+  explicit LOGPatternConverter(LOGFormattingInfo* fi);
+
+  static std::atomic<int> m_min;
+  static std::atomic<int> m_max;
+  static std::atomic<int> m_leftAlign;
+
+  /// 1, 2, 4, 8, 16 and 32 blanks.
+  static const std::string_view SPACES[6];
+
+ private:
+  LOGPatternConverter* m_next = nullptr;
+};
+
+#endif

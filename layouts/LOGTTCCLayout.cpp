@@ -1,0 +1,77 @@
+#include "layouts/LOGTTCCLayout.h"
+
+#include <memory>
+#include <string_view>
+#include <utility>
+
+#include "core/LOGLevel.h"
+#include "core/LOGLogLog.h"
+#include "core/LOGLoggingEvent.h"
+#include "platform/ZEBAssertError.h"
+
+using namespace std::string_view_literals;
+
+namespace {
+
+constexpr const char* SOURCE = "LOGTTCCLayout";
+
+}  // namespace
+
+LOGTTCCLayout::LOGTTCCLayout() {
+  instance(SOURCE);
+  LOGDateLayout::setDateFormat("RELATIVE", nullptr);
+}
+
+LOGTTCCLayout::LOGTTCCLayout(const I18NString& dateFormat) {
+  instance(SOURCE);
+  LOGDateLayout::setDateFormat(dateFormat);
+}
+
+const I18NString& LOGTTCCLayout::format(LOGLoggingEvent* event) {
+  ZEB_ASSERT(event, SOURCE, 77);
+  const LOGLevel* const logLevel = event->getLevel();
+  ZEB_ASSERT(logLevel, SOURCE, 90);
+  I18NString line = takeBuffer();
+  try {
+    buildLine(line, *event);
+  } catch (...) {
+    LOGLogLog::debug("LOGTTCCLayout:format --- an unknown error has occurred.");
+  }
+  return keep(std::move(line));
+}
+
+void LOGTTCCLayout::buildLine(I18NString& line, LOGLoggingEvent& event) {
+  dateFormat(line, &event);
+  if (m_threadPrinting != 0) {
+    line.append("["sv).append(event.getThreadName()).append("] "sv);
+  }
+  line.append(std::string_view(event.getLevel()->toString())).append(1, ' ');
+  if (m_categoryPrefixing != 0) {
+    line.append(event.getLoggerName()).append(1, ' ');
+  }
+  // Meant as it stands: an event without context gets one more blank, and a context is not shown.
+  if (m_contextPrinting != 0 && event.getNDC().isEmpty()) {
+    line.append(1, ' ');
+  }
+  line.append("- "sv);
+  if (const std::unique_ptr<I18NString> message{event.getRenderedMessage()}) {
+    line.append(*message);
+  } else {
+    LOGLogLog::debug("LOGTTCCLayout:format --- getRenderedMessage returned NULL\n");
+  }
+  line.append(getLineSeparator());
+}
+
+int LOGTTCCLayout::ignoresThrowable() { return 1; }
+
+void LOGTTCCLayout::setThreadPrinting(int threadPrinting) { m_threadPrinting = threadPrinting; }
+
+int LOGTTCCLayout::getThreadPrinting() const { return m_threadPrinting; }
+
+void LOGTTCCLayout::setLoggerPrefixing(int loggerPrefixing) { m_loggerPrefixing = loggerPrefixing; }
+
+int LOGTTCCLayout::getLoggerPrefixing() const { return m_loggerPrefixing; }
+
+void LOGTTCCLayout::setContextPrinting(int contextPrinting) { m_contextPrinting = contextPrinting; }
+
+int LOGTTCCLayout::getContextPrinting() const { return m_contextPrinting; }

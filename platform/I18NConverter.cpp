@@ -1,0 +1,44 @@
+#include "platform/I18NConverter.h"
+
+#include "platform/I18NLocale.h"
+#include "platform/I18NRuntimeError.h"
+#include "platform/I18NUtf8.h"
+
+I18NConverter::I18NConverter(const char* encoding) : m_encoding(Encoding::Utf8) {
+  const std::string_view name = encoding == nullptr ? "" : encoding;
+  // The default comes with every literal; it is recognised before anything is folded.
+  if (name == "ascii") {
+    return;
+  }
+  const auto is = [&](std::string_view known) { return I18NLocale::equalIgnoreCase(name, known); };
+  if (is("iso-8859-1") || is("latin1")) {
+    m_encoding = Encoding::Latin1;
+  } else if (!is("ascii") && !is("us-ascii") && !is("utf-8") && !is("utf8")) {
+    throw I18NRuntimeError("unknown encoding: " + I18NString::fromUtf8(name), "I18NConverter",
+                           __LINE__);
+  }
+}
+
+I18NString I18NConverter::toText(std::string_view bytes) const {
+  if (m_encoding == Encoding::Utf8) {
+    return I18NString::fromUtf8(bytes);
+  }
+  std::string utf8;
+  for (const char c : bytes) {
+    i18n::appendCharacter(utf8, static_cast<unsigned char>(c));
+  }
+  return I18NString::fromUtf8(utf8);
+}
+
+std::string I18NConverter::toBytes(const I18NString& text) const {
+  if (m_encoding == Encoding::Utf8) {
+    return text.toStdString();
+  }
+  const std::string utf8 = text.toStdString();
+  std::string bytes;
+  for (std::size_t i = 0; i < utf8.size();) {
+    const char32_t c = i18n::decodeForeign(utf8, i);
+    bytes += c < 0x100 ? static_cast<char>(c) : '?';
+  }
+  return bytes;
+}

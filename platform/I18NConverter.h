@@ -1,0 +1,26 @@
+#ifndef PLATFORM_I18NCONVERTER_H
+#define PLATFORM_I18NCONVERTER_H
+
+#include <string>
+#include <string_view>
+
+#include "platform/I18NString.h"
+
+/// Converts between bytes in a named encoding and text. Known names, whatever their case: "ascii",
+/// "us-ascii", "utf-8" and "utf8" (all read as UTF-8, of which ASCII is a part), "iso-8859-1" and
+/// "latin1". Conversions never fail: what has no counterpart becomes U+FFFD in text and "?" in
+/// ISO 8859-1.
+class I18NConverter {
+ public:
+  /// Throws I18NRuntimeError when the encoding is unknown.
+  explicit I18NConverter(const char* encoding);
+
+  I18NString toText(std::string_view bytes) const;
+  std::string toBytes(const I18NString& text) const;
+
+ private:
+  enum class Encoding { Utf8, Latin1 };
+  Encoding m_encoding;
+};
+
+#endif

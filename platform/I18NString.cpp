@@ -1,0 +1,314 @@
+#include "platform/I18NString.h"
+
+#include <algorithm>
+#include <ostream>
+#include <utility>
+
+#include "platform/I18NConverter.h"
+#include "platform/I18NUtf8.h"
+
+namespace {
+
+/// The code units of stored text, one after the other.
+class UnitReader {
+ public:
+  explicit UnitReader(std::string_view stored) : m_stored(stored) {}
+  bool atEnd() const { return m_pendingLow == 0 && m_offset == m_stored.size(); }
+  char16_t next() {
+    if (m_pendingLow != 0) {
+      return std::exchange(m_pendingLow, char16_t{0});
+    }
+    const char32_t c = i18n::decodeStored(m_stored, m_offset);
+    if (c < 0x10000) {
+      return static_cast<char16_t>(c);
+    }
+    m_pendingLow = static_cast<char16_t>(i18n::lowSurrogateOf(c));
+    return static_cast<char16_t>(i18n::highSurrogateOf(c));
+  }
+
+ private:
+  std::string_view m_stored;
+  std::size_t m_offset = 0;
+  char16_t m_pendingLow = 0;  // a low surrogate is never 0
+};
+
+constexpr std::size_t SURROGATE_SIZE = 3;
+
+/// The surrogate that stored text ends with, 0 if none.
+char32_t surrogateAtEnd(std::string_view stored) {
+  if (stored.size() < SURROGATE_SIZE ||
+      static_cast<unsigned char>(stored[stored.size() - SURROGATE_SIZE]) != 0xED) {
+    return 0;
+  }
+  std::size_t offset = stored.size() - SURROGATE_SIZE;
+  const char32_t c = i18n::decodeStored(stored, offset);
+  return i18n::isSurrogate(c) ? c : 0;
+}
+
+char32_t surrogateAtBegin(std::string_view stored) {
+  std::size_t offset = 0;
+  const char32_t c = stored.empty() ? 0 : i18n::decodeStored(stored, offset);
+  return i18n::isSurrogate(c) ? c : 0;
+}
+
+}  // namespace
+
+I18NString::I18NString(const char* text, const char* encoding) {
+  if (text != nullptr) {
+    *this = I18NConverter(encoding).toText(text);
+  }
+}
+
+I18NString::I18NString(const std::string& text, const char* encoding)
+    : I18NString(I18NConverter(encoding).toText(text)) {}
+
+I18NString::I18NString(const char16_t* units, std::size_t count) {
+  for (std::size_t i = 0; i < count; ++i) {
+    char32_t c = units[i];
+    if (i18n::isHighSurrogate(c) && i + 1 < count && i18n::isLowSurrogate(units[i + 1])) {
+      c = i18n::combineSurrogates(c, units[++i]);
+    }
+    m_hasLoneSurrogate = m_hasLoneSurrogate || i18n::isSurrogate(c);
+    i18n::appendCharacter(m_bytes, c);
+  }
+  m_units = count;
+}
+
+I18NString I18NString::fromUtf8(std::string_view bytes) {
+  I18NString text;
+  text.append(bytes);
+  return text;
+}
+
+I18NString::I18NString(I18NString&& other) noexcept
+    : m_bytes(std::move(other.m_bytes)),
+      m_units(other.m_units),
+      m_hasLoneSurrogate(other.m_hasLoneSurrogate) {
+  other.clear();
+}
+
+I18NString& I18NString::operator=(I18NString&& other) noexcept {
+  if (this != &other) {
+    m_bytes = std::move(other.m_bytes);
+    m_units = other.m_units;
+    m_hasLoneSurrogate = other.m_hasLoneSurrogate;
+    other.clear();
+  }
+  return *this;
+}
+
+char16_t I18NString::at(std::size_t position) const noexcept {
+  if (position >= m_units) {
+    return 0;
+  }
+  if (isAscii()) {
+    return static_cast<unsigned char>(m_bytes[position]);
+  }
+  UnitReader reader(m_bytes);
+  while (position-- > 0) {
+    reader.next();
+  }
+  return reader.next();
+}
+
+I18NString I18NString::substring(std::size_t begin, std::size_t end) const {
+  end = std::min(end, m_units);
+  begin = std::min(begin, end);
+  I18NString result;
+  if (isAscii()) {
+    result.appendStored(std::string_view(m_bytes).substr(begin, end - begin), end - begin, false);
+    return result;
+  }
+  UnitReader reader(m_bytes);
+  for (std::size_t i = 0; i < begin; ++i) {
+    reader.next();
+  }
+  std::u16string units;
+  units.reserve(end - begin);
+  for (std::size_t i = begin; i < end; ++i) {
+    units += reader.next();
+  }
+  return I18NString(units.data(), units.size());
+}
+
+std::size_t I18NString::byteOffset(std::size_t position) const noexcept {
+  if (isAscii()) {
+    return std::min(position, m_units);
+  }
+  std::size_t offset = 0;
+  std::size_t units = 0;
+  while (offset < m_bytes.size() && units < position) {
+    units += i18n::decodeStored(m_bytes, offset) < 0x10000 ? 1 : 2;
+  }
+  return offset;
+}
+
+std::size_t I18NString::unitPosition(std::size_t offset) const noexcept {
+  if (isAscii()) {
+    return offset;
+  }
+  std::size_t units = 0;
+  for (std::size_t i = 0; i < offset;) {
+    units += i18n::decodeStored(m_bytes, i) < 0x10000 ? 1 : 2;
+  }
+  return units;
+}
+
+long I18NString::indexOf(const I18NString& text, std::size_t from) const {
+  if (from > m_units) {
+    return NOT_FOUND;
+  }
+  if (text.isEmpty()) {
+    return static_cast<long>(from);
+  }
+  if (text.m_hasLoneSurrogate) {
+    // Half of a pair can be found inside a whole one only by looking at code units.
+    const std::size_t found = toUtf16().find(text.toUtf16(), from);
+    return found == std::u16string::npos ? NOT_FOUND : static_cast<long>(found);
+  }
+  const std::size_t found = m_bytes.find(text.m_bytes, byteOffset(from));
+  return found == std::string::npos ? NOT_FOUND : static_cast<long>(unitPosition(found));
+}
+
+long I18NString::lastIndexOf(const I18NString& text, std::size_t from) const {
+  if (!isAscii() || text.m_hasLoneSurrogate) {
+    const std::size_t found = toUtf16().rfind(text.toUtf16(), from);
+    return found == std::u16string::npos ? NOT_FOUND : static_cast<long>(found);
+  }
+  const std::size_t found = m_bytes.rfind(text.m_bytes, from);
+  return found == std::string::npos ? NOT_FOUND : static_cast<long>(found);
+}
+
+bool I18NString::startsWith(const I18NString& text) const noexcept {
+  if (m_bytes.compare(0, text.m_bytes.size(), text.m_bytes) == 0) {
+    return true;
+  }
+  if (!text.m_hasLoneSurrogate || text.m_units > m_units) {
+    return false;
+  }
+  UnitReader own(m_bytes);
+  UnitReader other(text.m_bytes);
+  while (!other.atEnd()) {
+    if (own.next() != other.next()) {
+      return false;
+    }
+  }
+  return true;
+}
+
+int I18NString::compare(const I18NString& other) const noexcept {
+  if (isAscii() && other.isAscii()) {
+    return m_bytes.compare(other.m_bytes);
+  }
+  UnitReader a(m_bytes);
+  UnitReader b(other.m_bytes);
+  while (!a.atEnd() && !b.atEnd()) {
+    const int difference = static_cast<int>(a.next()) - static_cast<int>(b.next());
+    if (difference != 0) {
+      return difference;
+    }
+  }
+  return static_cast<int>(b.atEnd()) - static_cast<int>(a.atEnd());
+}
+
+std::uint32_t I18NString::hash() const noexcept {
+  std::uint32_t value = 0;
+  if (isAscii()) {
+    for (const char c : m_bytes) {
+      value = value * 31 + static_cast<unsigned char>(c);
+    }
+    return value;
+  }
+  for (UnitReader reader(m_bytes); !reader.atEnd();) {
+    value = value * 31 + reader.next();
+  }
+  return value;
+}
+
+void I18NString::appendStored(std::string_view stored, std::size_t units, bool hasLoneSurrogate) {
+  if (m_hasLoneSurrogate && hasLoneSurrogate) {
+    const char32_t high = surrogateAtEnd(m_bytes);
+    const char32_t low = surrogateAtBegin(stored);
+    if (i18n::isHighSurrogate(high) && i18n::isLowSurrogate(low)) {
+      std::string joined(m_bytes, 0, m_bytes.size() - SURROGATE_SIZE);
+      i18n::appendCharacter(joined, i18n::combineSurrogates(high, low));
+      joined.append(stored.substr(SURROGATE_SIZE));
+      m_bytes = std::move(joined);
+      recount();
+      return;
+    }
+  }
+  m_bytes.append(stored);
+  m_units += units;
+  m_hasLoneSurrogate = m_hasLoneSurrogate || hasLoneSurrogate;
+}
+
+void I18NString::recount() noexcept {
+  m_units = 0;
+  m_hasLoneSurrogate = false;
+  for (std::size_t i = 0; i < m_bytes.size();) {
+    const char32_t c = i18n::decodeStored(m_bytes, i);
+    m_units += c < 0x10000 ? 1 : 2;
+    m_hasLoneSurrogate = m_hasLoneSurrogate || i18n::isSurrogate(c);
+  }
+}
+
+I18NString& I18NString::append(const I18NString& text) {
+  appendStored(text.m_bytes, text.m_units, text.m_hasLoneSurrogate);
+  return *this;
+}
+
+I18NString& I18NString::append(std::string_view utf8) {
+  const std::size_t ascii = i18n::asciiPrefix(utf8);
+  m_bytes.append(utf8.substr(0, ascii));
+  m_units += ascii;
+  for (std::size_t i = ascii; i < utf8.size();) {
+    const char32_t c = i18n::decodeForeign(utf8, i);
+    i18n::appendCharacter(m_bytes, c);
+    m_units += c < 0x10000 ? 1 : 2;
+  }
+  return *this;
+}
+
+I18NString& I18NString::append(std::size_t count, char c) {
+  m_bytes.append(count, c);
+  m_units += count;
+  return *this;
+}
+
+void I18NString::clear() noexcept {
+  m_bytes.clear();
+  m_units = 0;
+  m_hasLoneSurrogate = false;
+}
+
+std::string_view I18NString::narrow(std::string& scratch) const {
+  if (!m_hasLoneSurrogate) {
+    return m_bytes;
+  }
+  scratch.clear();
+  for (std::size_t i = 0; i < m_bytes.size();) {
+    const char32_t c = i18n::decodeStored(m_bytes, i);
+    i18n::appendCharacter(scratch, i18n::isSurrogate(c) ? i18n::REPLACEMENT : c);
+  }
+  return scratch;
+}
+
+std::string I18NString::toStdString() const {
+  std::string scratch;
+  return std::string(narrow(scratch));
+}
+
+std::u16string I18NString::toUtf16() const {
+  std::u16string units;
+  units.reserve(m_units);
+  for (UnitReader reader(m_bytes); !reader.atEnd();) {
+    units += reader.next();
+  }
+  return units;
+}
+
+std::ostream& operator<<(std::ostream& out, const I18NString& text) {
+  std::string scratch;
+  return out << text.narrow(scratch);
+}

@@ -1,0 +1,108 @@
+#ifndef PLATFORM_I18NSTRING_H
+#define PLATFORM_I18NSTRING_H
+
+#include <cstddef>
+#include <cstdint>
+#include <iosfwd>
+#include <string>
+#include <string_view>
+
+#include "platform/LOG4ZEBExport.h"
+
+/// The text type of the library: a string of UTF-16 code units. Lengths and positions count code
+/// units, wherever they are given or returned.
+///
+/// The text is stored as UTF-8, because nearly all of it comes in and goes out as such; a surrogate
+/// without its partner is kept in three bytes of the same scheme, so that every sequence of code
+/// units has exactly one stored form. Operations that take positions cost constant time on ASCII
+/// text and time proportional to the length on other text.
+///
+/// An object may be read by several threads at once; a change needs exclusive use, as with
+/// std::string.
+class LOG4ZEB_EXPORT I18NString {
+ public:
+  /// What a search returns when nothing was found.
+  static constexpr long NOT_FOUND = -1;
+
+  I18NString() noexcept = default;
+  /// Reads `text`, up to its terminating zero, in the named encoding; null reads as empty. The
+  /// encodings are those of I18NConverter. Invalid bytes become U+FFFD.
+  /// Throws I18NRuntimeError when the encoding is unknown.
+  I18NString(const char* text, const char* encoding = "ascii");         // NOLINT: implicit
+  I18NString(const std::string& text, const char* encoding = "ascii");  // NOLINT: implicit
+  /// Reads `count` code units; surrogates need not be paired.
+  I18NString(const char16_t* units, std::size_t count);
+  /// The text of UTF-8 bytes that need not end with a zero and may contain zeros.
+  static I18NString fromUtf8(std::string_view bytes);
+
+  I18NString(const I18NString&) = default;
+  I18NString(I18NString&& other) noexcept;
+  I18NString& operator=(const I18NString&) = default;
+  I18NString& operator=(I18NString&& other) noexcept;
+  ~I18NString() = default;
+
+  /// The number of code units.
+  std::size_t length() const noexcept { return m_units; }
+  bool isEmpty() const noexcept { return m_units == 0; }
+  /// The code unit at `position`, 0 beyond the end.
+  char16_t at(std::size_t position) const noexcept;
+  /// The text from `begin` up to but not including `end`; both are cut to the length.
+  I18NString substring(std::size_t begin, std::size_t end = SIZE_MAX) const;
+
+  /// The first position at or after `from` where `text` begins, or NOT_FOUND.
+  long indexOf(const I18NString& text, std::size_t from = 0) const;
+  /// The last position at or before `from` where `text` begins, or NOT_FOUND.
+  long lastIndexOf(const I18NString& text, std::size_t from = SIZE_MAX) const;
+  bool startsWith(const I18NString& text) const noexcept;
+
+  /// Negative, 0 or positive as this text comes before, equals or comes after `other`, by code
+  /// units.
+  int compare(const I18NString& other) const noexcept;
+  /// The sum over the code units, first to last, of hash * 31 + unit, modulo 2^32.
+  std::uint32_t hash() const noexcept;
+
+  I18NString& append(const I18NString& text);
+  /// Appends UTF-8 bytes; invalid ones become U+FFFD. REQUIRES: not a view of this text itself.
+  I18NString& append(std::string_view utf8);
+  /// Appends `count` times the ASCII character `c`.
+  I18NString& append(std::size_t count, char c);
+  I18NString& operator+=(const I18NString& text) { return append(text); }
+  void clear() noexcept;
+  /// Makes room for a text of `bytes` UTF-8 bytes.
+  void reserve(std::size_t bytes) { m_bytes.reserve(bytes); }
+
+  /// The text as UTF-8, a surrogate without partner as U+FFFD. The view shows this object's own
+  /// bytes or, where something had to be replaced, `scratch`; it is valid while neither changes.
+  std::string_view narrow(std::string& scratch) const;
+  /// The text as UTF-8, a surrogate without partner as U+FFFD.
+  std::string toStdString() const;
+  std::u16string toUtf16() const;
+
+  friend bool operator==(const I18NString& a, const I18NString& b) noexcept {
+    return a.m_bytes == b.m_bytes;
+  }
+  friend bool operator!=(const I18NString& a, const I18NString& b) noexcept { return !(a == b); }
+  friend bool operator<(const I18NString& a, const I18NString& b) noexcept {
+    return a.compare(b) < 0;
+  }
+  friend I18NString operator+(I18NString a, const I18NString& b) {
+    a.append(b);
+    return a;
+  }
+
+ private:
+  bool isAscii() const noexcept { return m_bytes.size() == m_units; }
+  void appendStored(std::string_view stored, std::size_t units, bool hasLoneSurrogate);
+  void recount() noexcept;
+  std::size_t byteOffset(std::size_t position) const noexcept;
+  std::size_t unitPosition(std::size_t offset) const noexcept;
+
+  std::string m_bytes;
+  std::size_t m_units = 0;
+  bool m_hasLoneSurrogate = false;
+};
+
+/// Writes the text as UTF-8.
+LOG4ZEB_EXPORT std::ostream& operator<<(std::ostream& out, const I18NString& text);
+
+#endif

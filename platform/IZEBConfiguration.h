@@ -1,0 +1,15 @@
+#ifndef PLATFORM_IZEBCONFIGURATION_H
+#define PLATFORM_IZEBCONFIGURATION_H
+
+#include "platform/I18NString.h"
+
+/// What the program that hosts the library may say about its set-up.
+class LOG4ZEB_EXPORT IZEBConfiguration {
+ public:
+  virtual ~IZEBConfiguration();
+  /// The path that a file name in the configuration stands for. Called under an appender's lock,
+  /// from any thread.
+  virtual I18NString resolvePath(const I18NString& name) const = 0;
+};
+
+#endif

@@ -1,0 +1,22 @@
+#ifndef PLATFORM_LOG4ZEBEXPORT_H
+#define PLATFORM_LOG4ZEBEXPORT_H
+
+// LOG4ZEB_EXPORT marks what the shared library kivlog4zeb lets an application see; everything
+// without the mark is hidden. LOG4ZEB_LIBRARY_EXPORT marks the functions that a library loaded by
+// a configuration document offers.
+
+#if defined(_WIN32)
+#define LOG4ZEB_LIBRARY_EXPORT __declspec(dllexport)
+#if defined(LOG4ZEB_STATIC)
+#define LOG4ZEB_EXPORT
+#elif defined(LOG4ZEB_BUILDING)
+#define LOG4ZEB_EXPORT __declspec(dllexport)
+#else
+#define LOG4ZEB_EXPORT __declspec(dllimport)
+#endif
+#else
+#define LOG4ZEB_LIBRARY_EXPORT __attribute__((visibility("default")))
+#define LOG4ZEB_EXPORT __attribute__((visibility("default")))
+#endif
+
+#endif

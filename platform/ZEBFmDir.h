@@ -1,0 +1,34 @@
+#ifndef PLATFORM_ZEBFMDIR_H
+#define PLATFORM_ZEBFMDIR_H
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/I18NString.h"
+
+/// Operations on the file system's names.
+class ZEBFmDir {
+ public:
+  /// Modes for exists(): a regular file that its owner may read and write, and a directory.
+  static constexpr int READ_WRITE_FILE = 33152;
+  static constexpr int DIRECTORY = 16384;
+
+  /// 1 when something of the type in `mode` (the type bits of a file mode) exists under the name
+  /// and has all of the permission bits in `mode`, else 0.
+  static int exists(const I18NString& name, int mode);
+  /// Splits before the file name: the directory part without its last separator (but "/" whole),
+  /// empty when there is none, and the file part.
+  static std::pair<I18NString, I18NString> splitPath(const I18NString& name);
+  /// Non-zero on success.
+  static int removeFile(const I18NString& name);
+  /// Gives the file a new name, replacing a file that has it. Non-zero on success.
+  static int renameFile(const I18NString& from, const I18NString& to);
+  /// The name as it reads from the root of the file system; `name` itself when the working
+  /// directory is not known.
+  static I18NString absolutePath(const I18NString& name);
+  /// The names in a directory, without its path; empty when it cannot be read.
+  static std::vector<std::string> list(const I18NString& directory);
+};
+
+#endif

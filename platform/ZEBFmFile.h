@@ -1,0 +1,84 @@
+#ifndef PLATFORM_ZEBFMFILE_H
+#define PLATFORM_ZEBFMFILE_H
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+
+#include "platform/I18NString.h"
+
+/// A file that is written record by record. Every write goes to the end of the file, whichever the
+/// mode, and unless buffering was asked for the whole record is with the operating system when
+/// write() returns: it survives the death of the process, and records of several processes stand in
+/// the file whole. The file is not inherited by programs that the process starts.
+///
+/// An object is used by one thread at a time; the exception is the buffer, which the end of the
+/// process may write out while another thread still logs.
+class LOG4ZEB_EXPORT ZEBFmFile {
+ public:
+  /// Open modes. APPEND creates the file or keeps what it holds, TRUNCATE creates or empties it;
+  /// WRITE creates it and never empties it.
+  static constexpr int WRITE = 1;
+  static constexpr int APPEND = 3;
+  static constexpr int TRUNCATE = 5;
+
+  static constexpr int STANDARD_OUTPUT = 1;
+  static constexpr int STANDARD_ERROR = 2;
+
+  static constexpr int ORIGIN_BEGIN = 0;
+  static constexpr int ORIGIN_END = 2;
+
+  ZEBFmFile();
+  ZEBFmFile(const ZEBFmFile&) = delete;
+  ZEBFmFile& operator=(const ZEBFmFile&) = delete;
+  /// Closes the file.
+  ~ZEBFmFile();
+
+  /// Opens the named file; a file that was open is closed first. Returns 1, or 0 with the reason in
+  /// getLastError().
+  int open(const I18NString& name, int mode);
+  /// Attaches to standard output or standard error, which closing this object leaves open. Returns
+  /// 1, or 0 when that stream is not open in the process.
+  int attachStandard(int stream);
+  int isOpen() const noexcept;
+
+  /// Lets up to `bytes` bytes wait in memory; they are cut only between records, and written by
+  /// flush(), close() and the normal end of the process. 0, the state after open(), means none.
+  void setBufferSize(std::size_t bytes);
+
+  /// Appends `size` bytes as one record. Returns `size`, or -1 when not all could be written.
+  std::int64_t write(const char* bytes, std::size_t size);
+  /// Moves to `offset` bytes from the origin. Returns 0, also on a terminal or pipe, which have no
+  /// positions, or -1. Seeking to the end costs nothing, because every write goes there anyway.
+  int seek(std::int64_t offset, int origin);
+  /// Hands what is buffered to the operating system. Returns 1, or 0 when that failed.
+  int flush();
+  /// Writes out what is buffered and closes. Returns 1, or 0 when that failed or nothing was open.
+  int close();
+
+  /// The size in bytes, or -1.
+  std::int64_t size();
+  /// The name given to open(), or the name of the standard stream.
+  const I18NString& getName() const noexcept { return m_name; }
+  /// The operating system's code of the last failure, 0 at first.
+  int getLastError() const noexcept { return m_lastError; }
+
+  /// Whether one write to this file appends atomically next to other processes.
+  bool appendIsAtomic() const noexcept { return m_appendIsAtomic; }
+  /// Takes and leaves the operating system's advisory lock on the whole file, which the kernel
+  /// frees when the process dies. lock returns 1, or 0 when the file has no such lock.
+  int lockAcrossProcesses();
+  void unlockAcrossProcesses() noexcept;
+
+ private:
+  class Handle;  // the operating system's side
+
+  int succeeded(int error) noexcept;
+
+  std::unique_ptr<Handle> m_handle;
+  I18NString m_name;
+  int m_lastError = 0;
+  bool m_appendIsAtomic = true;
+};
+
+#endif

@@ -1,0 +1,23 @@
+#include "platform/ZEBIDOM_Element.h"
+
+#include "platform/ZEBIDOM_NamedNodeMap.h"
+#include "platform/ZEBIDOM_NodeList.h"
+
+ZEBIDOM_Element::ZEBIDOM_Element(const ZEBIDOM_Node& node)
+    : ZEBIDOM_Node(node.getNodeType() == ELEMENT_NODE ? node : ZEBIDOM_Node()) {}
+
+I18NString ZEBIDOM_Element::getTagName() const { return getNodeName(); }
+
+I18NString ZEBIDOM_Element::getAttribute(const I18NString& name) const {
+  return getAttributes().getNamedItem(name).getNodeValue();
+}
+
+bool ZEBIDOM_Element::hasAttribute(const I18NString& name) const {
+  return !getAttributes().getNamedItem(name).isNull();
+}
+
+ZEBIDOM_NamedNodeMap ZEBIDOM_Element::getAttributes() const { return {m_data, m_index}; }
+
+ZEBIDOM_NodeList ZEBIDOM_Element::getElementsByTagName(const I18NString& tagName) const {
+  return descendants(tagName);
+}

@@ -1,0 +1,310 @@
+#include "platform/ZEBIDOM_Parser.h"
+
+#define XML_DTD 1  // without it, the limits on entity expansion are not declared
+#include <expat.h>
+
+#include <cerrno>
+#include <exception>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <new>
+#include <string>
+#include <string_view>
+#include <system_error>
+#include <utility>
+
+#include "platform/ZEBAssertError.h"
+#include "platform/ZEBIDOM_Document.h"
+#include "platform/ZEBIDOM_DocumentData.h"
+#include "platform/ZEBTranslate.h"
+
+namespace {
+
+constexpr const char* SOURCE = "ZEBIDOM_Parser";
+
+constexpr std::size_t MEBIBYTE = 1024 * 1024;
+constexpr std::size_t MAX_FILE_SIZE = 64 * MEBIBYTE;
+// Documents in use nest below ten deep.
+constexpr std::size_t MAX_DEPTH = 256;
+// At some hundred bytes each, the nodes take no more memory than the text may.
+constexpr std::size_t MAX_ENTRIES = 1000000;
+// The XML reader recurses through entities that name each other, and its work on attribute
+// declarations grows with the square of their number.
+constexpr int MAX_DECLARATIONS = 256;
+// Entities may multiply the bytes that the XML reader sees by this, once it has seen the threshold.
+constexpr float MAX_AMPLIFICATION = 8;
+constexpr unsigned long long AMPLIFICATION_THRESHOLD = MEBIBYTE;
+// Text may double when it becomes UTF-8; the rest is for entities and default attributes.
+constexpr std::size_t MAX_TEXT_PER_BYTE = 4;
+constexpr std::size_t FREE_TEXT = MEBIBYTE;
+
+/// Why a document is not read.
+struct Refusal {
+  I18NString reason;
+  int line = 0;
+  int column = 0;
+};
+
+[[noreturn]] void refuse(const I18NString& reason) { throw Refusal{reason}; }
+
+/// A name for a reason, cut where it is unreasonably long.
+std::string quoted(std::string_view name) {
+  constexpr std::size_t LONGEST = 80;
+  return "\"" + std::string(name.substr(0, LONGEST)) + "\"";
+}
+
+std::string readFile(const I18NString& fileName) {
+  const auto path = std::filesystem::u8path(fileName.toStdString());
+  std::error_code unknown;
+  if (std::filesystem::is_directory(path, unknown)) {
+    refuse("the file is a directory");
+  }
+  errno = 0;
+  std::ifstream file(path, std::ios::binary);
+  if (!file) {
+    refuse("the file cannot be opened: " + std::generic_category().message(errno));
+  }
+  constexpr std::size_t CHUNK = 64 * 1024;
+  std::string bytes;
+  while (file) {
+    const std::size_t had = bytes.size();
+    bytes.resize(had + CHUNK);
+    file.read(&bytes[had], CHUNK);
+    bytes.resize(had + static_cast<std::size_t>(file.gcount()));
+    if (bytes.size() > MAX_FILE_SIZE) {
+      refuse("the file is larger than 64 MiB");
+    }
+  }
+  if (file.bad()) {
+    refuse("the file cannot be read: " + std::generic_category().message(errno));
+  }
+  if (bytes.empty()) {
+    refuse("the file is empty");
+  }
+  return bytes;
+}
+
+/// Builds a document's data from its bytes.
+class TreeBuilder {
+ public:
+  explicit TreeBuilder(std::string_view bytes);
+  TreeBuilder(const TreeBuilder&) = delete;
+  TreeBuilder& operator=(const TreeBuilder&) = delete;
+
+  /// Throws a Refusal. Used once.
+  std::shared_ptr<const ZEBIDOM_DocumentData> build();
+
+ private:
+  using Entry = ZEBIDOM_DocumentData::Entry;
+
+  template <typename Operation>
+  static void guarded(void* self, Operation operation) noexcept;
+  void setHandlers();
+
+  void startElement(const char* name, const char** attributes);
+  void endElement();
+  void addText(std::string_view text);
+  void countDeclaration();
+  /// Adds a node below the element that is open; the result is valid until the next is added.
+  Entry& add(int type, std::string_view name, std::string_view value);
+  void countText(std::size_t bytes);
+
+  int line() const { return static_cast<int>(XML_GetCurrentLineNumber(m_parser.get())); }
+  int column() const { return static_cast<int>(XML_GetCurrentColumnNumber(m_parser.get())) + 1; }
+  Refusal syntaxError() const;
+
+  const std::string_view m_bytes;
+  const std::unique_ptr<XML_ParserStruct, void (*)(XML_Parser)> m_parser;
+  const std::shared_ptr<ZEBIDOM_DocumentData> m_data;
+  std::uint32_t m_open = ZEBIDOM_DocumentData::ROOT;  // the element that nodes are added to
+  std::size_t m_depth = 0;
+  std::size_t m_textSize = 0;
+  int m_declarations = 0;
+  std::exception_ptr m_thrown;  // by a handler
+};
+
+TreeBuilder::TreeBuilder(std::string_view bytes)
+    : m_bytes(bytes),
+      m_parser(XML_ParserCreate(nullptr), &XML_ParserFree),
+      m_data(std::make_shared<ZEBIDOM_DocumentData>()) {
+  if (m_parser == nullptr) {
+    throw std::bad_alloc();
+  }
+  m_data->entries.emplace_back();
+  m_data->entries.back().type = ZEBIDOM_Node::DOCUMENT_NODE;
+  m_data->entries.back().name = "#document";
+}
+
+/// Exceptions must not cross the XML reader, which is C: the first one is kept and stops the
+/// reader, which may still call some handlers before it returns.
+template <typename Operation>
+void TreeBuilder::guarded(void* self, Operation operation) noexcept {
+  TreeBuilder& builder = *static_cast<TreeBuilder*>(self);
+  if (builder.m_thrown != nullptr) {
+    return;
+  }
+  try {
+    operation(builder);
+    return;
+  } catch (Refusal& refusal) {
+    refusal.line = builder.line();
+    refusal.column = builder.column();
+    builder.m_thrown = std::current_exception();
+  } catch (...) {
+    builder.m_thrown = std::current_exception();
+  }
+  XML_StopParser(builder.m_parser.get(), XML_FALSE);
+}
+
+void TreeBuilder::setHandlers() {
+  const XML_Parser parser = m_parser.get();
+  XML_SetUserData(parser, this);
+  XML_SetElementHandler(
+      parser,
+      [](void* self, const char* name, const char** attributes) {
+        guarded(self, [&](TreeBuilder& builder) { builder.startElement(name, attributes); });
+      },
+      [](void* self, const char*) {
+        guarded(self, [](TreeBuilder& builder) { builder.endElement(); });
+      });
+  XML_SetCharacterDataHandler(parser, [](void* self, const char* text, int size) {
+    guarded(self, [&](TreeBuilder& builder) {
+      builder.addText({text, static_cast<std::size_t>(size)});
+    });
+  });
+  XML_SetEntityDeclHandler(parser, [](void* self, const char*, int, const char*, int, const char*,
+                                      const char*, const char*, const char*) {
+    guarded(self, [](TreeBuilder& builder) { builder.countDeclaration(); });
+  });
+  XML_SetAttlistDeclHandler(
+      parser, [](void* self, const char*, const char*, const char*, const char*, int) {
+        guarded(self, [](TreeBuilder& builder) { builder.countDeclaration(); });
+      });
+  // Gets what no other handler does. In an element that is a reference whose entity is external, or
+  // can only be declared in a DTD that is not loaded: reading it as nothing would lose content.
+  XML_SetDefaultHandlerExpand(parser, [](void* self, const char* text, int size) {
+    guarded(self, [&](TreeBuilder& builder) {
+      if (builder.m_depth > 0 && size > 0 && text[0] == '&') {
+        refuse("an entity outside of the document is not read: " +
+               quoted({text, static_cast<std::size_t>(size)}));
+      }
+    });
+  });
+}
+
+std::shared_ptr<const ZEBIDOM_DocumentData> TreeBuilder::build() {
+  const XML_Parser parser = m_parser.get();
+  setHandlers();
+  XML_SetParamEntityParsing(parser, XML_PARAM_ENTITY_PARSING_NEVER);
+  XML_SetBillionLaughsAttackProtectionMaximumAmplification(parser, MAX_AMPLIFICATION);
+  XML_SetBillionLaughsAttackProtectionActivationThreshold(parser, AMPLIFICATION_THRESHOLD);
+  // One piece: the reader takes time that grows with the square of a long token's pieces.
+  const XML_Status status =
+      XML_Parse(parser, m_bytes.data(), static_cast<int>(m_bytes.size()), XML_TRUE);
+  if (m_thrown != nullptr) {
+    std::rethrow_exception(m_thrown);
+  }
+  if (status != XML_STATUS_OK) {
+    throw syntaxError();
+  }
+  m_data->entries.front().end = static_cast<std::uint32_t>(m_data->entries.size());
+  return m_data;
+}
+
+Refusal TreeBuilder::syntaxError() const {
+  const XML_Error code = XML_GetErrorCode(m_parser.get());
+  if (code == XML_ERROR_NO_MEMORY) {
+    throw std::bad_alloc();
+  }
+  I18NString reason = XML_ErrorString(code);
+  if (code == XML_ERROR_NO_ELEMENTS && m_depth > 0) {
+    reason = "the document ends inside of the element " +
+             quoted(std::string_view(m_data->entries[m_open].name.toStdString()));
+  }
+  return {reason, line(), column()};
+}
+
+void TreeBuilder::startElement(const char* name, const char** attributes) {
+  if (m_depth == MAX_DEPTH) {
+    refuse("elements are nested more than 256 deep");
+  }
+  const auto index = static_cast<std::uint32_t>(m_data->entries.size());
+  add(ZEBIDOM_Node::ELEMENT_NODE, name, "");
+  m_open = index;
+  ++m_depth;
+  for (; *attributes != nullptr; attributes += 2) {
+    add(ZEBIDOM_Node::ATTRIBUTE_NODE, attributes[0], attributes[1]);
+    ++m_data->entries[index].attributeCount;
+  }
+}
+
+void TreeBuilder::endElement() {
+  Entry& element = m_data->entries[m_open];
+  element.end = static_cast<std::uint32_t>(m_data->entries.size());
+  m_open = element.parent;
+  --m_depth;
+}
+
+void TreeBuilder::addText(std::string_view text) {
+  Entry& last = m_data->entries.back();
+  if (last.type == ZEBIDOM_Node::TEXT_NODE && last.parent == m_open) {
+    countText(text.size());
+    last.value.append(text);
+    return;
+  }
+  add(ZEBIDOM_Node::TEXT_NODE, "", text).name = "#text";
+}
+
+ZEBIDOM_DocumentData::Entry& TreeBuilder::add(int type, std::string_view name,
+                                              std::string_view value) {
+  if (m_data->entries.size() == MAX_ENTRIES) {
+    refuse("the document has more than 1000000 nodes");
+  }
+  countText(name.size() + value.size());
+  Entry& entry = m_data->entries.emplace_back();
+  entry.type = type;
+  entry.parent = m_open;
+  entry.end = static_cast<std::uint32_t>(m_data->entries.size());
+  entry.line = line();
+  entry.column = column();
+  entry.name.append(name);
+  entry.value.append(value);
+  return entry;
+}
+
+void TreeBuilder::countText(std::size_t bytes) {
+  m_textSize += bytes;
+  if (m_textSize > FREE_TEXT + MAX_TEXT_PER_BYTE * m_bytes.size()) {
+    refuse("entities or default attributes expand to too much text");
+  }
+}
+
+void TreeBuilder::countDeclaration() {
+  if (++m_declarations > MAX_DECLARATIONS) {
+    refuse("the document declares more than 256 entities and attributes");
+  }
+}
+
+}  // namespace
+
+ZEBIDOM_Parser::ZEBIDOM_Parser(int validation) { ZEB_ASSERT(validation == 0, SOURCE, __LINE__); }
+
+void ZEBIDOM_Parser::setLoadExternalDTD(int load) { ZEB_ASSERT(load == 0, SOURCE, __LINE__); }
+
+int ZEBIDOM_Parser::parse(const I18NString& fileName, ZEBIDOM_Document& document) {
+  Refusal refusal;
+  const int parsed = zebTranslate(SOURCE, __LINE__, [&] {
+    try {
+      document = ZEBIDOM_Document(TreeBuilder(readFile(fileName)).build());
+      return 1;
+    } catch (const Refusal& caught) {
+      refusal = caught;
+      return 0;
+    }
+  });
+  m_errorLine = refusal.line;
+  m_errorColumn = refusal.column;
+  m_errorReason = refusal.reason;
+  return parsed;
+}

@@ -1,0 +1,22 @@
+#ifndef PLATFORM_ZEBSYSTEMERROR_H
+#define PLATFORM_ZEBSYSTEMERROR_H
+
+#include "platform/ZEBThrowable.h"
+
+/// A call of the operating system failed on a named object, a file as a rule.
+class LOG4ZEB_EXPORT ZEBSystemError : public ZEBThrowable {
+ public:
+  /// `errorCode` is the code of the operating system.
+  ZEBSystemError(const I18NString& objectName, int errorCode, const char* source, int line);
+  ~ZEBSystemError() override;
+  [[noreturn]] void raise() const override;
+
+  const I18NString& getObjectName() const noexcept { return m_objectName; }
+  int getErrorCode() const noexcept { return m_errorCode; }
+
+ private:
+  I18NString m_objectName;
+  int m_errorCode;
+};
+
+#endif

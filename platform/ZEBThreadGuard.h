@@ -1,0 +1,24 @@
+#ifndef PLATFORM_ZEBTHREADGUARD_H
+#define PLATFORM_ZEBTHREADGUARD_H
+
+#include "platform/ZEBThreadCriticalSection.h"
+#include "platform/ZEBThreadLockableResource.h"
+
+/// Holds a critical section from its construction to its destruction.
+class ZEBThreadGuard {
+ public:
+  /// Waits for the lock; throws ZEBSystemError when it cannot be taken.
+  explicit ZEBThreadGuard(ZEBThreadCriticalSection& section) : m_section(section) {
+    m_section.enter();
+  }
+  explicit ZEBThreadGuard(const ZEBThreadLockableResource& resource)
+      : ZEBThreadGuard(resource.getCriticalSection()) {}
+  ZEBThreadGuard(const ZEBThreadGuard&) = delete;
+  ZEBThreadGuard& operator=(const ZEBThreadGuard&) = delete;
+  ~ZEBThreadGuard() { m_section.leave(); }
+
+ private:
+  ZEBThreadCriticalSection& m_section;
+};
+
+#endif

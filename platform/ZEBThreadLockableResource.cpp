@@ -1,0 +1,3 @@
+#include "platform/ZEBThreadLockableResource.h"
+
+ZEBThreadLockableResource::~ZEBThreadLockableResource() = default;

@@ -1,0 +1,3 @@
+#include "platform/ZEBThreadRWLockableResource.h"
+
+ZEBThreadRWLockableResource::~ZEBThreadRWLockableResource() = default;

@@ -1,0 +1,3 @@
+#include "platform/ZEBThreadRunnable.h"
+
+ZEBThreadRunnable::~ZEBThreadRunnable() = default;

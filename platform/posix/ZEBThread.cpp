@@ -1,0 +1,91 @@
+#include "platform/ZEBThread.h"
+
+#include <cxxabi.h>
+#include <pthread.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <climits>
+#include <thread>
+
+#include "platform/ZEBSystemError.h"
+
+class ZEBThread::Handle {
+ public:
+  pthread_t thread{};
+};
+
+namespace {
+
+// Asking the kernel costs a system call, so each thread remembers its answer.
+thread_local std::uint64_t t_threadId = 0;
+
+/// The only thread of a forked child is a copy of the one that forked, with a new number.
+[[maybe_unused]] const int FORK_HANDLER = pthread_atfork(nullptr, nullptr, [] { t_threadId = 0; });
+
+void* runThread(void* argument) {
+  try {
+    static_cast<ZEBThreadRunnable*>(argument)->run();
+  } catch (const abi::__forced_unwind&) {
+    throw;  // a cancelled thread unwinds by an exception that must not be stopped
+  } catch (...) {
+    // The thread ends; its exception has nowhere to go, and the process lives on.
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+ZEBThread::ZEBThread(std::size_t stackSize) : m_runnable(this), m_stackSize(stackSize) {}
+
+ZEBThread::ZEBThread(ZEBThreadRunnable* runnable, std::size_t stackSize)
+    : m_runnable(runnable), m_stackSize(stackSize) {}
+
+ZEBThread::~ZEBThread() {
+  join();
+  if (m_handle != nullptr) {
+    pthread_detach(m_handle->thread);  // the thread destroys its own object and cannot be awaited
+  }
+}
+
+void ZEBThread::start() {
+  if (m_handle != nullptr) {
+    return;
+  }
+  // Complete before the thread runs, which may ask for it.
+  m_handle = std::make_unique<Handle>();
+  pthread_attr_t attributes;
+  pthread_attr_init(&attributes);
+  if (m_stackSize != 0) {
+    pthread_attr_setstacksize(&attributes,
+                              std::max(m_stackSize, static_cast<std::size_t>(PTHREAD_STACK_MIN)));
+  }
+  const int failed = pthread_create(&m_handle->thread, &attributes, &runThread, m_runnable);
+  pthread_attr_destroy(&attributes);
+  if (failed != 0) {
+    m_handle.reset();
+    throw ZEBSystemError("thread", failed, "ZEBThread::start", __LINE__);
+  }
+}
+
+void ZEBThread::join() {
+  if (m_handle != nullptr && pthread_equal(m_handle->thread, pthread_self()) == 0) {
+    pthread_join(m_handle->thread, nullptr);
+    m_handle.reset();
+  }
+}
+
+void ZEBThread::run() {}
+
+std::uint64_t ZEBThread::currentThreadId() {
+  if (t_threadId == 0) {
+    t_threadId = static_cast<std::uint64_t>(syscall(SYS_gettid));
+  }
+  return t_threadId;
+}
+
+void ZEBThread::sleep(unsigned int milliseconds) {
+  std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+}

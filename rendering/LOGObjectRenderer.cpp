@@ -1,0 +1,3 @@
+#include "rendering/LOGObjectRenderer.h"
+
+LOGObjectRenderer::~LOGObjectRenderer() = default;

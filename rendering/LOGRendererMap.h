@@ -1,0 +1,28 @@
+#ifndef RENDERING_LOGRENDERERMAP_H
+#define RENDERING_LOGRENDERERMAP_H
+
+#include "platform/I18NString.h"
+
+class LOGObject;
+class LOGObjectRenderer;
+
+/// Finds the renderer of a message object by the object's tag. All maps of the process share one
+/// table, which any thread may use and change; a renderer that is replaced or cleared stays until
+/// nobody renders with it any more.
+class LOG4ZEB_EXPORT LOGRendererMap {
+ public:
+  /// Takes ownership of `renderer`; entering an object a second time, under whatever tag, is
+  /// harmless. Null and an empty tag change nothing.
+  void put(const I18NString& className, LOGObjectRenderer* renderer);
+  /// Puts the renderer that the shared library of the name `renderingClass` makes. A library that
+  /// does not load or makes none leaves things as they are, with a debug note.
+  void load(const I18NString& className, const I18NString& renderingClass);
+  /// The renderer for that tag, the default one if there is none; valid until it is replaced.
+  LOGObjectRenderer* get(const I18NString& className) const;
+  /// The object's text in a new string that the caller deletes; null for a null object.
+  I18NString* findAndRender(LOGObject* object) const;
+  /// Drops what was put. The default renderer stays.
+  void clear();
+};
+
+#endif

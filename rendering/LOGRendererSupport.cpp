@@ -1,0 +1,3 @@
+#include "rendering/LOGRendererSupport.h"
+
+LOGRendererSupport::~LOGRendererSupport() = default;

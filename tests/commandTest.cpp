@@ -1,0 +1,234 @@
+// The command log4zeb, run as processes, and its parts that read and judge lines.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <csignal>
+#include <filesystem>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "core/LOGLevel.h"
+#include "support/ChildProcess.h"
+#include "support/Workplace.h"
+#include "tools/LineLevel.h"
+#include "tools/LineReader.h"
+
+namespace {
+
+constexpr const char* LOG_FILE = "out.log";
+
+/// Writes a document whose root logger has a file appender and the given level.
+void writeDocument(const std::string& pattern = "%p %c|%m%n", const std::string& level = "DEBUG") {
+  Workplace::write("log.xml",
+                   "<log4j:configuration><appender name='FILE' class='LOGFileAppender'>"
+                   "<param name='File' value='out.log'/><layout class='LOGPatternLayout'>"
+                   "<param name='ConversionPattern' value='" +
+                       pattern + "'/></layout></appender><root><level value='" + level +
+                       "'/><appender-ref ref='FILE'/></root></log4j:configuration>");
+}
+
+using Words = std::vector<std::string>;
+
+/// The words of a command line that logs through the document of writeDocument().
+Words logCommand(const Words& more = {}) {
+  Words words{"log", "--config", "log.xml"};
+  words.insert(words.end(), more.begin(), more.end());
+  return words;
+}
+
+struct Outcome {
+  int exitCode;
+  std::string errors;
+};
+
+/// Runs the command to its end, with the text as its standard input.
+Outcome run(const Words& arguments, const std::string& input = "") {
+  Workplace::write("input", input);
+  ChildProcess command(LOG4ZEB_COMMAND, arguments, "input");
+  const int exitCode = command.wait().exitCode;
+  return {exitCode, command.errors()};
+}
+
+bool mentions(const std::string& text, const std::string& part) {
+  return text.find(part) != std::string::npos;
+}
+
+}  // namespace
+
+TEST(LineLevel, IsTheFirstWholeWordInAnyCase) {
+  EXPECT_EQ(LineLevel::firstIn("disk FATAL, then error"), LOGLevel::FATAL_RANK);
+  EXPECT_EQ(LineLevel::firstIn("[Warning] hot"), LOGLevel::WARN_RANK);
+  EXPECT_EQ(LineLevel::firstIn("level=warn"), LOGLevel::WARN_RANK);
+  EXPECT_EQ(LineLevel::firstIn("debug"), LOGLevel::DEBUG_RANK);
+  EXPECT_EQ(LineLevel::firstIn("2 errors, gpg_error, error2, informed; Info"), LOGLevel::INFO_RANK);
+  EXPECT_EQ(LineLevel::firstIn("\xC3\xA9rror \xC3\xA9"
+                               "error"),
+            std::nullopt);
+  EXPECT_EQ(LineLevel::firstIn(""), std::nullopt);
+}
+
+TEST(LineReader, KeepsEveryByteButOneLineEnd) {
+  const std::string longLine(3'000'000, 'x');
+  std::istringstream in("a\r\n\nb\r\r\n" + std::string("nul\0byte\r", 9) + "\n" + longLine +
+                        "\nlast");
+  LineReader reader(in);
+  Words lines;
+  while (reader.next()) {
+    lines.emplace_back(reader.line());
+  }
+  EXPECT_EQ(lines, (Words{"a", "", "b\r", std::string("nul\0byte", 8), longLine, "last"}));
+  EXPECT_FALSE(reader.failed());
+}
+
+TEST(Command, LogsEachLineAsOneEventAndReports) {
+  const Workplace workplace;
+  writeDocument();
+  const Outcome outcome =
+      run(logCommand({"--logger", "kernel", "--level", "warn"}), "one\r\n\nthree error\n\xFFlast");
+  EXPECT_EQ(outcome.exitCode, 0);
+  // Standard error is no terminal here, so there is nothing but the report.
+  EXPECT_EQ(outcome.errors, "log4zeb: 4 lines read, 4 logged\n");
+  EXPECT_EQ(Workplace::lines(LOG_FILE),
+            (Words{"WARN kernel|one", "WARN kernel|", "WARN kernel|three error",
+                   "WARN kernel|\xEF\xBF\xBDlast"}));
+}
+
+TEST(Command, TakesTheLevelFromTheLineAndCountsWhatIsEnabled) {
+  const Workplace workplace;
+  writeDocument("%p|%m%n", "WARN");
+  Workplace::write("lines.txt", "an Error\nplain\n<debug> x\nwarning: y\n");
+  const Outcome outcome = run(logCommand({"--level-from-line", "lines.txt"}));
+  EXPECT_EQ(outcome.exitCode, 0);
+  EXPECT_EQ(outcome.errors, "log4zeb: 4 lines read, 2 logged\n");
+  EXPECT_EQ(Workplace::lines(LOG_FILE), (Words{"ERROR|an Error", "WARN|warning: y"}));
+}
+
+TEST(Command, NamesWhatIsWrongWithTheDocument) {
+  const Workplace workplace;
+  const auto complaint = [](const std::string& document) {
+    Workplace::write("bad.xml", document);
+    const Outcome outcome = run({"log", "--config", "bad.xml", "--logger", "a.b"}, "lost\n");
+    EXPECT_EQ(outcome.exitCode, 3) << document;
+    EXPECT_FALSE(mentions(outcome.errors, "lines read")) << document;
+    return outcome.errors;
+  };
+  EXPECT_TRUE(mentions(complaint("<log4j:configuration><root>"), "cannot apply"));
+  EXPECT_TRUE(mentions(complaint("<wrong><root/></wrong>"), "cannot apply"));
+  EXPECT_TRUE(mentions(complaint(""), "cannot apply"));
+  EXPECT_TRUE(mentions(complaint("<log4j:configuration/>"), "configures nothing"));
+  EXPECT_TRUE(mentions(complaint("<log4j:configuration><appender name='A' "
+                                 "class='LOGConsoleAppender'/><root/></log4j:configuration>"),
+                       "configures nothing"));
+  EXPECT_TRUE(mentions(complaint("<log4j:configuration><appender name='A' "
+                                 "class='LOGConsoleAppender'/><logger name='a.c'>"
+                                 "<appender-ref ref='A'/></logger></log4j:configuration>"),
+                       "no appender for the logger 'a.b'"));
+
+  const Outcome missing = run({"log", "--config", "none.xml"}, "lost\n");
+  EXPECT_EQ(missing.exitCode, 3);
+  EXPECT_TRUE(mentions(missing.errors, "cannot read the configuration document 'none.xml' ("));
+}
+
+TEST(Command, NamesWhatIsWrongWithTheInput) {
+  const Workplace workplace;
+  writeDocument();
+  std::filesystem::create_directory("directory");
+  for (const char* const name : {"missing.txt", "directory"}) {
+    const Outcome outcome = run(logCommand({name}));
+    EXPECT_EQ(outcome.exitCode, 4);
+    EXPECT_TRUE(mentions(outcome.errors, std::string("cannot read the input file '") + name));
+  }
+  ChildProcess onDirectory(LOG4ZEB_COMMAND, logCommand(), "directory");
+  EXPECT_EQ(onDirectory.wait().exitCode, 4);
+}
+
+TEST(Command, RefusesBadArguments) {
+  const Workplace workplace;
+  writeDocument();
+  for (const Words& arguments : {Words{}, Words{"nonsense"}, Words{"log"},
+                                 logCommand({"--level", "LOUD"}), logCommand({"a", "b"})}) {
+    EXPECT_EQ(run(arguments, "lost\n").exitCode, 2);
+  }
+  EXPECT_TRUE(mentions(run(logCommand({"--level", "LOUD"})).errors, "'LOUD' is not a level"));
+  EXPECT_FALSE(std::filesystem::exists(LOG_FILE));
+}
+
+TEST(Command, AnswersAStopSignalWhileTheInputIsSilent) {
+  for (const int signal : {SIGINT, SIGTERM}) {
+    const Workplace workplace;
+    // The console shows when the lines have been logged.
+    Workplace::write("log.xml",
+                     "<log4j:configuration><appender name='OUT' class='LOGConsoleAppender'>"
+                     "<layout class='LOGPatternLayout'/></appender><root><level value='DEBUG'/>"
+                     "<appender-ref ref='OUT'/></root></log4j:configuration>");
+    ChildProcess command(LOG4ZEB_COMMAND, logCommand(), "");
+    command.send("one\ntwo\nnot yet a li");
+    EXPECT_EQ(command.receive(10), "one\r\ntwo\r\n");
+    command.signal(signal);
+    // The input stays open, so only the signal can end the process; it closes its output then.
+    EXPECT_EQ(command.receive(), "one\r\ntwo\r\n");
+    EXPECT_EQ(command.wait().exitCode, 128 + signal);
+    EXPECT_EQ(command.errors(), "log4zeb: stopped by signal " + std::to_string(signal) +
+                                    "\nlog4zeb: 2 lines read, 2 logged\n");
+  }
+}
+
+TEST(Command, EightProcessesWriteWholeLinesToOneFile) {
+  constexpr int PROCESSES = 8;
+  constexpr int LINES = 20'000;
+  const Workplace workplace;
+  writeDocument("%c|%m%n");
+  // Lines of different lengths that each tell what they must be.
+  const auto text = [](int line) {
+    return std::to_string(line) + std::string(static_cast<std::size_t>(line % 97), '.') + "end";
+  };
+  std::string input;
+  for (int line = 0; line < LINES; ++line) {
+    input += text(line) + "\n";
+  }
+  Workplace::write("lines.txt", input);
+
+  std::vector<std::unique_ptr<ChildProcess>> processes;
+  for (int process = 0; process < PROCESSES; ++process) {
+    processes.push_back(std::make_unique<ChildProcess>(
+        LOG4ZEB_COMMAND, logCommand({"--logger", std::to_string(process), "lines.txt"})));
+  }
+  for (const auto& process : processes) {
+    EXPECT_EQ(process->wait().exitCode, 0);
+    EXPECT_EQ(process->errors(), "log4zeb: 20000 lines read, 20000 logged\n");
+  }
+
+  std::vector<int> next(PROCESSES, 0);
+  const Words lines = Workplace::lines(LOG_FILE);
+  EXPECT_EQ(lines.size(), static_cast<std::size_t>(PROCESSES * LINES));
+  for (const std::string& line : lines) {
+    const int process = line.empty() ? -1 : line[0] - '0';
+    ASSERT_TRUE(process >= 0 && process < PROCESSES) << line;
+    const int expected = next[static_cast<std::size_t>(process)]++;
+    ASSERT_EQ(line, std::to_string(process) + "|" + text(expected));
+  }
+  EXPECT_EQ(next, std::vector<int>(PROCESSES, LINES));
+}
+
+TEST(Command, LosesNothingThatWasLoggedBeforeItWasKilled) {
+  const Workplace workplace;
+  writeDocument("%m%n");
+  ChildProcess logger(LOG4ZEB_ACKNOWLEDGING_LOGGER, {"log.xml"});
+  logger.receive(20'000);
+  logger.signal(SIGKILL);
+  EXPECT_EQ(logger.wait().signal, SIGKILL);
+
+  // The last acknowledgement may be cut off; the line itself may be one ahead of it.
+  const std::string& acknowledged = logger.receive();
+  const auto returned = std::count(acknowledged.begin(), acknowledged.end(), '\n');
+  EXPECT_GT(returned, 1000);
+  const Words lines = Workplace::lines(LOG_FILE);
+  ASSERT_GE(static_cast<long>(lines.size()), returned);
+  EXPECT_LE(static_cast<long>(lines.size()), returned + 1);
+  for (std::size_t number = 0; number < lines.size(); ++number) {
+    ASSERT_EQ(lines[number], "line " + std::to_string(number));
+  }
+}

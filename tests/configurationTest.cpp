@@ -1,0 +1,328 @@
+// Documents in, a working set of loggers and appenders out; and what is reported of bad ones.
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <memory>
+#include <thread>
+
+#include "appenders/LOGConsoleAppender.h"
+#include "appenders/LOGOnlyOnceErrorHandler.h"
+#include "appenders/LOGRollingFileAppender.h"
+#include "config/LOG4ZEBConfigurator.h"
+#include "config/LOGDOMConfigurator.h"
+#include "core/LOGHierarchy.h"
+#include "core/LOGLogger.h"
+#include "core/LOGManager.h"
+#include "filters/LOGDenyAllFilter.h"
+#include "filters/LOGLevelMatchFilter.h"
+#include "filters/LOGLevelRangeFilter.h"
+#include "filters/LOGStringMatchFilter.h"
+#include "layouts/LOGPatternLayout.h"
+#include "layouts/LOGTTCCLayout.h"
+#include "platform/ZEBIDOM_DOMImplementation.h"
+#include "platform/ZEBIDOM_Document.h"
+#include "platform/ZEBIDOM_Element.h"
+#include "platform/ZEBIDOM_Parser.h"
+#include "support/Workplace.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+class Configuration : public testing::Test {
+ protected:
+  static std::string param(const std::string& name, const std::string& value) {
+    return "<param name='" + name + "' value='" + value + "'/>";
+  }
+  static std::string fileAppender(const std::string& name, const std::string& file,
+                                  const std::string& children = "") {
+    return "<appender name='" + name + "' class='x.y.LOGFileAppender'>" + param("File", file) +
+           "<layout class='LOGSimpleLayout'/>" + children + "</appender>";
+  }
+  static std::string root(const std::string& children) { return "<root>" + children + "</root>"; }
+  static std::string ref(const std::string& name) { return "<appender-ref ref='" + name + "'/>"; }
+
+  template <typename Appender = LOGAppenderSkeleton>
+  static Appender* rootAppender(const char* name) {
+    return dynamic_cast<Appender*>(LOGManager::getRootLogger()->getAppender(name));
+  }
+  static void info(const char* text) { LOGManager::getRootLogger()->info(text); }
+
+  Workplace workplace;
+};
+
+}  // namespace
+
+TEST_F(Configuration, BuildsWhatTheDocumentDescribes) {
+  ASSERT_EQ(Workplace::configure(
+                "<appender name='F' class='LOGRollingFileAppender' addProcID='false'>" +
+                    param("File", "f.log") + param("Append", "FALSE") +
+                    param("MaxBackupIndex", " 7x") + param("MaximumFileSize", "10MB") +
+                    param("file", "ignored.log") + param("MaxBackupIndex", "") +
+                    "<layout class='LOGPatternLayout'>" + param("conversionpattern", "%p %c %m%n") +
+                    "</layout>"
+                    "<filter class='LOGLevelRangeFilter'>" +
+                    param("LevelMin", "INFO") + param("LevelMax", "ERROR") +
+                    "</filter><filter class='LOGStringMatchFilter'>" +
+                    param("StringToMatch", "keep") +
+                    "</filter><filter class='LOGLevelMatchFilter'>" +
+                    param("LevelToMatch", "WARN") +
+                    "</filter><filter class='LOGUnknownFilter'/>"
+                    "<errorHandler class='LOGOnlyOnceErrorHandler'><root-ref/>"
+                    "<logger-ref ref='a'/></errorHandler></appender>"
+                    "<appender name='T' class='LOGFileAppender'>" +
+                    param("File", "t.log") + "<layout class='LOGTTCCLayout'>" +
+                    param("DATEFORMAT", "NULL") +
+                    "</layout></appender>"
+                    "<appender name='never' class='LOGFileAppender'>" +
+                    param("File", "never.log") +
+                    "</appender>"
+                    "<category name='a' additivity='False'><priority value='warn'/>" +
+                    ref("T") + "</category><logger name='b' additivity='0'/>" +
+                    root("<level value='INFO'/>" + ref("F")),
+                "debug='false'"),
+            1);
+  auto* const file = rootAppender<LOGRollingFileAppender>("F");
+  ASSERT_NE(file, nullptr);
+  EXPECT_EQ(file->getMaxBackupIndex(), 7);
+  EXPECT_EQ(file->getMaximumFileSize(), 10U);
+  EXPECT_EQ(file->getAppend(), 0);
+  EXPECT_EQ(file->getAddProcID(), 0);
+  EXPECT_NE(dynamic_cast<const LOGOnlyOnceErrorHandler*>(file->getErrorHandler()), nullptr);
+  file->setMaximumFileSize(1000);
+  LOGLogger* const b = LOGManager::getLogger("b");
+  b->debug("below the root's level");
+  b->info("keep 1");
+  b->warn("w");
+  b->info("denied at the end of the chain");
+  b->fatal("keep, but beyond the range");
+  LOGManager::getLogger("a")->warn("quiet");
+  EXPECT_EQ(Workplace::lines("f.log"), (Lines{"INFO b keep 1", "WARN b w"}));
+  EXPECT_EQ(Workplace::lines("t.log").size(), 1U);
+  EXPECT_NE(Workplace::read("t.log").find("] WARN a - quiet"), std::string::npos);
+  EXPECT_FALSE(fs::exists("never.log"));
+  EXPECT_EQ(Workplace::diagnosticsEqual("log4zeb: debug attributes= \"false\""), 1);
+  EXPECT_EQ(Workplace::diagnosticsWith("Ignoring debug attribute."), 0);
+  EXPECT_EQ(Workplace::diagnosticsEqual("log4zeb: Setting [b] additivity to [true]"), 1);
+}
+
+TEST_F(Configuration, SharesOneAppenderAmongLoggers) {
+  Workplace::configure(fileAppender("F", "f.log") + "<logger name='a'>" + ref("F") + "</logger>" +
+                       "<logger name='b'>" + ref("F") + "</logger>");
+  EXPECT_EQ(LOGManager::getLogger("a")->getAppender("F"),
+            LOGManager::getLogger("b")->getAppender("F"));
+  EXPECT_EQ(Workplace::diagnosticsEqual("log4zeb: LOGDOMConfigurator::findAppenderByName : Put "
+                                        "appender F into the appender bag."),
+            1);
+  EXPECT_EQ(
+      Workplace::diagnosticsEqual("log4zeb: LOGDOMConfigurator::findAppenderByName : The appender "
+                                  "F already exists in appender bag, return it."),
+      1);
+}
+
+TEST_F(Configuration, RebuildsStaleAppendersEverywhereWhenAppliedAgain) {
+  const std::string document = fileAppender("F", "f.log") + fileAppender("G", "g.log") +
+                               "<logger name='early'>" + ref("F") + "</logger>" +
+                               "<logger name='a' additivity='false'>" + ref("F") + "</logger>" +
+                               root(ref("F") + ref("G"));
+  Workplace::configure(document);
+  LOGAppenderSkeleton* const before = rootAppender("F");
+  LOGLogger* const unnamed = LOGManager::getLogger("not.in.the.document");
+  unnamed->setAdditivity(0);
+  unnamed->addAppender(before);
+  info("1");
+  Workplace::configure(document);
+  LOGAppenderSkeleton* const after = rootAppender("F");
+  EXPECT_NE(after, before);
+  EXPECT_EQ(before->isStale(), 1);
+  for (const char* const name : {"early", "a", "not.in.the.document"}) {
+    EXPECT_EQ(LOGManager::getLogger(name)->getAppender("F"), after) << name;
+  }
+  info("2");
+  unnamed->info("3");
+  EXPECT_EQ(Workplace::lines("f.log"), (Lines{"1", "2", "3"}));
+  Workplace::configure(root(""));
+  EXPECT_TRUE(LOGManager::getRootLogger()->getAllAppenders().atEnd());
+}
+
+TEST_F(Configuration, SetsAndUnsetsLevelsAndTheThreshold) {
+  LOGLogger* const a = LOGManager::getLogger("a");
+  a->setLevel(LOGLevel::toLevel(LOGLevel::FATAL_RANK));
+  Workplace::configure(
+      "<logger name='a'><level value='inherited'/><level value='null'/></logger>"
+      "<logger name='b'><level value='NOSUCH' class='x.Own'/></logger>"
+      "<root><level value='inherited'/></root>",
+      "threshold='WARN'");
+  EXPECT_EQ(a->getLevel(), nullptr);
+  EXPECT_EQ(LOGManager::getLogger("b")->getLevel()->toInt(), LOGLevel::DEBUG_RANK);
+  EXPECT_EQ(LOGManager::getLoggerRepository()->isDisabled(LOGLevel::INFO_RANK), 1);
+  for (const char* const line :
+       {"log4zeb: Threshold =\"WARN\"", "log4zeb: Level value for a is  [inherited]",
+        "log4zeb:ERROR Could not create level [inherited] Reported error follows.",
+        "log4zeb:ERROR Could not create level [null] Reported error follows.",
+        "log4zeb: Desired LOGLevel sub-class: [Own]", "log4zeb: b level set to DEBUG",
+        "log4zeb:ERROR Root level cannot be inherited. Ignoring directive.",
+        "log4zeb: root level set to DEBUG", "log4zeb: Ignoring debug attribute."}) {
+    EXPECT_EQ(Workplace::diagnosticsEqual(line), 1) << line;
+  }
+}
+
+TEST_F(Configuration, PutsTheProcessIdIntoFileNames) {
+  const std::string pid = std::to_string(getpid());
+  const auto named = [&](const std::string& file) {
+    Workplace::write("p.xml",
+                     "<log4j:configuration><appender name='P' class='LOGRollingFileAppender' "
+                     "addProcID='yes'>" +
+                         param("File", file) + "</appender>" + root(ref("P")) +
+                         "</log4j:configuration>");
+    LOGDOMConfigurator::configureWithProcID("p.xml");
+    return rootAppender<LOGFileAppender>("P")->getFile().toStdString();
+  };
+  EXPECT_EQ(named("logs/app.log"), "logs/app_" + pid + ".log");
+  EXPECT_EQ(named("app"), "app_" + pid);
+  EXPECT_EQ(named(".log"), pid + ".log");
+  EXPECT_EQ(named("../logs/server"), "._" + pid + "./logs/server");
+  LOG4ZEBConfigurator::initialize("p.xml");
+  EXPECT_EQ(rootAppender<LOGFileAppender>("P")->getFile(), I18NString("../logs/server"));
+}
+
+TEST_F(Configuration, ReportsBadElementsAndGoesOnWithTheNext) {
+  EXPECT_EQ(Workplace::configure(
+                "<categoryFactory/>"
+                "<logger name='f' class='Own'>" +
+                ref("F") +
+                "</logger>"
+                "<appender name='U' class='LOGFileAppender.'/>"
+                "<appender name='C' class='LOGConsoleAppender'><layout class='LOGNoLayout'/>"
+                "<layout class='LOGPatternLayout'>" +
+                param("ConversionPattern", "%X") +
+                "</layout><errorHandler class='Own'/>" + ref("C") + "</appender>" +
+                fileAppender("F", "f.log", "<filter class='LOGLevelMatchFilter'/>") +
+                root(ref("missing") + ref("U") + ref("C") + ref("F"))),
+            1);
+  info("1");
+  EXPECT_EQ(Workplace::lines("f.log"), (Lines{"1"}));
+  EXPECT_NE(rootAppender<LOGConsoleAppender>("C"), nullptr);
+  EXPECT_EQ(rootAppender("C")->getLayout(), nullptr);
+  for (const char* const line :
+       {"log4zeb:ERROR Category Factory tag class attribute not found.",
+        "log4zeb: No Category Factory configured.",
+        "log4zeb:ERROR Logger Factory missing from config document; please add and restart",
+        "log4zeb:ERROR LOGDOMConfigurator::findAppenderByName : No appender named [missing] could "
+        "be found.",
+        "log4zeb: LOGDOMConfigurator::parseChildrenOfLoggerElement : Appender named [missing] not "
+        "found.",
+        "log4zeb: Class name: [LOGFileAppender.]",
+        "log4zeb:WARN Could not find the appropriate class for Appenders",
+        "log4zeb:WARN Creating generic error handler",
+        "log4zeb: Requesting attachment of appender named [C] to appender named [C] which does not "
+        "implement LOGAppenderAttachable."}) {
+    EXPECT_EQ(Workplace::diagnosticsEqual(line), 1) << line;
+  }
+  EXPECT_EQ(Workplace::diagnosticsEqual(
+                "log4zeb:ERROR Could not create the LOGLayout. Reported error follows."),
+            2);
+}
+
+TEST_F(Configuration, ChangesNothingWhenTheDocumentCannotBeUsed) {
+  Workplace::configure(fileAppender("F", "f.log") + root(ref("F")));
+  Workplace::write("truncated.xml", "<log4j:configuration>\n<root><level value='OFF'/>\n");
+  Workplace::write("wrong.xml", "<log4j:Configuration/>");
+  for (const char* const bad : {"truncated.xml", "wrong.xml", "absent.xml", "."}) {
+    EXPECT_EQ(LOG4ZEBConfigurator::initialize(bad), 0) << bad;
+  }
+  EXPECT_EQ(Workplace::diagnosticsEqual("log4zeb:ERROR Could not parse the document"), 3);
+  EXPECT_EQ(Workplace::diagnosticsWith("log4zeb:ERROR truncated.xml:3:"), 1);
+  EXPECT_EQ(Workplace::diagnosticsWith("log4zeb:ERROR absent.xml: "), 1);
+  EXPECT_EQ(Workplace::diagnosticsEqual(
+                "log4zeb:ERROR DOM element is - not a <log4j:configuration> element."),
+            1);
+  info("still there");
+  EXPECT_EQ(Workplace::lines("f.log"), (Lines{"still there"}));
+}
+
+TEST_F(Configuration, AcceptsDeprecatedNamesWithWarningsAndParsedDocuments) {
+  Workplace::write("old.xml",
+                   "<configuration configDebug='true'>" + fileAppender("F", "f.log") +
+                       root(ref("F")) + "</configuration>");
+  ZEBIDOM_Document document = ZEBIDOM_DOMImplementation::getInstance().createDocument();
+  ASSERT_NE(ZEBIDOM_Parser(0).parse("old.xml", document), 0);
+  EXPECT_EQ(LOGDOMConfigurator::configure(document.getDocumentElement()), 1);
+  info("x");
+  EXPECT_EQ(Workplace::lines("f.log").size(), 1U);
+  const Lines expected = {
+      "log4zeb:WARN The <configuration> element has been deprecated.",
+      "log4zeb:WARN Use the <log4j:configuration> element instead.",
+      "log4zeb:WARN The \"configDebug\" attribute is deprecated.",
+      "log4zeb:WARN Use the \"debug\" attribute instead."};
+  for (const std::string& line : expected) {
+    EXPECT_EQ(Workplace::diagnosticsEqual(line), 1) << line;
+  }
+}
+
+TEST_F(Configuration, ReportsUnwritableDestinationsAndTheProgramGoesOn) {
+  fs::create_directory("readonly");
+  fs::permissions("readonly", fs::perms::owner_read | fs::perms::owner_exec);
+  Workplace::configure(fileAppender("N", "none/f.log") + fileAppender("D", "/dev/full") +
+                       "<appender name='R' class='LOGRollingFileAppender'>" +
+                       param("File", geteuid() == 0 ? "/proc/r.log" : "readonly/r.log") +
+                       "</appender>" + root(ref("N") + ref("D") + ref("R")));
+  info("1");
+  EXPECT_EQ(Workplace::diagnosticsEqual(
+                "log4zeb: LOGFileAppender::setFile -- none directory does not exist"),
+            1);
+  EXPECT_EQ(Workplace::diagnosticsEqual(
+                "log4zeb:ERROR LOGQuietWriter::write -- ZEBThrowable exception occurred"),
+            1);
+  EXPECT_EQ(Workplace::diagnosticsEqual("log4zeb:ERROR LOGRollingFileAppender::setFile -- LOGGING "
+                                        "DISABLED -- UNABLE TO OPEN LOG FILE."),
+            1);
+}
+
+TEST_F(Configuration, ShutsDownAndCanBeInitialisedAgain) {
+  const std::string document = fileAppender("F", "f.log") + root(ref("F"));
+  for (const char* const text : {"1", "2"}) {
+    Workplace::configure(document);
+    info(text);
+    LOG4ZEBConfigurator::shutdown();
+    EXPECT_TRUE(LOGManager::getRootLogger()->getAllAppenders().atEnd());
+    info("reaches nothing");
+  }
+  LOG4ZEBConfigurator::shutdown();
+  EXPECT_EQ(Workplace::lines("f.log"), (Lines{"1", "2"}));
+}
+
+TEST_F(Configuration, IsAppliedAgainWhileThreadsLog) {
+  const std::string document =
+      fileAppender("F", "f.log") + "<appender name='R' class='LOGRollingFileAppender'>" +
+      param("File", "r.log") + param("MaximumFileSize", "4000") + "<layout class='LOGTTCCLayout'/>" +
+      "</appender><logger name='a'><level value='DEBUG'/>" + ref("R") + "</logger>" +
+      root("<level value='INFO'/>" + ref("F") + ref("R"));
+  Workplace::configure(document);
+  std::atomic<bool> stop{false};
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 3; ++t) {
+    threads.emplace_back([&] {
+      LOGLogger* const logger = LOGManager::getLogger("a.b");
+      while (!stop) {
+        logger->info("while the document is applied");
+      }
+    });
+  }
+  for (int i = 0; i < 10; ++i) {
+    EXPECT_EQ(LOG4ZEBConfigurator::initialize(Workplace::DOCUMENT), 1);
+  }
+  LOG4ZEBConfigurator::shutdown();
+  EXPECT_EQ(LOG4ZEBConfigurator::initialize(Workplace::DOCUMENT), 1);
+  stop = true;
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+  const std::size_t before = Workplace::lines("f.log").size();
+  LOGManager::getLogger("a.b")->info("last");
+  EXPECT_EQ(Workplace::lines("f.log").size(), before + 1);
+}

@@ -1,0 +1,300 @@
+// File appenders and rolling file appenders on real files.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <thread>
+
+#include "appenders/LOGRollingFileAppender.h"
+#include "core/LOGLevel.h"
+#include "core/LOGLogger.h"
+#include "core/LOGLoggingEvent.h"
+#include "core/LOGManager.h"
+#include "layouts/LOGLayout.h"
+#include "platform/IZEBConfiguration.h"
+#include "platform/ZEBConfigurationFactory.h"
+#include "support/Workplace.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+constexpr const char* CLOSED = "Attempted to append to closed appender named [";
+
+class FileAppenderTest : public testing::Test {
+ protected:
+  /// One event by the way that a logger's list takes.
+  static void append(LOGAppenderSkeleton& appender, LOGObject& message) {
+    LOGLoggingEvent event("fqn", LOGManager::getLogger("file"),
+                          LOGLevel::toLevel(LOGLevel::INFO_RANK), &message);
+    appender.activateOptions();
+    appender.doAppend(&event);
+  }
+  static void append(LOGAppenderSkeleton& appender, const std::string& text) {
+    LOGObject message{I18NString(text)};
+    append(appender, message);
+  }
+
+  Workplace workplace;
+  LOGLayout layout;
+};
+
+class RollingFileAppenderTest : public FileAppenderTest {
+ protected:
+  RollingFileAppenderTest() {
+    appender.setLayout(&layout);
+    appender.setFile("r.log");
+    appender.setMaximumFileSize(5);  // one line of three characters fills the file
+  }
+  LOGRollingFileAppender appender;
+};
+
+/// A message that does something while it is rendered.
+class ActingMessage : public LOGObject {
+ public:
+  explicit ActingMessage(std::function<void()> act) : LOGObject("acted"), m_act(std::move(act)) {}
+  const I18NString& toString() const override {
+    m_act();
+    return LOGObject::toString();
+  }
+  LOGObject* clone() const override { return new ActingMessage(*this); }
+
+ private:
+  std::function<void()> m_act;
+};
+
+}  // namespace
+
+TEST_F(FileAppenderTest, OpensWithTheFirstEventAndNotAgain) {
+  Workplace::write("a.log", "old\r\n");
+  LOGFileAppender appender;
+  appender.setLayout(&layout);
+  appender.setFile("a.log");
+  appender.setAppend(0);
+  EXPECT_EQ(Workplace::read("a.log"), "old\r\n");
+  append(appender, "1");
+  append(appender, "2");
+  EXPECT_EQ(Workplace::lines("a.log"), (Lines{"1", "2"}));
+  appender.setFile("b.log", 1, 0, 1);
+  append(appender, "3");
+  EXPECT_FALSE(fs::exists("b.log")) << "an open appender does not change its file";
+  EXPECT_EQ(Workplace::lines("a.log").size(), 3U);
+}
+
+TEST_F(FileAppenderTest, StaysClosedAfterCloseUntilToldToOpen) {
+  LOGFileAppender appender(&layout, "a.log");
+  append(appender, "1");
+  appender.close();
+  appender.close();
+  EXPECT_TRUE(appender.getFile().isEmpty());
+  appender.setFile("a.log");
+  append(appender, "refused");
+  EXPECT_EQ(Workplace::diagnosticsWith(CLOSED), 1);
+  appender.setFile("a.log", 1, 0, 1);
+  append(appender, "2");
+  EXPECT_EQ(Workplace::lines("a.log"), (Lines{"1", "2"}));
+
+  LOGFileAppender neverOpened;
+  neverOpened.setLayout(&layout);
+  neverOpened.setFile("n.log");
+  neverOpened.close();
+  append(neverOpened, "refused");
+  EXPECT_FALSE(fs::exists("n.log"));
+}
+
+TEST_F(FileAppenderTest, TriesAMissingDirectoryAgainWithEveryEvent) {
+  LOGFileAppender appender(&layout, "later/a.log", 1, 1, 4096);
+  EXPECT_EQ(appender.getBufferSize(), 4096);
+  append(appender, "lost");
+  fs::create_directory("later");
+  append(appender, "1");
+  appender.close();
+  EXPECT_EQ(Workplace::lines("later/a.log"), (Lines{"1"}));
+  EXPECT_EQ(Workplace::diagnosticsEqual(
+                "log4zeb: LOGFileAppender::setFile -- later directory does not exist"),
+            2);
+  EXPECT_EQ(Workplace::diagnosticsWith(CLOSED), 1);
+}
+
+TEST_F(FileAppenderTest, ReportsAFullDiskOnceAnEventAndGoesOn) {
+  LOGFileAppender appender(&layout, "/dev/full");
+  append(appender, "1");
+  append(appender, "2");
+  EXPECT_EQ(Workplace::diagnosticsEqual(
+                "log4zeb:ERROR LOGQuietWriter::write -- ZEBThrowable exception occurred"),
+            2);
+  LOGRollingFileAppender rolling(&layout, "/proc/none.log");
+  EXPECT_EQ(Workplace::diagnosticsEqual("log4zeb:ERROR LOGRollingFileAppender::setFile -- LOGGING "
+                                        "DISABLED -- UNABLE TO OPEN LOG FILE."),
+            1);
+}
+
+TEST_F(FileAppenderTest, HoldsBufferedRecordsBackAndCutsThemOnlyBetweenRecords) {
+  LOGFileAppender appender(&layout, "b.log", 1, 1, 32);
+  append(appender, "0123456789");
+  append(appender, "0123456789");
+  EXPECT_EQ(Workplace::read("b.log"), "");
+  append(appender, "abcdefghij");
+  EXPECT_EQ(Workplace::lines("b.log").size(), 2U);
+  append(appender, std::string(100, 'x'));
+  EXPECT_EQ(Workplace::lines("b.log").size(), 4U) << "what does not fit goes out at once, in order";
+  append(appender, "last");
+  appender.close();
+  EXPECT_EQ(Workplace::lines("b.log").back(), "last");
+}
+
+TEST_F(FileAppenderTest, KeepsItsFileWhenTheProgramChangesDirectoryOrResolvesNames) {
+  struct Elsewhere : IZEBConfiguration {
+    I18NString resolvePath(const I18NString& name) const override { return "sub/" + name; }
+  } elsewhere;
+  fs::create_directory("sub");
+  ZEBConfigurationFactory::setInstance(&elsewhere);
+  LOGRollingFileAppender appender(&layout, "r.log");
+  ZEBConfigurationFactory::setInstance(nullptr);
+  EXPECT_EQ(appender.getFile(), I18NString("sub/r.log"));
+  fs::create_directory("other");
+  const fs::path before = fs::current_path();
+  fs::current_path("other");
+  appender.setMaximumFileSize(1);
+  append(appender, "1");
+  append(appender, "2");
+  fs::current_path(before);
+  EXPECT_EQ(Workplace::lines("sub/r.log.1"), (Lines{"2"}));
+  EXPECT_TRUE(fs::is_empty("other"));
+}
+
+TEST_F(FileAppenderTest, SurvivesMessagesThatLogOrCloseWhileTheyAreRendered) {
+  LOGRollingFileAppender appender(&layout, "m.log");
+  appender.setMaximumFileSize(1);
+  bool nested = false;
+  ActingMessage logging([&] {
+    if (!nested) {
+      nested = true;
+      append(appender, "nested");
+    }
+  });
+  append(appender, logging);
+  EXPECT_EQ(Workplace::lines("m.log.1"), (Lines{"acted"}));
+  ActingMessage closing([&] { appender.close(); });
+  append(appender, closing);
+  EXPECT_EQ(Workplace::read("m.log"), "") << "nothing is written to a closed file";
+}
+
+TEST_F(RollingFileAppenderTest, KeepsThreeBackupsAfterFourRollovers) {
+  appender.setMaxBackupIndex(3);
+  for (const char* const text : {"aaa", "bbb", "ccc", "ddd", "e"}) {
+    append(appender, text);
+  }
+  EXPECT_EQ(Workplace::lines("r.log"), (Lines{"e"}));
+  EXPECT_EQ(Workplace::lines("r.log.1"), (Lines{"ddd"}));
+  EXPECT_EQ(Workplace::lines("r.log.2"), (Lines{"ccc"}));
+  EXPECT_EQ(Workplace::lines("r.log.3"), (Lines{"bbb"}));
+  EXPECT_FALSE(fs::exists("r.log.4"));
+  EXPECT_EQ(Workplace::diagnosticsEqual("log4zeb: LOGRollingFileAppender::rollOver count 5"), 4);
+  EXPECT_EQ(
+      Workplace::diagnosticsEqual("log4zeb: LOGRollingFileAppender::rollOver maxBackupIndex 3"), 4);
+  EXPECT_EQ(appender.getAppend(), 0);
+}
+
+TEST_F(RollingFileAppenderTest, TruncatesWithoutBackups) {
+  appender.setMaxBackupIndex(0);
+  append(appender, "aaa");
+  EXPECT_EQ(Workplace::read("r.log"), "");
+  EXPECT_FALSE(fs::exists("r.log.1"));
+}
+
+TEST_F(RollingFileAppenderTest, CountsWhatAnAppendedFileHeldBefore) {
+  Workplace::write("r.log", "ab\r\n");
+  append(appender, "");
+  EXPECT_EQ(Workplace::lines("r.log.1"), (Lines{"ab", ""}));
+  Workplace::write("t.log", std::string(100, 'x'));
+  LOGRollingFileAppender truncating(&layout, "t.log", 0);
+  truncating.setMaximumFileSize(50);
+  append(truncating, "1");
+  EXPECT_EQ(Workplace::lines("t.log"), (Lines{"1"}));
+  truncating.setMaxFileSize("1");
+  EXPECT_EQ(truncating.getMaximumFileSize(), 50U);
+}
+
+TEST_F(RollingFileAppenderTest, ReportsABackupThatCannotBeRenamedAndGoesOn) {
+  appender.setMaxBackupIndex(2);
+  append(appender, "aaa");
+  fs::create_directories("r.log.2/full");
+  append(appender, "bbb");
+  EXPECT_EQ(Workplace::diagnosticsEqual("log4zeb:ERROR LOGRollingFileAppender::rollOver ---- Could "
+                                        "not rename [r.log.1] to [r.log.2]"),
+            1);
+  EXPECT_EQ(Workplace::lines("r.log.1"), (Lines{"bbb"}));
+  append(appender, "c");
+  EXPECT_EQ(Workplace::lines("r.log"), (Lines{"c"}));
+}
+
+TEST_F(RollingFileAppenderTest, FindsTheBackupsOfAHugeIndexByReadingTheDirectory) {
+  appender.setMaxBackupIndex(2000000000);
+  Workplace::write("r.log.07", "not a backup");
+  Workplace::write("r.log.41", "41");
+  for (const char* const text : {"aaa", "bbb", "ccc"}) {
+    append(appender, text);
+  }
+  EXPECT_EQ(Workplace::read("r.log.44"), "41");
+  EXPECT_EQ(Workplace::lines("r.log.3"), (Lines{"aaa"}));
+  EXPECT_TRUE(fs::exists("r.log.07"));
+}
+
+TEST_F(RollingFileAppenderTest, GoesOnWithTheConfiguredModeAfterAFailedReopening) {
+  fs::create_directory("d");
+  LOGRollingFileAppender moving(&layout, "d/r.log");
+  moving.setMaximumFileSize(5);
+  fs::rename("d", "away");
+  append(moving, "aaa");  // rolls over without its directory
+  append(moving, "lost");
+  fs::create_directory("d");
+  Workplace::write("d/r.log", "x\r\n");
+  append(moving, "b");
+  EXPECT_EQ(Workplace::lines("d/r.log.1"), (Lines{"x", "b"})) << "appended, as configured";
+}
+
+TEST(SharedRollingAppender, LosesNothingFromItsFirstEventOnUnderTwoLoggers) {
+  Workplace workplace;
+  LOGLayout layout;
+  LOGRollingFileAppender appender;
+  appender.setLayout(&layout);
+  appender.setFile("shared.log");
+  appender.setAppend(0);
+  appender.setMaximumFileSize(20000);
+  appender.setMaxBackupIndex(1000);
+  LOGLogger* const loggers[] = {LOGManager::getLogger("one"), LOGManager::getLogger("two")};
+  for (LOGLogger* const logger : loggers) {
+    logger->addAppender(&appender);
+    logger->setAdditivity(0);
+  }
+  constexpr int THREADS = 4;
+  constexpr int EVENTS = 2500;
+  std::vector<std::thread> threads;
+  for (int t = 0; t < THREADS; ++t) {
+    threads.emplace_back([&, t] {
+      for (int i = 0; i < EVENTS; ++i) {
+        loggers[t % 2]->info(std::to_string(t) + ":" + std::to_string(i));
+      }
+    });
+  }
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+  Lines all;
+  for (const auto& entry : fs::directory_iterator(".")) {
+    if (entry.path().string().find("shared.log") != std::string::npos) {
+      const Lines lines = Workplace::lines(entry.path().string());
+      all.insert(all.end(), lines.begin(), lines.end());
+    }
+  }
+  EXPECT_EQ(all.size(), static_cast<std::size_t>(THREADS * EVENTS));
+  std::sort(all.begin(), all.end());
+  EXPECT_EQ(std::unique(all.begin(), all.end()), all.end());
+  EXPECT_TRUE(fs::exists("shared.log.2"));
+  for (LOGLogger* const logger : loggers) {
+    logger->removeAllAppenders();
+  }
+}

@@ -1,0 +1,243 @@
+// The plain layout, the TTCC layout and the date layout under it.
+
+#include <gtest/gtest.h>
+
+#include <ctime>
+#include <memory>
+#include <new>
+#include <regex>
+#include <stdexcept>
+
+#include "core/LOGNDC.h"
+#include "layouts/LOGPatternLayout.h"
+#include "layouts/LOGTTCCLayout.h"
+#include "layouts/LOGTimeZone.h"
+#include "platform/I18NRuntimeError.h"
+#include "platform/ZEBAssertError.h"
+#include "support/TestEvent.h"
+#include "support/Workplace.h"
+
+namespace {
+
+std::string text(LOGLayout& layout, LOGLoggingEvent& event) {
+  return layout.format(&event).toStdString();
+}
+
+/// What a TTCC line of the event holds between its date and its message.
+std::string middle(LOGLoggingEvent& event) {
+  return "[" + event.getThreadName().toStdString() + "] INFO app.db - ";
+}
+
+template <typename Failure>
+void expectRefusal(const std::function<void()>& operation, const char* description,
+                   const char* source, int line) {
+  try {
+    operation();
+    ADD_FAILURE() << "nothing was thrown, expected " << description;
+  } catch (const Failure& failure) {
+    EXPECT_STREQ(failure.what(), description);
+    EXPECT_EQ(failure.getSource(), source);
+    if (line != 0) {
+      EXPECT_EQ(failure.getLine(), line);
+    }
+  }
+}
+
+}  // namespace
+
+TEST(PlainLayout, WritesTheMessageAndALineEnd) {
+  LOGLayout layout;
+  TestEvent event("app", "INFO", "hi");
+  TestEvent silent("app", "INFO", static_cast<LOGObject*>(nullptr));
+  EXPECT_EQ(text(layout, event), "hi\r\n");
+  EXPECT_EQ(text(layout, silent), "\r\n");
+  EXPECT_EQ(text(layout, event), "hi\r\n");
+  EXPECT_EQ(layout.format(nullptr), "");
+}
+
+TEST(PlainLayout, ReturnsEveryTextInOneBuffer) {
+  LOGLayout layout;
+  TestEvent event("app", "INFO", "hi");
+  const I18NString& buffer = layout.format(&event);
+  EXPECT_EQ(&layout.getContentType(), &buffer);
+  EXPECT_EQ(buffer, "text/plain");
+  EXPECT_EQ(&layout.getHeader(), &buffer);
+  EXPECT_EQ(buffer, "");
+  layout.format(&event);
+  EXPECT_EQ(&layout.getFooter(), &buffer);
+  EXPECT_EQ(buffer, "");
+  EXPECT_EQ(&layout.format(&event), &buffer);
+  EXPECT_EQ(LOGLayout(layout).instanceOf(), "LOGLayout");
+}
+
+TEST(PlainLayout, ReportsWhatRenderingThrowsAndPassesItOn) {
+  Workplace workplace;
+  LOGLayout layout;
+  ActingMessage badText("", [] { throw I18NRuntimeError("text", "test", 1); });
+  ActingMessage badState("", [] { throw ZEBAssertError("state", "test", 2); });
+  ActingMessage foreign("", [] { throw 3; });
+  TestEvent first("app", "INFO", &badText);
+  TestEvent second("app", "INFO", &badState);
+  TestEvent third("app", "INFO", &foreign);
+  EXPECT_THROW(layout.format(&first), I18NRuntimeError);
+  EXPECT_THROW(layout.format(&second), ZEBAssertError);
+  EXPECT_THROW(layout.format(&third), int);
+  const std::string begin = "log4zeb:ERROR LOGLayout::format -- some ";
+  EXPECT_EQ(Workplace::diagnosticsEqual(begin + "i18nstring exception occurred"), 1);
+  EXPECT_EQ(Workplace::diagnosticsEqual(begin + "ZEBThrowable exception occurred"), 1);
+  EXPECT_EQ(Workplace::diagnosticsEqual(begin + "generic error occurred"), 1);
+  TestEvent good("app", "INFO", "hi");
+  EXPECT_EQ(text(layout, good), "hi\r\n");
+}
+
+TEST(Layout, RefusesToBeCloned) {
+  expectRefusal<ZEBAssertError>(
+      [] { LOGPatternLayout().clone(); },
+      "ZEB_ASSERT_NAMED(FALSE, \"Unable to clone LOGLayout + derived objects.\");", "LOGLayout",
+      116);
+  expectRefusal<ZEBAssertError>(
+      [] { LOGTTCCLayout().clone(); },
+      "ZEB_ASSERT_NAMED(FALSE, \"Unable to clone LOGDateLayout object.\");", "LOGDateLayout", 0);
+}
+
+TEST(Layout, KeepsTheTextsOfAMessageThatLogsThroughTheSameLayoutApart) {
+  LOGLayout plain;
+  LOGPatternLayout pattern("<%c %m>");
+  LOGTTCCLayout ttcc("NULL");
+  ttcc.setThreadPrinting(0);
+  const std::pair<LOGLayout*, std::pair<const char*, const char*>> LAYOUTS[] = {
+      {&plain, {"outer\r\n", "the inner text, which is longer\r\n"}},
+      {&pattern, {"<app outer>", "<db the inner text, which is longer>"}},
+      {&ttcc, {"INFO app - outer\r\n", "WARN db - the inner text, which is longer\r\n"}}};
+  for (const auto& [layout, expected] : LAYOUTS) {
+    std::string innerText;
+    ActingMessage message("outer", [&innerText, used = layout] {
+      TestEvent inner("db", "WARN", "the inner text, which is longer");
+      innerText = text(*used, inner);
+    });
+    TestEvent outer("app", "INFO", &message);
+    EXPECT_EQ(text(*layout, outer), expected.first);
+    EXPECT_EQ(innerText, expected.second);
+  }
+}
+
+TEST(TTCCLayout, WritesTheRelativeTimeByDefault) {
+  TestEvent early("app.db", "INFO", "connected");
+  LOGTTCCLayout layout;
+  TestEvent event("app.db", "INFO", "connected");
+  EXPECT_EQ(layout.getDateFormat(), "RELATIVE");
+  const std::string line = text(layout, event);
+  const std::size_t end = line.find(' ');
+  EXPECT_TRUE(std::regex_match(line.substr(0, end), std::regex("00,(-?[0-9]{1,3})|-[0-9]+,00")))
+      << line;
+  EXPECT_EQ(line.substr(end + 1), middle(event) + "connected\r\n");
+}
+
+TEST(TTCCLayout, WritesWhatItsFlagsSay) {
+  LOGTTCCLayout layout("NULL");
+  TestEvent event("app.db", "INFO", "connected");
+  EXPECT_EQ(text(layout, event), middle(event) + "connected\r\n");
+  layout.setLoggerPrefixing(0);
+  EXPECT_EQ(layout.getLoggerPrefixing(), 0);
+  EXPECT_EQ(text(layout, event), middle(event) + "connected\r\n");
+  layout.setThreadPrinting(0);
+  EXPECT_EQ(text(layout, event), "INFO app.db - connected\r\n");
+  layout.setContextPrinting(1);
+  EXPECT_EQ(text(layout, event), "INFO app.db  - connected\r\n");
+  LOGNDC::push("request 7");
+  TestEvent inContext("app.db", "INFO", "connected");
+  EXPECT_EQ(text(layout, inContext), "INFO app.db - connected\r\n");
+  LOGNDC::remove();
+}
+
+TEST(TTCCLayout, RefusesAnEventOrALevelThatIsMissing) {
+  LOGTTCCLayout layout;
+  expectRefusal<ZEBAssertError>([&] { layout.format(nullptr); }, "ZEB_ASSERT(event);",
+                                "LOGTTCCLayout", 77);
+  TestEvent event("app", "INFO", "text");
+  event.setLevel(nullptr);
+  expectRefusal<ZEBAssertError>([&] { layout.format(&event); }, "ZEB_ASSERT(logLevel);",
+                                "LOGTTCCLayout", 90);
+}
+
+TEST(TTCCLayout, ReturnsALineAsFarAsItWasBuilt) {
+  Workplace workplace;
+  LOGTTCCLayout layout("NULL");
+  ActingMessage failing("", [] { throw std::runtime_error("failing"); });
+  TestEvent event("app.db", "INFO", &failing);
+  EXPECT_EQ(text(layout, event), middle(event));
+  EXPECT_EQ(Workplace::diagnosticsEqual(
+                "log4zeb: LOGTTCCLayout:format --- an unknown error has occurred."),
+            1);
+  TestEvent silent("app.db", "INFO", static_cast<LOGObject*>(nullptr));
+  EXPECT_EQ(text(layout, silent), middle(silent) + "\r\n");
+  EXPECT_EQ(Workplace::diagnosticsWith("LOGTTCCLayout:format --- getRenderedMessage returned NULL"),
+            1);
+}
+
+TEST(DateLayout, WritesTheTimeOfTheEventInTheNamedFormat) {
+  LOGDateLayout layout;
+  TestEvent event("app", "INFO", "text");
+  I18NString date = "untouched";
+  layout.dateFormat(date, &event);
+  EXPECT_EQ(date, "untouched");
+
+  layout.setDateFormat("iSo8601");
+  layout.dateFormat(date, &event);
+  std::tm fields{};
+  int millis = -1;
+  char end = 0;
+  ASSERT_EQ(std::sscanf(date.toStdString().c_str(), "%d-%d-%d %d:%d:%d,%3d%c", &fields.tm_year,
+                        &fields.tm_mon, &fields.tm_mday, &fields.tm_hour, &fields.tm_min,
+                        &fields.tm_sec, &millis, &end),
+            8)
+      << date;
+  fields.tm_year -= 1900;
+  fields.tm_mon -= 1;
+  fields.tm_isdst = -1;
+  EXPECT_EQ(std::mktime(&fields), event.getTimeStamp());
+  EXPECT_EQ(end, ' ');
+  EXPECT_THROW(layout.dateFormat(date, nullptr), ZEBAssertError);
+}
+
+TEST(DateLayout, KnowsItsFormatsByName) {
+  const std::pair<const char*, const char*> FORMATS[] = {
+      {"absolute", "[0-9]{2}:[0-9]{2}:[0-9]{2},[0-9]{3} "},
+      {"Date", "[0-9]{2} .+ [0-9]{4} [0-9]{2}:[0-9]{2}:[0-9]{2},[0-9]{3} "},
+      {"relative", "(00,-?[0-9]{1,3}|-?[0-9]+,00) "},
+      {"HH:mm:ss,SSS", "[0-9]{2}:[0-9]{2}:[0-9]{2} "},
+      {"null", " "},
+      {"no such format", " "},
+      {"NULL", "untouched"}};
+  TestEvent event("app", "INFO", "text");
+  for (const auto& [name, expected] : FORMATS) {
+    LOGDateLayout layout;
+    layout.setOption("DateFormat", name);
+    I18NString date = "untouched";
+    layout.dateFormat(date, &event);
+    EXPECT_TRUE(std::regex_match(date.toStdString(), std::regex(expected))) << name << ": " << date;
+  }
+}
+
+TEST(DateLayout, ActivatesTheOptionsThatWereSet) {
+  LOGDateLayout layout;
+  TestEvent event("app", "INFO", "text");
+  const auto date = [&] {
+    I18NString result = "none";
+    layout.dateFormat(result, &event);
+    return result.toStdString();
+  };
+  layout.activateOptions();
+  EXPECT_EQ(date(), "none") << "no name, no format";
+  layout.setOption("dateformat", "ABSOLUTE");
+  EXPECT_EQ(layout.getDateFormat(), "") << "option names are exact";
+
+  layout.setDateFormat("HH:mm:ss,SSS", new LOGTimeZone("Europe/Paris"));
+  layout.setOption("TimeZone", "Asia/Tokyo");
+  const std::string before = date();
+  layout.activateOptions();
+  layout.activateOptions();
+  EXPECT_EQ(layout.getDateFormat(), "HH:mm:ss,SSS");
+  EXPECT_EQ(layout.getTimeZone(), "Asia/Tokyo");
+  EXPECT_EQ(date(), before) << "dates stay local to the process";
+}

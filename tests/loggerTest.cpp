@@ -1,0 +1,318 @@
+// Loggers, the root logger, the hierarchy and the manager.
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <memory>
+#include <set>
+#include <thread>
+#include <vector>
+
+#include "core/LOGHierarchy.h"
+#include "core/LOGLogger.h"
+#include "core/LOGManager.h"
+#include "core/LOGRepositorySelector.h"
+#include "core/LOGRootLogger.h"
+#include "log4zeb.h"
+#include "platform/ZEBAssertError.h"
+#include "support/CapturingAppender.h"
+#include "support/Workplace.h"
+
+namespace {
+
+class OwnLogger : public LOGLogger {
+ public:
+  explicit OwnLogger(const I18NString& name) : LOGLogger(name) { instance("OwnLogger"); }
+};
+
+class OwnFactory : public LOGLoggerFactory {
+ public:
+  LOGLogger* makeNewLoggerInstance(const I18NString& name) override {
+    ++made;
+    return new OwnLogger(name);
+  }
+  int made = 0;
+};
+
+LOGLevel* level(const char* name) { return LOGLevel::toLevel(I18NString(name)); }
+
+/// A hierarchy of its own with a capturing appender on the root.
+class Hierarchy : public testing::Test {
+ protected:
+  Hierarchy() { root.addAppender(&capture); }
+
+  Workplace workplace;
+  CapturingAppender capture;
+  LOGRootLogger root{nullptr};
+  LOGHierarchy hierarchy{&root};
+};
+
+using Messages = std::vector<std::string>;
+
+}  // namespace
+
+TEST_F(Hierarchy, LinksLoggersToTheirNearestAncestorInWhateverOrderTheyCome) {
+  LOGLogger* const abc = hierarchy.getLogger("a.b.c");
+  EXPECT_EQ(abc->getParent(), &root);
+  EXPECT_EQ(hierarchy.exists("a.b"), nullptr);
+  LOGLogger* const a = hierarchy.getLogger("a");
+  EXPECT_EQ(abc->getParent(), a);
+  EXPECT_EQ(a->getParent(), &root);
+  LOGLogger* const ab = hierarchy.getLogger("a.b");
+  EXPECT_EQ(abc->getParent(), ab);
+  EXPECT_EQ(ab->getParent(), a);
+  EXPECT_EQ(hierarchy.getLogger("a.b.c"), abc);
+  EXPECT_EQ(hierarchy.exists("a.b"), ab);
+  EXPECT_EQ(hierarchy.getCurrentLoggers().size(), 3U);
+  const Messages expected = {
+      "log4zeb: Creating new instance of LOGLogger: a.b.c",
+      "log4zeb: Creating a new provision [a.b] for LOGLogger [a.b.c].",
+      "log4zeb: Creating a new provision [a] for LOGLogger [a.b.c].",
+      "log4zeb: Add logger [a] as parent of [a.b.c].",
+      "log4zeb: Add logger [a.b] as parent of [a.b.c]."};
+  EXPECT_EQ(Workplace::diagnostics(), expected);
+}
+
+TEST_F(Hierarchy, TakesEveryWaitingDescendantEvenFromANearerAncestor) {
+  LOGLogger* const abcd = hierarchy.getLogger("a.b.c.d");
+  LOGLogger* const abc = hierarchy.getLogger("a.b.c");
+  EXPECT_EQ(abcd->getParent(), abc);
+  LOGLogger* const ab = hierarchy.getLogger("a.b");
+  EXPECT_EQ(abcd->getParent(), ab) << "the parent's name is not looked at";
+  EXPECT_EQ(ab->getParent(), &root);
+}
+
+TEST_F(Hierarchy, KeepsOneLoggerForTheEmptyNameAndNamesThatBeginWithADot) {
+  LOGLogger* const empty = hierarchy.getLogger("");
+  EXPECT_EQ(hierarchy.getLogger(""), empty);
+  EXPECT_EQ(hierarchy.exists(""), nullptr);
+  EXPECT_EQ(Workplace::diagnosticsEqual("log4zeb:ERROR LOGHierrachy::getLogger ---- Could not put "
+                                        "Logger in LOGHashtable"),
+            1);
+  EXPECT_EQ(hierarchy.getLogger(".x.y")->getParent(), &root);
+  EXPECT_EQ(hierarchy.getAllLoggers().size(), 3U);
+  CapturingAppender late;
+  empty->addAppender(&late);
+  hierarchy.shutdown();
+  EXPECT_EQ(late.closings, 1) << "a logger that the table refused is shut down too";
+}
+
+TEST_F(Hierarchy, StillShutsDownLoggersThatTheGrowingTableLost) {
+  for (int i = 0; i < 500; ++i) {
+    hierarchy.getLogger(I18NString("logger" + std::to_string(i)));
+  }
+  EXPECT_LT(hierarchy.getCurrentLoggers().size(), 500U);
+  ASSERT_EQ(hierarchy.getAllLoggers().size(), 501U);
+  for (LOGLogger* const logger : hierarchy.getAllLoggers()) {
+    logger->addAppender(&capture);
+  }
+  hierarchy.shutdown();
+  for (LOGLogger* const logger : hierarchy.getAllLoggers()) {
+    EXPECT_TRUE(logger->getAllAppenders().atEnd());
+  }
+}
+
+TEST_F(Hierarchy, InheritsLevelsAndAppliesTheThreshold) {
+  LOGLogger* const logger = hierarchy.getLogger("a.b");
+  logger->debug("1");
+  hierarchy.getLogger("a")->setLevel(level("WARN"));
+  logger->info("below the inherited level");
+  logger->warn("2");
+  auto own = std::make_unique<LOGLevel>(*level("INFO"));
+  logger->setLevel(own.get());
+  own.reset();
+  logger->info("3");
+  logger->setLevel(const_cast<LOGLevel*>(logger->getLevel()));
+  logger->info("4");
+  EXPECT_EQ(logger->isInfoEnabled(), 1);
+  EXPECT_EQ(logger->isDebugEnabled(), 0);
+  hierarchy.setThreshold(I18NString("NOSUCH"));
+  EXPECT_EQ(Workplace::diagnosticsEqual("log4zeb:WARN Could not convert [NOSUCH to Level."), 1);
+  hierarchy.setThreshold(I18NString("OFF"));
+  logger->fatal("dropped by the threshold");
+  hierarchy.setThreshold(I18NString("all"));
+  root.setLevel(nullptr);
+  hierarchy.getLogger("other")->fatal("no level anywhere");
+  EXPECT_EQ(capture.messages, (Messages{"1", "2", "3", "4"}));
+}
+
+TEST_F(Hierarchy, StopsAtALoggerWithoutAdditivityAndWarnsOnce) {
+  LOGLogger* const logger = hierarchy.getLogger("lonely");
+  logger->setAdditivity(0);
+  logger->info("x");
+  logger->info("y");
+  hierarchy.getLogger("lonely.child")->info("z");
+  EXPECT_TRUE(capture.messages.empty());
+  EXPECT_EQ(Workplace::diagnosticsWith("No appenders could be found"), 1);
+  EXPECT_EQ(Workplace::diagnosticsEqual(
+                "log4zeb:WARN No appenders could be found for logger (lonely)."),
+            1);
+}
+
+TEST_F(Hierarchy, StampsWhatAFactoryMakes) {
+  OwnFactory factory;
+  hierarchy.getLogger("own.child");
+  LOGLogger* const own = hierarchy.getLogger("own", &factory);
+  EXPECT_NE(dynamic_cast<OwnLogger*>(own), nullptr);
+  EXPECT_EQ(own->instanceOf(), I18NString("LOGLogger"));
+  EXPECT_EQ(hierarchy.getLogger("own", &factory), own);
+  EXPECT_EQ(factory.made, 1);
+  EXPECT_EQ(hierarchy.getLogger("own.child")->getParent(), own);
+  EXPECT_THROW(hierarchy.getLogger("none", nullptr), ZEBAssertError);
+  EXPECT_EQ(Workplace::diagnosticsEqual(
+                "log4zeb:ERROR LOGHierarchy::getLogger -- unable to lock mutex"),
+            1);
+}
+
+TEST_F(Hierarchy, ResetsEverything) {
+  LOGLogger* const logger = hierarchy.getLogger("a");
+  logger->setLevel(level("ERROR"));
+  logger->setAdditivity(0);
+  root.setLevel(level("FATAL"));
+  hierarchy.setThreshold(level("OFF"));
+  hierarchy.resetConfiguration();
+  EXPECT_EQ(logger->getLevel(), nullptr);
+  EXPECT_EQ(logger->getAdditivity(), 1);
+  EXPECT_EQ(root.getLevel()->toInt(), LOGLevel::DEBUG_RANK);
+  EXPECT_EQ(hierarchy.isDisabled(LOGLevel::DEBUG_RANK), 0);
+  EXPECT_EQ(capture.closings, 2) << "closed as nested appender, and closed when removed";
+  hierarchy.clear();
+  EXPECT_EQ(hierarchy.exists("a"), nullptr);
+}
+
+TEST(Logger, LogsWithoutARepositoryOnlyThroughItsLevelMethods) {
+  Workplace workplace;
+  CapturingAppender capture;
+  LOGRootLogger logger(level("INFO"));
+  logger.addAppender(&capture);
+  LOGObject message("m");
+  logger.info(&message);
+  logger.log(level("FATAL"), &message);
+  logger.l7dlog(nullptr, "key");
+  EXPECT_EQ(logger.isInfoEnabled(), 0);
+  EXPECT_EQ(logger.isEnabledFor(level("FATAL")), 0);
+  EXPECT_EQ(capture.messages.size(), 1U);
+}
+
+TEST_F(Hierarchy, OffersTheRarerRequests) {
+  LOGLogger* const logger = hierarchy.getLogger("a");
+  logger->log(level("INFO"), I18NString("log"));
+  logger->log(nullptr, I18NString("no level"));
+  logger->l7dlog(level("WARN"), "key");
+  logger->l7dlog(level("WARN"), "key2", nullptr);
+  logger->assertLog(1, "holds");
+  logger->assertLog(0, "broken");
+  logger->info(static_cast<LOGObject*>(nullptr));
+  logger->error(std::string("text"));
+  EXPECT_THROW(logger->l7dlog(nullptr, "key"), ZEBAssertError);
+  EXPECT_EQ(capture.messages, (Messages{"log", "key", "key2", "broken", "(null)", "text"}));
+}
+
+TEST_F(Hierarchy, MacrosEvaluateTheirExpressionOnlyWhenEnabled) {
+  int evaluated = 0;
+  const auto value = [&] { return ++evaluated; };
+  LOGLogger* const logger = hierarchy.getLogger("a");
+  logger->setLevel(level("WARN"));
+  LOG4ZEB_INFO(logger, "value " << value());
+  EXPECT_EQ(evaluated, 0);
+  LOG4ZEB_ERROR(logger, "value " << value() << ' ' << I18NString("\xC3\xA9"));
+  EXPECT_EQ(capture.messages, (Messages{"value 1 \xC3\xA9"}));
+}
+
+TEST_F(Hierarchy, RefusesToCloneALoggerButNotTheRoot) {
+  EXPECT_THROW(hierarchy.getLogger("a")->clone(), ZEBAssertError);
+  const std::unique_ptr<LOGObject> copy(root.clone());
+  EXPECT_NE(dynamic_cast<LOGRootLogger*>(copy.get()), nullptr);
+  EXPECT_TRUE(*copy == root);
+}
+
+TEST_F(Hierarchy, ReportsAndPassesOnWhatFailsUnderALoggersLock) {
+  EXPECT_THROW(root.addAppender(nullptr), ZEBAssertError);
+  EXPECT_EQ(
+      Workplace::diagnosticsEqual("log4zeb:ERROR LOGLogger::addAppender -- unable to lock mutex"),
+      1);
+  capture.onAppend = [](LOGLoggingEvent*) { throw std::runtime_error("broken"); };
+  EXPECT_THROW(root.info("x"), std::runtime_error);
+  capture.onAppend = nullptr;
+  root.info("y");
+  EXPECT_EQ(capture.messages.back(), "y") << "no lock is left behind";
+}
+
+TEST_F(Hierarchy, DoesNotGrowWhenLevelsChangeForYears) {
+  LOGLogger* const logger = hierarchy.getLogger("a");
+  std::set<const LOGLevel*> seen;
+  for (int i = 0; i < 1000; ++i) {
+    logger->setLevel(level(i % 2 == 0 ? "INFO" : "ERROR"));
+    seen.insert(logger->getLevel());
+  }
+  EXPECT_EQ(seen.size(), 2U);
+}
+
+TEST_F(Hierarchy, LetsThreadsCreateRelevelAndLogAtOnce) {
+  std::atomic<bool> stop{false};
+  std::thread relevel([&] {
+    while (!stop) {
+      root.setLevel(level("DEBUG"));
+      root.setLevel(level("INFO"));
+      hierarchy.getCurrentLoggers();
+    }
+  });
+  std::vector<std::thread> threads;
+  std::atomic<int> wrongParents{0};
+  for (int t = 0; t < 4; ++t) {
+    threads.emplace_back([&] {
+      for (int i = 0; i < 150; ++i) {
+        const std::string name = "x.y" + std::to_string(i % 40) + ".z" + std::to_string(i);
+        LOGLogger* const logger = hierarchy.getLogger(I18NString(name));
+        logger->warn("w");
+        hierarchy.getLogger(I18NString("x.y" + std::to_string(i % 40)));
+        wrongParents += logger->getParent() == nullptr ? 1 : 0;
+      }
+    });
+  }
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+  stop = true;
+  relevel.join();
+  EXPECT_EQ(wrongParents, 0);
+  EXPECT_EQ(capture.messages.size(), 600U) << "every event walked up to the root";
+}
+
+TEST(Manager, MakesItsHierarchyOnFirstUseFromAnyThread) {
+  Workplace workplace;
+  LOGManager::shutdown();
+  EXPECT_TRUE(Workplace::diagnostics().empty()) << "nothing is made in order to shut it down";
+  std::vector<std::thread> threads;
+  std::vector<LOGLogger*> roots(8);
+  for (LOGLogger*& root : roots) {
+    threads.emplace_back([&root] { root = LOGManager::getRootLogger(); });
+  }
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+  EXPECT_EQ(std::set<LOGLogger*>(roots.begin(), roots.end()).size(), 1U);
+  EXPECT_EQ(roots[0]->getLevel()->toInt(), LOGLevel::DEBUG_RANK);
+  EXPECT_EQ(LOGLogger::getLogger("a"), LOGManager::exists("a"));
+}
+
+TEST(Manager, AsksTheSelectorOnEveryCall) {
+  LOGRootLogger root(nullptr);
+  LOGHierarchy other(&root);
+  LOGDefaultLoggerFactory factory;
+  class Selector : public LOGRepositorySelector {
+   public:
+    explicit Selector(LOGLoggerRepository* repository) : m_repository(repository) {}
+    LOGLoggerRepository* getLoggerRepository() override { return m_repository; }
+
+   private:
+    LOGLoggerRepository* m_repository;
+  } selector(&other);
+  LOGObject guard;
+  EXPECT_THROW(LOGManager::setRepositorySelector(&selector, nullptr), ZEBAssertError);
+  LOGManager::setRepositorySelector(&selector, &guard);
+  EXPECT_EQ(LOGManager::getRootLogger(), &root);
+  EXPECT_EQ(LOGManager::getLogger("a", &factory), other.exists("a"));
+  LOGManager::setRepositorySelector(nullptr, &guard);
+  EXPECT_NE(LOGManager::getRootLogger(), &root);
+}

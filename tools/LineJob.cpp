@@ -1,0 +1,69 @@
+#include "tools/LineJob.h"
+
+#include <chrono>
+#include <exception>
+#include <thread>
+
+#include "tools/LineLogger.h"
+#include "tools/LineReader.h"
+#include "tools/ProgressLine.h"
+#include "tools/StopSignal.h"
+
+namespace {
+
+// How soon a stop signal is answered.
+constexpr std::chrono::milliseconds ATTENTION(50);
+// A log call takes microseconds; one that takes this long waits for somebody who does not come.
+constexpr std::chrono::seconds PATIENCE(2);
+
+}  // namespace
+
+LineJob::End LineJob::run() {
+  ProgressLine progress;
+  std::future<void> ended = m_ending.get_future();
+  std::thread thread([this] {
+    try {
+      logLines();
+      m_ending.set_value();
+    } catch (...) {
+      m_ending.set_exception(std::current_exception());
+    }
+  });
+  while (ended.wait_for(ATTENTION) != std::future_status::ready) {
+    if (StopSignal::received() != 0) {
+      progress.clear();
+      const bool resting = comesToRest();
+      thread.detach();
+      return resting ? End::STOPPED : End::STUCK;
+    }
+    progress.show(m_logger.getCounts().read);
+  }
+  thread.join();
+  progress.clear();
+  ended.get();
+  return End::COMPLETE;
+}
+
+void LineJob::logLines() {
+  while (m_reader.next()) {
+    m_logging = true;
+    if (m_stopping) {
+      m_logging = false;
+      return;
+    }
+    m_logger.log(m_reader.line());
+    m_logging = false;
+  }
+}
+
+bool LineJob::comesToRest() {
+  m_stopping = true;
+  const auto deadline = std::chrono::steady_clock::now() + PATIENCE;
+  while (m_logging) {
+    if (std::chrono::steady_clock::now() >= deadline) {
+      return false;
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  return true;
+}

@@ -1,0 +1,38 @@
+// The command log4zeb: logging for shell scripts and by hand, one subcommand per purpose.
+
+#include <CLI/CLI.hpp>
+#include <exception>
+#include <iostream>
+
+#include "core/LOG4ZEBVersion.h"
+#include "tools/LogCommand.h"
+
+namespace {
+
+constexpr int UNEXPECTED_FAILURE = 1;
+constexpr int BAD_ARGUMENTS = 2;
+
+int run(int argumentCount, char** arguments) {
+  CLI::App app("Logs through the configuration documents of LOG4ZEB", "log4zeb");
+  app.set_version_flag("--version", "log4zeb " LOG4ZEB_VERSION);
+  app.require_subcommand(1);
+  const LogCommand log(app);
+  try {
+    app.parse(argumentCount, arguments);
+  } catch (const CLI::ParseError& end) {
+    // Help and version end here too, with the code 0.
+    return app.exit(end) == 0 ? 0 : BAD_ARGUMENTS;
+  }
+  return log.run();
+}
+
+}  // namespace
+
+int main(int argumentCount, char** arguments) {
+  try {
+    return run(argumentCount, arguments);
+  } catch (const std::exception& failure) {
+    std::cerr << "log4zeb: " << failure.what() << '\n';
+    return UNEXPECTED_FAILURE;
+  }
+}
