@@ -5,7 +5,6 @@
 #include <ctime>
 #include <memory>
 #include <new>
-#include <regex>
 #include <stdexcept>
 
 #include "core/LOGNDC.h"
@@ -128,8 +127,8 @@ TEST(TTCCLayout, WritesTheRelativeTimeByDefault) {
   EXPECT_EQ(layout.getDateFormat(), "RELATIVE");
   const std::string line = text(layout, event);
   const std::size_t end = line.find(' ');
-  EXPECT_TRUE(std::regex_match(line.substr(0, end), std::regex("00,(-?[0-9]{1,3})|-[0-9]+,00")))
-      << line;
+  const std::string shape = shapeOf(line.substr(0, end));
+  EXPECT_TRUE(shape == "9,9" || shape == "9,-9" || shape == "-9,9") << line;
   EXPECT_EQ(line.substr(end + 1), middle(event) + "connected\r\n");
 }
 
@@ -202,21 +201,23 @@ TEST(DateLayout, WritesTheTimeOfTheEventInTheNamedFormat) {
 
 TEST(DateLayout, KnowsItsFormatsByName) {
   const std::pair<const char*, const char*> FORMATS[] = {
-      {"absolute", "[0-9]{2}:[0-9]{2}:[0-9]{2},[0-9]{3} "},
-      {"Date", "[0-9]{2} .+ [0-9]{4} [0-9]{2}:[0-9]{2}:[0-9]{2},[0-9]{3} "},
-      {"relative", "(00,-?[0-9]{1,3}|-?[0-9]+,00) "},
-      {"HH:mm:ss,SSS", "[0-9]{2}:[0-9]{2}:[0-9]{2} "},
-      {"null", " "},
-      {"no such format", " "},
-      {"NULL", "untouched"}};
+      {"absolute", "9:9:9,9 "},   {"Date", "9 A 9 9:9:9,9 "},
+      {"HH:mm:ss,SSS", "9:9:9 "}, {"null", " "},
+      {"no such format", " "},    {"NULL", "A"}};
   TestEvent event("app", "INFO", "text");
   for (const auto& [name, expected] : FORMATS) {
     LOGDateLayout layout;
     layout.setOption("DateFormat", name);
     I18NString date = "untouched";
     layout.dateFormat(date, &event);
-    EXPECT_TRUE(std::regex_match(date.toStdString(), std::regex(expected))) << name << ": " << date;
+    EXPECT_EQ(shapeOf(date.toStdString()), expected) << name;
   }
+  LOGDateLayout layout;
+  layout.setDateFormat("relative");
+  I18NString date;
+  layout.dateFormat(date, &event);
+  EXPECT_EQ(shapeOf(date.toStdString()).find_first_not_of("-9, "), std::string::npos) << date;
+  EXPECT_NE(date, " ");
 }
 
 TEST(DateLayout, ActivatesTheOptionsThatWereSet) {

@@ -5,7 +5,6 @@
 #include <atomic>
 #include <ctime>
 #include <functional>
-#include <regex>
 #include <thread>
 #include <vector>
 
@@ -169,17 +168,12 @@ TEST(PatternLayout, KeepsTheLastComponentsOfAName) {
 }
 
 TEST(PatternLayout, WritesDatesInTheFormatOfTheOption) {
-  const std::string clock = "[0-9]{2}:[0-9]{2}:[0-9]{2}";
-  const Case CASES[] = {{"%d", "[0-9]{4}-[0-9]{2}-[0-9]{2} " + clock + ",[0-9]{3}"},
-                        {"%d{ISO8601}", "[0-9]{4}-[0-9]{2}-[0-9]{2} " + clock + ",[0-9]{3}"},
-                        {"%d{ABSOLUTE}", clock + ",[0-9]{3}"},
-                        {"%d{DATE}", "[0-9]{2} .+ [0-9]{4} " + clock + ",[0-9]{3}"},
-                        {"%d{HH:mm:ss,SSS}", clock},
-                        {"%d{absolute}", ""}};
+  const Case CASES[] = {{"%d", "9-9-9 9:9:9,9"},       {"%d{ISO8601}", "9-9-9 9:9:9,9"},
+                        {"%d{ABSOLUTE}", "9:9:9,9"},   {"%d{DATE}", "9 A 9 9:9:9,9"},
+                        {"%d{HH:mm:ss,SSS}", "9:9:9"}, {"%d{absolute}", ""}};
   TestEvent event("app", "INFO", "message");
   for (const Case& c : CASES) {
-    const std::string date = formatted(c.pattern, event);
-    EXPECT_TRUE(std::regex_match(date, std::regex(c.expected))) << c.pattern << ": " << date;
+    EXPECT_EQ(shapeOf(formatted(c.pattern, event)), c.expected) << c.pattern;
   }
   const std::time_t time = event.getTimeStamp();
   char expected[20];

@@ -1,6 +1,7 @@
 #ifndef TESTS_SUPPORT_TESTEVENT_H
 #define TESTS_SUPPORT_TESTEVENT_H
 
+#include <cctype>
 #include <functional>
 #include <string>
 
@@ -40,5 +41,18 @@ class TestEvent : public LOGLoggingEvent {
   TestEvent(const std::string& logger, const std::string& level, Temporary temporary)
       : TestEvent(logger, level, &temporary.message) {}
 };
+
+/// The text with each run of digits as one 9 and each run of letters as one A.
+inline std::string shapeOf(const std::string& text) {
+  std::string shape;
+  for (const char c : text) {
+    const auto byte = static_cast<unsigned char>(c);
+    const char kind = std::isdigit(byte) != 0 ? '9' : std::isalpha(byte) != 0 ? 'A' : c;
+    if (std::isalnum(byte) == 0 || shape.empty() || shape.back() != kind) {
+      shape += kind;
+    }
+  }
+  return shape;
+}
 
 #endif

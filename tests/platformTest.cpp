@@ -1,0 +1,539 @@
+// The services that the library stands on, with real threads, files and processes.
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <limits>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "platform/ZEBAssertError.h"
+#include "platform/ZEBFileLockRW.h"
+#include "platform/ZEBFmDir.h"
+#include "platform/ZEBFmFile.h"
+#include "platform/ZEBList.h"
+#include "platform/ZEBSharedLibrary.h"
+#include "platform/ZEBSystemError.h"
+#include "platform/ZEBThread.h"
+#include "platform/ZEBThreadGuard.h"
+#include "platform/ZEBThreadRWGuard.h"
+#include "platform/ZEBTranslate.h"
+#include "platform/ZEBUtConvert.h"
+#include "platform/ZEBUtProcess.h"
+#include "support/Workplace.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+
+/// Runs a function as a thread of the library's.
+class Running : public ZEBThread {
+ public:
+  template <typename Body>
+  explicit Running(Body body) : m_body(std::move(body)) {
+    start();
+  }
+  ~Running() override { join(); }
+  void run() override { m_body(); }
+
+ private:
+  std::function<void()> m_body;
+};
+
+std::vector<int> elements(const ZEBList<int>& list) {
+  std::vector<int> found;
+  for (const int value : list) {
+    found.push_back(value);
+  }
+  return found;
+}
+
+ZEBList<int> listOf(const std::vector<int>& values) {
+  ZEBList<int> list;
+  for (const int value : values) {
+    list.add(value);
+  }
+  return list;
+}
+
+/// Ends a child process of a test: with 0 when everything held.
+[[noreturn]] void endChild(bool held) { std::exit(held ? 0 : 1); }
+
+/// Runs the body in a child process, which must end by itself with all it checks true.
+#define EXPECT_IN_CHILD(body) EXPECT_EXIT(endChild((body)()), ::testing::ExitedWithCode(0), "")
+
+class Files : public ::testing::Test {
+ protected:
+  static std::int64_t writeText(ZEBFmFile& file, const std::string& text) {
+    return file.write(text.data(), text.size());
+  }
+
+ private:
+  Workplace m_workplace;
+};
+
+using FmFile = Files;
+using FmDir = Files;
+
+}  // namespace
+
+TEST(List, KeepsPositionsValidWhileOthersComeAndGo) {
+  ZEBList<int> list = listOf({1, 2, 3, 4});
+  ZEBListIterator<int> second = ++list.begin();
+  ZEBListIterator<int> position = list.remove(list.begin());
+  EXPECT_EQ(position, second);
+  position = list.remove(++position);
+  EXPECT_EQ(*position, 4);
+  list.add(5);
+  EXPECT_EQ(*second, 2);
+  EXPECT_EQ(elements(list), (std::vector<int>{2, 4, 5}));
+  EXPECT_EQ(list.size(), 3U);
+  while (!position.atEnd()) {
+    position = list.remove(position);
+  }
+  EXPECT_EQ(position, list.end());
+  ++position;
+  EXPECT_TRUE(position.atEnd());
+  EXPECT_EQ(elements(list), std::vector<int>{2});
+}
+
+TEST(List, CopiesAndMovesWholeRings) {
+  ZEBList<int> list = listOf({1, 2});
+  const ZEBList<int> copy = list;
+  ZEBList<int> moved = std::move(list);
+  EXPECT_TRUE(list.isEmpty());  // NOLINT: a moved-from list is empty
+  list.add(7);
+  EXPECT_EQ(elements(list), std::vector<int>{7});
+  list = std::move(moved);
+  EXPECT_EQ(elements(list), elements(copy));
+  moved = ZEBList<int>();
+  EXPECT_EQ(moved.begin(), moved.end());
+}
+
+TEST(List, FreesItsElementsAlsoWhenACopyFails) {
+  struct Fragile {
+    std::shared_ptr<int> copiesLeft;
+    explicit Fragile(std::shared_ptr<int> left) : copiesLeft(std::move(left)) {}
+    Fragile(Fragile&&) = default;
+    Fragile(const Fragile& other) : copiesLeft(other.copiesLeft) {
+      if (--*copiesLeft < 0) {
+        throw std::runtime_error("no more copies");
+      }
+    }
+  };
+  const auto left = std::make_shared<int>(2);
+  {
+    ZEBList<Fragile> list;
+    for (int i = 0; i < 3; ++i) {
+      list.add(Fragile(left));
+    }
+    EXPECT_THROW(ZEBList<Fragile> copy(list), std::runtime_error);
+    EXPECT_EQ(left.use_count(), 4);
+  }
+  EXPECT_EQ(left.use_count(), 1);
+}
+
+TEST(Thread, RunsOnceAndSurvivesWhatItsBodyThrows) {
+  std::atomic<int> runs{0};
+  Running thread([&] {
+    ++runs;
+    throw std::runtime_error("ends the thread only");
+  });
+  thread.start();
+  thread.join();
+  thread.join();
+  EXPECT_EQ(runs, 1);
+}
+
+TEST(Thread, MayJoinAndDestroyItself) {
+  class Itself : public ZEBThread {
+   public:
+    explicit Itself(std::atomic<bool>& done) : ZEBThread(256 * 1024), m_done(done) {}
+    void run() override {
+      join();
+      std::atomic<bool>& done = m_done;
+      delete this;
+      done = true;
+    }
+
+   private:
+    std::atomic<bool>& m_done;
+  };
+  std::atomic<bool> done{false};
+  (new Itself(done))->start();
+  while (!done) {
+    ZEBThread::sleep(1);
+  }
+}
+
+TEST(Thread, HasTheNumberThatTheSystemShows) {
+  EXPECT_EQ(ZEBThread::currentThreadId(), static_cast<std::uint64_t>(getpid()));
+  EXPECT_EQ(ZEBUtProcess::currentProcessId(), getpid());
+  std::uint64_t inside = 0;
+  bool isTask = false;
+  Running([&] {
+    inside = ZEBThread::currentThreadId();
+    isTask = ZEBFmDir::exists("/proc/self/task/" + std::to_string(inside), ZEBFmDir::DIRECTORY);
+  }).join();
+  EXPECT_NE(inside, ZEBThread::currentThreadId());
+  EXPECT_TRUE(isTask);
+  // A forked child is a new thread of a new process.
+  EXPECT_IN_CHILD(
+      [] { return ZEBThread::currentThreadId() == static_cast<std::uint64_t>(getpid()); });
+}
+
+TEST(Thread, SleepsMilliseconds) {
+  const auto begin = std::chrono::steady_clock::now();
+  ZEBThread::sleep(30);
+  const auto slept = std::chrono::steady_clock::now() - begin;
+  EXPECT_GE(slept, 30ms);
+  EXPECT_LT(slept, 10s);
+}
+
+TEST(CriticalSection, IsHeldUntilItsOwnerLeftAsOftenAsItEntered) {
+  static ZEBThreadCriticalSection section(0);
+  std::atomic<bool> entered{false};
+  section.enter();
+  section.enter();
+  Running other([&] {
+    const ZEBThreadGuard guard(section);
+    entered = true;
+  });
+  section.leave();
+  ZEBThread::sleep(30);
+  EXPECT_FALSE(entered);
+  section.leave();
+  other.join();
+  EXPECT_TRUE(entered);
+}
+
+TEST(CriticalSection, LetsOneThreadInAtATime) {
+  ZEBThreadLockableResource resource;
+  long count = 0;  // guarded by resource
+  {
+    std::vector<std::unique_ptr<Running>> threads;
+    for (int i = 0; i < 4; ++i) {
+      threads.push_back(std::make_unique<Running>([&] {
+        for (int round = 0; round < 20000; ++round) {
+          const ZEBThreadGuard guard(resource);
+          const ZEBThreadGuard again(resource);
+          ++count;
+        }
+      }));
+    }
+  }
+  EXPECT_EQ(count, 80000);
+}
+
+TEST(FileLock, LetsReadersInTogetherAndWritersAlone) {
+  ZEBFileLockRW lock;
+  std::atomic<int> readers{0};
+  std::atomic<bool> written{false};
+  {
+    ZEBThreadRWGuard reading(lock, ZEBThreadRWGuard::READING);
+    Running([&] {
+      const ZEBThreadRWGuard together(lock, ZEBThreadRWGuard::READING);
+      ++readers;
+    }).join();
+    EXPECT_EQ(readers, 1);
+  }
+  auto writing = std::make_unique<ZEBThreadRWGuard>(lock, ZEBThreadRWGuard::WRITING);
+  Running writer([&] {
+    const ZEBThreadRWGuard alone(lock, ZEBThreadRWGuard::WRITING);
+    written = true;
+  });
+  EXPECT_THROW(ZEBThreadRWGuard(lock, ZEBThreadRWGuard::WRITING), ZEBSystemError)
+      << "one thread cannot write twice at once";
+  ZEBThread::sleep(30);
+  EXPECT_FALSE(written);
+  writing.reset();
+  writer.join();
+  EXPECT_TRUE(written);
+}
+
+TEST_F(FmFile, OpensAsItsModesSay) {
+  Workplace::write("log", "old\n");
+  ZEBFmFile file;
+  EXPECT_EQ(file.isOpen(), 0);
+  for (const int mode : {ZEBFmFile::WRITE, ZEBFmFile::APPEND}) {
+    EXPECT_EQ(file.open("log", mode), 1);
+    EXPECT_EQ(file.seek(0, ZEBFmFile::ORIGIN_BEGIN), 0);
+    EXPECT_EQ(writeText(file, "more\n"), 5) << "every write goes to the end";
+  }
+  EXPECT_EQ(file.size(), 14);
+  EXPECT_EQ(Workplace::read("log"), "old\nmore\nmore\n");
+  EXPECT_EQ(file.open("log", ZEBFmFile::TRUNCATE), 1);
+  EXPECT_EQ(file.size(), 0);
+  EXPECT_EQ(file.open("new", ZEBFmFile::WRITE), 1);
+  EXPECT_EQ(file.getName(), "new");
+  EXPECT_EQ(ZEBFmDir::exists("new", ZEBFmDir::READ_WRITE_FILE), 1);
+  EXPECT_EQ(file.open("absent/log", ZEBFmFile::APPEND), 0);
+  EXPECT_EQ(file.getLastError(), ENOENT);
+  EXPECT_EQ(file.isOpen(), 0);
+  EXPECT_EQ(writeText(file, "x"), -1);
+  EXPECT_EQ(file.seek(0, ZEBFmFile::ORIGIN_END), -1);
+  EXPECT_EQ(file.close(), 0) << "closing what is not open fails and harms nothing";
+}
+
+TEST_F(FmFile, CutsItsBufferOnlyBetweenRecords) {
+  ZEBFmFile file;
+  ASSERT_EQ(file.open("log", ZEBFmFile::APPEND), 1);
+  file.setBufferSize(10);
+  writeText(file, "aaaa");
+  writeText(file, "bbbb");
+  EXPECT_EQ(Workplace::read("log"), "");
+  EXPECT_EQ(file.size(), 8);
+  writeText(file, "cccc");
+  EXPECT_EQ(Workplace::read("log"), "aaaabbbb");
+  writeText(file, "longer than the buffer");
+  EXPECT_EQ(Workplace::read("log"), "aaaabbbbcccclonger than the buffer");
+  writeText(file, "d");
+  EXPECT_EQ(file.flush(), 1);
+  EXPECT_EQ(file.size(), 35);
+  writeText(file, "e");
+  file.setBufferSize(0);
+  writeText(file, "f");
+  EXPECT_EQ(Workplace::read("log"), "aaaabbbbcccclonger than the bufferdef");
+  file.setBufferSize(10);
+  writeText(file, "g");
+  EXPECT_EQ(file.close(), 1);
+  EXPECT_EQ(Workplace::read("log").back(), 'g');
+}
+
+TEST_F(FmFile, WritesItsBufferAtTheEndOfTheProcess) {
+  EXPECT_IN_CHILD([] {
+    auto* const neverClosed = new ZEBFmFile;
+    neverClosed->open("log", ZEBFmFile::APPEND);
+    neverClosed->setBufferSize(1000);
+    return writeText(*neverClosed, "last words") == 10 && Workplace::read("log").empty();
+  });
+  EXPECT_EQ(Workplace::read("log"), "last words");
+}
+
+TEST_F(FmFile, NeitherClosesNorTakesTheStandardStreams) {
+  EXPECT_IN_CHILD([] {
+    bool held = std::freopen("stdout", "w", stdout) != nullptr;
+    ZEBFmFile attached;
+    held = held && attached.attachStandard(ZEBFmFile::STANDARD_OUTPUT) == 1;
+    held = held && writeText(attached, "library ") == 8 && attached.close() == 1;
+    std::fputs("program", stdout);
+    held = held && std::fflush(stdout) == 0 && Workplace::read("stdout") == "library program";
+    close(STDOUT_FILENO);
+    held = held && attached.attachStandard(ZEBFmFile::STANDARD_OUTPUT) == 0;
+    ZEBFmFile file;
+    held = held && file.open("log", ZEBFmFile::APPEND) == 1;
+    return held && ::write(STDOUT_FILENO, "x", 1) == -1;
+  });
+}
+
+TEST_F(FmFile, IsNotInheritedByOtherPrograms) {
+  ZEBFmFile file;
+  ASSERT_EQ(file.open("uninherited", ZEBFmFile::APPEND), 1);
+  EXPECT_NE(std::system("ls -l /proc/self/fd | grep -q uninherited"), 0);
+}
+
+TEST_F(FmFile, ReportsAFullDisk) {
+  ZEBFmFile file;
+  ASSERT_EQ(file.open("/dev/full", ZEBFmFile::APPEND), 1);
+  EXPECT_EQ(writeText(file, "x"), -1);
+  EXPECT_EQ(file.getLastError(), ENOSPC);
+  file.setBufferSize(100);
+  EXPECT_EQ(writeText(file, "buffered"), 8);
+  EXPECT_EQ(file.flush(), 0);
+  EXPECT_EQ(file.close(), 0);
+}
+
+TEST_F(FmFile, LeavesNoHalfRecordAtAFileSizeLimit) {
+  EXPECT_IN_CHILD([] {
+    const rlimit limit{10, 10};
+    ZEBFmFile file;
+    bool held = setrlimit(RLIMIT_FSIZE, &limit) == 0 && file.open("log", ZEBFmFile::APPEND) == 1;
+    held = held && writeText(file, "aaaaaaa\n") == 8;
+    for (int i = 0; i < 2; ++i) {
+      held = held && writeText(file, "bbbbbbb\n") == -1 && file.getLastError() == EFBIG;
+    }
+    return held && writeText(file, "c\n") == 2 && writeText(file, "d\n") == -1;
+  });
+  EXPECT_EQ(Workplace::read("log"), "aaaaaaa\nc\n");
+}
+
+TEST_F(FmFile, SurvivesABrokenPipe) {
+  EXPECT_IN_CHILD([] {
+    int ends[2];
+    bool held = pipe(ends) == 0 && dup2(ends[1], STDOUT_FILENO) == STDOUT_FILENO;
+    ZEBFmFile attached;
+    held = held && attached.attachStandard(ZEBFmFile::STANDARD_OUTPUT) == 1;
+    held = held && writeText(attached, "read") == 4;
+    close(ends[0]);
+    held = held && writeText(attached, "lost") == -1 && attached.getLastError() == EPIPE;
+    sigset_t blocked;
+    pthread_sigmask(SIG_BLOCK, nullptr, &blocked);
+    return held && sigismember(&blocked, SIGPIPE) == 0;
+  });
+}
+
+TEST_F(FmFile, AppendsWholeRecordsFromSeveralObjects) {
+  constexpr int RECORDS = 3000;
+  {
+    std::vector<std::unique_ptr<Running>> threads;
+    for (const char letter : {'a', 'b', 'c'}) {
+      threads.push_back(std::make_unique<Running>([letter] {
+        ZEBFmFile file;
+        file.open("log", ZEBFmFile::APPEND);
+        file.setBufferSize(letter == 'c' ? 1000 : 0);
+        for (int i = 0; i < RECORDS; ++i) {
+          writeText(file, std::string(static_cast<std::size_t>(1 + i % 90), letter) + "\r\n");
+        }
+      }));
+    }
+  }
+  std::size_t next[3] = {0, 0, 0};
+  for (const std::string& line : Workplace::lines("log")) {
+    std::size_t& number = next[line.at(0) - 'a'];
+    ASSERT_EQ(line, std::string(1 + number % 90, line[0])) << "torn, lost or out of order";
+    ++number;
+  }
+  EXPECT_EQ(next[0] + next[1] + next[2], 3U * RECORDS);
+}
+
+TEST_F(FmFile, LocksAFileAcrossItsOpenObjects) {
+  ZEBFmFile holder;
+  ZEBFmFile waiter;
+  ASSERT_EQ(holder.open("log", ZEBFmFile::APPEND) + waiter.open("log", ZEBFmFile::APPEND), 2);
+  EXPECT_EQ(holder.lockAcrossProcesses() + holder.lockAcrossProcesses(), 2);
+  std::atomic<bool> locked{false};
+  Running thread([&] {
+    waiter.lockAcrossProcesses();
+    locked = true;
+  });
+  holder.unlockAcrossProcesses();
+  ZEBThread::sleep(30);
+  EXPECT_FALSE(locked) << "taken twice, left once";
+  holder.unlockAcrossProcesses();
+  thread.join();
+  EXPECT_TRUE(locked);
+}
+
+TEST_F(FmDir, TestsTypeAndPermissions) {
+  Workplace::write("file", "");
+  EXPECT_EQ(ZEBFmDir::exists("file", ZEBFmDir::READ_WRITE_FILE), 1);
+  EXPECT_EQ(ZEBFmDir::exists("file", ZEBFmDir::DIRECTORY), 0);
+  EXPECT_EQ(ZEBFmDir::exists(".", ZEBFmDir::DIRECTORY), 1);
+  EXPECT_EQ(ZEBFmDir::exists(".", ZEBFmDir::READ_WRITE_FILE), 0);
+  EXPECT_EQ(ZEBFmDir::exists("absent", ZEBFmDir::READ_WRITE_FILE), 0);
+  ASSERT_EQ(chmod("file", 0400), 0);
+  EXPECT_EQ(ZEBFmDir::exists("file", ZEBFmDir::READ_WRITE_FILE), 0);
+}
+
+TEST_F(FmDir, RenamesReplacingRemovesAndLists) {
+  Workplace::write("from", "new");
+  Workplace::write("to", "old");
+  EXPECT_NE(ZEBFmDir::renameFile("from", "to"), 0);
+  EXPECT_EQ(Workplace::read("to"), "new");
+  EXPECT_EQ(ZEBFmDir::renameFile("from", "to"), 0);
+  EXPECT_EQ(ZEBFmDir::list("."), std::vector<std::string>{"to"});
+  EXPECT_NE(ZEBFmDir::removeFile("to"), 0);
+  EXPECT_EQ(ZEBFmDir::removeFile("to"), 0);
+  EXPECT_TRUE(ZEBFmDir::list("absent").empty());
+}
+
+TEST_F(FmDir, SplitsAndCompletesNames) {
+  const auto split = [](const I18NString& name) {
+    const auto [directory, file] = ZEBFmDir::splitPath(name);
+    return directory + "|" + file;
+  };
+  EXPECT_EQ(split("file"), "|file");
+  EXPECT_EQ(split("a/b/file"), "a/b|file");
+  EXPECT_EQ(split("/file"), "/|file");
+  EXPECT_EQ(split("a/"), "a|");
+  Workplace::write("file", "");
+  EXPECT_EQ(ZEBFmDir::exists(ZEBFmDir::absolutePath("file"), ZEBFmDir::READ_WRITE_FILE), 1);
+  EXPECT_TRUE(ZEBFmDir::absolutePath("file").startsWith("/"));
+  EXPECT_EQ(ZEBFmDir::absolutePath("/a/../b"), "/a/../b");
+}
+
+TEST(Convert, SaturatesAndStopsAtTheFirstOtherCharacter) {
+  constexpr std::int32_t MOST = std::numeric_limits<std::int32_t>::max();
+  constexpr std::int32_t LEAST = std::numeric_limits<std::int32_t>::min();
+  const std::pair<const char*, std::int32_t> cases[] = {{" \t42MB", 42},
+                                                        {"-7", -7},
+                                                        {"+7", 7},
+                                                        {"", 0},
+                                                        {"x1", 0},
+                                                        {"- 1", 0},
+                                                        {"010", 10},
+                                                        {"2147483647", MOST},
+                                                        {"2147483648", MOST},
+                                                        {"-2147483649", LEAST},
+                                                        {"99999999999999999999999", MOST},
+                                                        {"-99999999999999999999999", LEAST}};
+  for (const auto& [text, number] : cases) {
+    EXPECT_EQ(ZEBUtConvert::toInt(text), number) << text;
+  }
+  using Limits = std::numeric_limits<std::int64_t>;
+  EXPECT_EQ(ZEBUtConvert::handleCvt(Limits::min()), std::to_string(Limits::min()));
+  EXPECT_EQ(ZEBUtConvert::handleCvt(UINT64_MAX), std::to_string(UINT64_MAX));
+  EXPECT_EQ(ZEBUtConvert::padded(7, 3), "007");
+  EXPECT_EQ(ZEBUtConvert::padded(1234, 3), "1234");
+}
+
+TEST(Translate, MakesEveryStandardExceptionOneOfTheLibrarys) {
+  EXPECT_EQ(zebTranslate("here", 1, [] { return 5; }), 5);
+  EXPECT_THROW(zebTranslate("here", 1, [] { throw std::bad_alloc(); }), ZEBOutOfMemoryError);
+  EXPECT_THROW(zebTranslate("here", 1, [] { throw 5; }), int);
+  try {
+    zebTranslate("outer", 2,
+                 [] { zebTranslate("inner", 1, [] { throw std::runtime_error("a reason"); }); });
+    FAIL() << "nothing was thrown";
+  } catch (const ZEBStdExceptionError& error) {
+    EXPECT_STREQ(error.what(), "a reason");
+    EXPECT_EQ(error.getSource(), "inner");
+    ASSERT_EQ(error.getBackTrace().size(), 2U);
+    EXPECT_EQ(error.getBackTrace()[1].source, "outer");
+    EXPECT_EQ(error.getBackTrace()[1].line, 2);
+  }
+}
+
+TEST(Throwable, RaisesItsFullType) {
+  const std::unique_ptr<ZEBThrowable> error =
+      std::make_unique<ZEBSystemError>("a file", EACCES, "here", 3);
+  EXPECT_THROW(error->raise(), ZEBSystemError);
+  EXPECT_EQ(error->getDescription(), "a file: Permission denied");
+  try {
+    const int* const event = nullptr;
+    ZEB_ASSERT(event, "there", 4);
+    FAIL() << "nothing was thrown";
+  } catch (const ZEBAssertError& failed) {
+    EXPECT_STREQ(failed.what(), "ZEB_ASSERT(event);");
+    EXPECT_EQ(failed.getLine(), 4);
+  }
+}
+
+TEST(SharedLibrary, LoadsByBaseName) {
+  ZEBSharedLibrary library;
+  EXPECT_EQ(library.getSymbol("XML_ExpatVersion"), nullptr);
+  // The first is found as libNAME.so, the second only as NAME.so.
+  for (const char* const name : {"expat", "libexpat"}) {
+    EXPECT_EQ(library.load(name), 1) << name;
+    const auto version = reinterpret_cast<const char* (*)()>(library.getSymbol("XML_ExpatVersion"));
+    ASSERT_NE(version, nullptr);
+    EXPECT_EQ(std::string(version()).substr(0, 5), "expat");
+    EXPECT_EQ(library.getSymbol("absent"), nullptr);
+  }
+  for (const char* const name : {"", "absent", "/etc/passwd"}) {
+    EXPECT_EQ(library.load(name), 0) << name;
+    EXPECT_EQ(library.isLoaded(), 0) << name;
+    EXPECT_EQ(library.getSymbol("XML_ExpatVersion"), nullptr) << name;
+  }
+}
