@@ -149,7 +149,9 @@ void LOGFileAppender::setFileOptions(const I18NString& name, int append, int buf
 LOGFileAppender::OpenResult LOGFileAppender::open(const char* className, const I18NString& name,
                                                   int append, int bufferedSwitch, int size) {
   const I18NString requested = name;  // `name` may be this object's own, which is emptied
-  instance(className);
+  if (instanceOf() != className) {
+    instance(className);  // not written again: other threads compare appenders without the lock
+  }
   if (bufferedSwitch == 1) {
     setImmediateFlush(0);
   }

@@ -67,11 +67,11 @@ ZEBList<int> listOf(const std::vector<int>& values) {
   return list;
 }
 
-/// Ends a child process of a test: with 0 when everything held.
-[[noreturn]] void endChild(bool held) { std::exit(held ? 0 : 1); }
-
 /// Runs the body in a child process, which must end by itself with all it checks true.
-#define EXPECT_IN_CHILD(body) EXPECT_EXIT(endChild((body)()), ::testing::ExitedWithCode(0), "")
+template <typename Body>
+void expectInChild(Body body) {
+  EXPECT_EXIT(std::exit(body() ? 0 : 1), ::testing::ExitedWithCode(0), "");
+}
 
 class Files : public ::testing::Test {
  protected:
@@ -189,7 +189,7 @@ TEST(Thread, HasTheNumberThatTheSystemShows) {
   EXPECT_NE(inside, ZEBThread::currentThreadId());
   EXPECT_TRUE(isTask);
   // A forked child is a new thread of a new process.
-  EXPECT_IN_CHILD(
+  expectInChild(
       [] { return ZEBThread::currentThreadId() == static_cast<std::uint64_t>(getpid()); });
 }
 
@@ -312,7 +312,7 @@ TEST_F(FmFile, CutsItsBufferOnlyBetweenRecords) {
 }
 
 TEST_F(FmFile, WritesItsBufferAtTheEndOfTheProcess) {
-  EXPECT_IN_CHILD([] {
+  expectInChild([] {
     auto* const neverClosed = new ZEBFmFile;
     neverClosed->open("log", ZEBFmFile::APPEND);
     neverClosed->setBufferSize(1000);
@@ -322,7 +322,7 @@ TEST_F(FmFile, WritesItsBufferAtTheEndOfTheProcess) {
 }
 
 TEST_F(FmFile, NeitherClosesNorTakesTheStandardStreams) {
-  EXPECT_IN_CHILD([] {
+  expectInChild([] {
     bool held = std::freopen("stdout", "w", stdout) != nullptr;
     ZEBFmFile attached;
     held = held && attached.attachStandard(ZEBFmFile::STANDARD_OUTPUT) == 1;
@@ -355,7 +355,7 @@ TEST_F(FmFile, ReportsAFullDisk) {
 }
 
 TEST_F(FmFile, LeavesNoHalfRecordAtAFileSizeLimit) {
-  EXPECT_IN_CHILD([] {
+  expectInChild([] {
     const rlimit limit{10, 10};
     ZEBFmFile file;
     bool held = setrlimit(RLIMIT_FSIZE, &limit) == 0 && file.open("log", ZEBFmFile::APPEND) == 1;
@@ -369,7 +369,7 @@ TEST_F(FmFile, LeavesNoHalfRecordAtAFileSizeLimit) {
 }
 
 TEST_F(FmFile, SurvivesABrokenPipe) {
-  EXPECT_IN_CHILD([] {
+  expectInChild([] {
     int ends[2];
     bool held = pipe(ends) == 0 && dup2(ends[1], STDOUT_FILENO) == STDOUT_FILENO;
     ZEBFmFile attached;

@@ -212,7 +212,7 @@ TEST(I18NString, GrowsLikeItsCodeUnits) {
     I18NString moved = std::move(subject);
     ASSERT_EQ(moved.length(), 2 * units.size());
     ASSERT_TRUE(subject.isEmpty());  // NOLINT: a moved-from text is empty
-    ASSERT_EQ(subject.append("x", 1).toStdString(), "x");
+    ASSERT_EQ(subject.append(1, 'x').toStdString(), "x");
   }
 }
 
