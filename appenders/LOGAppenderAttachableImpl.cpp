@@ -36,16 +36,15 @@ void LOGAppenderAttachableImpl::Walk::leave(Position position) {
 LOGAppenderAttachableImpl::LOGAppenderAttachableImpl() : m_iterator(m_appenderList.begin()) {}
 
 LOGAppenderAttachableImpl::LOGAppenderAttachableImpl(const LOGAppenderAttachableImpl& other)
-    : LOGAppenderAttachable(other),
-      LOGMutex(other),
-      m_appenderList(other.m_appenderList),
-      m_iterator(m_appenderList.begin()) {}
+    : LOGAppenderAttachable(other), LOGMutex(other), m_iterator(m_appenderList.begin()) {
+  *this = other;
+}
 
 LOGAppenderAttachableImpl& LOGAppenderAttachableImpl::operator=(
     const LOGAppenderAttachableImpl& other) {
   if (this != &other) {
     clear();
-    for (LOGAppenderSkeleton* const appender : other.m_appenderList) {
+    for (LOGAppenderSkeleton* const appender : other.snapshot()) {
       add(appender);
     }
   }
@@ -98,12 +97,13 @@ LOGAppenderSkeleton* LOGAppenderAttachableImpl::getAppender(const I18NString& na
   return nullptr;
 }
 
+std::vector<LOGAppenderSkeleton*> LOGAppenderAttachableImpl::snapshot() const {
+  const std::lock_guard<std::mutex> guard(m_access);
+  return {m_appenderList.begin(), m_appenderList.end()};
+}
+
 int LOGAppenderAttachableImpl::isAttached(LOGAppenderSkeleton* appender) {
-  std::vector<LOGAppenderSkeleton*> attached;
-  {
-    const std::lock_guard<std::mutex> guard(m_access);
-    attached.assign(m_appenderList.begin(), m_appenderList.end());
-  }
+  const std::vector<LOGAppenderSkeleton*> attached = snapshot();
   if (attached.empty()) {
     return 0;
   }
@@ -149,6 +149,14 @@ void LOGAppenderAttachableImpl::removeAppender(LOGAppenderSkeleton* appender) {
     if ((**current == *appender) != 0) {
       remove(current);
     }
+  }
+}
+
+void LOGAppenderAttachableImpl::replaceAppenders(
+    const std::vector<LOGAppenderSkeleton*>& appenders) {
+  clear();
+  for (LOGAppenderSkeleton* const appender : appenders) {
+    addAppender(appender);
   }
 }
 

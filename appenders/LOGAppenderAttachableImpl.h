@@ -42,11 +42,16 @@ class LOG4ZEB_EXPORT LOGAppenderAttachableImpl : public LOGAppenderAttachable, p
   /// is null and the list is not empty.
   void removeAppender(LOGAppenderSkeleton* appender) override;
 
+  /// Empties the list, without closing anything, and adds these.
+  void replaceAppenders(const std::vector<LOGAppenderSkeleton*>& appenders);
+
   /// Activates every appender and has it append the event; returns how many are in the list, also
   /// those that refuse the event. What activation throws is reported; what appending throws goes
   /// to the caller.
   int appendLoopOnAppenders(LOGLoggingEvent* event);
 
+  /// The appenders as they are now. May be called without the owner's lock.
+  std::vector<LOGAppenderSkeleton*> snapshot() const;
   /// Calls `operation` with each appender in order; the operation may change the list.
   template <typename Operation>
   void forEach(Operation operation) {
@@ -86,7 +91,7 @@ class LOG4ZEB_EXPORT LOGAppenderAttachableImpl : public LOGAppenderAttachable, p
   ZEBList<LOGAppenderSkeleton*> m_appenderList;
   ZEBListIterator<LOGAppenderSkeleton*> m_iterator;
   Walk* m_innermostWalk = nullptr;
-  std::mutex m_access;
+  mutable std::mutex m_access;
 };
 
 #endif

@@ -156,6 +156,9 @@ LOGObject* LOGAppenderSkeleton::clone() const {
 }
 
 int LOGAppenderSkeleton::operator==(const LOGAppenderSkeleton& other) const {
+  if (this == &other) {
+    return 1;  // also while another thread opens or closes it
+  }
   const bool sameErrorHandler = m_errorHandler == other.m_errorHandler ||
                                 (m_errorHandler != nullptr && other.m_errorHandler != nullptr &&
                                  m_errorHandler->LOGObject::operator==(*other.m_errorHandler) != 0);

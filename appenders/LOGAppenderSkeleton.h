@@ -68,6 +68,8 @@ class LOG4ZEB_EXPORT LOGAppenderSkeleton : public LOGMutex, public LOGAppender, 
   /// A stale appender was taken out of use by the configuration; it is never opened again by
   /// itself.
   void markAsStale() { m_stale = 1; }
+  /// Whether close() was called and nothing has opened the appender since.
+  bool isClosedForGood() const { return m_closeRequested; }
   int isStale() const { return m_stale; }
 
   /// Refuses: throws ZEBAssertError.
@@ -96,6 +98,7 @@ class LOG4ZEB_EXPORT LOGAppenderSkeleton : public LOGMutex, public LOGAppender, 
   std::atomic<LOGLayout*> m_layout{nullptr};
   std::atomic<const LOGLevel*> m_threshold{nullptr};
   std::atomic<int> m_stale{0};
+  std::atomic<bool> m_closeRequested{false};
 
  private:
   void reportClosed() const;

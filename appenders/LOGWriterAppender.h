@@ -57,7 +57,6 @@ class LOG4ZEB_EXPORT LOGWriterAppender : public LOGAppenderSkeleton {
   I18NString encoding;
   LOGQuietWriter* m_qw = nullptr;  // owned by the concrete class; guarded by the appender's lock
   std::atomic<int> m_fileOpened{0};
-  std::atomic<bool> m_closeRequested{false};
 
  private:
   std::vector<std::unique_ptr<LOGErrorHandler>> m_replacedErrorHandlers;

@@ -12,7 +12,8 @@ class LOG4ZEB_EXPORT LOG4ZEBConfigurator {
   /// cannot be read; then nothing has changed, and the diagnostics say why.
   static int initialize(const I18NString& path);
   /// Closes every appender and frees what the configuration made. Loggers stay valid; what is
-  /// logged through them reaches nothing until the next initialize().
+  /// logged through them reaches nothing until the next initialize(). Not to be called by a message
+  /// while it is rendered, nor by an appender: what they run in would be freed under them.
   static void shutdown();
 };
 

@@ -1,5 +1,6 @@
 #include "config/LOGComponentFactory.h"
 
+#include "appenders/LOGAsyncAppender.h"
 #include "appenders/LOGConsoleAppender.h"
 #include "appenders/LOGFileAppender.h"
 #include "appenders/LOGOnlyOnceErrorHandler.h"
@@ -7,8 +8,13 @@
 #include "filters/LOGLevelMatchFilter.h"
 #include "filters/LOGLevelRangeFilter.h"
 #include "filters/LOGStringMatchFilter.h"
+#include "layouts/LOGHTMLLayout.h"
 #include "layouts/LOGPatternLayout.h"
 #include "layouts/LOGTTCCLayout.h"
+#include "layouts/LOGXMLLayout.h"
+#include "net/LOGLocalUDPAppender.h"
+#include "net/LOGSyslogAppender.h"
+#include "net/LOGTCPSocketAppender.h"
 
 namespace {
 
@@ -24,9 +30,13 @@ std::unique_ptr<Base> make() {
 }
 
 constexpr Entry<LOGAppenderSkeleton> APPENDERS[] = {
+    {"LOGAsyncAppender", make<LOGAppenderSkeleton, LOGAsyncAppender>},
     {"LOGConsoleAppender", make<LOGAppenderSkeleton, LOGConsoleAppender>},
     {"LOGFileAppender", make<LOGAppenderSkeleton, LOGFileAppender>},
     {"LOGRollingFileAppender", make<LOGAppenderSkeleton, LOGRollingFileAppender>},
+    {"LOGSyslogAppender", make<LOGAppenderSkeleton, LOGSyslogAppender>},
+    {"LOGTCPSocketAppender", make<LOGAppenderSkeleton, LOGTCPSocketAppender>},
+    {"LOGLocalUDPAppender", make<LOGAppenderSkeleton, LOGLocalUDPAppender>},
 };
 
 constexpr Entry<LOGLayout> LAYOUTS[] = {
@@ -34,6 +44,8 @@ constexpr Entry<LOGLayout> LAYOUTS[] = {
     {"LOGSimpleLayout", make<LOGLayout, LOGLayout>},
     {"LOGTTCCLayout", make<LOGLayout, LOGTTCCLayout>},
     {"LOGPatternLayout", make<LOGLayout, LOGPatternLayout>},
+    {"LOGXMLLayout", make<LOGLayout, LOGXMLLayout>},
+    {"LOGHTMLLayout", make<LOGLayout, LOGHTMLLayout>},
 };
 
 constexpr Entry<LOGFilter> FILTERS[] = {

@@ -1,10 +1,12 @@
 #include "config/LOGDOMConfigurator.h"
 
 #include <algorithm>
+#include <iterator>
 #include <string>
 #include <utility>
 
 #include "appenders/LOGAppenderSkeleton.h"
+#include "appenders/LOGAsyncAppender.h"
 #include "appenders/LOGRollingFileAppender.h"
 #include "config/LOGComponentFactory.h"
 #include "config/LOGParameterTable.h"
@@ -72,6 +74,10 @@ constexpr const char* SOURCE = "LOGDOMConfigurator";
 constexpr const char* NULL_WORD = "null";
 constexpr const char* INHERITED_WORD = "inherited";
 constexpr int ELEMENT_NODE = 1;
+constexpr int LONGEST_FLUSH = 2000;  // milliseconds, for an asynchronous appender
+// Appenders refer to others two or three deep; a document that goes on and on would overflow the
+// stack.
+constexpr std::size_t DEEPEST_REFERENCES = 64;
 
 /// The first lock of all: it serialises runs and shutdowns.
 ZEBThreadCriticalSection g_runLock;
@@ -80,6 +86,14 @@ constexpr LOGFailureTexts DO_CONFIGURE_TEXTS{
     "LOGDOMConfigurator::doConfigure -- some i18nstring exception occurred",
     "LOGDOMConfigurator::doConfigure -- some ZEBThrowable exception occurred",
     "LOGDOMConfigurator::doConfigure -- An unknown exception has occurred."};
+
+/// Runs one step of taking appenders out of use.
+template <typename Operation>
+void contained(Operation operation) noexcept {
+  logContainingFailures(
+      LOGFailureTexts::same("LOGDOMConfigurator -- an appender could not be taken out of use"),
+      operation);
+}
 
 /// A failed assertion that names more than its expression.
 void requireExport(bool found, const char* text, int line) {
@@ -115,21 +129,22 @@ void forEachChildElement(const ZEBIDOM_Element& parent, Visitor visit) {
 
 }  // namespace
 
-LOGDOMConfigurator::LOGDOMConfigurator() = default;
+LOGDOMConfigurator::LOGDOMConfigurator() : m_appenderBag(std::make_unique<LOGHashtable>()) {}
 
 LOGDOMConfigurator::~LOGDOMConfigurator() {
-  const auto contained = [](auto operation) {
-    logContainingFailures(
-        LOGFailureTexts::same("LOGDOMConfigurator::shutdown -- an appender could not be closed"),
-        operation);
-  };
+  std::move(m_staleAppenders.begin(), m_staleAppenders.end(), std::back_inserter(m_appenders));
+  m_staleAppenders.clear();
+  // Asynchronous ones first: they end threads that use the others.
+  std::stable_partition(m_appenders.begin(), m_appenders.end(), [](const auto& appender) {
+    return dynamic_cast<const LOGAsyncAppender*>(appender.get()) != nullptr;
+  });
   for (const auto& appender : m_appenders) {
     contained([&] { appender->close(); });
   }
   for (const auto& appender : m_appenders) {
     contained([&] { detachFromLoggers(appender.get()); });
   }
-  m_appenderBag.forget();
+  m_appenderBag->forget();
   m_objectTable.forget();
 }
 
@@ -137,7 +152,8 @@ void LOGDOMConfigurator::initialize() {
   const ZEBThreadGuard guard(g_runLock);
   if (m_domConfig == nullptr) {
     m_domConfig = zebTranslate(SOURCE, __LINE__, [] { return new LOGDOMConfigurator; });
-    LOGConfiguratorHook::registerShutdown(&LOGDOMConfigurator::shutdown);
+    LOGConfiguratorHook::registerConfigurator(&LOGDOMConfigurator::shutdown,
+                                              &LOGDOMConfigurator::runExclusively);
   }
 }
 
@@ -196,8 +212,12 @@ void LOGDOMConfigurator::applyProcIDtoFileAppender(int on) {
 }
 
 int LOGDOMConfigurator::doConfigure(const I18NString& fileName, LOGLoggerRepository* repository) {
-  std::string bytes = fileName.toStdString();
-  return doConfigure(bytes.data(), repository);
+  int configured = 0;
+  logContainingFailures(DO_CONFIGURE_TEXTS, [&] {
+    std::string bytes = fileName.toStdString();
+    configured = doConfigure(bytes.data(), repository);
+  });
+  return configured;
 }
 
 int LOGDOMConfigurator::doConfigure(char* fileName, LOGLoggerRepository* repository) {
@@ -238,6 +258,7 @@ bool LOGDOMConfigurator::parse(const ZEBIDOM_Element& root) {
     return false;
   }
   applyRootAttributes(root);
+  beginRun(root);
   // Logger factories first, wherever they stand, because loggers may need them.
   forEachChildElement(root, [this](const ZEBIDOM_Element& child) {
     if (child.getTagName() == CATEGORY_FACTORY_TAG) {
@@ -257,7 +278,7 @@ bool LOGDOMConfigurator::parse(const ZEBIDOM_Element& root) {
       parseRenderer(child);
     }
   });
-  replaceStaleAppenders();
+  endRun();
   return true;
 }
 
@@ -313,9 +334,11 @@ void LOGDOMConfigurator::parseCategoryFactory(const ZEBIDOM_Element& element) {
   requireExport(function != nullptr, "ZEB_ASSERT_NAMED(function != NULL, \"getLoggerFactory\");",
                 __LINE__);
   LOGLoggerFactory* const factory = function();
-  if (factory != nullptr) {
-    m_loggerFactory = factory;
+  if (factory == nullptr) {
+    LOGLogLog::debug("The library [" + className + "] has made no logger factory.");
+    return;
   }
+  m_loggerFactory = factory;
 }
 
 void LOGDOMConfigurator::parseLogger(const ZEBIDOM_Element& element) {
@@ -370,31 +393,40 @@ void LOGDOMConfigurator::parseChildrenOfLoggerElement(const ZEBIDOM_Element& ele
   LOGLogLog::debug(
       "LOGDOMConfigurator::parseChildrenOfLoggerElement : remove all appenders from logger " +
       logger->getName());
-  logger->removeAllAppenders(&m_appenderBag);
+  retireAppendersOf(*logger);
+  std::vector<LOGAppenderSkeleton*> appenders;
   forEachChildElement(element, [&](const ZEBIDOM_Element& child) {
     const I18NString tag = child.getTagName();
     if (tag == APPENDER_REF_TAG) {
-      attachReferenced(child, *logger);
+      LOGAppenderSkeleton* const appender = referencedAppender(child, *logger);
+      if (appender != nullptr) {
+        appenders.push_back(appender);
+      }
     } else if (tag == LEVEL_TAG || tag == PRIORITY_TAG) {
       parseLevel(child, *logger, isRoot);
     } else if (tag == PARAM_TAG) {
       setParameter(child, logger);
     }
   });
+  // Only now, and all together: until here the logger had its old appenders, still open.
+  logger->replaceAppenders(appenders);
+  for (LOGAppenderSkeleton* const appender : appenders) {
+    m_repository->fireAddAppenderEvent(logger, appender);
+  }
 }
 
-void LOGDOMConfigurator::attachReferenced(const ZEBIDOM_Element& reference, LOGLogger& logger) {
+LOGAppenderSkeleton* LOGDOMConfigurator::referencedAppender(const ZEBIDOM_Element& reference,
+                                                            const LOGLogger& logger) {
   const I18NString name = reference.getAttribute(REF_ATTR);
   LOGAppenderSkeleton* const appender = findAppenderByReference(reference);
   if (appender == nullptr) {
     LOGLogLog::debug("LOGDOMConfigurator::parseChildrenOfLoggerElement : Appender named [" + name +
                      "] not found.");
-    return;
+  } else {
+    LOGLogLog::debug("LOGDOMConfigurator::parseChildrenOfLoggerElement : Adding appender named [" +
+                     name + "] to logger [" + logger.getName() + "]");
   }
-  LOGLogLog::debug("LOGDOMConfigurator::parseChildrenOfLoggerElement : Adding appender named [" +
-                   name + "] to logger [" + logger.getName() + "]");
-  logger.addAppender(appender);
-  m_repository->fireAddAppenderEvent(&logger, appender);
+  return appender;
 }
 
 void LOGDOMConfigurator::parseLevel(const ZEBIDOM_Element& element, LOGLogger& logger,
@@ -451,8 +483,7 @@ LOGAppenderSkeleton* LOGDOMConfigurator::findAppenderByReference(const ZEBIDOM_E
 LOGAppenderSkeleton* LOGDOMConfigurator::findAppenderByName(const ZEBIDOM_Document& document,
                                                             const I18NString& name) {
   constexpr const char* PREFIX = "LOGDOMConfigurator::findAppenderByName : ";
-  auto* const known = static_cast<LOGAppenderSkeleton*>(m_appenderBag.get(name));
-  if (known != nullptr && known->isStale() == 0) {
+  if (LOGAppenderSkeleton* const known = usableAppender(name)) {
     LOGLogLog::debug(PREFIX + ("The appender " + name) +
                      " already exists in appender bag, return it.");
     return known;
@@ -471,7 +502,7 @@ LOGAppenderSkeleton* LOGDOMConfigurator::findAppenderByName(const ZEBIDOM_Docume
   const bool isCircle =
       std::find(m_appendersUnderConstruction.begin(), m_appendersUnderConstruction.end(), name) !=
       m_appendersUnderConstruction.end();
-  if (element.isNull() || isCircle) {
+  if (element.isNull() || isCircle || m_appendersUnderConstruction.size() == DEEPEST_REFERENCES) {
     LOGLogLog::error(PREFIX + ("No appender named [" + name) + "] could be found.");
     return nullptr;
   }
@@ -480,7 +511,7 @@ LOGAppenderSkeleton* LOGDOMConfigurator::findAppenderByName(const ZEBIDOM_Docume
   m_appendersUnderConstruction.pop_back();
   if (appender != nullptr) {
     LOGLogLog::debug(PREFIX + ("Put appender " + name) + " into the appender bag.");
-    m_appenderBag.put(name, appender);
+    m_appenderBag->put(name, appender);
   }
   return appender;
 }
@@ -719,26 +750,88 @@ std::vector<LOGLogger*> LOGDOMConfigurator::allLoggers() const {
   return loggers;
 }
 
-void LOGDOMConfigurator::replaceStaleAppenders() {
-  const std::vector<LOGLogger*> loggers = allLoggers();
-  for (const auto& stale : m_appenders) {
-    auto* const live = static_cast<LOGAppenderSkeleton*>(m_appenderBag.get(stale->getName()));
-    if (stale->isStale() == 0 || live == nullptr || live->isStale() != 0) {
-      continue;
-    }
-    for (LOGLogger* const logger : loggers) {
-      if (logger->isAttached(stale.get()) != 0) {
-        // Both under one lock, so that no event finds neither of them.
-        const ZEBThreadGuard guard(logger->getCriticalSection());
-        logger->removeAppender(stale.get());
-        logger->addAppender(live);
-      }
+void LOGDOMConfigurator::beginRun(const ZEBIDOM_Element& root) {
+  m_retired.clear();
+  // With room for every name, because a table that grows loses some.
+  const std::size_t names =
+      m_appenders.size() + root.getElementsByTagName(APPENDER_TAG).getLength() + 1;
+  auto bag = std::make_unique<LOGHashtable>(static_cast<int>(2 * names));
+  for (const auto& appender : m_appenders) {
+    bag->put(appender->getName(), appender.get());
+  }
+  m_appenderBag->forget();
+  m_appenderBag = std::move(bag);
+}
+
+void LOGDOMConfigurator::retireAppendersOf(const LOGLogger& logger) {
+  for (LOGAppenderSkeleton* const appender : logger.snapshotOfAppenders()) {
+    if (!isRetired(*appender)) {
+      const LOGObject* const known = m_appenderBag->get(appender->getName());
+      m_retired.push_back({appender, known == static_cast<LOGObject*>(appender)});
     }
   }
 }
 
+bool LOGDOMConfigurator::isRetired(const LOGAppenderSkeleton& appender) const {
+  return std::any_of(m_retired.begin(), m_retired.end(),
+                     [&](const Retired& retired) { return retired.appender == &appender; });
+}
+
+LOGAppenderSkeleton* LOGDOMConfigurator::usableAppender(const I18NString& name) const {
+  auto* const known = static_cast<LOGAppenderSkeleton*>(m_appenderBag->get(name));
+  const bool isUsable =
+      known != nullptr && known->isStale() == 0 && !isRetired(*known) && !known->isClosedForGood();
+  return isUsable ? known : nullptr;
+}
+
+void LOGDOMConfigurator::endRun() {
+  for (LOGLogger* const logger : allLoggers()) {
+    contained([&] { replaceUnusableAppenders(*logger); });
+  }
+  closeRetiredAppenders();
+  const auto firstStale =
+      std::stable_partition(m_appenders.begin(), m_appenders.end(),
+                            [](const auto& appender) { return appender->isStale() == 0; });
+  std::move(firstStale, m_appenders.end(), std::back_inserter(m_staleAppenders));
+  m_appenders.erase(firstStale, m_appenders.end());
+}
+
+void LOGDOMConfigurator::replaceUnusableAppenders(LOGLogger& logger) const {
+  // Removal and addition under one lock, so that no event finds neither of them.
+  const ZEBThreadGuard guard(logger.getCriticalSection());
+  for (LOGAppenderSkeleton* const appender : logger.snapshotOfAppenders()) {
+    if (appender->isStale() == 0 && !isRetired(*appender)) {
+      continue;
+    }
+    LOGAppenderSkeleton* const live = usableAppender(appender->getName());
+    if (live != nullptr) {
+      logger.removeAppender(appender);
+      logger.addAppender(live);
+    }
+  }
+}
+
+void LOGDOMConfigurator::closeRetiredAppenders() {
+  for (const Retired& retired : m_retired) {
+    contained([&] {
+      if (retired.wasInBag) {
+        retired.appender->markAsStale();
+      }
+      LOGAsyncAppender::flushReachable({retired.appender}, LONGEST_FLUSH);
+      retired.appender->close();
+    });
+  }
+  m_retired.clear();
+}
+
 void LOGDOMConfigurator::detachFromLoggers(LOGAppenderSkeleton* appender) const {
   for (LOGLogger* const logger : allLoggers()) {
+    const ZEBThreadGuard guard(logger->getCriticalSection());
     logger->removeAppender(appender);
+    for (LOGAppenderSkeleton* const attached : logger->snapshotOfAppenders()) {
+      if (auto* const holder = dynamic_cast<LOGAppenderAttachable*>(attached)) {
+        holder->removeAppender(appender);
+      }
+    }
   }
 }

@@ -25,10 +25,12 @@ class ZEBSharedLibrary;
 /// their layouts, filters and error handlers, and loggers with levels and additivity. There is one
 /// configurator in the process; it owns what it has built and frees it when it is shut down.
 ///
-/// A document may be applied again and again, also while other threads log. An appender that is
-/// open is used again; one that the removal from a re-read logger has closed is stale and is built
-/// anew. Runs and shutdowns wait for each other. No operation lets an exception out: what is wrong
-/// in a document is reported through the diagnostics, and reading goes on with the next element.
+/// A document may be applied again and again, also while other threads log. An appender that no
+/// re-read logger had is used again; one that was taken from such a logger is stale and is built
+/// anew. It stays open until the loggers have their new appenders, so that an event in between is
+/// not lost, and is closed at the end of the run. Runs and shutdowns wait for each other. No
+/// operation lets an exception out: what is wrong in a document is reported through the
+/// diagnostics, and reading goes on with the next element.
 class LOG4ZEB_EXPORT LOGDOMConfigurator : public LOGConfigurator, public ZEBThreadLockableResource {
  public:
   /// Makes the configurator, unless it exists. Throws ZEBOutOfMemoryError.
@@ -104,7 +106,8 @@ class LOG4ZEB_EXPORT LOGDOMConfigurator : public LOGConfigurator, public ZEBThre
   LOGLogger* findLogger(const I18NString& name, const I18NString& className);
   void parseRoot(const ZEBIDOM_Element& element);
   void parseChildrenOfLoggerElement(const ZEBIDOM_Element& element, LOGLogger* logger, bool isRoot);
-  void attachReferenced(const ZEBIDOM_Element& reference, LOGLogger& logger);
+  LOGAppenderSkeleton* referencedAppender(const ZEBIDOM_Element& reference,
+                                          const LOGLogger& logger);
   void parseLevel(const ZEBIDOM_Element& element, LOGLogger& logger, bool isRoot);
   void parseRenderer(const ZEBIDOM_Element& element);
 
@@ -129,7 +132,13 @@ class LOG4ZEB_EXPORT LOGDOMConfigurator : public LOGConfigurator, public ZEBThre
   static I18NString addProcIDToFileName(const I18NString& name, int processId);
 
   std::vector<LOGLogger*> allLoggers() const;
-  void replaceStaleAppenders();
+  void beginRun(const ZEBIDOM_Element& root);
+  void endRun();
+  void retireAppendersOf(const LOGLogger& logger);
+  bool isRetired(const LOGAppenderSkeleton& appender) const;
+  LOGAppenderSkeleton* usableAppender(const I18NString& name) const;
+  void replaceUnusableAppenders(LOGLogger& logger) const;
+  void closeRetiredAppenders();
   void detachFromLoggers(LOGAppenderSkeleton* appender) const;
 
   static LOGDOMConfigurator* m_domConfig;    // guarded by the run lock, like all below
@@ -137,17 +146,25 @@ class LOG4ZEB_EXPORT LOGDOMConfigurator : public LOGConfigurator, public ZEBThre
   static ZEBSharedLibrary& m_hFactInst;      // never unloaded, nor is the next
   static ZEBSharedLibrary& m_hDyeTraceFilterInst;
 
-  LOGHashtable m_appenderBag;  // newest appender of each name; owns none
+  /// An appender taken from a logger that this run has read again.
+  struct Retired {
+    LOGAppenderSkeleton* appender;
+    bool wasInBag;
+  };
+
+  std::unique_ptr<LOGHashtable> m_appenderBag;  // newest appender of each name; owns none
   LOGHashtable m_objectTable;  // layouts, filters and error handlers by class; owns none
   LOGLoggerRepository* m_repository = nullptr;
   int m_procIdFlag = 0;
   int m_procId = 0;
 
   std::vector<I18NString> m_appendersUnderConstruction;
+  std::vector<Retired> m_retired;
   // What the configurator frees, in the opposite order.
   std::vector<std::unique_ptr<LOGFilter>> m_filters;
   std::vector<std::unique_ptr<LOGLayout>> m_layouts;
   std::vector<std::unique_ptr<LOGAppenderSkeleton>> m_appenders;
+  std::vector<std::unique_ptr<LOGAppenderSkeleton>> m_staleAppenders;  // a program may know them
 };
 
 #endif

@@ -10,6 +10,9 @@
 #include "filters/LOGStringMatchFilter.h"
 #include "layouts/LOGPatternLayout.h"
 #include "layouts/LOGTTCCLayout.h"
+#include "net/LOGLocalUDPAppender.h"
+#include "net/LOGSyslogAppender.h"
+#include "net/LOGTCPSocketAppender.h"
 #include "platform/I18NLocale.h"
 #include "platform/ZEBUtConvert.h"
 
@@ -73,6 +76,28 @@ void setMaximumFileSize(LOGObject& object, const I18NString& value, const FileNa
       static_cast<std::uint64_t>(std::int64_t{ZEBUtConvert::toInt(value)}));
 }
 
+void setSyslogHost(LOGObject& object, const I18NString& value, const FileNameResolver&) {
+  as<LOGSyslogAppender>(object).setSyslogHost(value);
+}
+
+void setFacility(LOGObject& object, const I18NString& value, const FileNameResolver&) {
+  as<LOGSyslogAppender>(object).setFacility(value);
+}
+
+void setRemoteHost(LOGObject& object, const I18NString& value, const FileNameResolver&) {
+  as<LOGTCPSocketAppender>(object).setRemoteHost(value);
+}
+
+template <typename Component, void (Component::*SET)(int)>
+void setInt(LOGObject& object, const I18NString& value, const FileNameResolver&) {
+  (as<Component>(object).*SET)(ZEBUtConvert::toInt(value));
+}
+
+template <void (LOGTCPSocketAppender::*SET)(int)>
+void setTCPSwitch(LOGObject& object, const I18NString& value, const FileNameResolver&) {
+  (as<LOGTCPSocketAppender>(object).*SET)(unlessFalse(value));
+}
+
 void setDateFormat(LOGObject& object, const I18NString& value, const FileNameResolver&) {
   as<LOGTTCCLayout>(object).setDateFormat(value);
 }
@@ -94,6 +119,19 @@ constexpr Row ROWS[] = {
     {"LOGRollingFileAppender", "File", NameCase::Exact, setRollingFile},
     {"LOGRollingFileAppender", "MaxBackupIndex", NameCase::Exact, setMaxBackupIndex},
     {"LOGRollingFileAppender", "MaximumFileSize", NameCase::Exact, setMaximumFileSize},
+    {"LOGSyslogAppender", "Host", NameCase::Exact, setSyslogHost},
+    {"LOGSyslogAppender", "Facility", NameCase::Exact, setFacility},
+    {"LOGLocalUDPAppender", "Port", NameCase::Exact,
+     setInt<LOGLocalUDPAppender, &LOGLocalUDPAppender::setPort>},
+    {"LOGTCPSocketAppender", "RemoteHost", NameCase::Any, setRemoteHost},
+    {"LOGTCPSocketAppender", "Port", NameCase::Any,
+     setInt<LOGTCPSocketAppender, &LOGTCPSocketAppender::setPort>},
+    {"LOGTCPSocketAppender", "LocationInfo", NameCase::Any,
+     setTCPSwitch<&LOGTCPSocketAppender::setLocationInfo>},
+    {"LOGTCPSocketAppender", "Secure", NameCase::Any,
+     setTCPSwitch<&LOGTCPSocketAppender::setSecure>},
+    {"LOGTCPSocketAppender", "ReconnectionDelay", NameCase::Any,
+     setInt<LOGTCPSocketAppender, &LOGTCPSocketAppender::setReconnectionDelay>},
     {"LOGTTCCLayout", "DateFormat", NameCase::Any, setDateFormat},
     {"LOGPatternLayout", "ConversionPattern", NameCase::Any, setConversionPattern},
 };

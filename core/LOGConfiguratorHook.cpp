@@ -4,15 +4,29 @@
 
 namespace {
 
-std::atomic<void (*)()> g_shutdown{nullptr};
+std::atomic<LOGConfiguratorHook::Shutdown> g_shutdown{nullptr};
+std::atomic<LOGConfiguratorHook::RunExclusively> g_runExclusively{nullptr};
 
 }  // namespace
 
-void LOGConfiguratorHook::registerShutdown(void (*shutdown)()) noexcept { g_shutdown = shutdown; }
+void LOGConfiguratorHook::registerConfigurator(Shutdown shutdown,
+                                               RunExclusively runExclusively) noexcept {
+  g_shutdown = shutdown;
+  g_runExclusively = runExclusively;
+}
 
 void LOGConfiguratorHook::shutdown() {
-  void (*const registered)() = g_shutdown;
+  const Shutdown registered = g_shutdown;
   if (registered != nullptr) {
     registered();
+  }
+}
+
+void LOGConfiguratorHook::runExclusively(const std::function<void()>& operation) {
+  const RunExclusively registered = g_runExclusively;
+  if (registered != nullptr) {
+    registered(operation);
+  } else {
+    operation();
   }
 }

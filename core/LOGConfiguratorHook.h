@@ -1,13 +1,21 @@
 #ifndef CORE_LOGCONFIGURATORHOOK_H
 #define CORE_LOGCONFIGURATORHOOK_H
 
-/// Lets the hierarchy end the configurator, which is built on top of it: the configurator registers
-/// how it is shut down, and the hierarchy's shutdown calls that.
+#include <functional>
+
+/// Lets the hierarchy work with the configurator, which is built on top of it: the configurator
+/// registers how it is shut down and how its runs are kept away, and the hierarchy's shutdown uses
+/// both.
 class LOGConfiguratorHook {
  public:
-  static void registerShutdown(void (*shutdown)()) noexcept;
+  using Shutdown = void (*)();
+  using RunExclusively = void (*)(const std::function<void()>& operation);
+
+  static void registerConfigurator(Shutdown shutdown, RunExclusively runExclusively) noexcept;
   /// Calls what was registered, if anything.
   static void shutdown();
+  /// Runs `operation` while no run of the configurator is under way.
+  static void runExclusively(const std::function<void()>& operation);
 };
 
 #endif

@@ -20,6 +20,15 @@ inline void logReportSwallowed(const I18NString& text, ZEBThrowable& failure) no
   }
 }
 
+/// Writes `text` to the diagnostics as an error, whatever that may throw.
+inline void logReport(const char* text) noexcept {
+  try {
+    LOGLogLog::error(text);
+  } catch (const std::exception&) {
+    // There is nowhere left to report to.
+  }
+}
+
 /// What an operation reports for a text that could not be converted, for another exception of the
 /// library's family, and for anything else.
 struct LOGFailureTexts {
@@ -43,7 +52,7 @@ bool logReportingFailures(const LOGFailureTexts& texts, Operation&& operation) {
   } catch (ZEBThrowable& failure) {
     logReportSwallowed(texts.throwable, failure);
   } catch (...) {
-    LOGLogLog::error(texts.other);
+    logReport(texts.other);
     throw;
   }
   return false;
@@ -66,9 +75,10 @@ auto logReportingAndPassing(const char* text, Operation&& operation) -> decltype
   try {
     return std::forward<Operation>(operation)();
   } catch (ZEBThrowable& failure) {
-    LOGLogLog::error(text, failure);
+    logReportSwallowed(text, failure);
+    throw;
   } catch (...) {
-    LOGLogLog::error(text);
+    logReport(text);
     throw;
   }
 }

@@ -124,6 +124,18 @@ int LOGHashtable::remove(const I18NString& name) {
   return remove(&key);
 }
 
+void LOGHashtable::removeLost(const LOGObject* value) {
+  for (Node** link = &m_lost; *link != nullptr; link = &(*link)->next) {
+    if ((*link)->value == value) {
+      Node* const node = *link;
+      *link = node->next;
+      deleteNode(node);
+      --m_count;
+      return;
+    }
+  }
+}
+
 void LOGHashtable::deleteNode(Node* node) {
   delete node->value;
   delete node->key;

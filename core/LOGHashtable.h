@@ -44,6 +44,8 @@ class LOG4ZEB_EXPORT LOGHashtable : public LOGMutex {
   /// none.
   int remove(const LOGLoggerKey* key);
   int remove(const I18NString& name);
+  /// Deletes the entry of that value if a growth has lost it, which the others do not find.
+  void removeLost(const LOGObject* value);
   /// The number of entries, those that a growth lost included.
   int size() const noexcept { return m_count; }
   void clear();

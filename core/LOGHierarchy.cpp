@@ -3,6 +3,7 @@
 #include <mutex>
 #include <utility>
 
+#include "appenders/LOGAsyncAppender.h"
 #include "core/LOGConfiguratorHook.h"
 #include "core/LOGFailures.h"
 #include "core/LOGLogger.h"
@@ -15,7 +16,7 @@ namespace {
 constexpr const char* SOURCE = "LOGHierarchy";
 constexpr const char* LOGGER_TAG = "LOGLogger";
 constexpr const char* PROVISION_TAG = "LOGProvisionNode";
-constexpr long NO_DOT = I18NString::NOT_FOUND;
+constexpr int LONGEST_FLUSH = 2000;  // milliseconds for each asynchronous appender
 
 bool isLogger(const LOGObject* object) {
   return object != nullptr && object->instanceOf() == LOGGER_TAG;
@@ -59,6 +60,7 @@ void LOGHierarchy::setThreshold(const I18NString& level) {
 
 void LOGHierarchy::setThreshold(LOGLevel* level) {
   if (level != nullptr) {
+    const ZEBThreadGuard guard(getCriticalSection());
     m_threshold = level;
     m_thresholdInt = level->toInt();
   }
@@ -114,8 +116,8 @@ std::unique_ptr<LOGLogger> LOGHierarchy::createLogger(const I18NString& name,
 }
 
 bool LOGHierarchy::enter(const I18NString& name, std::unique_ptr<LOGLogger> logger) {
-  m_allLoggers.push_back(logger.get());
   m_notInTable.push_back(std::move(logger));
+  m_allLoggers.push_back(m_notInTable.back().get());
   if (m_ht->put(name, m_allLoggers.back()) == 0) {
     return false;
   }
@@ -247,6 +249,13 @@ void LOGHierarchy::forEachLogger(Operation operation) const {
 
 void LOGHierarchy::shutdown() {
   ZEB_ASSERT(m_root, SOURCE, __LINE__);
+  LOGConfiguratorHook::runExclusively([this] { shutdownExclusively(); });
+}
+
+void LOGHierarchy::shutdownExclusively() {
+  forEachLogger([](LOGLogger& logger) {
+    LOGAsyncAppender::flushReachable(logger.snapshotOfAppenders(), LONGEST_FLUSH);
+  });
   forEachLogger([](LOGLogger& logger) { logger.closeNestedAppenders(); });
   forEachLogger([](LOGLogger& logger) { logger.removeAllAppenders(); });
   LOGLogLog::shutdown();

@@ -58,7 +58,8 @@ class LOG4ZEB_EXPORT LOGHierarchy : public LOGMutex,
   /// refused.
   std::vector<LOGLogger*> getAllLoggers() const;
 
-  /// Closes and removes all appenders, then shuts down the diagnostics and the configurator.
+  /// Lets asynchronous appenders pass on what they have queued, up to two seconds each; closes and
+  /// removes all appenders; then shuts down the diagnostics and the configurator.
   void shutdown() override;
   /// Shuts down and gives every logger the state of a new one.
   void resetConfiguration() override;
@@ -85,6 +86,7 @@ class LOG4ZEB_EXPORT LOGHierarchy : public LOGMutex,
   LOGLogger* addNew(const I18NString& name, LOGLoggerFactory* factory);
   std::vector<LOGLogger*> findChildren(const LOGProvisionNode* provisionNode, LOGLogger* logger);
   LOGLogger* findParent(LOGLogger* logger);
+  void shutdownExclusively();
   template <typename Operation>
   void forEachLogger(Operation operation) const;
 

@@ -103,7 +103,8 @@ LOGLevel* LOGLevel::toLevel(int val, LOGLevel* defaultLevel) {
   if (slot->load(std::memory_order_acquire) == nullptr) {
     initialize();
   }
-  return slot->load(std::memory_order_acquire);
+  LOGLevel* const found = slot->load(std::memory_order_acquire);
+  return found == nullptr ? defaultLevel : found;
 }
 
 void LOGLevel::createIfMissing(std::atomic<LOGLevel*>& slot, int rank, const char* name,

@@ -241,6 +241,11 @@ void LOGLogger::removeAppender(LOGAppenderSkeleton* appender) {
          [&] { m_aai.removeAppender(appender); });
 }
 
+void LOGLogger::replaceAppenders(const std::vector<LOGAppenderSkeleton*>& appenders) {
+  locked(*this, "LOGLogger::replaceAppenders -- unable to lock mutex",
+         [&] { m_aai.replaceAppenders(appenders); });
+}
+
 void LOGLogger::closeNestedAppenders() {
   locked(*this, "LOGLogger::closeNestedAppenders -- unable to lock mutex",
          [&] { m_aai.forEach([](LOGAppenderSkeleton& appender) { appender.close(); }); });

@@ -130,6 +130,11 @@ class LOG4ZEB_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   void removeAllAppenders(LOGHashtable* table);
   void removeAppender(const I18NString& name) override;
   void removeAppender(LOGAppenderSkeleton* appender) override;
+  /// The appenders as they are now, without taking the logger's lock.
+  std::vector<LOGAppenderSkeleton*> snapshotOfAppenders() const { return m_aai.snapshot(); }
+  /// Attaches these appenders in place of those there, which are not closed, in one step: no event
+  /// meets a part of either set.
+  void replaceAppenders(const std::vector<LOGAppenderSkeleton*>& appenders);
   /// Closes the appenders, which stay attached.
   void closeNestedAppenders();
 

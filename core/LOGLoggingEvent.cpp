@@ -23,7 +23,8 @@ constexpr const char* SOURCE = "LOGLoggingEvent";
 constexpr const char* LEVEL_METHOD = "toLevel";
 
 std::unique_ptr<LOGObject> cloneOf(const LOGObject* message) {
-  return std::unique_ptr<LOGObject>(message == nullptr ? nullptr : message->clone());
+  return std::unique_ptr<LOGObject>(zebTranslate(
+      SOURCE, __LINE__, [message] { return message == nullptr ? nullptr : message->clone(); }));
 }
 
 }  // namespace
@@ -85,8 +86,10 @@ I18NString* LOGLoggingEvent::getRenderedMessage() {
     return nullptr;
   }
   auto* const renderers = dynamic_cast<LOGRendererSupport*>(m_logger->getRepository());
-  return renderers == nullptr ? nullptr
-                              : renderers->getRendererMap()->findAndRender(m_message.get());
+  return zebTranslate(SOURCE, __LINE__, [&]() -> I18NString* {
+    return renderers == nullptr ? nullptr
+                                : renderers->getRendererMap()->findAndRender(m_message.get());
+  });
 }
 
 void LOGLoggingEvent::setRenderedMessage(const I18NString& text) { m_renderedMessage = text; }

@@ -77,6 +77,7 @@ void LOGManager::shutdown() {
 
 void LOGManager::setRepositorySelector(LOGRepositorySelector* selector, LOGObject* guard) {
   ZEB_ASSERT(guard, SOURCE, __LINE__);
+  const ZEBThreadGuard initGuard(g_initLock);
   m_guard = guard;
   m_repositorySelector = selector;
 }

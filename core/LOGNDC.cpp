@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <memory>
+#include <utility>
 
 #include "core/LOGHashtable.h"
 #include "core/LOGStack.h"
@@ -9,6 +10,7 @@
 #include "platform/ZEBOutOfMemoryError.h"
 #include "platform/ZEBThread.h"
 #include "platform/ZEBThreadGuard.h"
+#include "platform/ZEBTranslate.h"
 #include "platform/ZEBUtConvert.h"
 
 namespace {
@@ -23,9 +25,10 @@ std::atomic<unsigned> g_generation{0};
 struct ThreadState {
   LOGStack* stack;
   unsigned generation;
+  const LOGDiagnosticContext* popped;  // owned; what pop() returned is part of it
   bool hasEnded;
 };
-thread_local ThreadState t_state = {nullptr, 0, false};
+thread_local ThreadState t_state = {nullptr, 0, nullptr, false};
 
 I18NString currentThreadKey() { return ZEBUtConvert::handleCvt(ZEBThread::currentThreadId()); }
 
@@ -44,6 +47,7 @@ class LOGNDC::ThreadEnd {
   ThreadEnd& operator=(const ThreadEnd&) = delete;
   ~ThreadEnd() {
     LOGNDC::remove();
+    delete std::exchange(t_state.popped, nullptr);
     t_state.hasEnded = true;
   }
   void arm() const {}
@@ -79,11 +83,21 @@ LOGStack& LOGNDC::adopt(LOGStack* stack) {
 }
 
 void LOGNDC::push(const I18NString& message) {
-  LOGStack* stack = currentStack();
-  if (stack == nullptr) {
-    stack = &adopt(new LOGStack(currentThreadKey()));
+  zebTranslate(SOURCE, __LINE__, [&] {
+    LOGStack* stack = currentStack();
+    if (stack == nullptr) {
+      stack = &adopt(new LOGStack(currentThreadKey()));
+    }
+    stack->push(std::make_unique<LOGDiagnosticContext>(message, stack->peek()));
+  });
+}
+
+void LOGNDC::removeEmptyAfterThreadEnd() {
+  // Nothing will remove the stack of a destructor that runs later than that of this thread's entry.
+  const LOGStack* const stack = currentStack();
+  if (t_state.hasEnded && stack != nullptr && stack->isEmpty() != 0) {
+    remove();
   }
-  stack->push(std::make_unique<LOGDiagnosticContext>(message, stack->peek()));
 }
 
 const I18NString& LOGNDC::pop() {
@@ -91,9 +105,14 @@ const I18NString& LOGNDC::pop() {
   if (stack == nullptr || stack->isEmpty() != 0) {
     return emptyText();
   }
-  const LOGObject* const popObj = stack->pop();
+  std::unique_ptr<LOGDiagnosticContext> popObj = stack->pop();
   ZEB_ASSERT(popObj, SOURCE, __LINE__);
-  return popObj->toString();
+  delete std::exchange(t_state.popped, popObj.release());
+  if (!t_state.hasEnded) {
+    ThreadEnd::t_instance.arm();
+  }
+  removeEmptyAfterThreadEnd();
+  return t_state.popped->toString();
 }
 
 const I18NString& LOGNDC::peek() {
@@ -125,6 +144,7 @@ void LOGNDC::setMaxDepth(int maxDepth) {
   LOGStack* const stack = currentStack();
   if (stack != nullptr && maxDepth < stack->size()) {
     stack->setSize(maxDepth);
+    removeEmptyAfterThreadEnd();
   }
 }
 
@@ -135,7 +155,9 @@ void LOGNDC::remove() {
   if (stack != nullptr) {
     t_state.stack = nullptr;
     const ZEBThreadGuard guard(table().getCriticalSection());
-    table().remove(stack->toString());
+    if (table().remove(stack->toString()) == -1) {
+      table().removeLost(stack);
+    }
   }
 }
 
@@ -147,11 +169,12 @@ void LOGNDC::lazyRemove() {
 
 LOGStack* LOGNDC::cloneStack() {
   const LOGStack* const stack = currentStack();
-  return stack == nullptr ? nullptr : new LOGStack(*stack);
+  return zebTranslate(SOURCE, __LINE__,
+                      [stack] { return stack == nullptr ? nullptr : new LOGStack(*stack); });
 }
 
 void LOGNDC::inherit(LOGStack* stack) {
   if (stack != nullptr) {
-    adopt(new LOGStack(currentThreadKey(), *stack));
+    zebTranslate(SOURCE, __LINE__, [&] { adopt(new LOGStack(currentThreadKey(), *stack)); });
   }
 }

@@ -41,6 +41,7 @@ class LOG4ZEB_EXPORT LOGNDC {
   static LOGHashtable& table();
   static LOGStack* currentStack();
   static LOGStack& adopt(LOGStack* stack);
+  static void removeEmptyAfterThreadEnd();
 };
 
 #endif

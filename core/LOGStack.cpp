@@ -21,13 +21,13 @@ void LOGStack::push(std::unique_ptr<LOGDiagnosticContext> entry) {
   m_entries.push_back(std::move(entry));
 }
 
-const LOGDiagnosticContext* LOGStack::pop() {
+std::unique_ptr<LOGDiagnosticContext> LOGStack::pop() {
   if (m_entries.empty()) {
     return nullptr;
   }
-  m_popped = std::move(m_entries.back());
+  std::unique_ptr<LOGDiagnosticContext> top = std::move(m_entries.back());
   m_entries.pop_back();
-  return m_popped.get();
+  return top;
 }
 
 const LOGDiagnosticContext* LOGStack::peek() const {

@@ -20,9 +20,8 @@ class LOG4ZEB_EXPORT LOGStack : public LOGObject, public LOGMutex {
   LOGStack& operator=(const LOGStack&) = delete;
 
   void push(std::unique_ptr<LOGDiagnosticContext> entry);
-  /// Removes the top entry and returns it, null when the stack is empty. It is kept until the next
-  /// pop.
-  const LOGDiagnosticContext* pop();
+  /// Removes and returns the top entry, null when the stack is empty.
+  std::unique_ptr<LOGDiagnosticContext> pop();
   /// The top entry, null when the stack is empty.
   const LOGDiagnosticContext* peek() const;
   int isEmpty() const { return m_entries.empty() ? 1 : 0; }
@@ -34,7 +33,6 @@ class LOG4ZEB_EXPORT LOGStack : public LOGObject, public LOGMutex {
 
  private:
   std::vector<std::unique_ptr<LOGDiagnosticContext>> m_entries;
-  std::unique_ptr<LOGDiagnosticContext> m_popped;
 };
 
 #endif

@@ -1,6 +1,7 @@
 #ifndef PLATFORM_ZEBFMDIR_H
 #define PLATFORM_ZEBFMDIR_H
 
+#include <cstdint>
 #include <string>
 #include <utility>
 #include <vector>
@@ -27,6 +28,10 @@ class ZEBFmDir {
   /// The name as it reads from the root of the file system; `name` itself when the working
   /// directory is not known.
   static I18NString absolutePath(const I18NString& name);
+  /// When the file was last modified, in nanoseconds since 1970-01-01 00:00 UTC; NO_TIME when it
+  /// cannot be told.
+  static constexpr std::int64_t NO_TIME = INT64_MIN;
+  static std::int64_t modificationTime(const I18NString& name);
   /// The names in a directory, without its path; empty when it cannot be read.
   static std::vector<std::string> list(const I18NString& directory);
 };

@@ -23,7 +23,7 @@ namespace {
 
 constexpr const char* SOURCE = "ZEBIDOM_Parser";
 
-constexpr std::size_t MEBIBYTE = 1024 * 1024;
+constexpr std::size_t MEBIBYTE = 1024UL * 1024;
 constexpr std::size_t MAX_FILE_SIZE = 64 * MEBIBYTE;
 // Documents in use nest below ten deep.
 constexpr std::size_t MAX_DEPTH = 256;
@@ -65,7 +65,7 @@ std::string readFile(const I18NString& fileName) {
   if (!file) {
     refuse("the file cannot be opened: " + std::generic_category().message(errno));
   }
-  constexpr std::size_t CHUNK = 64 * 1024;
+  constexpr std::size_t CHUNK = 65536;
   std::string bytes;
   while (file) {
     const std::size_t had = bytes.size();

@@ -24,21 +24,29 @@ class RendererTable {
   }
 
   void put(const I18NString& className, LOGObjectRenderer* renderer) {
+    Renderer replaced;  // its destructor may be any code, and runs without the lock
     const std::lock_guard<std::mutex> guard(m_lock);
-    for (const auto& entry : m_renderers) {
-      if (entry.second.get() == renderer) {
-        m_renderers[className] = entry.second;
-        return;
-      }
-    }
-    m_renderers[className] = Renderer(renderer);
-    m_isEmpty = false;
+    Renderer entered = owner(renderer);
+    replaced = std::exchange(m_renderers[className], std::move(entered));
+    m_isOriginal = false;
+  }
+
+  void setDefault(LOGObjectRenderer* renderer) {
+    Renderer replaced;
+    const std::lock_guard<std::mutex> guard(m_lock);
+    replaced = std::exchange(m_default, owner(renderer));
+    m_isOriginal = false;
+  }
+
+  Renderer getDefault() const {
+    const std::lock_guard<std::mutex> guard(m_lock);
+    return m_default;
   }
 
   Renderer find(const I18NString& className) const {
     // Nearly every program renders with the default alone and need not wait for the lock.
-    if (m_isEmpty) {
-      return m_default;
+    if (m_isOriginal) {
+      return m_original;
     }
     const std::lock_guard<std::mutex> guard(m_lock);
     const auto found = m_renderers.find(className);
@@ -49,14 +57,30 @@ class RendererTable {
     std::map<I18NString, Renderer> dropped;
     const std::lock_guard<std::mutex> guard(m_lock);
     dropped.swap(m_renderers);
-    m_isEmpty = true;
+    m_isOriginal = m_default == m_original;
   }
 
  private:
+  /// Shares the ownership with the entry that has the renderer already.
+  Renderer owner(LOGObjectRenderer* renderer) const {
+    for (const Renderer& candidate : {m_original, m_default}) {
+      if (candidate.get() == renderer) {
+        return candidate;
+      }
+    }
+    for (const auto& entry : m_renderers) {
+      if (entry.second.get() == renderer) {
+        return entry.second;
+      }
+    }
+    return Renderer(renderer);
+  }
+
   mutable std::mutex m_lock;
+  const Renderer m_original = std::make_shared<LOGDefaultRenderer>();
+  Renderer m_default = m_original;             // guarded by m_lock
   std::map<I18NString, Renderer> m_renderers;  // guarded by m_lock
-  std::atomic<bool> m_isEmpty{true};
-  const Renderer m_default = std::make_shared<LOGDefaultRenderer>();
+  std::atomic<bool> m_isOriginal{true};
 };
 
 }  // namespace
@@ -80,14 +104,27 @@ void LOGRendererMap::load(const I18NString& className, const I18NString& renderi
 }
 
 LOGObjectRenderer* LOGRendererMap::get(const I18NString& className) const {
-  return RendererTable::instance().find(className).get();
+  return share(className).get();
+}
+
+std::shared_ptr<LOGObjectRenderer> LOGRendererMap::share(const I18NString& className) const {
+  return RendererTable::instance().find(className);
 }
 
 I18NString* LOGRendererMap::findAndRender(LOGObject* object) const {
   if (object == nullptr) {
     return nullptr;
   }
-  return RendererTable::instance().find(object->instanceOf())->doRender(object);
+  const std::shared_ptr<LOGObjectRenderer> renderer = share(object->instanceOf());
+  return renderer == nullptr ? nullptr : renderer->doRender(object);
 }
 
 void LOGRendererMap::clear() { RendererTable::instance().clear(); }
+
+LOGObjectRenderer* LOGRendererMap::getDefaultRenderer() const {
+  return RendererTable::instance().getDefault().get();
+}
+
+void LOGRendererMap::setDefaultRenderer(LOGObjectRenderer* renderer) {
+  RendererTable::instance().setDefault(renderer);
+}

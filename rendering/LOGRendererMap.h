@@ -1,6 +1,8 @@
 #ifndef RENDERING_LOGRENDERERMAP_H
 #define RENDERING_LOGRENDERERMAP_H
 
+#include <memory>
+
 #include "platform/I18NString.h"
 
 class LOGObject;
@@ -19,10 +21,19 @@ class LOG4ZEB_EXPORT LOGRendererMap {
   void load(const I18NString& className, const I18NString& renderingClass);
   /// The renderer for that tag, the default one if there is none; valid until it is replaced.
   LOGObjectRenderer* get(const I18NString& className) const;
-  /// The object's text in a new string that the caller deletes; null for a null object.
+  /// The same, kept from being deleted while the result lives.
+  std::shared_ptr<LOGObjectRenderer> share(const I18NString& className) const;
+  /// The object's text in a new string that the caller deletes; null for a null object, and where
+  /// there is no renderer.
   I18NString* findAndRender(LOGObject* object) const;
   /// Drops what was put. The default renderer stays.
   void clear();
+
+  /// The renderer of objects for whose tag there is none: at first a LOGDefaultRenderer. May be
+  /// null; valid until it is replaced.
+  LOGObjectRenderer* getDefaultRenderer() const;
+  /// Takes ownership of `renderer`. After null such objects are not rendered.
+  void setDefaultRenderer(LOGObjectRenderer* renderer);
 };
 
 #endif

@@ -24,6 +24,13 @@ NEEDED=(
   'libcli11-dev header:CLI/CLI.hpp'
 )
 
+# What the tests run besides, in the same form.
+TEST_NEEDED=(
+  'chromium command:chromium'
+  'default-jdk-headless command:javac'
+  'rsyslog command:/usr/sbin/rsyslogd'
+)
+
 is_debian() {
   [[ -e /etc/debian_version ]] && command -v apt-get >/dev/null
 }
@@ -54,11 +61,11 @@ install_packages() {
   "${as_root[@]}" apt-get install -y --no-install-recommends "$@" </dev/null
 }
 
-# Makes sure that everything the build needs is there: installs it on Debian, elsewhere names what
-# is missing and stops.
+# ensure_packages [ENTRY...]: makes sure that everything the build needs is there, and the entries:
+# installs it on Debian, elsewhere names what is missing and stops.
 ensure_packages() {
   local entry missing=() names=()
-  for entry in "${NEEDED[@]}"; do
+  for entry in "${NEEDED[@]}" "$@"; do
     if ! is_present "${entry% *}" "${entry#* }"; then
       missing+=("${entry% *}")
       names+=("${entry#*:} (${entry% *} on Debian)")
@@ -68,8 +75,8 @@ ensure_packages() {
   if is_debian; then
     install_packages "${missing[@]}"
   else
-    printf '%s: missing: %s\n' "${0##*/}" "${names[@]}" >&2
-    fail "install these and run it again"
+    printf 'missing: %s\n' "${names[@]}" >&2
+    fail "install what is missing and run it again"
   fi
 }
 

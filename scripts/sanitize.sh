@@ -38,6 +38,10 @@ run_under() {
     cat -- "$report"
     status=1
   done
+  # Beside the address sanitizer, reports of undefined behaviour go to standard error only.
+  if grep ': runtime error: ' "$directory/Testing/Temporary/LastTest.log"; then
+    status=1
+  fi
   ((status == 0)) || fail "the preset $preset failed"
 }
 
@@ -46,7 +50,7 @@ case ${1-both} in
   asan | tsan) presets=("$1") ;;
   *) fail "usage: sanitize.sh [asan|tsan]" ;;
 esac
-ensure_packages
+ensure_packages "${TEST_NEEDED[@]}"
 for preset in "${presets[@]}"; do
   run_under "$preset"
 done

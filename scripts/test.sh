@@ -3,7 +3,7 @@
 set -euo pipefail
 source "$(dirname -- "${BASH_SOURCE[0]}")/lib.sh"
 
-ensure_packages
+ensure_packages "${TEST_NEEDED[@]}"
 build release
 say "running the tests"
 exec ctest --test-dir "$ROOT/build" --output-on-failure -j2 "$@"

@@ -76,7 +76,7 @@ TEST_F(Dom, BuildsTheTreeOfADocument) {
       "<!DOCTYPE log4j:configuration SYSTEM \"absent.dtd\">\n"
       "<log4j:configuration debug='null'>text<!-- left out --> goes on<![CDATA[ <&>]]>\n"
       "  <appender name=\"A\" class=\"x &lt;&#233;&gt;\"><appender/></appender>\n"
-      "  <?left out?><root/>\n"
+      "  <?left out?><root>in</root>out\n"
       "</log4j:configuration>");
   ASSERT_EQ(parsed.result, 1) << parsed.reason;
   EXPECT_EQ(parsed.line, 0);
@@ -96,7 +96,9 @@ TEST_F(Dom, BuildsTheTreeOfADocument) {
   EXPECT_EQ(children.item(1).getNextSibling(), children.item(2));
   EXPECT_EQ(children.item(3).getNodeName(), "root");
   EXPECT_EQ(children.item(3).getParentNode(), root);
-  EXPECT_TRUE(children.item(3).getFirstChild().isNull());
+  EXPECT_EQ(children.item(3).getFirstChild().getNodeValue(), "in");
+  EXPECT_TRUE(children.item(3).getFirstChild().getFirstChild().isNull());
+  EXPECT_EQ(children.item(4).getNodeValue(), "out\n");
   EXPECT_TRUE(children.item(4).getNextSibling().isNull());
   EXPECT_TRUE(children.item(5).isNull());
 

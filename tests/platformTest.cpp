@@ -113,7 +113,7 @@ TEST(List, CopiesAndMovesWholeRings) {
   const ZEBList<int> copy = list;
   ZEBList<int> moved = std::move(list);
   EXPECT_TRUE(list.isEmpty());  // NOLINT: a moved-from list is empty
-  list.add(7);
+  list.add(7);                  // NOLINT: and can be used again
   EXPECT_EQ(elements(list), std::vector<int>{7});
   list = std::move(moved);
   EXPECT_EQ(elements(list), elements(copy));
@@ -138,7 +138,7 @@ TEST(List, FreesItsElementsAlsoWhenACopyFails) {
     for (int i = 0; i < 3; ++i) {
       list.add(Fragile(left));
     }
-    EXPECT_THROW(ZEBList<Fragile> copy(list), std::runtime_error);
+    EXPECT_THROW(ZEBList<Fragile>(list).clear(), std::runtime_error);
     EXPECT_EQ(left.use_count(), 4);
   }
   EXPECT_EQ(left.use_count(), 1);
@@ -159,7 +159,7 @@ TEST(Thread, RunsOnceAndSurvivesWhatItsBodyThrows) {
 TEST(Thread, MayJoinAndDestroyItself) {
   class Itself : public ZEBThread {
    public:
-    explicit Itself(std::atomic<bool>& done) : ZEBThread(256 * 1024), m_done(done) {}
+    explicit Itself(std::atomic<bool>& done) : ZEBThread(262144), m_done(done) {}
     void run() override {
       join();
       std::atomic<bool>& done = m_done;
@@ -222,15 +222,15 @@ TEST(CriticalSection, LetsOneThreadInAtATime) {
   ZEBThreadLockableResource resource;
   long count = 0;  // guarded by resource
   {
-    std::vector<std::unique_ptr<Running>> threads;
-    for (int i = 0; i < 4; ++i) {
-      threads.push_back(std::make_unique<Running>([&] {
+    std::unique_ptr<Running> threads[4];
+    for (auto& thread : threads) {
+      thread = std::make_unique<Running>([&] {
         for (int round = 0; round < 20000; ++round) {
           const ZEBThreadGuard guard(resource);
           const ZEBThreadGuard again(resource);
           ++count;
         }
-      }));
+      });
     }
   }
   EXPECT_EQ(count, 80000);
@@ -313,7 +313,7 @@ TEST_F(FmFile, CutsItsBufferOnlyBetweenRecords) {
 
 TEST_F(FmFile, WritesItsBufferAtTheEndOfTheProcess) {
   expectInChild([] {
-    auto* const neverClosed = new ZEBFmFile;
+    static ZEBFmFile* const neverClosed = new ZEBFmFile;
     neverClosed->open("log", ZEBFmFile::APPEND);
     neverClosed->setBufferSize(1000);
     return writeText(*neverClosed, "last words") == 10 && Workplace::read("log").empty();

@@ -1,14 +1,13 @@
 #include "tools/LogCommand.h"
 
 #include <CLI/CLI.hpp>
-#include <cerrno>
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
-#include <system_error>
 #include <vector>
 
 #include "log4zeb.h"
+#include "tools/CommandSupport.h"
 #include "tools/LineJob.h"
 #include "tools/LineLevel.h"
 #include "tools/LineLogger.h"
@@ -31,29 +30,6 @@ Exit codes:
   4        the input cannot be read
   128 + n  ended by signal n, such as 130 after an interrupt; the lines logged until then
            are where they belong)";
-
-void say(const std::string& text) { std::cerr << "log4zeb: " + text + "\n"; }
-
-/// " (reason)", where the runtime left one.
-std::string reason(int error) {
-  return error == 0 ? "" : " (" + std::generic_category().message(error) + ")";
-}
-
-/// Opens and tries the first byte, because a directory can be opened too. Complains and returns
-/// false when that fails.
-bool openToRead(std::ifstream& file, const std::string& name, const char* what) {
-  errno = 0;
-  file.open(name, std::ios::in | std::ios::binary);
-  if (file.is_open()) {
-    file.peek();
-  }
-  if (!file.is_open() || file.bad()) {
-    say("cannot read the " + std::string(what) + " '" + name + "'" + reason(errno));
-    return false;
-  }
-  file.clear();
-  return true;
-}
 
 bool hasAppenders(LOGLogger& logger) { return !logger.getAllAppenders().atEnd(); }
 
@@ -91,20 +67,21 @@ LOGLogger* loggerNamed(const std::string& name) {
 LOGLogger* configure(const std::string& document, const std::string& loggerName) {
   if (LOG4ZEBConfigurator::initialize(document) == 0) {
     std::ifstream file;
-    if (openToRead(file, document, "configuration document")) {
-      say("cannot apply the configuration document '" + document +
-          "': it is not well-formed XML with the root element log4j:configuration");
+    if (CommandSupport::openToRead(file, document, "configuration document")) {
+      CommandSupport::say("cannot apply the configuration document '" + document +
+                          "': it is not well-formed XML with the root element log4j:configuration");
     }
     return nullptr;
   }
   if (!anyLoggerHasAppenders()) {
-    say("the configuration document '" + document +
-        "' configures nothing: no logger has an appender");
+    CommandSupport::say("the configuration document '" + document +
+                        "' configures nothing: no logger has an appender");
     return nullptr;
   }
   LOGLogger* const logger = loggerNamed(loggerName);
   if (!reachesAppenders(logger)) {
-    say("the configuration document '" + document + "' has no appender for " +
+    CommandSupport::say(
+        "the configuration document '" + document + "' has no appender for " +
         (loggerName.empty() ? "the root logger" : "the logger '" + loggerName + "'"));
     return nullptr;
   }
@@ -112,13 +89,14 @@ LOGLogger* configure(const std::string& document, const std::string& loggerName)
 }
 
 void report(const LineLogger::Counts& counts) {
-  say(std::to_string(counts.read) + " lines read, " + std::to_string(counts.logged) + " logged");
+  CommandSupport::say(std::to_string(counts.read) + " lines read, " +
+                      std::to_string(counts.logged) + " logged");
 }
 
 /// Ends the process without waiting for the thread that may still wait for input.
 [[noreturn]] void endByStopSignal(LineJob::End end, const LineLogger::Counts& counts) {
   const int signal = StopSignal::received();
-  say("stopped by signal " + std::to_string(signal));
+  CommandSupport::say("stopped by signal " + std::to_string(signal));
   report(counts);
   if (end == LineJob::End::STOPPED) {
     LOG4ZEBConfigurator::shutdown();
@@ -162,7 +140,7 @@ int LogCommand::run() const {
   std::vector<char> buffer(64 * 1024);
   std::ifstream file;
   file.rdbuf()->pubsetbuf(buffer.data(), static_cast<std::streamsize>(buffer.size()));
-  return openToRead(file, m_input, "input file") ? logLinesOf(file) : BAD_INPUT;
+  return CommandSupport::openToRead(file, m_input, "input file") ? logLinesOf(file) : BAD_INPUT;
 }
 
 int LogCommand::logLinesOf(std::istream& in) const {
@@ -182,7 +160,7 @@ int LogCommand::logLinesOf(std::istream& in) const {
   }
   LOG4ZEBConfigurator::shutdown();
   if (reader.failed()) {
-    say("cannot read on in the input");
+    CommandSupport::say("cannot read on in the input");
   }
   report(lines.getCounts());
   return reader.failed() ? BAD_INPUT : 0;

@@ -5,7 +5,9 @@
 #include <iostream>
 
 #include "core/LOG4ZEBVersion.h"
+#include "tools/ListenCommand.h"
 #include "tools/LogCommand.h"
+#include "tools/PageCommand.h"
 
 namespace {
 
@@ -17,11 +19,19 @@ int run(int argumentCount, char** arguments) {
   app.set_version_flag("--version", "log4zeb " LOG4ZEB_VERSION);
   app.require_subcommand(1);
   const LogCommand log(app);
+  const ListenCommand listen(app);
+  const PageCommand page(app);
   try {
     app.parse(argumentCount, arguments);
   } catch (const CLI::ParseError& end) {
     // Help and version end here too, with the code 0.
     return app.exit(end) == 0 ? 0 : BAD_ARGUMENTS;
+  }
+  if (app.got_subcommand("listen")) {
+    return listen.run();
+  }
+  if (app.got_subcommand("page")) {
+    return page.run();
   }
   return log.run();
 }

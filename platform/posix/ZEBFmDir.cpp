@@ -50,6 +50,15 @@ I18NString ZEBFmDir::absolutePath(const I18NString& name) {
   return std::string(directory.get()) + "/" + path;
 }
 
+std::int64_t ZEBFmDir::modificationTime(const I18NString& name) {
+  constexpr std::int64_t NANOSECONDS = 1000000000;
+  struct stat status {};
+  if (stat(name.toStdString().c_str(), &status) != 0) {
+    return NO_TIME;
+  }
+  return status.st_mtim.tv_sec * NANOSECONDS + status.st_mtim.tv_nsec;
+}
+
 std::vector<std::string> ZEBFmDir::list(const I18NString& directory) {
   std::vector<std::string> names;
   const std::unique_ptr<DIR, int (*)(DIR*)> stream(opendir(directory.toStdString().c_str()),

@@ -1,0 +1,257 @@
+#include "appenders/LOGAsyncAppender.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "appenders/LOGBoundedFIFO.h"
+#include "appenders/LOGDispatcher.h"
+#include "core/LOGFailures.h"
+#include "core/LOGLoggingEvent.h"
+#include "platform/ZEBAssertError.h"
+#include "platform/ZEBThreadGuard.h"
+#include "platform/ZEBTranslate.h"
+
+namespace {
+
+constexpr const char* SOURCE = "LOGAsyncAppender";
+constexpr unsigned int LONGEST_PAUSE = 10000;  // milliseconds; ended early when space is freed
+
+constexpr LOGFailureTexts CLOSE_TEXTS{
+    "LOGAsyncAppender::close --- ", "LOGAsyncAppender::close --- ",
+    "LOGAsyncAppender::close --- An unknown exception has occured."};
+// An append reports as addAppender does; that is how it is meant.
+constexpr LOGFailureTexts ADD_TEXTS{
+    "LOGAsyncAppender::addAppender --- ", "LOGAsyncAppender::addAppender --- ",
+    "LOGAsyncAppender::addAppender --- An unknown exception has occurred."};
+constexpr LOGFailureTexts GET_ALL_TEXTS{
+    "LOGAsyncAppender::getAllAppenders --- ", "LOGAsyncAppender::getAllAppenders --- ",
+    "LOGAsyncAppender::getAllAppenders --- An unknown exception has occurred."};
+constexpr LOGFailureTexts GET_TEXTS{
+    "LOGAsyncAppender::getAppender --- ", "LOGAsyncAppender::getAppender --- ",
+    "LOGAsyncAppender::getAppender --- An unknown exception has occurred."};
+constexpr LOGFailureTexts IS_ATTACHED_TEXTS{
+    "LOGAsyncAppender::isAttached --- ", "LOGAsyncAppender::isAttached --- ",
+    "LOGAsyncAppender::isAttached --- An unknown exception has occurred."};
+constexpr LOGFailureTexts REMOVE_ALL_TEXTS{
+    "LOGAsyncAppender::removeAllAppenders --- ", "LOGAsyncAppender::removeAllAppenders --- ",
+    "LOGAsyncAppender::removeAllAppenders --- An unknown exception has occurred."};
+constexpr LOGFailureTexts REMOVE_TEXTS{
+    "LOGAsyncAppender::removeAppender --- ", "LOGAsyncAppender::removeAppender --- ",
+    "LOGAsyncAppender::removeAppender --- An unknown exception has occurred."};
+
+/// Runs `operation` under the list's lock.
+template <typename Operation>
+void underListLock(const LOGAppenderAttachableImpl& list, const LOGFailureTexts& texts,
+                   Operation operation) {
+  logReportingFailures(texts, [&] {
+    const ZEBThreadGuard guard(list.getCriticalSection());
+    operation();
+  });
+}
+
+}  // namespace
+
+const I18NString LOGAsyncAppender::BUFFER_SIZE_OPTION = "BufferSize";
+const I18NString LOGAsyncAppender::LOCATION_INFO_OPTION = "LocationInfo";
+
+/// What an appender loses when it is closed.
+struct LOGAsyncAppender::Parts {
+  explicit Parts(LOGAsyncAppender* owner) : bf(DEFAULT_BUFFER_SIZE), dispatcher(&bf, owner) {}
+  LOGBoundedFIFO bf;
+  LOGDispatcher dispatcher;  // destroyed first, which waits for the thread
+};
+
+LOGAsyncAppender::LOGAsyncAppender()
+    : m_parts(zebTranslate(SOURCE, __LINE__, [this] { return std::make_shared<Parts>(this); })) {
+  instance(SOURCE);
+  m_closed = 1;
+}
+
+LOGAsyncAppender::~LOGAsyncAppender() {
+  LOGAsyncAppender::close();
+  m_ending.reset();
+}
+
+std::shared_ptr<LOGAsyncAppender::Parts> LOGAsyncAppender::parts() const {
+  const std::lock_guard<std::mutex> lock(m_leaf);
+  return m_parts;
+}
+
+void LOGAsyncAppender::activateOptions() {
+  if (!mayStart()) {
+    return;
+  }
+  const ZEBThreadGuard guard(getCriticalSection());
+  if (mayStart()) {
+    const std::shared_ptr<Parts> m_dispatcher = parts();
+    ZEB_ASSERT(m_dispatcher, SOURCE, 114);
+    m_dispatcher->dispatcher.start();
+    m_closed = 0;
+  }
+}
+
+void LOGAsyncAppender::close() {
+  m_closeRequested = true;
+  std::shared_ptr<Parts> closing = parts();
+  if (closing == nullptr) {
+    return;
+  }
+  // A thread that waits for space holds this appender's lock, so it is let go before that is taken.
+  closing->bf.endWaiting();
+  const bool taken = logReportingFailures(CLOSE_TEXTS, [this] {
+    const ZEBThreadGuard guard(getCriticalSection());
+    m_closed = 1;
+    const std::lock_guard<std::mutex> lock(m_leaf);
+    m_parts.reset();
+  });
+  if (!taken) {
+    return;
+  }
+  // No lock is held from here on: the dispatcher may need it to come to its end.
+  closing->bf.drop();
+  closing->dispatcher.close();
+  if (closing->dispatcher.isCurrentThread()) {
+    // Closed by an appender attached here: the thread cannot wait for its own end, so the
+    // destructor does.
+    const std::lock_guard<std::mutex> lock(m_leaf);
+    m_ending = std::move(closing);
+  } else {
+    closing->dispatcher.join();
+  }
+}
+
+int LOGAsyncAppender::requiresLayout() { return 0; }
+
+int LOGAsyncAppender::flush(int milliseconds) {
+  const std::shared_ptr<Parts> flushed = parts();
+  if (flushed == nullptr) {
+    return 1;
+  }
+  const unsigned int time = flushed->dispatcher.isCurrentThread()
+                                ? 0
+                                : static_cast<unsigned int>(std::max(milliseconds, 0));
+  return flushed->bf.waitUntilDelivered(time) ? 1 : 0;
+}
+
+int LOGAsyncAppender::getBufferSize() const {
+  const std::shared_ptr<Parts> current = parts();
+  return current == nullptr ? 0 : current->bf.getMaxSize();
+}
+
+void LOGAsyncAppender::setBufferSize(int size) {
+  const std::shared_ptr<Parts> m_bf = parts();
+  ZEB_ASSERT(m_bf, SOURCE, __LINE__);
+  m_bf->bf.resize(size);
+}
+
+LOGAsyncAppender::DispatcherTurn::DispatcherTurn(LOGAsyncAppender& appender)
+    : m_appender(appender) {
+  m_appender.setDispatcherWaits(true);
+}
+
+void LOGAsyncAppender::DispatcherTurn::begin() {
+  m_appender.m_aai.getCriticalSection().enter();
+  m_hasBegun = true;
+  m_appender.setDispatcherWaits(false);
+}
+
+LOGAsyncAppender::DispatcherTurn::~DispatcherTurn() {
+  if (m_hasBegun) {
+    m_appender.m_aai.getCriticalSection().leave();
+  } else {
+    m_appender.setDispatcherWaits(false);
+  }
+}
+
+void LOGAsyncAppender::setDispatcherWaits(bool waits) {
+  const std::lock_guard<std::mutex> lock(m_leaf);
+  m_dispatcherWaits = waits;
+  m_turnTaken.notify_all();
+}
+
+void LOGAsyncAppender::waitForTurn() {
+  std::unique_lock<std::mutex> lock(m_leaf);
+  m_turnTaken.wait(lock, [this] { return !m_dispatcherWaits; });
+}
+
+bool LOGAsyncAppender::waitForSpace() {
+  LOGBoundedFIFO& bf = m_parts->bf;
+  while (!bf.isWaitingEnded() && !bf.hasSpace()) {
+    LOGLogLog::debug("Waiting for free space in buffer, ");
+    bf.waitForSpace(LONGEST_PAUSE);
+    if (bf.isWaitingEnded()) {
+      LOGLogLog::warn(interruptedWarningMessage == 0 ? "AsyncAppender interrupted."
+                                                     : "AsyncAppender interrupted again.");
+      interruptedWarningMessage = 1;
+    }
+  }
+  return !bf.isWaitingEnded();
+}
+
+void LOGAsyncAppender::append(LOGLoggingEvent* event) {
+  ZEB_ASSERT(event, SOURCE, __LINE__);
+  logReportingFailures(ADD_TEXTS, [&] { enqueue(*event); });
+}
+
+void LOGAsyncAppender::enqueue(LOGLoggingEvent& event) {
+  // Asked for here, these are the thread that logs and its context.
+  event.getThreadName();
+  event.getNDC();
+  if (locationInfo != 0) {
+    event.getLocationInformation();
+  }
+  const bool isDispatcher = m_parts->dispatcher.isCurrentThread();
+  if (!isDispatcher) {
+    waitForTurn();
+  }
+  const ZEBThreadGuard guard(m_aai.getCriticalSection());
+  // The thread that makes space cannot wait for it.
+  if (isDispatcher || waitForSpace()) {
+    m_parts->bf.putBeyondCapacity(
+        zebTranslate(SOURCE, __LINE__, [&] { return new LOGLoggingEvent(event); }));
+  }
+}
+
+void LOGAsyncAppender::flushReachable(const std::vector<LOGAppenderSkeleton*>& appenders,
+                                      int milliseconds) {
+  for (LOGAppenderSkeleton* const appender : appenders) {
+    if (auto* const async = dynamic_cast<LOGAsyncAppender*>(appender)) {
+      async->flush(milliseconds);
+      flushReachable(async->m_aai.snapshot(), milliseconds);
+    }
+  }
+}
+
+void LOGAsyncAppender::addAppender(LOGAppenderSkeleton* newAppender) {
+  underListLock(m_aai, ADD_TEXTS, [&] { m_aai.addAppender(newAppender); });
+}
+
+ZEBListIterator<LOGAppenderSkeleton*> LOGAsyncAppender::getAllAppenders() {
+  ZEBListIterator<LOGAppenderSkeleton*> all;
+  underListLock(m_aai, GET_ALL_TEXTS, [&] { all = m_aai.getAllAppenders(); });
+  return all;
+}
+
+LOGAppenderSkeleton* LOGAsyncAppender::getAppender(const I18NString& name) {
+  LOGAppenderSkeleton* found = nullptr;
+  underListLock(m_aai, GET_TEXTS, [&] { found = m_aai.getAppender(name); });
+  return found;
+}
+
+int LOGAsyncAppender::isAttached(LOGAppenderSkeleton* appender) {
+  int attached = 0;
+  underListLock(m_aai, IS_ATTACHED_TEXTS, [&] { attached = m_aai.isAttached(appender); });
+  return attached;
+}
+
+void LOGAsyncAppender::removeAllAppenders() {
+  underListLock(m_aai, REMOVE_ALL_TEXTS, [&] { m_aai.removeAllAppenders(); });
+}
+
+void LOGAsyncAppender::removeAppender(const I18NString& name) {
+  underListLock(m_aai, REMOVE_TEXTS, [&] { m_aai.removeAppender(name); });
+}
+
+void LOGAsyncAppender::removeAppender(LOGAppenderSkeleton* appender) {
+  underListLock(m_aai, REMOVE_TEXTS, [&] { m_aai.removeAppender(appender); });
+}

@@ -1,0 +1,112 @@
+#ifndef APPENDERS_LOGASYNCAPPENDER_H
+#define APPENDERS_LOGASYNCAPPENDER_H
+
+#include <atomic>
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include "appenders/LOGAppenderAttachable.h"
+#include "appenders/LOGAppenderAttachableImpl.h"
+#include "appenders/LOGAppenderSkeleton.h"
+
+class LOGBoundedFIFO;
+class LOGDispatcher;
+
+/// Spares the threads that log the time of slow appenders: it queues copies of events, and a thread
+/// of its own passes them on to the appenders attached to it. A thread that logs waits while the
+/// queue is full. What is queued is lost when the process dies, and when the appender is closed
+/// without flush(); the orderly shutdown of the library flushes.
+///
+/// Attached appenders are not owned, and not closed with this one.
+class LOG4ZEB_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAppenderAttachable {
+ public:
+  static constexpr int DEFAULT_BUFFER_SIZE = 128;  // events
+  static const I18NString BUFFER_SIZE_OPTION;
+  static const I18NString LOCATION_INFO_OPTION;
+
+  /// Closed, until options are activated.
+  LOGAsyncAppender();
+  LOGAsyncAppender(const LOGAsyncAppender&) = delete;
+  LOGAsyncAppender& operator=(const LOGAsyncAppender&) = delete;
+  /// Closes. REQUIRES: not called by the dispatcher's own thread.
+  ~LOGAsyncAppender() override;
+
+  /// Starts the dispatcher thread, unless it runs or the appender was closed for good. Throws
+  /// ZEBSystemError when there is no thread to be had.
+  void activateOptions() override;
+  /// Ends the dispatcher thread and drops what is queued. Threads that wait for space go on, their
+  /// events lost. Closed for good: nothing starts it again.
+  void close() override;
+  int requiresLayout() override;
+
+  /// Waits until what is queued now has been passed on. Returns 1, or 0 when the time, in
+  /// milliseconds, is up before.
+  int flush(int milliseconds);
+  /// Gives every asynchronous appender among these, and among those attached to one of them, up to
+  /// that time each.
+  static void flushReachable(const std::vector<LOGAppenderSkeleton*>& appenders, int milliseconds);
+
+  /// The capacity of the queue in events. What is queued beyond a smaller one stays queued. 0 once
+  /// closed. Setting throws ZEBAssertError then.
+  int getBufferSize() const;
+  void setBufferSize(int size);
+  /// 1 takes the caller's location on the thread that logs.
+  int getLocationInfo() const { return locationInfo; }
+  void setLocationInfo(int info) { locationInfo = info; }
+
+  // Each takes the lock of the list of attached appenders. A thread that waits for space holds it.
+  void addAppender(LOGAppenderSkeleton* newAppender) override;
+  ZEBListIterator<LOGAppenderSkeleton*> getAllAppenders() override;
+  LOGAppenderSkeleton* getAppender(const I18NString& name) override;
+  int isAttached(LOGAppenderSkeleton* appender) override;
+  void removeAllAppenders() override;
+  void removeAppender(const I18NString& name) override;
+  void removeAppender(LOGAppenderSkeleton* appender) override;
+  LOGAppenderAttachableImpl* getAAI() { return &m_aai; }
+
+  /// The dispatcher's way to the list's lock, which it gets before the next thread that logs, so
+  /// that it always makes progress: those that come after the turn was asked for wait until it has
+  /// begun.
+  class LOG4ZEB_EXPORT DispatcherTurn {
+   public:
+    explicit DispatcherTurn(LOGAsyncAppender& appender);
+    DispatcherTurn(const DispatcherTurn&) = delete;
+    DispatcherTurn& operator=(const DispatcherTurn&) = delete;
+    ~DispatcherTurn();
+    /// Takes the lock, until the turn is destroyed.
+    void begin();
+
+   private:
+    LOGAsyncAppender& m_appender;
+    bool m_hasBegun = false;
+  };
+
+ protected:
+  void append(LOGLoggingEvent* event) override;
+
+ private:
+  struct Parts;
+
+  void setDispatcherWaits(bool waits);
+  void waitForTurn();
+  bool waitForSpace();
+  void enqueue(LOGLoggingEvent& event);
+  std::shared_ptr<Parts> parts() const;
+  bool mayStart() const { return m_closed != 0 && !m_closeRequested && m_stale != 1; }
+
+  LOGAppenderAttachableImpl m_aai;
+  // Queue and dispatcher, until close(). Changed under the appender's lock and m_leaf, read under
+  // either.
+  std::shared_ptr<Parts> m_parts;
+  std::shared_ptr<Parts> m_ending;  // what a close() by the dispatcher itself left running
+  std::atomic<int> locationInfo{0};
+  int interruptedWarningMessage = 0;  // guarded by the appender's lock
+
+  mutable std::mutex m_leaf;
+  std::condition_variable m_turnTaken;
+  bool m_dispatcherWaits = false;  // guarded by m_leaf
+};
+
+#endif

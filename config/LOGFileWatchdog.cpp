@@ -1,0 +1,75 @@
+#include "config/LOGFileWatchdog.h"
+
+#include <chrono>
+
+#include "core/LOGFailures.h"
+#include "platform/ZEBFmDir.h"
+
+namespace {
+
+constexpr std::size_t STACK_SIZE = 4096000;
+
+}  // namespace
+
+std::atomic<unsigned int> LOGFileWatchdog::m_delay{DEFAULT_DELAY};
+std::atomic<std::int64_t> LOGFileWatchdog::m_lastModified{0};
+std::atomic<int> LOGFileWatchdog::m_interrupted{0};
+
+LOGFileWatchdog::LOGFileWatchdog(const I18NString& fileName)
+    : ZEBThread(STACK_SIZE), m_fileName(fileName) {
+  m_delay = DEFAULT_DELAY;
+  m_lastModified = 0;
+  m_interrupted = 0;
+  checkAndConfigure();
+}
+
+LOGFileWatchdog::~LOGFileWatchdog() { LOGFileWatchdog::stop(); }
+
+void LOGFileWatchdog::setDelay(unsigned int milliseconds) { m_delay = milliseconds; }
+
+void LOGFileWatchdog::doOnChange() {}
+
+void LOGFileWatchdog::checkAndConfigure() {
+  constexpr LOGFailureTexts TEXTS{
+      "LOGFileWatchdog::checkAndConfigure -- some i18nstring exception occurred",
+      "LOGFileWatchdog::checkAndConfigure -- some ZEBThrowable exception occurred",
+      "LOGFileWatchdog::checkAndConfigure -- some generic error occurred"};
+  logContainingFailures(TEXTS, [this] { check(); });
+}
+
+void LOGFileWatchdog::check() {
+  const std::int64_t modified = ZEBFmDir::modificationTime(m_fileName);
+  if (modified == ZEBFmDir::NO_TIME) {
+    m_interrupted = 1;
+    LOGLogLog::warn("Was not allowed to read check file existance, file:[" + m_fileName + "].");
+    return;
+  }
+  if (modified <= m_lastModified) {
+    return;
+  }
+  m_lastModified = modified;
+  m_hasSeenChange = true;
+  doOnChange();
+  m_warnedAlready = 0;
+}
+
+void LOGFileWatchdog::stop() {
+  {
+    const std::lock_guard<std::mutex> lock(m_stopLock);
+    m_stopRequested = true;
+    m_stopped.notify_all();
+  }
+  join();
+}
+
+bool LOGFileWatchdog::waitForNextLook() {
+  std::unique_lock<std::mutex> lock(m_stopLock);
+  return !m_stopped.wait_for(lock, std::chrono::milliseconds(m_delay.load()),
+                             [this] { return m_stopRequested; });
+}
+
+void LOGFileWatchdog::run() {
+  while (m_interrupted == 0 && waitForNextLook()) {
+    checkAndConfigure();
+  }
+}

@@ -1,0 +1,175 @@
+#include "net/LOGLocalUDPAppender.h"
+
+#include <memory>
+#include <utility>
+
+#include "core/LOGLoggingEvent.h"
+#include "platform/ZEBAssertError.h"
+#include "platform/ZEBThreadGuard.h"
+#include "rendering/LOGObjectRenderer.h"
+#include "rendering/LOGRendererMap.h"
+
+namespace {
+
+constexpr const char* SOURCE = "LOGLocalUDPAppender";
+constexpr const char* ADDRESS_NAME = "DOV_Crypto_Interface";
+constexpr const char* LOCAL_HOST = "localhost";
+constexpr const char* ALL_IPV4 = "";
+constexpr const char* ALL_IPV6 = "::";
+constexpr int ANY_PORT = 0;
+constexpr int SOCKET_BUFFER_SIZE = 65536;
+constexpr std::chrono::seconds RETRY_INTERVAL{1};
+
+// Words of Java's object serialisation.
+constexpr int STREAM_MAGIC = 0xACED;
+constexpr int STREAM_VERSION = 5;
+constexpr int TC_NULL = 0x70;
+constexpr int TC_OBJECT = 0x73;
+constexpr int TC_ENDBLOCKDATA = 0x78;
+constexpr int TC_BLOCKDATALONG = 0x7A;
+
+/// Sets a flag while a scope runs.
+class FlagScope {
+ public:
+  explicit FlagScope(bool& flag) : m_flag(flag), m_before(std::exchange(flag, true)) {}
+  FlagScope(const FlagScope&) = delete;
+  FlagScope& operator=(const FlagScope&) = delete;
+  ~FlagScope() { m_flag = m_before; }
+
+ private:
+  bool& m_flag;
+  const bool m_before;
+};
+
+/// Writes a whole record and returns whether that was possible.
+bool writeRecord(LOGRecordStream& record, const I18NString& loggerName, LOGObject& message) {
+  const std::shared_ptr<LOGObjectRenderer> renderer = LOGRendererMap().share(message.instanceOf());
+  if (renderer == nullptr) {
+    return false;
+  }
+  record.reset(1);  // for the end mark
+  record.writeShort(STREAM_MAGIC);
+  record.writeShort(STREAM_VERSION);
+  record.writeByte(TC_BLOCKDATALONG);
+  const LOGRecordStream::Length nameLength = record.writeLengthLater();
+  record.writeUTF(loggerName);
+  record.setLength(nameLength);
+  record.writeByte(TC_OBJECT);
+  renderer->writeClassDesc(record);
+  record.writeByte(TC_NULL);
+  record.writeByte(TC_BLOCKDATALONG);
+  const LOGRecordStream::Length objectLength = record.writeLengthLater();
+  renderer->writeObject(&message, record);
+  record.setLength(objectLength);
+  record.release();
+  record.writeByte(TC_ENDBLOCKDATA);
+  return record.fits() != 0;
+}
+
+}  // namespace
+
+LOGLocalUDPAppender::LOGLocalUDPAppender() : m_destination(ADDRESS_NAME) {
+  instance(SOURCE);
+  m_name = SOURCE;
+}
+
+LOGLocalUDPAppender::LOGLocalUDPAppender(const LOGLocalUDPAppender& other)
+    : LOGAppenderSkeleton(other),
+      m_port(other.m_port.load()),
+      m_record(other.copyOfRecord()),
+      m_destination(ADDRESS_NAME) {}
+
+LOGLocalUDPAppender& LOGLocalUDPAppender::operator=(const LOGLocalUDPAppender& other) {
+  if (this != &other) {
+    const LOGRecordStream record = other.copyOfRecord();
+    const ZEBThreadGuard guard(getCriticalSection());
+    LOGAppenderSkeleton::operator=(other);
+    m_port = other.m_port.load();
+    m_record = record;
+    m_socket.close();
+    m_destination = ZEBSocketAddress(ADDRESS_NAME);
+    m_nextAttempt = {};
+    m_activationPending = 1;
+  }
+  return *this;
+}
+
+LOGLocalUDPAppender::~LOGLocalUDPAppender() = default;
+
+LOGRecordStream LOGLocalUDPAppender::copyOfRecord() const {
+  const ZEBThreadGuard guard(getCriticalSection());
+  return m_record;
+}
+
+int LOGLocalUDPAppender::operator==(const LOGLocalUDPAppender& other) const {
+  return LOGAppenderSkeleton::operator==(static_cast<const LOGAppenderSkeleton&>(other)) != 0 &&
+                 m_port == other.m_port
+             ? 1
+             : 0;
+}
+
+int LOGLocalUDPAppender::operator==(const LOGObject& other) const {
+  const auto* const appender = dynamic_cast<const LOGLocalUDPAppender*>(&other);
+  return appender != nullptr && *this == *appender ? 1 : 0;
+}
+
+int LOGLocalUDPAppender::operator!=(const LOGObject& other) const { return *this == other ? 0 : 1; }
+
+void LOGLocalUDPAppender::activateOptions() {
+  if (m_activationPending == 0) {
+    return;
+  }
+  const ZEBThreadGuard guard(getCriticalSection());
+  if (m_closed != 1 && m_activationPending == 1) {
+    init();
+  }
+}
+
+void LOGLocalUDPAppender::init() {
+  const auto now = std::chrono::steady_clock::now();
+  if (now < m_nextAttempt) {
+    return;
+  }
+  if (makeSocket()) {
+    m_activationPending = 0;
+  } else {
+    m_socket.close();
+    m_nextAttempt = std::chrono::steady_clock::now() + RETRY_INTERVAL;
+  }
+}
+
+bool LOGLocalUDPAppender::makeSocket() {
+  // The destination comes first, because the socket has to be of its kind.
+  if (m_destination.DOV_ResolveAddress(LOCAL_HOST, m_port) == 0) {
+    return false;
+  }
+  ZEBSocketAddress local(ADDRESS_NAME);
+  local.DOV_ResolveAddress(m_destination.isIPv6() != 0 ? ALL_IPV6 : ALL_IPV4, ANY_PORT);
+  return m_socket.open(local) != 0 && m_socket.setBufferSizes(SOCKET_BUFFER_SIZE) != 0 &&
+         m_socket.bind(local) != 0 && m_socket.setNonBlocking() != 0;
+}
+
+void LOGLocalUDPAppender::close() { m_closed = 1; }
+
+int LOGLocalUDPAppender::requiresLayout() { return 0; }
+
+void LOGLocalUDPAppender::append(LOGLoggingEvent* event) {
+  if (event == nullptr) {
+    return;
+  }
+  LOGObject* const message = event->getMessage();
+  ZEB_ASSERT(message, SOURCE, __LINE__);
+  if (m_socket.isOpen() == 0) {
+    return;
+  }
+  // A message that logs here while it is rendered must not write into the record being made.
+  std::unique_ptr<LOGRecordStream> nested;
+  if (m_isWriting) {
+    nested = std::make_unique<LOGRecordStream>();
+  }
+  LOGRecordStream& record = nested == nullptr ? m_record : *nested;
+  const FlagScope writing(m_isWriting);
+  if (writeRecord(record, event->getLoggerName(), *message) && m_closed != 1) {
+    m_socket.send(record.data(), record.size(), m_destination);
+  }
+}

@@ -1,0 +1,116 @@
+#include "platform/ZEBSocketAddress.h"
+
+#include <arpa/inet.h>
+#include <netdb.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+
+#include <cstring>
+#include <memory>
+#include <string>
+
+namespace {
+
+static_assert(ZEBSocketAddress::STORAGE_SIZE >= sizeof(sockaddr_storage), "every address must fit");
+
+constexpr int MAXIMUM_PORT = 65535;
+
+struct AddressListDeleter {
+  void operator()(addrinfo* list) const { freeaddrinfo(list); }
+};
+using AddressList = std::unique_ptr<addrinfo, AddressListDeleter>;
+
+AddressList lookUp(const std::string& host, int flags) {
+  addrinfo hints{};
+  hints.ai_family = AF_UNSPEC;
+  hints.ai_socktype = SOCK_DGRAM;
+  hints.ai_flags = flags;
+  addrinfo* found = nullptr;
+  return AddressList(getaddrinfo(host.c_str(), nullptr, &hints, &found) == 0 ? found : nullptr);
+}
+
+/// The first IPv4 address, or the first of IPv6, or null.
+const addrinfo* choose(const addrinfo* list) {
+  const addrinfo* other = nullptr;
+  for (; list != nullptr; list = list->ai_next) {
+    if (list->ai_family == AF_INET) {
+      return list;
+    }
+    if (list->ai_family == AF_INET6 && other == nullptr) {
+      other = list;
+    }
+  }
+  return other;
+}
+
+template <typename Address>
+Address read(const unsigned char* storage) {
+  Address address{};
+  std::memcpy(&address, storage, sizeof address);
+  return address;
+}
+
+}  // namespace
+
+ZEBSocketAddress::ZEBSocketAddress(const I18NString& name) : m_name(name) {}
+
+void ZEBSocketAddress::assign(const void* address, std::size_t length) noexcept {
+  std::memset(m_storage, 0, sizeof m_storage);
+  if (length != 0) {
+    std::memcpy(m_storage, address, length);
+  }
+  m_length = length;
+}
+
+int ZEBSocketAddress::DOV_ResolveAddress(const I18NString& host, int port) {
+  assign(nullptr, 0);
+  if (port < 0 || port > MAXIMUM_PORT) {
+    return 0;
+  }
+  const auto networkPort = htons(static_cast<std::uint16_t>(port));
+  if (host.isEmpty()) {
+    sockaddr_in wildcard{};
+    wildcard.sin_family = AF_INET;
+    wildcard.sin_port = networkPort;
+    wildcard.sin_addr.s_addr = htonl(INADDR_ANY);
+    assign(&wildcard, sizeof wildcard);
+    return 1;
+  }
+  const std::string name = host.toStdString();
+  AddressList list = lookUp(name, AI_NUMERICHOST);
+  if (list == nullptr) {
+    list = lookUp(name, 0);
+  }
+  const addrinfo* const chosen = choose(list.get());
+  if (chosen == nullptr) {
+    return 0;
+  }
+  if (chosen->ai_family == AF_INET) {
+    reinterpret_cast<sockaddr_in*>(chosen->ai_addr)->sin_port = networkPort;
+  } else {
+    reinterpret_cast<sockaddr_in6*>(chosen->ai_addr)->sin6_port = networkPort;
+  }
+  assign(chosen->ai_addr, chosen->ai_addrlen);
+  return 1;
+}
+
+int ZEBSocketAddress::isIPv6() const noexcept {
+  return read<sockaddr>(m_storage).sa_family == AF_INET6 ? 1 : 0;
+}
+
+int ZEBSocketAddress::getPort() const noexcept {
+  return ntohs(isIPv6() != 0 ? read<sockaddr_in6>(m_storage).sin6_port
+                             : read<sockaddr_in>(m_storage).sin_port);
+}
+
+I18NString ZEBSocketAddress::toString() const {
+  char host[NI_MAXHOST] = "";
+  const auto address = read<sockaddr_storage>(m_storage);
+  if (m_length == 0 ||
+      getnameinfo(reinterpret_cast<const sockaddr*>(&address), static_cast<socklen_t>(m_length),
+                  host, sizeof host, nullptr, 0, NI_NUMERICHOST) != 0) {
+    return {};
+  }
+  const std::string text = isIPv6() != 0 ? "[" + std::string(host) + "]" : host;
+  return text + ":" + std::to_string(getPort());
+}

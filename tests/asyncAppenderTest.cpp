@@ -1,0 +1,309 @@
+// The asynchronous appender: its queue, its dispatcher, and how it ends.
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <memory>
+#include <thread>
+#include <vector>
+
+#include "appenders/LOGAsyncAppender.h"
+#include "appenders/LOGBoundedFIFO.h"
+#include "core/LOGHierarchy.h"
+#include "core/LOGLevel.h"
+#include "core/LOGLogLog.h"
+#include "core/LOGLogger.h"
+#include "core/LOGManager.h"
+#include "core/LOGNDC.h"
+#include "core/LOGRootLogger.h"
+#include "platform/ZEBAssertError.h"
+#include "support/CapturingAppender.h"
+#include "support/Workplace.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using Messages = std::vector<std::string>;
+using std::chrono::milliseconds;
+
+template <typename Condition>
+bool eventually(Condition condition) {
+  const auto deadline = Clock::now() + std::chrono::seconds(20);
+  while (!condition()) {
+    if (Clock::now() > deadline) {
+      return false;
+    }
+    std::this_thread::sleep_for(milliseconds(1));
+  }
+  return true;
+}
+
+class AsyncAppenderTest : public testing::Test {
+ protected:
+  AsyncAppenderTest() {
+    async.setName("async");
+    logger->setAdditivity(0);
+    logger->addAppender(&async);
+  }
+  ~AsyncAppenderTest() override { logger->removeAllAppenders(); }
+
+  Workplace workplace;
+  LOGLogger* logger = LOGManager::getLogger("async");
+  CapturingAppender capture;
+  LOGAsyncAppender async;
+};
+
+}  // namespace
+
+TEST_F(AsyncAppenderTest, PassesEventsOnWithTheContextOfTheThreadThatLogs) {
+  async.addAppender(&capture);
+  async.addAppender(&capture);
+  std::string context;
+  std::string thread;
+  capture.onAppend = [&](LOGLoggingEvent* event) {
+    context = event->getNDC().toStdString();
+    thread = event->getThreadName().toStdString();
+  };
+  LOGNDC::push("request 7");
+  logger->info("1");
+  logger->info(static_cast<LOGObject*>(nullptr));
+  EXPECT_EQ(async.flush(10000), 1);
+  LOGNDC::remove();
+  EXPECT_EQ(capture.messages, (Messages{"1", "(null)"}));
+  EXPECT_EQ(context, "request 7");
+  LOGLoggingEvent here("fqn", logger, nullptr, nullptr);
+  EXPECT_EQ(thread, here.getThreadName().toStdString());
+}
+
+TEST_F(AsyncAppenderTest, MakesCallersWaitForSpaceAndResizesMeanwhile) {
+  async.addAppender(&capture);
+  async.setBufferSize(1);
+  std::atomic<bool> stop{false};
+  std::atomic<std::size_t> logged{0};
+  std::vector<std::thread> callers;
+  for (int t = 0; t < 2; ++t) {
+    callers.emplace_back([&] {
+      while (!stop) {
+        logger->info("x");
+        ++logged;
+      }
+    });
+  }
+  EXPECT_TRUE(eventually([] {
+    return Workplace::diagnosticsEqual("log4zeb: Waiting for free space in buffer, ") > 0 &&
+           Workplace::diagnosticsEqual("log4zeb: Notifying AsyncAppender about freed space.") > 0;
+  }));
+  for (const int size : {4, 128, 2, 1, 16}) {
+    async.setBufferSize(size);
+    EXPECT_EQ(async.getBufferSize(), size);
+  }
+  stop = true;
+  for (std::thread& caller : callers) {
+    caller.join();
+  }
+  EXPECT_EQ(async.flush(10000), 1);
+  EXPECT_EQ(capture.messages.size(), logged);
+}
+
+TEST_F(AsyncAppenderTest, ResizesAnIdleQueueAtOnceAndTakesACapacityBelowOneAsOne) {
+  async.addAppender(&capture);
+  logger->info("starts the dispatcher");
+  EXPECT_EQ(async.flush(10000), 1);
+  const auto before = Clock::now();
+  async.setBufferSize(0);
+  EXPECT_LT(Clock::now() - before, std::chrono::seconds(5)) << "the idle pause ends early";
+  for (int i = 0; i < 100; ++i) {
+    logger->info("x");
+  }
+  EXPECT_EQ(async.flush(10000), 1);
+  EXPECT_EQ(capture.messages.size(), 101U);
+}
+
+TEST_F(AsyncAppenderTest, LetsWaitingCallersGoWhenClosedAndRefusesLaterEvents) {
+  async.setBufferSize(1);
+  async.addAppender(&capture);
+  capture.onAppend = [](LOGLoggingEvent*) { std::this_thread::sleep_for(milliseconds(2)); };
+  std::atomic<bool> stop{false};
+  std::vector<std::thread> callers;
+  for (int i = 0; i < 4; ++i) {
+    callers.emplace_back([&] {
+      while (!stop) {
+        logger->info("x");
+      }
+    });
+  }
+  std::this_thread::sleep_for(milliseconds(50));
+  const auto before = Clock::now();
+  async.close();
+  EXPECT_LT(Clock::now() - before, std::chrono::seconds(1));
+  const std::size_t delivered = capture.messages.size();
+  EXPECT_GT(delivered, 0U);
+  stop = true;
+  for (std::thread& caller : callers) {
+    caller.join();
+  }
+  logger->info("refused");
+  async.close();
+  EXPECT_EQ(capture.messages.size(), delivered);
+  EXPECT_EQ(capture.closings, 0);
+  EXPECT_GE(Workplace::diagnosticsEqual(
+                "log4zeb:ERROR Attempted to append to closed appender named [async]."),
+            1);
+  EXPECT_THROW(async.setBufferSize(1), ZEBAssertError);
+}
+
+TEST_F(AsyncAppenderTest, DropsWhatIsQueuedWhenClosedBeforeItEverStarted) {
+  LOGAsyncAppender never;
+  never.close();
+  never.activateOptions();
+  EXPECT_EQ(never.getBufferSize(), 0);
+  EXPECT_EQ(never.flush(1000), 1);
+}
+
+TEST_F(AsyncAppenderTest, SurvivesWhatAttachedAppendersThrowAndEvenTheirClosingIt) {
+  async.addAppender(&capture);
+  int deliveries = 0;
+  capture.onAppend = [&](LOGLoggingEvent*) {
+    if (++deliveries == 1) {
+      throw std::runtime_error("broken");
+    }
+    if (deliveries == 3) {
+      async.close();
+    }
+  };
+  for (int i = 0; i < 3; ++i) {
+    logger->info("x");
+    ASSERT_TRUE(eventually([&] { return async.flush(1000) == 1; }));
+  }
+  logger->info("refused");
+  EXPECT_EQ(capture.messages.size(), 3U);
+  EXPECT_EQ(Workplace::diagnosticsEqual(
+                "log4zeb:ERROR LOGDispatcher::run --- An unknown exception has occurred."),
+            1);
+}
+
+TEST_F(AsyncAppenderTest, ForwardsItsListAndReportsWhatIsRefused) {
+  async.addAppender(nullptr);
+  EXPECT_EQ(Workplace::diagnosticsEqual("log4zeb:ERROR LOGAsyncAppender::addAppender --- "), 1);
+  async.addAppender(&capture);
+  EXPECT_EQ(async.getAppender("capture"), &capture);
+  EXPECT_EQ(async.isAttached(&capture), 1);
+  async.removeAppender("capture");
+  EXPECT_TRUE(async.getAllAppenders().atEnd());
+}
+
+TEST(BoundedFIFO, CountsAndRefusesWhatDoesNotFit) {
+  Workplace workplace;
+  const LOGBoundedFIFO bad(0);
+  LOGBoundedFIFO fifo(2);
+  fifo.put(new LOGLoggingEvent);
+  EXPECT_EQ(fifo.wasEmpty(), 1);
+  fifo.put(new LOGLoggingEvent);
+  EXPECT_EQ(fifo.isFull(), 1);
+  LOGLoggingEvent refused;
+  fifo.put(&refused);
+  const std::unique_ptr<LOGLoggingEvent> oldest(fifo.get());
+  EXPECT_EQ(fifo.wasFull(), 1);
+  EXPECT_EQ(fifo.length(), 1);
+  fifo.put(new LOGLoggingEvent);
+  fifo.resize(1);
+  const std::unique_ptr<LOGLoggingEvent> next(fifo.get());
+  EXPECT_EQ(fifo.isFull(), 1) << "a shrunk queue stays full until enough has gone";
+  EXPECT_FALSE(fifo.waitForSpace(1));
+  EXPECT_EQ(Workplace::diagnostics(),
+            (Messages{"log4zeb:ERROR LOGBoundedFIFO::LOGBoundedFIFO --- The maxSize argument is "
+                      "not a positive integer.",
+                      "log4zeb:ERROR LOGBoundedFIFO:put --- The list of LOGEventLogger is full."}));
+}
+
+TEST(AsyncShutdown, LosesNothingOfABurst) {
+  Workplace workplace;
+  CapturingAppender slow;
+  slow.onAppend = [](LOGLoggingEvent*) {
+    std::this_thread::sleep_for(std::chrono::microseconds(200));
+  };
+  LOGAsyncAppender inner;
+  LOGAsyncAppender outer;
+  inner.setName("inner");
+  inner.addAppender(&slow);
+  outer.addAppender(&inner);
+  LOGRootLogger root(nullptr);
+  LOGHierarchy hierarchy(&root);
+  root.addAppender(&outer);
+  for (int i = 0; i < 500; ++i) {
+    root.info("x");
+  }
+  hierarchy.shutdown();
+  inner.close();
+  EXPECT_EQ(slow.messages.size(), 500U);
+}
+
+class AsyncThroughput : public testing::TestWithParam<int> {};
+
+TEST_P(AsyncThroughput, DeliversEverythingInEachProducersOrder) {
+  constexpr int PRODUCERS = 4;
+  constexpr int EVENTS = 100000;
+  Workplace workplace;
+  LOGLogLog::shutdown();
+  std::filesystem::remove("../configuration/logdebug.ini");  // the waiting would be told too often
+  LOGAsyncAppender async;
+  async.setBufferSize(GetParam());
+  class Counting : public LOGAppenderSkeleton {
+   public:
+    explicit Counting(const char* name, int pauseEvery) : m_pauseEvery(pauseEvery) {
+      setName(name);
+    }
+    void append(LOGLoggingEvent* event) override {
+      const int value = std::stoi(event->getMessage()->toString().toStdString());
+      int& next = m_next[value / EVENTS];
+      m_wrong += next == value % EVENTS ? 0 : 1;
+      ++next;
+      if (m_pauseEvery > 0 && ++m_count % m_pauseEvery == 0) {
+        std::this_thread::sleep_for(std::chrono::microseconds(50));
+      }
+    }
+    bool isComplete() const {
+      for (const int next : m_next) {
+        if (next != EVENTS) {
+          return false;
+        }
+      }
+      return m_wrong == 0;
+    }
+
+   private:
+    int m_pauseEvery;
+    int m_count = 0;
+    int m_wrong = 0;
+    int m_next[PRODUCERS] = {};
+  };
+  Counting slow("slow", 100);
+  Counting fast("fast", 0);
+  async.addAppender(&slow);
+  async.addAppender(&fast);
+  LOGLogger* const loggers[] = {LOGManager::getLogger("p0"), LOGManager::getLogger("p1")};
+  for (LOGLogger* const logger : loggers) {
+    logger->setAdditivity(0);
+    logger->addAppender(&async);
+  }
+  std::vector<std::thread> producers;
+  for (int p = 0; p < PRODUCERS; ++p) {
+    producers.emplace_back([&, p] {
+      for (int i = 0; i < EVENTS; ++i) {
+        loggers[p % 2]->info(std::to_string(p * EVENTS + i));
+      }
+    });
+  }
+  for (std::thread& producer : producers) {
+    producer.join();
+  }
+  EXPECT_EQ(async.flush(60000), 1);
+  EXPECT_TRUE(slow.isComplete());
+  EXPECT_TRUE(fast.isComplete());
+  for (LOGLogger* const logger : loggers) {
+    logger->removeAllAppenders();
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Buffers, AsyncThroughput, testing::Values(1, 4, 128));

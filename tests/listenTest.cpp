@@ -1,0 +1,113 @@
+// The command log4zeb listen, run as a process.
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <csignal>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "layouts/LOGPatternLayout.h"
+#include "net/LOGLocalUDPAppender.h"
+#include "support/ChildProcess.h"
+#include "support/DatagramReceiver.h"
+#include "support/TestEvent.h"
+#include "support/Workplace.h"
+
+namespace {
+
+/// The command with a free port for records and one for syslog datagrams, ready to receive.
+class Listener : public ChildProcess {
+ public:
+  explicit Listener(std::vector<std::string> more)
+      : ChildProcess(LOG4ZEB_COMMAND, arguments(std::move(more))) {
+    recordPort = portAfter("event records on 127.0.0.1:");
+    syslogPort = portAfter("syslog datagrams on 127.0.0.1:");
+  }
+
+  int recordPort = 0;
+  int syslogPort = 0;
+
+ private:
+  static std::vector<std::string> arguments(std::vector<std::string> more) {
+    more.insert(more.begin(), {"listen", "--records", "0", "--syslog", "0"});
+    return more;
+  }
+
+  int portAfter(const std::string& words) const {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    while (std::chrono::steady_clock::now() < end) {
+      const std::string said = errors();
+      const std::size_t place = said.find(words);
+      if (place != std::string::npos && said.find('\n', place) != std::string::npos) {
+        return std::stoi(said.substr(place + words.size()));
+      }
+      std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    throw std::runtime_error("the command does not listen: " + errors());
+  }
+};
+
+void sendRecord(int port, const std::string& text) {
+  LOGLocalUDPAppender appender;
+  appender.setPort(port);
+  appender.activateOptions();
+  TestEvent event("shop.till", "INFO", text);
+  appender.doAppend(&event);
+}
+
+}  // namespace
+
+TEST(ListenCommand, PrintsALineForEachDatagramAtOnceUntilItIsInterrupted) {
+  const Workplace workplace;
+  Listener listener({});
+  std::string expected;
+  const auto lineComes = [&](const std::string& line) {
+    expected += line + "\n";
+    return listener.receive(expected.size());
+  };
+  sendRecord(listener.recordPort, "two\nlines\r\n");
+  EXPECT_EQ(lineComes("record shop.till: two\\nlines"), expected);
+  sendDatagram(listener.syslogPort, "<160>x");
+  EXPECT_EQ(lineComes("syslog local4.emerg: x"), expected);
+  sendDatagram(listener.syslogPort, "");
+  EXPECT_EQ(lineComes("syslog without priority: "), expected);
+  listener.signal(SIGINT);
+  EXPECT_EQ(listener.wait().exitCode, 0);
+  EXPECT_EQ(listener.receive(), expected);
+}
+
+TEST(ListenCommand, EndsAfterTheCountAndPrintsJson) {
+  const Workplace workplace;
+  Listener listener({"--json", "--count", "2"});
+  sendRecord(listener.recordPort, "say \"hi\"");
+  listener.receive(1);
+  sendDatagram(listener.recordPort, "\xAC\xED");
+  EXPECT_EQ(listener.wait().exitCode, 0);
+  const std::string lines = listener.receive();
+  EXPECT_NE(lines.find("\"logger\":\"shop.till\",\"class\":\"LOGObject\","
+                       "\"message\":\"say \\\"hi\\\"\"}\n{\"kind\":\"unreadable\""),
+            std::string::npos)
+      << lines;
+  EXPECT_NE(lines.find("\"content\":\"aced\"}\n"), std::string::npos);
+}
+
+TEST(ListenCommand, SaysWhyItCannotListen) {
+  const Workplace workplace;
+  const DatagramReceiver other;
+  const auto complaint = [](const std::vector<std::string>& arguments, int exitCode) {
+    ChildProcess command(LOG4ZEB_COMMAND, arguments);
+    EXPECT_EQ(command.wait().exitCode, exitCode);
+    return command.errors();
+  };
+  EXPECT_NE(complaint({"listen", "--records", std::to_string(other.port())}, 3)
+                .find("cannot listen for event records on 127.0.0.1:" +
+                      std::to_string(other.port()) + " ("),
+            std::string::npos);
+  EXPECT_NE(complaint({"listen", "--address", "no-such-host.invalid"}, 3).find("no such address"),
+            std::string::npos);
+  complaint({"listen", "--count", "0"}, 2);
+  complaint({"listen", "--syslog", "65536"}, 2);
+}

@@ -1,0 +1,133 @@
+// Watchdogs, and documents that change while the program logs.
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <functional>
+#include <set>
+#include <thread>
+
+#include "config/LOG4ZEBConfigurator.h"
+#include "config/LOGXMLWatchdog.h"
+#include "core/LOGLogger.h"
+#include "core/LOGManager.h"
+#include "support/Workplace.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char* DOCUMENT = "watched.xml";
+
+std::string document(const std::string& file, const std::string& rootLevel = "DEBUG") {
+  return "<log4j:configuration><appender name='F' class='LOGFileAppender'>"
+         "<param name='File' value='" +
+         file +
+         "'/><layout class='LOGSimpleLayout'/></appender>"
+         "<logger name='a' additivity='false'><appender-ref ref='F'/></logger>"
+         "<logger name='b' additivity='false'><appender-ref ref='F'/></logger>"
+         "<root><level value='" +
+         rootLevel + "'/><appender-ref ref='F'/></root></log4j:configuration>";
+}
+
+bool eventually(const std::function<bool()>& condition) {
+  for (int i = 0; i < 2000; ++i) {
+    if (condition()) {
+      return true;
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  }
+  return false;
+}
+
+/// Writes the document so that its time advances even on a coarse clock.
+void edit(const std::string& text) {
+  static int edits = 0;
+  Workplace::write(DOCUMENT, text);
+  fs::last_write_time(DOCUMENT, fs::file_time_type::clock::now() + std::chrono::seconds(++edits));
+}
+
+int rootRank() { return LOGManager::getRootLogger()->getLevel()->toInt(); }
+
+}  // namespace
+
+TEST(Watchdog, AppliesTheDocumentAtOnceAndAfterEveryChange) {
+  Workplace workplace;
+  edit(document("f.log"));
+  LOGXMLWatchdog watchdog(DOCUMENT);
+  EXPECT_EQ(watchdog.wasApplied(), 1);
+  LOGManager::getLogger("a")->info("1");
+  EXPECT_EQ(Workplace::lines("f.log").size(), 1U);
+  LOGXMLWatchdog::setDelay(5);
+  watchdog.start();
+  edit(document("f.log", "ERROR"));
+  EXPECT_TRUE(eventually([] { return rootRank() == LOGLevel::ERROR_RANK; }));
+  edit("<log4j:configuration><root><level value='OFF'/>");
+  EXPECT_TRUE(
+      eventually([] { return Workplace::diagnosticsWith("Could not parse the document") == 1; }));
+  edit(document("f.log", "WARN"));
+  EXPECT_TRUE(eventually([] { return rootRank() == LOGLevel::WARN_RANK; }));
+  Workplace::write(DOCUMENT, document("f.log", "FATAL"));
+  fs::last_write_time(DOCUMENT, fs::file_time_type::clock::now() - std::chrono::hours(1));
+  std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  EXPECT_EQ(rootRank(), LOGLevel::WARN_RANK) << "an older copy is no change";
+  fs::remove(DOCUMENT);
+  EXPECT_TRUE(eventually([] {
+    return Workplace::diagnosticsEqual(
+               "log4zeb:WARN Was not allowed to read check file existance, file:[watched.xml].") ==
+           1;
+  }));
+  watchdog.join();
+}
+
+TEST(Watchdog, OfAMissingFileEndsAtOnceAndAnyCanBeStopped) {
+  Workplace workplace;
+  LOGXMLWatchdog missing(DOCUMENT);
+  missing.start();
+  missing.join();
+  edit(document("f.log"));
+  LOGFileWatchdog plain(DOCUMENT);
+  plain.start();
+  const auto before = std::chrono::steady_clock::now();
+  plain.stop();
+  EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(3));
+}
+
+TEST(Reload, LosesNoLineInTwoHundredEditsWhileFourThreadsLog) {
+  Workplace workplace;
+  fs::remove("../configuration/logdebug.ini");
+  edit(document("f.log"));
+  LOGXMLWatchdog watchdog(DOCUMENT);
+  ASSERT_EQ(watchdog.wasApplied(), 1);
+  std::atomic<bool> stop{false};
+  std::atomic<int> logged[4] = {};
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 4; ++t) {
+    threads.emplace_back([&, t] {
+      const char* const names[] = {"a", "b", "a.child", "other"};
+      LOGLogger* const logger = LOGManager::getLogger(names[t]);
+      while (!stop) {
+        logger->warn(std::to_string(t) + ":" + std::to_string(logged[t]));
+        ++logged[t];
+      }
+    });
+  }
+  for (int i = 0; i < 200; ++i) {
+    Workplace::write(DOCUMENT, document("f.log", i % 2 == 0 ? "INFO" : "DEBUG"));
+    watchdog.doOnChange();
+    ASSERT_EQ(watchdog.wasApplied(), 1);
+  }
+  stop = true;
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+  LOG4ZEBConfigurator::shutdown();
+  const std::vector<std::string> lines = Workplace::lines("f.log");
+  const int expected = logged[0] + logged[1] + logged[2] + logged[3];
+  const std::set<std::string> distinct(lines.begin(), lines.end());
+  std::printf("%d lines logged, %d missing\n", expected,
+              expected - static_cast<int>(distinct.size()));
+  EXPECT_EQ(static_cast<int>(distinct.size()), expected);
+  EXPECT_EQ(lines.size(), distinct.size());
+}
