@@ -70,7 +70,7 @@ void LOGAppenderSkeleton::reportClosed() const {
 }
 
 void LOGAppenderSkeleton::doAppend(LOGLoggingEvent* event) {
-  if (m_closed == 1) {
+  if (m_closed == 1 && !m_isReopening) {
     reportClosed();
     return;
   }
@@ -159,15 +159,25 @@ int LOGAppenderSkeleton::operator==(const LOGAppenderSkeleton& other) const {
   if (this == &other) {
     return 1;  // also while another thread opens or closes it
   }
-  const bool sameErrorHandler = m_errorHandler == other.m_errorHandler ||
-                                (m_errorHandler != nullptr && other.m_errorHandler != nullptr &&
-                                 m_errorHandler->LOGObject::operator==(*other.m_errorHandler) != 0);
   return LOGObject::operator==(other) != 0 && m_name == other.m_name &&
                  m_closed == other.m_closed && m_layout == other.m_layout &&
                  m_headFilter == other.m_headFilter && m_tailFilter == other.m_tailFilter &&
-                 m_threshold == other.m_threshold && sameErrorHandler
+                 m_threshold == other.m_threshold && hasEqualErrorHandler(other)
              ? 1
              : 0;
+}
+
+bool LOGAppenderSkeleton::hasEqualErrorHandler(const LOGAppenderSkeleton& other) const {
+  // Copies, because no two appenders' locks are held together.
+  const auto identityOf = [](const LOGAppenderSkeleton& appender) {
+    const ZEBThreadGuard guard(appender.getCriticalSection());
+    const LOGErrorHandler* const handler = appender.m_errorHandler.get();
+    return std::make_pair(handler != nullptr,
+                          handler == nullptr ? LOGObject() : LOGObject(*handler));
+  };
+  const auto own = identityOf(*this);
+  const auto others = identityOf(other);
+  return own.first == others.first && (own.second == others.second) != 0;
 }
 
 int LOGAppenderSkeleton::operator==(const LOGObject& other) const {

@@ -98,12 +98,16 @@ class LOG4ZEB_EXPORT LOGAppenderSkeleton : public LOGMutex, public LOGAppender, 
   std::atomic<LOGLayout*> m_layout{nullptr};
   std::atomic<const LOGLevel*> m_threshold{nullptr};
   std::atomic<int> m_stale{0};
-  std::atomic<bool> m_closeRequested{false};
+  std::atomic<bool> m_closeRequested{false};  // set by close()
+  /// Set while the holder of the lock has closed the appender only to open it again: others wait
+  /// for the lock instead of finding it closed.
+  std::atomic<bool> m_isReopening{false};
 
  private:
   void reportClosed() const;
   bool filtersLetPass(LOGLoggingEvent* event) const;
   std::unique_ptr<LOGErrorHandler> cloneOfErrorHandler() const;
+  bool hasEqualErrorHandler(const LOGAppenderSkeleton& other) const;
 };
 
 #endif

@@ -88,9 +88,9 @@ void LOGConsoleAppender::openTarget(const I18NString& value) {
   }
   m_closeRequested = false;
   if (m_outFile->attachStandard(stream) != 0) {
+    setQWForFiles();
     m_closed = 0;
     m_fileOpened = 1;
-    setQWForFiles();
   } else {
     m_closed = 1;
     m_fileOpened = 0;

@@ -37,7 +37,7 @@ LOGFileAppender::LOGFileAppender(LOGLayout* layout, const I18NString& name)
 
 LOGFileAppender::LOGFileAppender(const LOGFileAppender& other)
     : LOGWriterAppender(other),
-      fileAppend(other.m_configuredAppend),
+      fileAppend(other.fileAppend),
       fileName(other.fileName),
       bufferedIO(other.bufferedIO),
       bufferSize(other.bufferSize),
@@ -56,6 +56,8 @@ void LOGFileAppender::activateOptions() {
   }
   const ZEBThreadGuard guard(getCriticalSection());
   if (mayOpenByItself() && !fileName.isEmpty()) {
+    // As far as others can see, the appender is closed until the opening has come to its end.
+    const Reopening reopening(m_isReopening);
     setFile(fileName, m_configuredAppend, bufferedIO, bufferSize);
   }
 }
@@ -72,7 +74,7 @@ void LOGFileAppender::setFile(const I18NString& name, int append, int bufferedSw
 
 void LOGFileAppender::openReporting(const LOGFailureTexts& texts, const I18NString& name,
                                     int append, int bufferedSwitch, int size) {
-  if (m_closed == 0) {
+  if (m_closed == 0 && !m_isReopening) {
     return;
   }
   logReportingFailures(texts, [&] {
@@ -157,10 +159,14 @@ LOGFileAppender::OpenResult LOGFileAppender::open(const char* className, const I
   }
   try {
     resetWriter();
+    const bool wasRemembered = !m_absoluteName.isEmpty();
     const OpenResult result = openRemembered(requested, append, bufferedSwitch, size);
     if (result != OpenResult::Opened) {
       m_closed = 1;
       m_fileOpened = 0;
+      if (!wasRemembered) {
+        m_absoluteName.clear();  // the working directory counts in which the file is opened
+      }
     }
     return result;
   } catch (...) {
@@ -202,9 +208,9 @@ LOGFileAppender::OpenResult LOGFileAppender::openRemembered(const I18NString& na
   if (bufferedSwitch == 1 && size > 0) {
     m_file->setBufferSize(static_cast<std::size_t>(size));
   }
-  m_fileOpened = 1;
   setQWForFiles();
   m_closed = 0;
+  m_fileOpened = 1;
   writeHeader();
   if (m_qw != nullptr) {
     m_qw->flush(m_file.get());

@@ -64,6 +64,18 @@ class LOG4ZEB_EXPORT LOGFileAppender : public LOGWriterAppender {
   /// Closes the file and marks the appender closed; name and writer stay.
   void closeFile();
 
+  /// Marks the time in which an appender is closed only to be opened.
+  class Reopening {
+   public:
+    explicit Reopening(std::atomic<bool>& flag) : m_flag(flag) { m_flag = true; }
+    Reopening(const Reopening&) = delete;
+    Reopening& operator=(const Reopening&) = delete;
+    ~Reopening() { m_flag = false; }
+
+   private:
+    std::atomic<bool>& m_flag;
+  };
+
   enum class OpenResult { Opened, NoDirectory, NotOpened };
   /// The steps of setFileOptions() for an appender of the named class. When it throws, the appender
   /// is closed and has `name` as its name, so that the next event tries again.

@@ -78,12 +78,22 @@ std::size_t LOGQuietWriter::appendBytes(ZEBFmFile& file, const I18NString& s) {
 
 void LOGQuietWriter::flush(ZEBFmFile* outStream) {
   ZEB_ASSERT(outStream != NULL, SOURCE, 56);
-  outStream->flush();
+  logReportingFailures(
+      LOGFailureTexts::same("LOGQuietWriter::flush -- ZEBThrowable exception occurred"), [&] {
+        if (outStream->isOpen() != 0 && outStream->flush() == 0) {
+          throwFileError(outStream);
+        }
+      });
 }
 
 void LOGQuietWriter::close(ZEBFmFile* outStream) {
   ZEB_ASSERT(outStream != NULL, SOURCE, 62);
-  outStream->close();
+  logReportingFailures(
+      LOGFailureTexts::same("LOGQuietWriter::close -- ZEBThrowable exception occurred"), [&] {
+        if (outStream->isOpen() != 0 && outStream->close() == 0) {
+          throwFileError(outStream);
+        }
+      });
 }
 
 void LOGQuietWriter::flush() {

@@ -30,7 +30,8 @@ class LOG4ZEB_EXPORT LOGQuietWriter : public ZEBFileLockRW {
   /// The same without the lock, followed by a flush: for callers that serialise themselves.
   virtual void stWrite(ZEBFmFile* outStream, const I18NString& s);
 
-  /// The forms for a file throw ZEBAssertError when it is null.
+  /// The forms for a file throw ZEBAssertError when it is null, and report a failure, which loses
+  /// what was buffered; a file that is not open is none.
   void flush(ZEBFmFile* outStream);
   void close(ZEBFmFile* outStream);
   /// The forms for the LOGWriter do nothing when there is none; close() flushes and destroys it.

@@ -16,6 +16,11 @@ namespace {
 
 constexpr const char* SOURCE = "LOGRollingFileAppender";
 
+constexpr LOGFailureTexts SET_FILE_TEXTS{
+    "LOGRollingFileAppender::setFile -- some i18nstring exception occurred",
+    "LOGRollingFileAppender::setFile -- some ZEBThrowable exception occurred",
+    "LOGRollingFileAppender::setFile -- generic exception happened"};
+
 /// Up to here every backup number is asked for; beyond, the directory is read instead.
 constexpr int MOST_NUMBERS_ASKED_FOR = 64;
 
@@ -65,10 +70,8 @@ void LOGRollingFileAppender::setMaxFileSize(const I18NString&) {}
 
 void LOGRollingFileAppender::setFile(const I18NString& name, int append, int bufferedSwitch,
                                      int size) {
-  constexpr LOGFailureTexts TEXTS{
-      "LOGRollingFileAppender::setFile -- some i18nstring exception occurred",
-      "LOGRollingFileAppender::setFile -- some ZEBThrowable exception occurred",
-      "LOGRollingFileAppender::setFile -- generic exception happened"};
+  // What is not of the library's family has been reported by setFileOptions().
+  constexpr LOGFailureTexts TEXTS{SET_FILE_TEXTS.stringError, SET_FILE_TEXTS.throwable, ""};
   openReporting(TEXTS, name, append, bufferedSwitch, size);
 }
 
@@ -84,21 +87,34 @@ LOGCountingQuietWriter* LOGRollingFileAppender::countingWriter() const {
 
 void LOGRollingFileAppender::setFileOptions(const I18NString& name, int append, int bufferedSwitch,
                                             int size) {
-  const OpenResult result = open(SOURCE, name, append, bufferedSwitch, size);
-  if (result == OpenResult::NotOpened) {
-    LOGLogLog::error(
-        "LOGRollingFileAppender::setFile -- LOGGING DISABLED -- UNABLE TO OPEN LOG FILE.");
-  } else if (result == OpenResult::Opened && append != 0 && countingWriter() != nullptr) {
-    const std::int64_t bytes = m_file->size();
-    constexpr std::int64_t MOST = std::numeric_limits<unsigned int>::max();
+  logReportingFailures(SET_FILE_TEXTS, [&] {
+    const OpenResult result = open(SOURCE, name, append, bufferedSwitch, size);
+    if (result == OpenResult::NotOpened) {
+      LOGLogLog::error(
+          "LOGRollingFileAppender::setFile -- LOGGING DISABLED -- UNABLE TO OPEN LOG FILE.");
+    } else if (result == OpenResult::Opened) {
+      countExistingBytes(append != 0 ? m_file->size() : 0);
+    }
+  });
+}
+
+void LOGRollingFileAppender::countExistingBytes(std::int64_t bytes) {
+  constexpr std::int64_t MOST = std::numeric_limits<unsigned int>::max();
+  m_isBeyondCounting = bytes >= MOST;
+  if (countingWriter() != nullptr) {
     countingWriter()->setCount(static_cast<unsigned int>(std::clamp<std::int64_t>(bytes, 0, MOST)));
   }
 }
 
+bool LOGRollingFileAppender::isFull() const {
+  // The next event would wrap the count of a file that was beyond counting when it was opened.
+  constexpr std::uint64_t MOST = std::numeric_limits<unsigned int>::max();
+  return countingWriter()->getCount() >= maxFileSize || (m_isBeyondCounting && MOST >= maxFileSize);
+}
+
 void LOGRollingFileAppender::subappend(LOGLoggingEvent* event) {
   LOGFileAppender::subappend(event);
-  if (!fileName.isEmpty() && countingWriter() != nullptr &&
-      countingWriter()->getCount() >= maxFileSize) {
+  if (!fileName.isEmpty() && countingWriter() != nullptr && isFull()) {
     rollOver();
   }
 }
@@ -117,7 +133,14 @@ std::vector<int> LOGRollingFileAppender::candidateBackups() const {
   }
   const auto [directory, file] = ZEBFmDir::splitPath(m_absoluteName);
   const std::string beginning = file.toStdString() + ".";
-  for (const std::string& entry : ZEBFmDir::list(directory)) {
+  const std::vector<std::string> entries = ZEBFmDir::list(directory);
+  if (entries.empty()) {
+    // Not even the log file shows: the directory cannot be read, so the backups are tried in turn.
+    for (int i = 1; i < maxBackupIndex && isFile(backupName(m_absoluteName, i)); ++i) {
+      numbers.push_back(i);
+    }
+  }
+  for (const std::string& entry : entries) {
     if (entry.compare(0, beginning.size(), beginning) == 0) {
       const int number = plainNumber(entry.substr(beginning.size()));
       if (number >= 1 && number < maxBackupIndex) {
@@ -158,6 +181,7 @@ void LOGRollingFileAppender::shiftBackups() const {
 
 void LOGRollingFileAppender::rollOver() {
   ZEB_ASSERT(m_qw, SOURCE, 82);
+  const Reopening reopening(m_isReopening);
   attempt([this] {
     const unsigned int count = countingWriter() == nullptr ? 0 : countingWriter()->getCount();
     LOGLogLog::debug("LOGRollingFileAppender::rollOver count " + ZEBUtConvert::handleCvt(count));

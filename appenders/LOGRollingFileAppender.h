@@ -51,6 +51,8 @@ class LOG4ZEB_EXPORT LOGRollingFileAppender : public LOGFileAppender {
  private:
   I18NString backupName(const I18NString& base, int index) const;
   std::vector<int> candidateBackups() const;
+  void countExistingBytes(std::int64_t bytes);
+  bool isFull() const;
   void removeOldestBackup() const;
   void shiftBackups() const;
   void renameReporting(int fromIndex, int toIndex) const;
@@ -60,6 +62,7 @@ class LOG4ZEB_EXPORT LOGRollingFileAppender : public LOGFileAppender {
   std::uint64_t maxFileSize = DEFAULT_MAXIMUM_FILE_SIZE;
   int maxBackupIndex = 1;
   int addProcID = 1;
+  bool m_isBeyondCounting = false;  // the file had 4 GiB or more when it was opened
 };
 
 #endif

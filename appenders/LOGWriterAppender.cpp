@@ -28,13 +28,10 @@ void LOGWriterAppender::closeWriter() {}
 void LOGWriterAppender::resetWriter() { closeWriter(); }
 
 void LOGWriterAppender::close() {
-  m_closeRequested = true;
-  if (m_closed == 1) {
-    return;
-  }
   logReportingFailures(LOGFailureTexts::same("LOGWriterAppender::close -- unable to lock mutex"),
                        [this] {
                          const ZEBThreadGuard guard(getCriticalSection());
+                         m_closeRequested = true;
                          if (m_closed.exchange(1) != 1) {
                            resetWriter();
                          }
@@ -60,14 +57,25 @@ void LOGWriterAppender::setErrorHandler(LOGErrorHandler* eh) {
         if (eh == nullptr) {
           return;
         }
-        if (eh != m_errorHandler.get()) {
-          m_replacedErrorHandlers.push_back(std::move(m_errorHandler));
-          m_errorHandler.reset(eh);
-        }
+        takeIntoUse(eh);
         if (m_qw != nullptr) {
           m_qw->setErrorHandler(eh);
         }
       });
+}
+
+void LOGWriterAppender::takeIntoUse(LOGErrorHandler* handler) {
+  if (handler == m_errorHandler.get()) {
+    return;
+  }
+  for (auto& replaced : m_replacedErrorHandlers) {
+    if (replaced.get() == handler) {
+      replaced.swap(m_errorHandler);
+      return;
+    }
+  }
+  m_replacedErrorHandlers.push_back(std::move(m_errorHandler));
+  m_errorHandler.reset(handler);
 }
 
 int LOGWriterAppender::requiresLayout() { return 0; }

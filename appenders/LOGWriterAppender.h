@@ -59,6 +59,8 @@ class LOG4ZEB_EXPORT LOGWriterAppender : public LOGAppenderSkeleton {
   std::atomic<int> m_fileOpened{0};
 
  private:
+  void takeIntoUse(LOGErrorHandler* handler);
+
   std::vector<std::unique_ptr<LOGErrorHandler>> m_replacedErrorHandlers;
 };
 

@@ -149,7 +149,10 @@ bool LOGLocalUDPAppender::makeSocket() {
          m_socket.bind(local) != 0 && m_socket.setNonBlocking() != 0;
 }
 
-void LOGLocalUDPAppender::close() { m_closed = 1; }
+void LOGLocalUDPAppender::close() {
+  m_closeRequested = true;
+  m_closed = 1;
+}
 
 int LOGLocalUDPAppender::requiresLayout() { return 0; }
 

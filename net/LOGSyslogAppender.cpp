@@ -121,6 +121,7 @@ void LOGSyslogAppender::close() {
   logReportingFailures(LOGFailureTexts::same("LOGSyslogAppender::close ---- Unable to lock mutex."),
                        [this] {
                          const ZEBThreadGuard guard(getCriticalSection());
+                         m_closeRequested = true;
                          m_closed = 1;
                          closeWriter();
                        });

@@ -22,7 +22,10 @@ void LOGTCPSocketAppender::activateOptions() {
   }
 }
 
-void LOGTCPSocketAppender::close() { m_closed = 1; }
+void LOGTCPSocketAppender::close() {
+  m_closeRequested = true;
+  m_closed = 1;
+}
 
 int LOGTCPSocketAppender::requiresLayout() { return 0; }
 

@@ -15,11 +15,11 @@ class LOG4ZEB_EXPORT ZEBAssertError : public ZEBThrowable {
 };
 
 /// Checks, in every build, a condition that the caller of `source` must meet.
-#define ZEB_ASSERT(condition, source, line)                                    \
-  do {                                                                         \
-    if (!(condition)) {                                                        \
-      ZEBAssertError::fail("ZEB_ASSERT(" #condition ");", (source), (line));   \
-    }                                                                          \
+#define ZEB_ASSERT(condition, source, line)                                  \
+  do {                                                                       \
+    if (!(condition)) {                                                      \
+      ZEBAssertError::fail("ZEB_ASSERT(" #condition ");", (source), (line)); \
+    }                                                                        \
   } while (false)
 
 #endif

@@ -26,12 +26,8 @@ void ZEBFileLockRW::lockForWriting() {
   if (m_boundFile == nullptr || m_boundFile->appendIsAtomic()) {
     return;
   }
-  if (m_boundFile->lockAcrossProcesses() == 0) {
-    m_threads.unlock();
-    throw ZEBSystemError(m_boundFile->getName(), m_boundFile->getLastError(),
-                         "ZEBFileLockRW::lockForWriting", __LINE__);
-  }
-  m_fileLocked = true;
+  // A file system without locks still takes the record.
+  m_fileLocked = m_boundFile->lockAcrossProcesses() != 0;
 }
 
 void ZEBFileLockRW::lockForReading() {

@@ -7,10 +7,11 @@
 
 #include "platform/I18NString.h"
 
-/// A file that is written record by record. Every write goes to the end of the file, whichever the
-/// mode, and unless buffering was asked for the whole record is with the operating system when
-/// write() returns: it survives the death of the process, and records of several processes stand in
-/// the file whole. The file is not inherited by programs that the process starts.
+/// A file that is written record by record. Every write goes to the end of a file that was opened
+/// here, whichever the mode, and unless buffering was asked for the whole record is with the
+/// operating system when write() returns: it survives the death of the process, and records of
+/// several processes stand in the file whole. The file is not inherited by programs that the
+/// process starts.
 ///
 /// An object is used by one thread at a time; the exception is the buffer, which the end of the
 /// process may write out while another thread still logs.

@@ -11,8 +11,8 @@
 
 /// Runs `operation` and returns its result; what it throws leaves as one of the library's own
 /// exceptions. A failed allocation becomes a ZEBOutOfMemoryError of `source` and `line`, another
-/// standard exception is wrapped in a ZEBStdExceptionError, and a ZEBThrowable goes on with one more
-/// back-trace entry. Whatever is none of these passes untouched.
+/// standard exception is wrapped in a ZEBStdExceptionError, and a ZEBThrowable goes on with one
+/// more back-trace entry. Whatever is none of these passes untouched.
 template <typename Operation>
 auto zebTranslate(const char* source, int line, Operation&& operation) -> decltype(operation()) {
   try {

@@ -33,7 +33,6 @@ I18NString ZEBUtConvert::padded(std::int64_t value, int digits) {
 
 std::int32_t ZEBUtConvert::toInt(const I18NString& text) {
   const long long value = std::strtoll(text.toStdString().c_str(), nullptr, 10);
-  return static_cast<std::int32_t>(
-      std::clamp<long long>(value, std::numeric_limits<std::int32_t>::min(),
-                            std::numeric_limits<std::int32_t>::max()));
+  return static_cast<std::int32_t>(std::clamp<long long>(
+      value, std::numeric_limits<std::int32_t>::min(), std::numeric_limits<std::int32_t>::max()));
 }

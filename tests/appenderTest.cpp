@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <memory>
 #include <thread>
 
@@ -265,9 +266,9 @@ TEST_F(AppenderTest, QuietWriterReportsEachFailureAndCountsOnlyWhatIsWritten) {
   writer.LOGQuietWriter::write(&file, "lost");
   EXPECT_EQ(writer.getCount(), 5U);
   EXPECT_EQ(Workplace::read("f.txt"), "\xC3\xA9\r\nz");
-  EXPECT_EQ(Workplace::diagnostics(),
-            (Messages{
-                "log4zeb:ERROR LOGCountingQuietWriter::write -- ZEBThrowable exception occurred",
+  EXPECT_EQ(
+      Workplace::diagnostics(),
+      (Messages{"log4zeb:ERROR LOGCountingQuietWriter::write -- ZEBThrowable exception occurred",
                 "log4zeb:ERROR LOGQuietWriter::stWrite -- ZEBThrowable exception occurred",
                 "log4zeb:ERROR LOGQuietWriter::write -- ZEBThrowable exception occurred"}));
   EXPECT_THROW(writer.close(nullptr), ZEBAssertError);
@@ -292,6 +293,18 @@ TEST_F(AppenderTest, ConsoleWritesAtOnceAndLeavesTheStreamOpen) {
   console.activateOptions();
   append(console, "a closed one stays closed");
   EXPECT_EQ(Workplace::diagnosticsWith("closed appender named [console]"), 2);
+}
+
+TEST_F(AppenderTest, ConsoleAppendsToAFileThatOthersWriteToo) {
+  LOGLayout layout;
+  LOGConsoleAppender console(&layout);
+  const RedirectedStream redirected(STDERR_FILENO, "both.txt");
+  console.setTarget("err");
+  append(console, "1");
+  Workplace::write("more.txt", "from elsewhere\r\n");
+  ASSERT_EQ(std::system("cat more.txt >> both.txt"), 0);
+  append(console, "2");
+  EXPECT_EQ(Workplace::lines("both.txt"), (Messages{"1", "from elsewhere", "2"}));
 }
 
 TEST_F(AppenderTest, ConsoleWithAnUnknownTargetWarnsAndHasNoStream) {

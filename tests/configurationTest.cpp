@@ -58,34 +58,33 @@ class Configuration : public testing::Test {
 }  // namespace
 
 TEST_F(Configuration, BuildsWhatTheDocumentDescribes) {
-  ASSERT_EQ(Workplace::configure(
-                "<appender name='F' class='LOGRollingFileAppender' addProcID='false'>" +
-                    param("File", "f.log") + param("Append", "FALSE") +
-                    param("MaxBackupIndex", " 7x") + param("MaximumFileSize", "10MB") +
-                    param("file", "ignored.log") + param("MaxBackupIndex", "") +
-                    "<layout class='LOGPatternLayout'>" + param("conversionpattern", "%p %c %m%n") +
-                    "</layout>"
-                    "<filter class='LOGLevelRangeFilter'>" +
-                    param("LevelMin", "INFO") + param("LevelMax", "ERROR") +
-                    "</filter><filter class='LOGStringMatchFilter'>" +
-                    param("StringToMatch", "keep") +
-                    "</filter><filter class='LOGLevelMatchFilter'>" +
-                    param("LevelToMatch", "WARN") +
-                    "</filter><filter class='LOGUnknownFilter'/>"
-                    "<errorHandler class='LOGOnlyOnceErrorHandler'><root-ref/>"
-                    "<logger-ref ref='a'/></errorHandler></appender>"
-                    "<appender name='T' class='LOGFileAppender'>" +
-                    param("File", "t.log") + "<layout class='LOGTTCCLayout'>" +
-                    param("DATEFORMAT", "NULL") +
-                    "</layout></appender>"
-                    "<appender name='never' class='LOGFileAppender'>" +
-                    param("File", "never.log") +
-                    "</appender>"
-                    "<category name='a' additivity='False'><priority value='warn'/>" +
-                    ref("T") + "</category><logger name='b' additivity='0'/>" +
-                    root("<level value='INFO'/>" + ref("F")),
-                "debug='false'"),
-            1);
+  ASSERT_EQ(
+      Workplace::configure(
+          "<appender name='F' class='LOGRollingFileAppender' addProcID='false'>" +
+              param("File", "f.log") + param("Append", "FALSE") + param("MaxBackupIndex", " 7x") +
+              param("MaximumFileSize", "10MB") + param("file", "ignored.log") +
+              param("MaxBackupIndex", "") + "<layout class='LOGPatternLayout'>" +
+              param("conversionpattern", "%p %c %m%n") +
+              "</layout>"
+              "<filter class='LOGLevelRangeFilter'>" +
+              param("LevelMin", "INFO") + param("LevelMax", "ERROR") +
+              "</filter><filter class='LOGStringMatchFilter'>" + param("StringToMatch", "keep") +
+              "</filter><filter class='LOGLevelMatchFilter'>" + param("LevelToMatch", "WARN") +
+              "</filter><filter class='LOGUnknownFilter'/>"
+              "<errorHandler class='LOGOnlyOnceErrorHandler'><root-ref/>"
+              "<logger-ref ref='a'/></errorHandler></appender>"
+              "<appender name='T' class='LOGFileAppender'>" +
+              param("File", "t.log") + "<layout class='LOGTTCCLayout'>" +
+              param("DATEFORMAT", "NULL") +
+              "</layout></appender>"
+              "<appender name='never' class='LOGFileAppender'>" +
+              param("File", "never.log") +
+              "</appender>"
+              "<category name='a' additivity='False'><priority value='warn'/>" +
+              ref("T") + "</category><logger name='b' additivity='0'/>" +
+              root("<level value='INFO'/>" + ref("F")),
+          "debug='false'"),
+      1);
   auto* const file = rootAppender<LOGRollingFileAppender>("F");
   ASSERT_NE(file, nullptr);
   EXPECT_EQ(file->getMaxBackupIndex(), 7);
@@ -149,6 +148,41 @@ TEST_F(Configuration, RebuildsStaleAppendersEverywhereWhenAppliedAgain) {
   EXPECT_TRUE(LOGManager::getRootLogger()->getAllAppenders().atEnd());
 }
 
+TEST_F(Configuration, BuildsAnewWhatTheProgramHasClosed) {
+  const std::string document = fileAppender("F", "f.log") + root(ref("F"));
+  Workplace::configure(document);
+  LOGManager::getRootLogger()->removeAllAppenders();
+  Workplace::configure(document);
+  info("x");
+  EXPECT_EQ(Workplace::lines("f.log"), (Lines{"x"}));
+}
+
+TEST_F(Configuration, BoundsChainsAndCirclesOfReferences) {
+  std::string document = root(ref("A0") + ref("circle"));
+  for (int i = 0; i < 5000; ++i) {
+    document += "<appender name='A" + std::to_string(i) +
+                "' class='LOGConsoleAppender'><errorHandler class='LOGOnlyOnceErrorHandler'>" +
+                ref("A" + std::to_string(i + 1)) + "</errorHandler></appender>";
+  }
+  document += "<appender name='circle' class='LOGAsyncAppender'>" + ref("circle") + "</appender>";
+  EXPECT_EQ(Workplace::configure(document), 1);
+  EXPECT_EQ(Workplace::diagnosticsWith("could be found."), 2);
+  EXPECT_NE(rootAppender("A0"), nullptr);
+}
+
+TEST_F(Configuration, SharesEachOfManyAppenders) {
+  std::string document;
+  std::string references;
+  for (int i = 0; i < 300; ++i) {
+    document += fileAppender("A" + std::to_string(i), "none/f.log");
+    references += ref("A" + std::to_string(i));
+  }
+  Workplace::configure(document + "<logger name='a'>" + references + "</logger>" +
+                       root(references));
+  EXPECT_EQ(LOGManager::getLogger("a")->snapshotOfAppenders(),
+            LOGManager::getRootLogger()->snapshotOfAppenders());
+}
+
 TEST_F(Configuration, SetsAndUnsetsLevelsAndTheThreshold) {
   LOGLogger* const a = LOGManager::getLogger("a");
   a->setLevel(LOGLevel::toLevel(LOGLevel::FATAL_RANK));
@@ -191,19 +225,19 @@ TEST_F(Configuration, PutsTheProcessIdIntoFileNames) {
 }
 
 TEST_F(Configuration, ReportsBadElementsAndGoesOnWithTheNext) {
-  EXPECT_EQ(Workplace::configure(
-                "<categoryFactory/>"
-                "<logger name='f' class='Own'>" +
-                ref("F") +
-                "</logger>"
-                "<appender name='U' class='LOGFileAppender.'/>"
-                "<appender name='C' class='LOGConsoleAppender'><layout class='LOGNoLayout'/>"
-                "<layout class='LOGPatternLayout'>" +
-                param("ConversionPattern", "%X") +
-                "</layout><errorHandler class='Own'/>" + ref("C") + "</appender>" +
-                fileAppender("F", "f.log", "<filter class='LOGLevelMatchFilter'/>") +
-                root(ref("missing") + ref("U") + ref("C") + ref("F"))),
-            1);
+  EXPECT_EQ(
+      Workplace::configure(
+          "<categoryFactory/>"
+          "<logger name='f' class='Own'>" +
+          ref("F") +
+          "</logger>"
+          "<appender name='U' class='LOGFileAppender.'/>"
+          "<appender name='C' class='LOGConsoleAppender'><layout class='LOGNoLayout'/>"
+          "<layout class='LOGPatternLayout'>" +
+          param("ConversionPattern", "%X") + "</layout><errorHandler class='Own'/>" + ref("C") +
+          "</appender>" + fileAppender("F", "f.log", "<filter class='LOGLevelMatchFilter'/>") +
+          root(ref("missing") + ref("U") + ref("C") + ref("F"))),
+      1);
   info("1");
   EXPECT_EQ(Workplace::lines("f.log"), (Lines{"1"}));
   EXPECT_NE(rootAppender<LOGConsoleAppender>("C"), nullptr);
@@ -246,19 +280,17 @@ TEST_F(Configuration, ChangesNothingWhenTheDocumentCannotBeUsed) {
 }
 
 TEST_F(Configuration, AcceptsDeprecatedNamesWithWarningsAndParsedDocuments) {
-  Workplace::write("old.xml",
-                   "<configuration configDebug='true'>" + fileAppender("F", "f.log") +
-                       root(ref("F")) + "</configuration>");
+  Workplace::write("old.xml", "<configuration configDebug='true'>" + fileAppender("F", "f.log") +
+                                  root(ref("F")) + "</configuration>");
   ZEBIDOM_Document document = ZEBIDOM_DOMImplementation::getInstance().createDocument();
   ASSERT_NE(ZEBIDOM_Parser(0).parse("old.xml", document), 0);
   EXPECT_EQ(LOGDOMConfigurator::configure(document.getDocumentElement()), 1);
   info("x");
   EXPECT_EQ(Workplace::lines("f.log").size(), 1U);
-  const Lines expected = {
-      "log4zeb:WARN The <configuration> element has been deprecated.",
-      "log4zeb:WARN Use the <log4j:configuration> element instead.",
-      "log4zeb:WARN The \"configDebug\" attribute is deprecated.",
-      "log4zeb:WARN Use the \"debug\" attribute instead."};
+  const Lines expected = {"log4zeb:WARN The <configuration> element has been deprecated.",
+                          "log4zeb:WARN Use the <log4j:configuration> element instead.",
+                          "log4zeb:WARN The \"configDebug\" attribute is deprecated.",
+                          "log4zeb:WARN Use the \"debug\" attribute instead."};
   for (const std::string& line : expected) {
     EXPECT_EQ(Workplace::diagnosticsEqual(line), 1) << line;
   }
@@ -299,9 +331,9 @@ TEST_F(Configuration, ShutsDownAndCanBeInitialisedAgain) {
 TEST_F(Configuration, IsAppliedAgainWhileThreadsLog) {
   const std::string document =
       fileAppender("F", "f.log") + "<appender name='R' class='LOGRollingFileAppender'>" +
-      param("File", "r.log") + param("MaximumFileSize", "4000") + "<layout class='LOGTTCCLayout'/>" +
-      "</appender><logger name='a'><level value='DEBUG'/>" + ref("R") + "</logger>" +
-      root("<level value='INFO'/>" + ref("F") + ref("R"));
+      param("File", "r.log") + param("MaximumFileSize", "4000") +
+      "<layout class='LOGTTCCLayout'/>" + "</appender><logger name='a'><level value='DEBUG'/>" +
+      ref("R") + "</logger>" + root("<level value='INFO'/>" + ref("F") + ref("R"));
   Workplace::configure(document);
   std::atomic<bool> stop{false};
   std::vector<std::thread> threads;

@@ -54,8 +54,12 @@ TEST(Level, IsFoundByNameInAnyCaseAndByExactRank) {
     const char* name;
     int rank;
     int syslog;
-  } LEVELS[] = {{"All", LOGLevel::ALL_RANK, 7}, {"debug", 10000, 7}, {"INFO", 20000, 6},
-                {"wArN", 30000, 4},             {"error", 40000, 3}, {"Fatal", 50000, 0},
+  } LEVELS[] = {{"All", LOGLevel::ALL_RANK, 7},
+                {"debug", 10000, 7},
+                {"INFO", 20000, 6},
+                {"wArN", 30000, 4},
+                {"error", 40000, 3},
+                {"Fatal", 50000, 0},
                 {"off", LOGLevel::OFF_RANK, 0}};
   for (const auto& expected : LEVELS) {
     LOGLevel* const level = LOGLevel::toLevel(I18NString(expected.name));
@@ -197,6 +201,12 @@ TEST(DiagnosticContext, ComposesTheMessagesOfAThread) {
   const I18NString& popped = LOGNDC::pop();
   LOGNDC::push("c");
   EXPECT_EQ(popped, I18NString("b")) << "valid until the next pop";
+  LOGNDC::push("kept");
+  const I18NString& kept = LOGNDC::pop();
+  const std::unique_ptr<LOGStack> stack(LOGNDC::cloneStack());
+  LOGNDC::remove();
+  LOGNDC::inherit(stack.get());
+  EXPECT_EQ(kept, I18NString("kept")) << "also when the stack itself goes";
   LOGNDC::push("d");
   LOGNDC::setMaxDepth(5);
   EXPECT_EQ(LOGNDC::getDepth(), 3);

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <thread>
 
+#include "appenders/LOGOnlyOnceErrorHandler.h"
 #include "appenders/LOGRollingFileAppender.h"
 #include "core/LOGLevel.h"
 #include "core/LOGLogger.h"
@@ -145,6 +146,26 @@ TEST_F(FileAppenderTest, HoldsBufferedRecordsBackAndCutsThemOnlyBetweenRecords) 
   EXPECT_EQ(Workplace::lines("b.log").back(), "last");
 }
 
+TEST_F(FileAppenderTest, ReportsBufferedRecordsThatAreLost) {
+  LOGFileAppender appender(&layout, "/dev/full", 1, 1, 4096);
+  append(appender, "buffered");
+  EXPECT_TRUE(Workplace::diagnosticsWith("ERROR") == 0);
+  appender.close();
+  EXPECT_EQ(Workplace::diagnosticsEqual(
+                "log4zeb:ERROR LOGQuietWriter::close -- ZEBThrowable exception occurred"),
+            1);
+}
+
+TEST_F(FileAppenderTest, TakesAnEarlierErrorHandlerBackIntoUse) {
+  LOGFileAppender appender;
+  auto* const first = new LOGOnlyOnceErrorHandler;
+  auto* const second = new LOGOnlyOnceErrorHandler;
+  for (LOGErrorHandler* const handler : {first, second, first, first, second}) {
+    appender.setErrorHandler(handler);
+    EXPECT_EQ(appender.getErrorHandler(), handler);
+  }
+}
+
 TEST_F(FileAppenderTest, KeepsItsFileWhenTheProgramChangesDirectoryOrResolvesNames) {
   struct Elsewhere : IZEBConfiguration {
     I18NString resolvePath(const I18NString& name) const override { return "sub/" + name; }
@@ -243,6 +264,32 @@ TEST_F(RollingFileAppenderTest, FindsTheBackupsOfAHugeIndexByReadingTheDirectory
   EXPECT_TRUE(fs::exists("r.log.07"));
 }
 
+TEST_F(RollingFileAppenderTest, RollsAFileOverThatIsBeyondCounting) {
+  Workplace::write("r.log", "");
+  fs::resize_file("r.log", std::uintmax_t{5} << 30);  // sparse
+  append(appender, "a");
+  EXPECT_EQ(fs::file_size("r.log"), 0U);
+  EXPECT_GT(fs::file_size("r.log.1"), std::uintmax_t{5} << 30);
+}
+
+TEST_F(RollingFileAppenderTest, StaysClosedWhenClosedDuringRollovers) {
+  appender.setMaximumFileSize(1);
+  std::thread logging([this] {
+    for (int i = 0; i < 300; ++i) {
+      append(appender, "x");
+    }
+  });
+  while (!fs::exists("r.log.1")) {
+    std::this_thread::yield();
+  }
+  appender.close();
+  const auto written = fs::last_write_time("r.log.1");
+  logging.join();
+  append(appender, "refused");
+  EXPECT_EQ(fs::last_write_time("r.log.1"), written);
+  EXPECT_EQ(Workplace::read("r.log"), "");
+}
+
 TEST_F(RollingFileAppenderTest, GoesOnWithTheConfiguredModeAfterAFailedReopening) {
   fs::create_directory("d");
   LOGRollingFileAppender moving(&layout, "d/r.log");
@@ -263,8 +310,8 @@ TEST(SharedRollingAppender, LosesNothingFromItsFirstEventOnUnderTwoLoggers) {
   appender.setLayout(&layout);
   appender.setFile("shared.log");
   appender.setAppend(0);
-  appender.setMaximumFileSize(20000);
-  appender.setMaxBackupIndex(1000);
+  appender.setMaximumFileSize(100);  // a rollover every dozen lines
+  appender.setMaxBackupIndex(100000);
   LOGLogger* const loggers[] = {LOGManager::getLogger("one"), LOGManager::getLogger("two")};
   for (LOGLogger* const logger : loggers) {
     logger->addAppender(&appender);

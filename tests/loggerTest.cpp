@@ -64,12 +64,11 @@ TEST_F(Hierarchy, LinksLoggersToTheirNearestAncestorInWhateverOrderTheyCome) {
   EXPECT_EQ(hierarchy.getLogger("a.b.c"), abc);
   EXPECT_EQ(hierarchy.exists("a.b"), ab);
   EXPECT_EQ(hierarchy.getCurrentLoggers().size(), 3U);
-  const Messages expected = {
-      "log4zeb: Creating new instance of LOGLogger: a.b.c",
-      "log4zeb: Creating a new provision [a.b] for LOGLogger [a.b.c].",
-      "log4zeb: Creating a new provision [a] for LOGLogger [a.b.c].",
-      "log4zeb: Add logger [a] as parent of [a.b.c].",
-      "log4zeb: Add logger [a.b] as parent of [a.b.c]."};
+  const Messages expected = {"log4zeb: Creating new instance of LOGLogger: a.b.c",
+                             "log4zeb: Creating a new provision [a.b] for LOGLogger [a.b.c].",
+                             "log4zeb: Creating a new provision [a] for LOGLogger [a.b.c].",
+                             "log4zeb: Add logger [a] as parent of [a.b.c].",
+                             "log4zeb: Add logger [a.b] as parent of [a.b.c]."};
   EXPECT_EQ(Workplace::diagnostics(), expected);
 }
 
@@ -144,9 +143,9 @@ TEST_F(Hierarchy, StopsAtALoggerWithoutAdditivityAndWarnsOnce) {
   hierarchy.getLogger("lonely.child")->info("z");
   EXPECT_TRUE(capture.messages.empty());
   EXPECT_EQ(Workplace::diagnosticsWith("No appenders could be found"), 1);
-  EXPECT_EQ(Workplace::diagnosticsEqual(
-                "log4zeb:WARN No appenders could be found for logger (lonely)."),
-            1);
+  EXPECT_EQ(
+      Workplace::diagnosticsEqual("log4zeb:WARN No appenders could be found for logger (lonely)."),
+      1);
 }
 
 TEST_F(Hierarchy, StampsWhatAFactoryMakes) {
@@ -159,9 +158,9 @@ TEST_F(Hierarchy, StampsWhatAFactoryMakes) {
   EXPECT_EQ(factory.made, 1);
   EXPECT_EQ(hierarchy.getLogger("own.child")->getParent(), own);
   EXPECT_THROW(hierarchy.getLogger("none", nullptr), ZEBAssertError);
-  EXPECT_EQ(Workplace::diagnosticsEqual(
-                "log4zeb:ERROR LOGHierarchy::getLogger -- unable to lock mutex"),
-            1);
+  EXPECT_EQ(
+      Workplace::diagnosticsEqual("log4zeb:ERROR LOGHierarchy::getLogger -- unable to lock mutex"),
+      1);
 }
 
 TEST_F(Hierarchy, ResetsEverything) {
@@ -224,6 +223,17 @@ TEST_F(Hierarchy, RefusesToCloneALoggerButNotTheRoot) {
   const std::unique_ptr<LOGObject> copy(root.clone());
   EXPECT_NE(dynamic_cast<LOGRootLogger*>(copy.get()), nullptr);
   EXPECT_TRUE(*copy == root);
+}
+
+TEST_F(Hierarchy, ContainsWhatAMessageThrowsWhileItIsRendered) {
+  class Broken : public LOGObject {
+   public:
+    const I18NString& toString() const override { throw std::runtime_error("broken"); }
+    LOGObject* clone() const override { return new Broken(*this); }
+  } broken;
+  root.info(&broken);
+  root.info("next");
+  EXPECT_EQ(capture.messages, (Messages{"next"}));
 }
 
 TEST_F(Hierarchy, ReportsAndPassesOnWhatFailsUnderALoggersLock) {

@@ -10,6 +10,7 @@
 #include <sys/vfs.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <ctime>
@@ -18,6 +19,7 @@
 #include <set>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -118,10 +120,18 @@ class ZEBFmFile::Handle {
   int writeRecord(const char* bytes, std::size_t size, std::size_t& written);
   int writeRest(const char* bytes, std::size_t size, std::size_t& written);
   int writeBuffer();
+  /// A part of a record that is in the file already.
+  struct Piece {
+    off_t begin;
+    std::size_t size;
+  };
+  Piece endingHere(std::size_t size) const;
+  bool blankOut(const std::vector<Piece>& pieces) const;
 
   int m_descriptor;
   bool m_owned;
   bool m_isRegular = false;
+  bool m_appends = false;
   bool m_maySignal = false;
   bool m_appendIsAtomic = true;
   int m_lockDepth = 0;
@@ -182,6 +192,7 @@ ZEBFmFile::Handle::Handle(int descriptor, bool owned) : m_descriptor(descriptor)
     m_isRegular = S_ISREG(status.st_mode);
     m_maySignal = maySignal(status);
   }
+  m_appends = (fcntl(descriptor, F_GETFL) & O_APPEND) != 0;
   m_appendIsAtomic = !m_isRegular || appendsAtomically(descriptor);
 }
 
@@ -207,8 +218,15 @@ int ZEBFmFile::Handle::write(const char* bytes, std::size_t size) {
 }
 
 int ZEBFmFile::Handle::writeBuffer() {
+  if (m_buffer.empty()) {
+    return 0;
+  }
   std::size_t written = 0;
-  const int error = m_buffer.empty() ? 0 : writeRecord(m_buffer.data(), m_buffer.size(), written);
+  const bool locked = !m_appendIsAtomic && lock() == 0;
+  const int error = writeRecord(m_buffer.data(), m_buffer.size(), written);
+  if (locked) {
+    unlock();
+  }
   m_buffer.erase(0, written);
   return error;
 }
@@ -232,22 +250,48 @@ int ZEBFmFile::Handle::writeRecord(const char* bytes, std::size_t size, std::siz
   // The disk is full, or the file has reached a limit. Other processes take the lock only when they
   // get here themselves, so it keeps second halves apart, not whole records.
   const bool locked = lock() == 0;
-  const off_t end = m_owned ? lseek(m_descriptor, 0, SEEK_CUR) : -1;
-  int error = writeRest(bytes, size, written);
-  struct stat status {};
-  if (error != 0 && end >= 0 && fstat(m_descriptor, &status) == 0) {
-    // Half a record is worse than none: it is taken back while it still is the end of the file, but
-    // never from a stream of the host program's, which may not be appending.
-    const off_t begin = end - once;
-    if (status.st_size == begin + static_cast<off_t>(written) &&
-        ftruncate(m_descriptor, begin) == 0) {
-      written = 0;
+  std::vector<Piece> pieces = {endingHere(written)};
+  int error = 0;
+  while (error == 0 && written < size) {
+    const ssize_t more = writeOnce(m_descriptor, bytes + written, size - written);
+    if (more < 0) {
+      error = errno;
+    } else {
+      written += static_cast<std::size_t>(more);
+      pieces.push_back(endingHere(static_cast<std::size_t>(more)));
     }
+  }
+  if (error != 0 && blankOut(pieces)) {
+    written = 0;
   }
   if (locked) {
     unlock();
   }
   return error;
+}
+
+ZEBFmFile::Handle::Piece ZEBFmFile::Handle::endingHere(std::size_t size) const {
+  return {lseek(m_descriptor, 0, SEEK_CUR) - static_cast<off_t>(size), size};
+}
+
+bool ZEBFmFile::Handle::blankOut(const std::vector<Piece>& pieces) const {
+  // Half a record is worse than none. It cannot be cut off, because another process may have
+  // appended meanwhile, so a blank line takes its place. A stream of the host program's is left
+  // alone: it may not be appending.
+  const std::string self = "/proc/self/fd/" + std::to_string(m_descriptor);
+  const int descriptor = m_owned ? ::open(self.c_str(), O_WRONLY | O_CLOEXEC) : -1;
+  bool blanked = descriptor >= 0;
+  for (const Piece& piece : pieces) {
+    std::string blanks(piece.size, ' ');
+    blanks.replace(piece.size - std::min<std::size_t>(piece.size, 2), 2,
+                   piece.size == 1 ? "\n" : "\r\n");
+    blanked = blanked && pwrite(descriptor, blanks.data(), blanks.size(), piece.begin) ==
+                             static_cast<ssize_t>(blanks.size());
+  }
+  if (descriptor >= 0) {
+    ::close(descriptor);
+  }
+  return blanked;
 }
 
 int ZEBFmFile::Handle::writeRest(const char* bytes, std::size_t size, std::size_t& written) {
@@ -280,7 +324,7 @@ int ZEBFmFile::Handle::close() {
 }
 
 int ZEBFmFile::Handle::seek(std::int64_t offset, int origin) {
-  if (!m_isRegular || (origin == ORIGIN_END && offset == 0)) {
+  if (!m_isRegular || (m_appends && origin == ORIGIN_END && offset == 0)) {
     return 0;
   }
   flush();

@@ -12,9 +12,7 @@ class LoudLogger : public LOGLogger {
 
 class LoudFactory : public LOGLoggerFactory {
  public:
-  LOGLogger* makeNewLoggerInstance(const I18NString& name) override {
-    return new LoudLogger(name);
-  }
+  LOGLogger* makeNewLoggerInstance(const I18NString& name) override { return new LoudLogger(name); }
 };
 
 }  // namespace
