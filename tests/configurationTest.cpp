@@ -7,6 +7,7 @@
 #include <memory>
 #include <thread>
 
+#include "appenders/LOGAsyncAppender.h"
 #include "appenders/LOGConsoleAppender.h"
 #include "appenders/LOGOnlyOnceErrorHandler.h"
 #include "appenders/LOGRollingFileAppender.h"
@@ -146,6 +147,37 @@ TEST_F(Configuration, RebuildsStaleAppendersEverywhereWhenAppliedAgain) {
   EXPECT_EQ(Workplace::lines("f.log"), (Lines{"1", "2", "3"}));
   Workplace::configure(root(""));
   EXPECT_TRUE(LOGManager::getRootLogger()->getAllAppenders().atEnd());
+}
+
+TEST_F(Configuration, AttachesAppendersToAnAsynchronousOneAndFlushesThatWhenItEnds) {
+  const auto file = [](const std::string& name, const std::string& layout) {
+    return "<appender name='" + name + "' class='LOGFileAppender'>" + param("File", name + ".log") +
+           "<layout class='" + layout + "'/></appender>";
+  };
+  const std::string document = "<appender name='Q' class='LOGAsyncAppender'>" +
+                               param("BufferSize", "1") + ref("X") + ref("H") + ref("missing") +
+                               "</appender>" + file("X", "LOGXMLLayout") +
+                               file("H", "LOGHTMLLayout") + root(ref("Q"));
+  for (int i = 0; i < 2; ++i) {
+    Workplace::configure(document);
+    EXPECT_EQ(rootAppender<LOGAsyncAppender>("Q")->getBufferSize(), 128) << "not set by documents";
+    for (int j = 0; j < 50; ++j) {
+      info("x");
+    }
+  }
+  LOG4ZEBConfigurator::shutdown();
+  const auto count = [](const std::string& text, const std::string& part) {
+    std::size_t found = 0;
+    for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) {
+      ++found;
+    }
+    return found;
+  };
+  EXPECT_EQ(count(Workplace::read("X.log"), "</log4j:event>"), 100U);
+  EXPECT_EQ(count(Workplace::read("H.log"), "</tr>"), 100U);
+  EXPECT_EQ(
+      Workplace::diagnosticsEqual("log4zeb: Attaching appender named [X] to appender named [Q]"),
+      2);
 }
 
 TEST_F(Configuration, BuildsAnewWhatTheProgramHasClosed) {

@@ -3,10 +3,10 @@
 #include <iostream>
 #include <string>
 
-#include "tools/Terminal.h"
+#include "platform/ZEBUtTerminal.h"
 
 ProgressLine::ProgressLine()
-    : m_wanted(Terminal::isStandardError()), m_next(Clock::now() + std::chrono::seconds(1)) {}
+    : m_wanted(ZEBUtTerminal::isStandardError()), m_next(Clock::now() + std::chrono::seconds(1)) {}
 
 void ProgressLine::show(std::uint64_t lines) {
   if (!m_wanted || lines == m_shown || Clock::now() < m_next) {
