@@ -67,10 +67,7 @@ LOGAsyncAppender::LOGAsyncAppender()
   m_closed = 1;
 }
 
-LOGAsyncAppender::~LOGAsyncAppender() {
-  LOGAsyncAppender::close();
-  m_ending.reset();
-}
+LOGAsyncAppender::~LOGAsyncAppender() { LOGAsyncAppender::close(); }
 
 std::shared_ptr<LOGAsyncAppender::Parts> LOGAsyncAppender::parts() const {
   const std::lock_guard<std::mutex> lock(m_leaf);
@@ -92,32 +89,38 @@ void LOGAsyncAppender::activateOptions() {
 
 void LOGAsyncAppender::close() {
   m_closeRequested = true;
-  std::shared_ptr<Parts> closing = parts();
+  const std::shared_ptr<Parts> closing = parts();
   if (closing == nullptr) {
     return;
   }
   // A thread that waits for space holds this appender's lock, so it is let go before that is taken.
   closing->bf.endWaiting();
-  const bool taken = logReportingFailures(CLOSE_TEXTS, [this] {
+  if (closing->dispatcher.isCurrentThread()) {
+    // Closed by an appender attached here, under the list's lock, which comes after this
+    // appender's. The thread cannot wait for its own end either: the destructor, or a close() from
+    // elsewhere, does the rest.
+    m_closed = 1;
+    end(*closing);
+    return;
+  }
+  bool isFirst = false;
+  logReportingFailures(CLOSE_TEXTS, [&] {
     const ZEBThreadGuard guard(getCriticalSection());
     m_closed = 1;
     const std::lock_guard<std::mutex> lock(m_leaf);
+    isFirst = m_parts != nullptr;
     m_parts.reset();
   });
-  if (!taken) {
-    return;
-  }
-  // No lock is held from here on: the dispatcher may need it to come to its end.
-  closing->bf.drop();
-  closing->dispatcher.close();
-  if (closing->dispatcher.isCurrentThread()) {
-    // Closed by an appender attached here: the thread cannot wait for its own end, so the
-    // destructor does.
-    const std::lock_guard<std::mutex> lock(m_leaf);
-    m_ending = std::move(closing);
-  } else {
+  if (isFirst) {
+    // No lock is held from here on: the dispatcher may need it to come to its end.
+    end(*closing);
     closing->dispatcher.join();
   }
+}
+
+void LOGAsyncAppender::end(Parts& parts) {
+  parts.bf.drop();
+  parts.dispatcher.close();
 }
 
 int LOGAsyncAppender::requiresLayout() { return 0; }

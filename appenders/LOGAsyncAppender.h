@@ -94,13 +94,13 @@ class LOG4ZEB_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
   bool waitForSpace();
   void enqueue(LOGLoggingEvent& event);
   std::shared_ptr<Parts> parts() const;
+  static void end(Parts& parts);
   bool mayStart() const { return m_closed != 0 && !m_closeRequested && m_stale != 1; }
 
   LOGAppenderAttachableImpl m_aai;
   // Queue and dispatcher, until close(). Changed under the appender's lock and m_leaf, read under
   // either.
   std::shared_ptr<Parts> m_parts;
-  std::shared_ptr<Parts> m_ending;  // what a close() by the dispatcher itself left running
   std::atomic<int> locationInfo{0};
   int interruptedWarningMessage = 0;  // guarded by the appender's lock
 
