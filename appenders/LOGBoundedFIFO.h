@@ -74,7 +74,7 @@ class LOG4ZEB_EXPORT LOGBoundedFIFO : public LOGMutex {
   ZEBList<LOGLoggingEvent*> m_events;  // oldest first
   int numElements = 0;
   int first = 0;  // index of the oldest event, modulo the capacity
-  int nextIndex = 0;
+  [[maybe_unused]] int nextIndex = 0;
   int maxSize;
   int m_resizesWaiting = 0;
   bool m_waitingEnded = false;

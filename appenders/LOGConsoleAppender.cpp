@@ -70,7 +70,8 @@ void LOGConsoleAppender::setTarget(const I18NString& value) {
 }
 
 void LOGConsoleAppender::openTarget(const I18NString& value) {
-  const I18NString requested = value;  // `value` may be this object's own target
+  // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): it may be this object's own target
+  const I18NString requested = value;
   auto file = std::make_unique<ZEBFmFile>();
   if (m_qw != nullptr) {
     m_qw->setFile(file.get());

@@ -15,7 +15,8 @@ void LOGCountingQuietWriter::write(ZEBFmFile* outStream, const I18NString& s) {
       "LOGCountingQuietWriter::write -- ZEBThrowable exception occurred",
       "LOGCountingQuietWriter::write -- Unknown error occurred"};
   logReportingFailures(TEXTS, [&] {
-    ZEB_ASSERT(outStream != NULL, "LOGCountingQuietWriter", 52);
+    ZEB_ASSERT(outStream != NULL, "LOGCountingQuietWriter",
+               52);  // NOLINT(modernize-use-nullptr): the text
     const ZEBThreadRWGuard guard(*this, ZEBThreadRWGuard::WRITING);
     count += static_cast<unsigned int>(appendBytes(*outStream, s));
   });

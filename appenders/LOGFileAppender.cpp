@@ -150,7 +150,8 @@ void LOGFileAppender::setFileOptions(const I18NString& name, int append, int buf
 
 LOGFileAppender::OpenResult LOGFileAppender::open(const char* className, const I18NString& name,
                                                   int append, int bufferedSwitch, int size) {
-  const I18NString requested = name;  // `name` may be this object's own, which is emptied
+  // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): it may be this object's own name
+  const I18NString requested = name;
   if (instanceOf() != className) {
     instance(className);  // not written again: other threads compare appenders without the lock
   }

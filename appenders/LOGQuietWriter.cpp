@@ -38,7 +38,7 @@ void LOGQuietWriter::write(ZEBFmFile* outStream, const I18NString& s) {
                                   "LOGQuietWriter::write -- ZEBThrowable exception occurred",
                                   "LOGQuietWriter::write -- Unknown error occurred"};
   logReportingFailures(TEXTS, [&] {
-    ZEB_ASSERT(outStream != NULL, SOURCE, 70);
+    ZEB_ASSERT(outStream != NULL, SOURCE, 70);  // NOLINT(modernize-use-nullptr): the text
     const ZEBThreadRWGuard guard(*this, ZEBThreadRWGuard::WRITING);
     appendBytes(*outStream, s);
   });
@@ -77,7 +77,7 @@ std::size_t LOGQuietWriter::appendBytes(ZEBFmFile& file, const I18NString& s) {
 }
 
 void LOGQuietWriter::flush(ZEBFmFile* outStream) {
-  ZEB_ASSERT(outStream != NULL, SOURCE, 56);
+  ZEB_ASSERT(outStream != NULL, SOURCE, 56);  // NOLINT(modernize-use-nullptr): the text
   logReportingFailures(
       LOGFailureTexts::same("LOGQuietWriter::flush -- ZEBThrowable exception occurred"), [&] {
         if (outStream->isOpen() != 0 && outStream->flush() == 0) {
@@ -87,7 +87,7 @@ void LOGQuietWriter::flush(ZEBFmFile* outStream) {
 }
 
 void LOGQuietWriter::close(ZEBFmFile* outStream) {
-  ZEB_ASSERT(outStream != NULL, SOURCE, 62);
+  ZEB_ASSERT(outStream != NULL, SOURCE, 62);  // NOLINT(modernize-use-nullptr): the text
   logReportingFailures(
       LOGFailureTexts::same("LOGQuietWriter::close -- ZEBThrowable exception occurred"), [&] {
         if (outStream->isOpen() != 0 && outStream->close() == 0) {
@@ -111,7 +111,7 @@ void LOGQuietWriter::close() {
 }
 
 void LOGQuietWriter::throwFileError(ZEBFmFile* file) {
-  ZEB_ASSERT(file != NULL, SOURCE, 185);
+  ZEB_ASSERT(file != NULL, SOURCE, 185);  // NOLINT(modernize-use-nullptr): the text
   throw ZEBSystemError(file->getName(), file->getLastError(), "LOGQuietWriter::throwFileError",
                        191);
 }

@@ -95,13 +95,6 @@ void contained(Operation operation) noexcept {
       operation);
 }
 
-/// A failed assertion that names more than its expression.
-void requireExport(bool found, const char* text, int line) {
-  if (!found) {
-    ZEBAssertError::fail(text, SOURCE, line);
-  }
-}
-
 bool isSet(const I18NString& attribute) { return !attribute.isEmpty() && attribute != NULL_WORD; }
 
 I18NString quoted(const I18NString& text) { return "\"" + text + "\""; }
@@ -331,8 +324,10 @@ void LOGDOMConfigurator::parseCategoryFactory(const ZEBIDOM_Element& element) {
   }
   const auto function =
       reinterpret_cast<LOGLoggerFactory* (*)()>(m_hFactInst.getSymbol("getLoggerFactory"));
-  requireExport(function != nullptr, "ZEB_ASSERT_NAMED(function != NULL, \"getLoggerFactory\");",
-                __LINE__);
+  if (function == nullptr) {
+    ZEBAssertError::fail("ZEB_ASSERT_NAMED(function != NULL, \"getLoggerFactory\");", SOURCE,
+                         __LINE__);
+  }
   LOGLoggerFactory* const factory = function();
   if (factory == nullptr) {
     LOGLogLog::debug("The library [" + className + "] has made no logger factory.");
@@ -650,8 +645,10 @@ LOGFilter* LOGDOMConfigurator::newDyeTraceFilter() {
   }
   const auto function =
       reinterpret_cast<LOGFilter* (*)()>(m_hDyeTraceFilterInst.getSymbol("getUVDDyeTraceFilter"));
-  requireExport(function != nullptr,
-                "ZEB_ASSERT_NAMED(function != NULL, \"getUVDDyeTraceFilter\");", __LINE__);
+  if (function == nullptr) {
+    ZEBAssertError::fail("ZEB_ASSERT_NAMED(function != NULL, \"getUVDDyeTraceFilter\");", SOURCE,
+                         __LINE__);
+  }
   LOGLogLog::debug("the LOGLogUVDDyeTraceFilter library is loaded, create the filter");
   LOGFilter* const filter = function();
   const bool isKnown = std::any_of(m_filters.begin(), m_filters.end(),

@@ -20,7 +20,7 @@ LOGFileWatchdog::LOGFileWatchdog(const I18NString& fileName)
   m_delay = DEFAULT_DELAY;
   m_lastModified = 0;
   m_interrupted = 0;
-  checkAndConfigure();
+  checkAndConfigure();  // NOLINT(clang-analyzer-optin.cplusplus.VirtualCall): as documented
 }
 
 LOGFileWatchdog::~LOGFileWatchdog() { LOGFileWatchdog::stop(); }

@@ -32,8 +32,9 @@ LOGHashtable::~LOGHashtable() {
 
 LOGHashtable::Node** LOGHashtable::newBuckets(int capacity, int headsPerBucket) {
   const auto heads = static_cast<std::size_t>(capacity);
-  auto* const buckets = static_cast<Node**>(
-      std::malloc(heads * static_cast<std::size_t>(headsPerBucket) * sizeof(Node*)));
+  auto* const buckets =
+      static_cast<Node**>(std::malloc(heads * static_cast<std::size_t>(headsPerBucket) *
+                                      sizeof(Node*)));  // NOLINT(bugprone-sizeof-expression)
   if (buckets != nullptr) {
     std::fill_n(buckets, heads, nullptr);
   }

@@ -73,7 +73,7 @@ class LOG4ZEB_EXPORT LOGHashtable : public LOGMutex {
 
   int m_count = 0;
   int m_capacity = 0;
-  float m_loadFactor = 0;
+  [[maybe_unused]] float m_loadFactor = 0;
   Node** m_buckets = nullptr;
   Node* m_lost = nullptr;  // entries that a growth left without a bucket
 };

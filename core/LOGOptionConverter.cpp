@@ -4,6 +4,7 @@
 #include "core/LOGLogLog.h"
 #include "platform/I18NLocale.h"
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): so is the published interface
 int LOGOptionConverter::toBoolean(I18NString value, int defaultValue) {
   const I18NLocale locale;
   if (locale.compareIgnoreCase(value, "TRUE") == 0) {

@@ -3,11 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <csignal>
 #include <filesystem>
 #include <memory>
 #include <sstream>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "core/LOGLevel.h"
@@ -20,14 +22,26 @@ namespace {
 
 constexpr const char* LOG_FILE = "out.log";
 
-/// Writes a document whose root logger has a file appender and the given level.
+/// A document whose root logger has a file appender and the given level.
+std::string document(const std::string& pattern, const std::string& level,
+                     const std::string& file) {
+  return "<log4j:configuration><appender name='FILE' class='LOGFileAppender'>"
+         "<param name='File' value='" +
+         file + "'/><layout class='LOGPatternLayout'><param name='ConversionPattern' value='" +
+         pattern + "'/></layout></appender><root><level value='" + level +
+         "'/><appender-ref ref='FILE'/></root></log4j:configuration>";
+}
+
 void writeDocument(const std::string& pattern = "%p %c|%m%n", const std::string& level = "DEBUG") {
-  Workplace::write("log.xml",
-                   "<log4j:configuration><appender name='FILE' class='LOGFileAppender'>"
-                   "<param name='File' value='out.log'/><layout class='LOGPatternLayout'>"
-                   "<param name='ConversionPattern' value='" +
-                       pattern + "'/></layout></appender><root><level value='" + level +
-                       "'/><appender-ref ref='FILE'/></root></log4j:configuration>");
+  Workplace::write("log.xml", document(pattern, level, LOG_FILE));
+}
+
+/// Puts another document in the place of that one at once, with a later time.
+void replaceDocument(const std::string& text) {
+  const auto before = std::filesystem::last_write_time("log.xml");
+  Workplace::write("new.xml", text);
+  std::filesystem::last_write_time("new.xml", before + std::chrono::seconds(1));
+  std::filesystem::rename("new.xml", "log.xml");
 }
 
 using Words = std::vector<std::string>;
@@ -127,9 +141,13 @@ TEST(Command, NamesWhatIsWrongWithTheDocument) {
                                  "<appender-ref ref='A'/></logger></log4j:configuration>"),
                        "no appender for the logger 'a.b'"));
 
-  const Outcome missing = run({"log", "--config", "none.xml"}, "lost\n");
-  EXPECT_EQ(missing.exitCode, 3);
-  EXPECT_TRUE(mentions(missing.errors, "cannot read the configuration document 'none.xml' ("));
+  for (const Words& more : {Words{}, Words{"--watch"}}) {
+    Words words{"log", "--config", "none.xml"};
+    words.insert(words.end(), more.begin(), more.end());
+    const Outcome missing = run(words, "lost\n");
+    EXPECT_EQ(missing.exitCode, 3);
+    EXPECT_TRUE(mentions(missing.errors, "cannot read the configuration document 'none.xml' ("));
+  }
 }
 
 TEST(Command, NamesWhatIsWrongWithTheInput) {
@@ -148,8 +166,10 @@ TEST(Command, NamesWhatIsWrongWithTheInput) {
 TEST(Command, RefusesBadArguments) {
   const Workplace workplace;
   writeDocument();
-  for (const Words& arguments : {Words{}, Words{"nonsense"}, Words{"log"},
-                                 logCommand({"--level", "LOUD"}), logCommand({"a", "b"})}) {
+  for (const Words& arguments :
+       {Words{}, Words{"nonsense"}, Words{"log"}, logCommand({"--level", "LOUD"}),
+        logCommand({"a", "b"}), logCommand({"--watch-delay", "5"}),
+        logCommand({"--watch", "--watch-delay", "0"})}) {
     EXPECT_EQ(run(arguments, "lost\n").exitCode, 2);
   }
   EXPECT_TRUE(mentions(run(logCommand({"--level", "LOUD"})).errors, "'LOUD' is not a level"));
@@ -164,7 +184,7 @@ TEST(Command, AnswersAStopSignalWhileTheInputIsSilent) {
                      "<log4j:configuration><appender name='OUT' class='LOGConsoleAppender'>"
                      "<layout class='LOGPatternLayout'/></appender><root><level value='DEBUG'/>"
                      "<appender-ref ref='OUT'/></root></log4j:configuration>");
-    ChildProcess command(LOG4ZEB_COMMAND, logCommand(), "");
+    ChildProcess command(LOG4ZEB_COMMAND, logCommand({"--watch"}), "");
     command.send("one\ntwo\nnot yet a li");
     EXPECT_EQ(command.receive(10), "one\r\ntwo\r\n");
     command.signal(signal);
@@ -174,6 +194,43 @@ TEST(Command, AnswersAStopSignalWhileTheInputIsSilent) {
     EXPECT_EQ(command.errors(), "log4zeb: stopped by signal " + std::to_string(signal) +
                                     "\nlog4zeb: 2 lines read, 2 logged\n");
   }
+}
+
+TEST(Command, AppliesEditsOfAWatchedDocumentWhileItLogs) {
+  const Workplace workplace;
+  writeDocument("%m%n");
+  ChildProcess command(LOG4ZEB_COMMAND, logCommand({"--watch", "--watch-delay", "5"}), "");
+  Words sent;
+  // Sends lines, one at a time, until one arrives in that file, and says whether one did.
+  const auto logsTo = [&](const std::string& file) {
+    const std::size_t before = Workplace::lines(file).size();
+    for (int i = 0; i < 1000 && Workplace::lines(file).size() == before; ++i) {
+      sent.push_back("line " + std::to_string(sent.size()));
+      command.send(sent.back() + "\n");
+      std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return Workplace::lines(file).size() > before;
+  };
+  EXPECT_TRUE(logsTo(LOG_FILE));
+  replaceDocument(document("%m%n", "DEBUG", "second.log"));
+  EXPECT_TRUE(logsTo("second.log"));
+  // Half a document changes nothing, and does not end the watching.
+  replaceDocument(document("%m%n", "DEBUG", "half.log").substr(0, 200));
+  std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  EXPECT_TRUE(logsTo("second.log"));
+  replaceDocument(document("%m%n", "DEBUG", "third.log"));
+  EXPECT_TRUE(logsTo("third.log"));
+
+  command.endInput();
+  EXPECT_EQ(command.wait().exitCode, 0);
+  const std::string count = std::to_string(sent.size());
+  EXPECT_EQ(command.errors(), "log4zeb: " + count + " lines read, " + count + " logged\n");
+  Words logged;
+  for (const char* const file : {LOG_FILE, "second.log", "third.log"}) {
+    const Words lines = Workplace::lines(file);
+    logged.insert(logged.end(), lines.begin(), lines.end());
+  }
+  EXPECT_EQ(logged, sent);
 }
 
 TEST(Command, EightProcessesWriteWholeLinesToOneFile) {

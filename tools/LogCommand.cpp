@@ -4,8 +4,10 @@
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
+#include <memory>
 #include <vector>
 
+#include "config/LOGXMLWatchdog.h"
 #include "log4zeb.h"
 #include "tools/CommandSupport.h"
 #include "tools/LineJob.h"
@@ -18,8 +20,15 @@ namespace {
 
 constexpr const char* STANDARD_INPUT = "-";
 
+// Milliseconds; a day is longer than anybody waits for an edit.
+constexpr unsigned int LONGEST_WATCH_DELAY = 24 * 60 * 60 * 1000;
+
 constexpr const char* NOTES =
-    R"(The number of lines read, and of those whose level was enabled, is reported on standard
+    R"(With --watch, an edit of the document takes effect while lines are logged. An edit that
+cannot be applied changes nothing; what lets nothing be logged is only refused at the start.
+Put a new document in place with mv: one that is missing at a look is not watched any longer.
+
+The number of lines read, and of those whose level was enabled, is reported on standard
 error at the end.
 
 Exit codes:
@@ -62,17 +71,17 @@ LOGLogger* loggerNamed(const std::string& name) {
   return name.empty() ? LOGManager::getRootLogger() : LOGManager::getLogger(name);
 }
 
-/// Applies the document and returns the logger; complains and returns null when nothing that is
-/// logged through it would arrive anywhere.
-LOGLogger* configure(const std::string& document, const std::string& loggerName) {
-  if (LOG4ZEBConfigurator::initialize(document) == 0) {
-    std::ifstream file;
-    if (CommandSupport::openToRead(file, document, "configuration document")) {
-      CommandSupport::say("cannot apply the configuration document '" + document +
-                          "': it is not well-formed XML with the root element log4j:configuration");
-    }
-    return nullptr;
+void complainOfDocument(const std::string& document) {
+  std::ifstream file;
+  if (CommandSupport::openToRead(file, document, "configuration document")) {
+    CommandSupport::say("cannot apply the configuration document '" + document +
+                        "': it is not well-formed XML with the root element log4j:configuration");
   }
+}
+
+/// Returns the logger, once the document was applied; complains and returns null when nothing that
+/// is logged through it would arrive anywhere.
+LOGLogger* usableLogger(const std::string& document, const std::string& loggerName) {
   if (!anyLoggerHasAppenders()) {
     CommandSupport::say("the configuration document '" + document +
                         "' configures nothing: no logger has an appender");
@@ -93,13 +102,23 @@ void report(const LineLogger::Counts& counts) {
                       std::to_string(counts.logged) + " logged");
 }
 
+/// The watchdog, which may be null, comes first: it must not apply the document again afterwards.
+void shutDown(LOGXMLWatchdog* watchdog) {
+  if (watchdog != nullptr) {
+    watchdog->stop();
+  }
+  LOG4ZEBConfigurator::shutdown();
+}
+
 /// Ends the process without waiting for the thread that may still wait for input.
-[[noreturn]] void endByStopSignal(LineJob::End end, const LineLogger::Counts& counts) {
+[[noreturn]] void endByStopSignal(LineJob::End end, const LineLogger::Counts& counts,
+                                  LOGXMLWatchdog* watchdog) {
   const int signal = StopSignal::received();
   CommandSupport::say("stopped by signal " + std::to_string(signal));
   report(counts);
+  // Where a log call does not return, the watchdog may wait for the same thing.
   if (end == LineJob::End::STOPPED) {
-    LOG4ZEBConfigurator::shutdown();
+    shutDown(watchdog);
   }
   std::_Exit(128 + signal);
 }
@@ -127,6 +146,14 @@ LogCommand::LogCommand(CLI::App& app) {
       ->type_name("LEVEL");
   command->add_flag("--level-from-line", m_levelFromLine,
                     "Take the first level word in a line as its level, where it has one");
+  CLI::Option* const watch =
+      command->add_flag("--watch", m_watch, "Apply the document again whenever it has changed");
+  command
+      ->add_option("--watch-delay", m_watchDelay,
+                   "Milliseconds between two looks at the document; without it, 6000")
+      ->check(CLI::Range(1U, LONGEST_WATCH_DELAY))
+      ->needs(watch)
+      ->type_name("MS");
   command->add_option("FILE", m_input, "The file to read; without it, or with -, standard input")
       ->type_name("");
   command->footer(NOTES);
@@ -144,9 +171,12 @@ int LogCommand::run() const {
 }
 
 int LogCommand::logLinesOf(std::istream& in) const {
-  LOGLogger* const logger = configure(m_document, m_logger);
+  // Constructing it applies the document.
+  const std::unique_ptr<LOGXMLWatchdog> watchdog =
+      m_watch ? std::make_unique<LOGXMLWatchdog>(m_document) : nullptr;
+  LOGLogger* const logger = configure(watchdog.get());
   if (logger == nullptr) {
-    LOG4ZEBConfigurator::shutdown();
+    shutDown(watchdog.get());
     return BAD_DOCUMENT;
   }
   StopSignal::watch();
@@ -156,12 +186,27 @@ int LogCommand::logLinesOf(std::istream& in) const {
   LineJob job(reader, lines);
   const LineJob::End end = job.run();
   if (end != LineJob::End::COMPLETE) {
-    endByStopSignal(end, lines.getCounts());
+    endByStopSignal(end, lines.getCounts(), watchdog.get());
   }
-  LOG4ZEBConfigurator::shutdown();
+  shutDown(watchdog.get());
   if (reader.failed()) {
     CommandSupport::say("cannot read on in the input");
   }
   report(lines.getCounts());
   return reader.failed() ? BAD_INPUT : 0;
+}
+
+LOGLogger* LogCommand::configure(LOGXMLWatchdog* watchdog) const {
+  const int applied =
+      watchdog != nullptr ? watchdog->wasApplied() : LOG4ZEBConfigurator::initialize(m_document);
+  if (applied == 0) {
+    complainOfDocument(m_document);
+    return nullptr;
+  }
+  LOGLogger* const logger = usableLogger(m_document, m_logger);
+  if (logger != nullptr && watchdog != nullptr) {
+    LOGXMLWatchdog::setDelay(m_watchDelay);
+    watchdog->start();
+  }
+  return logger;
 }

@@ -1,7 +1,13 @@
 #ifndef TOOLS_LOGCOMMAND_H
 #define TOOLS_LOGCOMMAND_H
 
+#include <iosfwd>
 #include <string>
+
+#include "config/LOGFileWatchdog.h"
+
+class LOGLogger;
+class LOGXMLWatchdog;
 
 namespace CLI {
 class App;
@@ -26,12 +32,17 @@ class LogCommand {
 
  private:
   int logLinesOf(std::istream& in) const;
+  /// Applies the document; with a watchdog, which has done so, starts that. Returns the logger, or
+  /// null after complaining.
+  LOGLogger* configure(LOGXMLWatchdog* watchdog) const;
 
   std::string m_document;
   std::string m_logger;
   std::string m_level = "INFO";
   std::string m_input = "-";
   bool m_levelFromLine = false;
+  bool m_watch = false;
+  unsigned int m_watchDelay = LOGFileWatchdog::DEFAULT_DELAY;
 };
 
 #endif
