@@ -29,7 +29,8 @@ LOGAppenderSkeleton::LOGAppenderSkeleton(const LOGAppenderSkeleton& other)
       m_errorHandler(other.cloneOfErrorHandler()),
       m_layout(other.m_layout.load()),
       m_threshold(other.m_threshold.load()),
-      m_stale(other.m_stale.load()) {}
+      m_stale(other.m_stale.load()),
+      m_closeRequested(other.m_closeRequested.load()) {}
 
 LOGAppenderSkeleton& LOGAppenderSkeleton::operator=(const LOGAppenderSkeleton& other) {
   if (this != &other) {
@@ -42,6 +43,7 @@ LOGAppenderSkeleton& LOGAppenderSkeleton::operator=(const LOGAppenderSkeleton& o
     m_layout = other.m_layout.load();
     m_threshold = other.m_threshold.load();
     m_stale = other.m_stale.load();
+    m_closeRequested = other.m_closeRequested.load();
   }
   return *this;
 }

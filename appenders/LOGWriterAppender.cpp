@@ -11,7 +11,9 @@ LOGWriterAppender::LOGWriterAppender() { instance("LOGWriterAppender"); }
 LOGWriterAppender::LOGWriterAppender(const LOGWriterAppender& other)
     : LOGAppenderSkeleton(other),
       immediateFlush(other.immediateFlush.load()),
-      encoding(other.encoding) {}
+      encoding(other.encoding) {
+  m_closeRequested = false;  // the copy has a destination of its own, not opened yet
+}
 
 LOGWriterAppender::~LOGWriterAppender() = default;
 

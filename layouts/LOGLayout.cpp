@@ -3,7 +3,7 @@
 #include <memory>
 #include <utility>
 
-#include "core/LOGLogLog.h"
+#include "core/LOGFailures.h"
 #include "core/LOGLoggingEvent.h"
 #include "platform/I18NRuntimeError.h"
 #include "platform/ZEBAssertError.h"
@@ -17,11 +17,13 @@ std::unique_ptr<I18NString> render(LOGLoggingEvent& event) {
   try {
     return std::unique_ptr<I18NString>(event.getRenderedMessage());
   } catch (I18NRuntimeError& failure) {
-    LOGLogLog::error("LOGLayout::format -- some i18nstring exception occurred", failure);
+    logReportSwallowed("LOGLayout::format -- some i18nstring exception occurred", failure);
+    throw;
   } catch (ZEBThrowable& failure) {
-    LOGLogLog::error("LOGLayout::format -- some ZEBThrowable exception occurred", failure);
+    logReportSwallowed("LOGLayout::format -- some ZEBThrowable exception occurred", failure);
+    throw;
   } catch (...) {
-    LOGLogLog::error("LOGLayout::format -- some generic error occurred");
+    logReport("LOGLayout::format -- some generic error occurred");
     throw;
   }
 }

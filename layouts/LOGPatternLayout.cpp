@@ -42,7 +42,9 @@ const I18NString& LOGPatternLayout::format(LOGLoggingEvent* event) {
   }
   try {
     I18NString piece;
-    for (LOGPatternConverter* converter = m_head.get(); converter != nullptr;
+    // Kept while it is walked: a message that is rendered may set another pattern.
+    const std::shared_ptr<LOGPatternConverter> chain = m_head;
+    for (LOGPatternConverter* converter = chain.get(); converter != nullptr;
          converter = converter->getNext()) {
       converter->format(piece, event);
       if (!piece.isEmpty()) {

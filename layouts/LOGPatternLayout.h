@@ -37,7 +37,7 @@ class LOG4ZEB_EXPORT LOGPatternLayout : public LOGLayout {
   static std::unique_ptr<LOGPatternParser> createPatternParser(const I18NString& pattern);
 
   I18NString m_conversionPattern;
-  LOGPatternConverter::Chain m_head;
+  std::shared_ptr<LOGPatternConverter> m_head;  // of a chain, deleted as a whole
 };
 
 #endif

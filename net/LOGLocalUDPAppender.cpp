@@ -120,7 +120,7 @@ void LOGLocalUDPAppender::activateOptions() {
     return;
   }
   const ZEBThreadGuard guard(getCriticalSection());
-  if (m_closed != 1 && m_activationPending == 1) {
+  if (m_closed != 1 && m_stale != 1 && m_activationPending == 1) {
     init();
   }
 }

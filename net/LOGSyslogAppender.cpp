@@ -87,7 +87,7 @@ void LOGSyslogAppender::setSyslogHost(const I18NString& host) {
 }
 
 void LOGSyslogAppender::activateOptions() {
-  if (m_activationPending == 0) {
+  if (m_activationPending == 0 || m_stale == 1) {
     return;
   }
   const ZEBThreadGuard guard(getCriticalSection());

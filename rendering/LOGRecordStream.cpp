@@ -129,8 +129,9 @@ LOGRecordStream::Length LOGRecordStream::writeLengthLater() {
 }
 
 void LOGRecordStream::setLength(Length length) noexcept {
-  if (!m_fits) {
-    return;  // the room may be missing
+  if (!m_fits || m_position < INT_BYTES || length.position > m_position - INT_BYTES) {
+    m_fits = false;  // the room is missing, or the length is none of this record
+    return;
   }
   const std::size_t end = m_position;
   const std::size_t bytes = end - length.position - INT_BYTES;

@@ -1,10 +1,12 @@
 #include "rendering/LOGRendererMap.h"
 
+#include <algorithm>
 #include <atomic>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <utility>
+#include <vector>
 
 #include "core/LOGLogLog.h"
 #include "core/LOGObject.h"
@@ -29,6 +31,20 @@ class RendererTable {
     Renderer entered = owner(renderer);
     replaced = std::exchange(m_renderers[className], std::move(entered));
     m_isOriginal = false;
+  }
+
+  /// The same for a renderer of a loaded library, which may hand out one object again and again:
+  /// it is kept, so that it is recognised also after it was replaced or cleared.
+  void putFromLibrary(const I18NString& className, LOGObjectRenderer* renderer) {
+    {
+      const std::lock_guard<std::mutex> guard(m_lock);
+      Renderer entered = owner(renderer);
+      if (std::find(m_fromLibraries.begin(), m_fromLibraries.end(), entered) ==
+          m_fromLibraries.end()) {
+        m_fromLibraries.push_back(std::move(entered));
+      }
+    }
+    put(className, renderer);
   }
 
   void setDefault(LOGObjectRenderer* renderer) {
@@ -68,6 +84,11 @@ class RendererTable {
         return candidate;
       }
     }
+    for (const Renderer& candidate : m_fromLibraries) {
+      if (candidate.get() == renderer) {
+        return candidate;
+      }
+    }
     for (const auto& entry : m_renderers) {
       if (entry.second.get() == renderer) {
         return entry.second;
@@ -80,6 +101,7 @@ class RendererTable {
   const Renderer m_original = std::make_shared<LOGDefaultRenderer>();
   Renderer m_default = m_original;             // guarded by m_lock
   std::map<I18NString, Renderer> m_renderers;  // guarded by m_lock
+  std::vector<Renderer> m_fromLibraries;       // guarded by m_lock
   std::atomic<bool> m_isOriginal{true};
 };
 
@@ -99,8 +121,9 @@ void LOGRendererMap::load(const I18NString& className, const I18NString& renderi
   LOGObjectRenderer* const renderer = makeRenderer == nullptr ? nullptr : makeRenderer();
   if (renderer == nullptr) {
     LOGLogLog::debug("LOGRendererMap::load --- no renderer from library [" + renderingClass + "]");
+  } else if (!className.isEmpty()) {
+    RendererTable::instance().putFromLibrary(className, renderer);
   }
-  put(className, renderer);
 }
 
 LOGObjectRenderer* LOGRendererMap::get(const I18NString& className) const {
