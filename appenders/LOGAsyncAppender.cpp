@@ -1,6 +1,7 @@
 #include "appenders/LOGAsyncAppender.h"
 
 #include <algorithm>
+#include <set>
 #include <utility>
 
 #include "appenders/LOGBoundedFIFO.h"
@@ -215,12 +216,16 @@ void LOGAsyncAppender::enqueue(LOGLoggingEvent& event) {
   }
 }
 
-void LOGAsyncAppender::flushReachable(const std::vector<LOGAppenderSkeleton*>& appenders,
+void LOGAsyncAppender::flushReachable(std::vector<LOGAppenderSkeleton*> appenders,
                                       int milliseconds) {
-  for (LOGAppenderSkeleton* const appender : appenders) {
-    if (auto* const async = dynamic_cast<LOGAsyncAppender*>(appender)) {
+  std::set<const LOGAppenderSkeleton*> flushed;
+  // What a flushed appender passes on to is flushed after it, and each once.
+  for (std::size_t i = 0; i < appenders.size(); ++i) {
+    auto* const async = dynamic_cast<LOGAsyncAppender*>(appenders[i]);
+    if (async != nullptr && flushed.insert(async).second) {
       async->flush(milliseconds);
-      flushReachable(async->m_aai.snapshot(), milliseconds);
+      const std::vector<LOGAppenderSkeleton*> attached = async->m_aai.snapshot();
+      appenders.insert(appenders.end(), attached.begin(), attached.end());
     }
   }
 }

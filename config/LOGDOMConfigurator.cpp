@@ -783,7 +783,20 @@ LOGAppenderSkeleton* LOGDOMConfigurator::usableAppender(const I18NString& name) 
 
 void LOGDOMConfigurator::endRun() {
   for (LOGLogger* const logger : allLoggers()) {
-    contained([&] { replaceUnusableAppenders(*logger); });
+    contained([&] {
+      // Removal and addition under one lock, so that no event finds neither of them.
+      const ZEBThreadGuard guard(logger->getCriticalSection());
+      replaceUnusableAppenders(*logger, logger->snapshotOfAppenders());
+    });
+  }
+  for (const auto& appender : m_appenders) {
+    auto* const async = dynamic_cast<LOGAsyncAppender*>(appender.get());
+    if (async != nullptr && async->isStale() == 0 && !isRetired(*async)) {
+      contained([&] {
+        const ZEBThreadGuard guard(async->getAAI()->getCriticalSection());
+        replaceUnusableAppenders(*async, async->getAAI()->snapshot());
+      });
+    }
   }
   closeRetiredAppenders();
   const auto firstStale =
@@ -793,28 +806,37 @@ void LOGDOMConfigurator::endRun() {
   m_appenders.erase(firstStale, m_appenders.end());
 }
 
-void LOGDOMConfigurator::replaceUnusableAppenders(LOGLogger& logger) const {
-  // Removal and addition under one lock, so that no event finds neither of them.
-  const ZEBThreadGuard guard(logger.getCriticalSection());
-  for (LOGAppenderSkeleton* const appender : logger.snapshotOfAppenders()) {
+void LOGDOMConfigurator::replaceUnusableAppenders(
+    LOGAppenderAttachable& holder, const std::vector<LOGAppenderSkeleton*>& attached) const {
+  for (LOGAppenderSkeleton* const appender : attached) {
     if (appender->isStale() == 0 && !isRetired(*appender)) {
       continue;
     }
     LOGAppenderSkeleton* const live = usableAppender(appender->getName());
     if (live != nullptr) {
-      logger.removeAppender(appender);
-      logger.addAppender(live);
+      holder.removeAppender(appender);
+      holder.addAppender(live);
     }
   }
 }
 
 void LOGDOMConfigurator::closeRetiredAppenders() {
+  // Asynchronous ones pass on what they have queued and are closed before those they pass it to.
+  std::stable_partition(m_retired.begin(), m_retired.end(), [](const Retired& retired) {
+    return dynamic_cast<const LOGAsyncAppender*>(retired.appender) != nullptr;
+  });
+  contained([this] {
+    std::vector<LOGAppenderSkeleton*> appenders;
+    for (const Retired& retired : m_retired) {
+      appenders.push_back(retired.appender);
+    }
+    LOGAsyncAppender::flushReachable(appenders, LONGEST_FLUSH);
+  });
   for (const Retired& retired : m_retired) {
     contained([&] {
       if (retired.wasInBag) {
         retired.appender->markAsStale();
       }
-      LOGAsyncAppender::flushReachable({retired.appender}, LONGEST_FLUSH);
       retired.appender->close();
     });
   }

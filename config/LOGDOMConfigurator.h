@@ -9,6 +9,7 @@
 #include "core/LOGHashtable.h"
 #include "platform/ZEBThreadLockableResource.h"
 
+class LOGAppenderAttachable;
 class LOGAppenderSkeleton;
 class LOGErrorHandler;
 class LOGFilter;
@@ -137,7 +138,8 @@ class LOG4ZEB_EXPORT LOGDOMConfigurator : public LOGConfigurator, public ZEBThre
   void retireAppendersOf(const LOGLogger& logger);
   bool isRetired(const LOGAppenderSkeleton& appender) const;
   LOGAppenderSkeleton* usableAppender(const I18NString& name) const;
-  void replaceUnusableAppenders(LOGLogger& logger) const;
+  void replaceUnusableAppenders(LOGAppenderAttachable& holder,
+                                const std::vector<LOGAppenderSkeleton*>& attached) const;
   void closeRetiredAppenders();
   void detachFromLoggers(LOGAppenderSkeleton* appender) const;
 

@@ -253,9 +253,18 @@ void LOGHierarchy::shutdown() {
 }
 
 void LOGHierarchy::shutdownExclusively() {
-  forEachLogger([](LOGLogger& logger) {
-    LOGAsyncAppender::flushReachable(logger.snapshotOfAppenders(), LONGEST_FLUSH);
+  std::vector<LOGAppenderSkeleton*> appenders;
+  forEachLogger([&](LOGLogger& logger) {
+    const std::vector<LOGAppenderSkeleton*> attached = logger.snapshotOfAppenders();
+    appenders.insert(appenders.end(), attached.begin(), attached.end());
   });
+  LOGAsyncAppender::flushReachable(appenders, LONGEST_FLUSH);
+  // Closing one waits for its thread, which may be logging: not under a logger's lock, as below.
+  for (LOGAppenderSkeleton* const appender : appenders) {
+    if (dynamic_cast<LOGAsyncAppender*>(appender) != nullptr) {
+      appender->close();
+    }
+  }
   forEachLogger([](LOGLogger& logger) { logger.closeNestedAppenders(); });
   forEachLogger([](LOGLogger& logger) { logger.removeAllAppenders(); });
   LOGLogLog::shutdown();
