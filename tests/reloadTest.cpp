@@ -131,3 +131,42 @@ TEST(Reload, LosesNoLineInTwoHundredEditsWhileFourThreadsLog) {
   EXPECT_EQ(static_cast<int>(distinct.size()), expected);
   EXPECT_EQ(lines.size(), distinct.size());
 }
+
+class AsyncReload : public testing::TestWithParam<bool> {};
+
+TEST_P(AsyncReload, LosesNoLineBehindAnAsynchronousAppender) {
+  Workplace workplace;
+  fs::remove("../configuration/logdebug.ini");
+  const std::string root = "<root><appender-ref ref='A'/></root>";
+  const std::string logger = "<logger name='x' additivity='false'><appender-ref ref='F'/></logger>";
+  Workplace::write(
+      DOCUMENT,
+      "<log4j:configuration><appender name='F' class='LOGFileAppender'>"
+      "<param name='File' value='f.log'/><layout class='LOGSimpleLayout'/></appender>"
+      "<appender name='A' class='LOGAsyncAppender'><appender-ref ref='F'/></appender>" +
+          (GetParam() ? root + logger : logger + root) + "</log4j:configuration>");
+  ASSERT_EQ(LOG4ZEBConfigurator::initialize(DOCUMENT), 1);
+  std::atomic<bool> stop{false};
+  std::atomic<std::size_t> logged{0};
+  std::vector<std::thread> threads;
+  for (const char* const name : {"x", "y", "z"}) {
+    threads.emplace_back([&, name] {
+      LOGLogger* const target = LOGManager::getLogger(name);
+      while (!stop) {
+        target->info("line");
+        ++logged;
+      }
+    });
+  }
+  for (int i = 0; i < 30; ++i) {
+    EXPECT_EQ(LOG4ZEBConfigurator::initialize(DOCUMENT), 1);
+  }
+  stop = true;
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+  LOG4ZEBConfigurator::shutdown();
+  EXPECT_EQ(Workplace::lines("f.log").size(), logged);
+}
+
+INSTANTIATE_TEST_SUITE_P(Orders, AsyncReload, testing::Bool());
