@@ -23,6 +23,8 @@ class LOGDispatcher;
 class LOG4ZEB_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAppenderAttachable {
  public:
   static constexpr int DEFAULT_BUFFER_SIZE = 128;  // events
+  /// How long, in milliseconds, an orderly end waits for each appender's queue.
+  static constexpr int LONGEST_FINAL_FLUSH = 2000;
   static const I18NString BUFFER_SIZE_OPTION;
   static const I18NString LOCATION_INFO_OPTION;
 

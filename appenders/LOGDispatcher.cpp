@@ -1,7 +1,5 @@
 #include "appenders/LOGDispatcher.h"
 
-#include <utility>
-
 #include "appenders/LOGAppenderAttachableImpl.h"
 #include "appenders/LOGAsyncAppender.h"
 #include "appenders/LOGBoundedFIFO.h"

@@ -74,7 +74,6 @@ constexpr const char* SOURCE = "LOGDOMConfigurator";
 constexpr const char* NULL_WORD = "null";
 constexpr const char* INHERITED_WORD = "inherited";
 constexpr int ELEMENT_NODE = 1;
-constexpr int LONGEST_FLUSH = 2000;  // milliseconds, for an asynchronous appender
 // Appenders refer to others two or three deep; a document that goes on and on would overflow the
 // stack.
 constexpr std::size_t DEEPEST_REFERENCES = 64;
@@ -830,7 +829,7 @@ void LOGDOMConfigurator::closeRetiredAppenders() {
     for (const Retired& retired : m_retired) {
       appenders.push_back(retired.appender);
     }
-    LOGAsyncAppender::flushReachable(appenders, LONGEST_FLUSH);
+    LOGAsyncAppender::flushReachable(appenders, LOGAsyncAppender::LONGEST_FINAL_FLUSH);
   });
   for (const Retired& retired : m_retired) {
     contained([&] {

@@ -16,7 +16,6 @@ namespace {
 constexpr const char* SOURCE = "LOGHierarchy";
 constexpr const char* LOGGER_TAG = "LOGLogger";
 constexpr const char* PROVISION_TAG = "LOGProvisionNode";
-constexpr int LONGEST_FLUSH = 2000;  // milliseconds for each asynchronous appender
 
 bool isLogger(const LOGObject* object) {
   return object != nullptr && object->instanceOf() == LOGGER_TAG;
@@ -258,7 +257,7 @@ void LOGHierarchy::shutdownExclusively() {
     const std::vector<LOGAppenderSkeleton*> attached = logger.snapshotOfAppenders();
     appenders.insert(appenders.end(), attached.begin(), attached.end());
   });
-  LOGAsyncAppender::flushReachable(appenders, LONGEST_FLUSH);
+  LOGAsyncAppender::flushReachable(appenders, LOGAsyncAppender::LONGEST_FINAL_FLUSH);
   // Closing one waits for its thread, which may be logging: not under a logger's lock, as below.
   for (LOGAppenderSkeleton* const appender : appenders) {
     if (dynamic_cast<LOGAsyncAppender*>(appender) != nullptr) {
