@@ -47,6 +47,7 @@ LOGAppenderAttachableImpl& LOGAppenderAttachableImpl::operator=(
     for (LOGAppenderSkeleton* const appender : other.snapshot()) {
       add(appender);
     }
+    publish();
   }
   return *this;
 }
@@ -73,7 +74,16 @@ void LOGAppenderAttachableImpl::clear() {
   }
 }
 
+void LOGAppenderAttachableImpl::publish() {
+  m_hasAppenders.store(!m_appenderList.isEmpty(), std::memory_order_release);
+}
+
 void LOGAppenderAttachableImpl::addAppender(LOGAppenderSkeleton* newAppender) {
+  addUnlessThere(newAppender);
+  publish();
+}
+
+void LOGAppenderAttachableImpl::addUnlessThere(LOGAppenderSkeleton* newAppender) {
   ZEB_ASSERT(newAppender, SOURCE, 66);
   for (LOGAppenderSkeleton* const appender : m_appenderList) {
     if ((*appender == *newAppender) != 0) {
@@ -127,12 +137,14 @@ void LOGAppenderAttachableImpl::removeAllAppenders(LOGHashtable* appenderBag) {
     }
   });
   clear();
+  publish();
 }
 
 void LOGAppenderAttachableImpl::removeAppender(const I18NString& name) {
   for (Position position = m_appenderList.begin(); !position.atEnd(); ++position) {
     if ((*position)->getName() == name) {
       remove(position);
+      publish();
       return;
     }
   }
@@ -150,14 +162,17 @@ void LOGAppenderAttachableImpl::removeAppender(LOGAppenderSkeleton* appender) {
       remove(current);
     }
   }
+  publish();
 }
 
 void LOGAppenderAttachableImpl::replaceAppenders(
     const std::vector<LOGAppenderSkeleton*>& appenders) {
+  // Without the list being seen empty between.
   clear();
   for (LOGAppenderSkeleton* const appender : appenders) {
-    addAppender(appender);
+    addUnlessThere(appender);
   }
+  publish();
 }
 
 void LOGAppenderAttachableImpl::activate(LOGAppenderSkeleton& appender) {

@@ -1,6 +1,7 @@
 #ifndef APPENDERS_LOGAPPENDERATTACHABLEIMPL_H
 #define APPENDERS_LOGAPPENDERATTACHABLEIMPL_H
 
+#include <atomic>
 #include <mutex>
 #include <vector>
 
@@ -50,6 +51,9 @@ class LOG4ZEB_EXPORT LOGAppenderAttachableImpl : public LOGAppenderAttachable, p
   /// to the caller.
   int appendLoopOnAppenders(LOGLoggingEvent* event);
 
+  /// Whether there is an appender. May be called without the owner's lock: an operation that
+  /// changes the list shows here when it has come to its end.
+  bool hasAppenders() const { return m_hasAppenders.load(std::memory_order_acquire); }
   /// The appenders as they are now. May be called without the owner's lock.
   std::vector<LOGAppenderSkeleton*> snapshot() const;
   /// Calls `operation` with each appender in order; the operation may change the list.
@@ -84,13 +88,16 @@ class LOG4ZEB_EXPORT LOGAppenderAttachableImpl : public LOGAppenderAttachable, p
 
   void remove(Position position);
   void add(LOGAppenderSkeleton* appender);
+  void addUnlessThere(LOGAppenderSkeleton* newAppender);
   void clear();
+  void publish();
   static void activate(LOGAppenderSkeleton& appender);
 
   // Changed by the owner of the list only, under m_access, which lets isAttached() read meanwhile.
   ZEBList<LOGAppenderSkeleton*> m_appenderList;
   ZEBListIterator<LOGAppenderSkeleton*> m_iterator;
   Walk* m_innermostWalk = nullptr;
+  std::atomic<bool> m_hasAppenders{false};
   mutable std::mutex m_access;
 };
 

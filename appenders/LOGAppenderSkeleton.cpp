@@ -190,6 +190,12 @@ int LOGAppenderSkeleton::operator==(const LOGObject& other) const {
 int LOGAppenderSkeleton::operator!=(const LOGObject& other) const { return *this == other ? 0 : 1; }
 
 I18NString LOGAppenderSkeleton::format(LOGLayout& layout, LOGLoggingEvent* event) {
+  I18NString text;
+  format(layout, event, text);
+  return text;
+}
+
+void LOGAppenderSkeleton::format(LOGLayout& layout, LOGLoggingEvent* event, I18NString& text) {
   const ZEBThreadGuard guard(layout.getCriticalSection());
-  return layout.format(event);
+  text = layout.format(event);
 }

@@ -89,6 +89,8 @@ class LOG4ZEB_EXPORT LOGAppenderSkeleton : public LOGMutex, public LOGAppender, 
   /// The event's text, copied under the layout's lock, because layouts may be shared. Rendering a
   /// message may run any code of the application, also code that closes this appender.
   static I18NString format(LOGLayout& layout, LOGLoggingEvent* event);
+  /// The same into a string whose room is used again and again.
+  static void format(LOGLayout& layout, LOGLoggingEvent* event, I18NString& text);
 
   I18NString m_name;
   std::atomic<int> m_closed{0};

@@ -111,11 +111,14 @@ void LOGFileAppender::subappend(LOGLoggingEvent* event) {
   if (layout() == nullptr) {
     return;
   }
-  const I18NString text = format(*layout(), event);
+  // Taken out for the time, because rendering the message may log through this appender.
+  I18NString text = std::move(m_text);
+  format(*layout(), event, text);
   if (checkEntryConditions() == 0) {
     return;  // rendering the message has closed this appender
   }
   m_qw->write(m_file.get(), text);
+  m_text = std::move(text);
   if (immediateFlush == 1) {
     m_qw->flush(m_file.get());
   }

@@ -101,6 +101,8 @@ class LOG4ZEB_EXPORT LOGFileAppender : public LOGWriterAppender {
   void remember(const I18NString& name);
   OpenResult openRemembered(const I18NString& name, int append, int bufferedSwitch, int size);
 
+  I18NString m_text;  // room for the text of an event; guarded by the appender's lock
+
   int m_configuredAppend = 1;       // what fileAppend was before a rollover
   I18NString m_absoluteNameSource;  // the name that m_absoluteName was made from
 };

@@ -4,6 +4,7 @@
 #include <functional>
 #include <limits>
 #include <string>
+#include <typeinfo>
 
 #include "appenders/LOGCountingQuietWriter.h"
 #include "core/LOGFailures.h"
@@ -82,7 +83,10 @@ void LOGRollingFileAppender::setQWForFiles() {
 }
 
 LOGCountingQuietWriter* LOGRollingFileAppender::countingWriter() const {
-  return dynamic_cast<LOGCountingQuietWriter*>(m_qw);
+  // The usual writer without a search for its class, event by event.
+  return m_qw != nullptr && typeid(*m_qw) == typeid(LOGCountingQuietWriter)
+             ? static_cast<LOGCountingQuietWriter*>(m_qw)
+             : dynamic_cast<LOGCountingQuietWriter*>(m_qw);
 }
 
 void LOGRollingFileAppender::setFileOptions(const I18NString& name, int append, int bufferedSwitch,

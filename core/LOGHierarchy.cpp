@@ -62,6 +62,7 @@ void LOGHierarchy::setThreshold(LOGLevel* level) {
     const ZEBThreadGuard guard(getCriticalSection());
     m_threshold = level;
     m_thresholdInt = level->toInt();
+    LOGLogger::forgetGates();
   }
 }
 

@@ -42,6 +42,8 @@ class LOG4ZEB_EXPORT LOGHierarchy : public LOGMutex,
   /// nothing.
   void setThreshold(LOGLevel* level) override;
   LOGLevel* getThreshold() override;
+  /// The rank of the threshold.
+  int getThresholdRank() const { return m_thresholdInt.load(std::memory_order_acquire); }
   /// Reports, once in the hierarchy's life, that a request met no appender.
   void emitNoAppenderWarning(LOGLogger* logger) override;
 

@@ -1,10 +1,12 @@
 #include "core/LOGLogger.h"
 
+#include <algorithm>
 #include <cstring>
+#include <typeinfo>
 
 #include "appenders/LOGAppenderSkeleton.h"
 #include "core/LOGFailures.h"
-#include "core/LOGLoggerRepository.h"
+#include "core/LOGHierarchy.h"
 #include "core/LOGLoggingEvent.h"
 #include "core/LOGManager.h"
 #include "platform/ZEBAssertError.h"
@@ -28,6 +30,7 @@ auto locked(const LOGLogger& logger, const char* text, Operation&& operation)
 }  // namespace
 
 const I18NString LOGLogger::m_FQCN = "LOGLogger";
+std::atomic<std::uint32_t> LOGLogger::m_gateEpoch{1};
 
 LOGLogger::LOGLogger() : LOGLogger(I18NString()) {}
 
@@ -43,8 +46,7 @@ LOGLogger::LOGLogger(const LOGLogger& other)
       m_aai(other.m_aai),
       m_repository(other.getRepository()),
       m_resourceBundle(other.m_resourceBundle) {
-  const LOGLevel* const level = other.getLevel();
-  m_level = level == nullptr ? nullptr : keptCopyOf(*level);
+  storeLevel(other.getLevel());
 }
 
 LOGLogger& LOGLogger::operator=(const LOGLogger& other) {
@@ -54,10 +56,10 @@ LOGLogger& LOGLogger::operator=(const LOGLogger& other) {
     const ZEBThreadGuard guard(getCriticalSection());
     m_name = other.m_name;
     m_additive = other.getAdditivity();
-    m_level = level == nullptr ? nullptr : keptCopyOf(*level);
     m_parent = other.getParent();
     m_aai = other.m_aai;
     m_repository = other.getRepository();
+    storeLevel(level);
     m_resourceBundle = other.m_resourceBundle;
   }
   return *this;
@@ -87,31 +89,35 @@ LOGLevel* LOGLogger::getChainedLevel() const {
   return nullptr;
 }
 
-LOGLevel* LOGLogger::enabledLevel(int rank) const {
+bool LOGLogger::wouldLogNow(int rank) const {
+  // Read first: what changes from here on has another epoch.
+  const std::uint32_t epoch = m_gateEpoch.load(std::memory_order_acquire);
   // A request on a logger without a repository is meant to be logged, unlike log() and the tests
   // is...Enabled(): only the level decides.
   LOGLoggerRepository* const repository = getRepository();
-  if (repository != nullptr && repository->isDisabled(rank) == 1) {
-    return nullptr;
-  }
   const LOGLevel* const effective = getChainedLevel();
-  LOGLevel* const level = LOGLevel::toLevel(rank);
-  return level != nullptr && level->isGreaterOrEqual(effective) != 0 ? level : nullptr;
+  // Another repository may answer as it likes, so its answer is not remembered.
+  const bool isKnown = repository == nullptr || typeid(*repository) == typeid(LOGHierarchy);
+  if (effective == nullptr || !isKnown) {
+    return (repository == nullptr || repository->isDisabled(rank) != 1) && effective != nullptr &&
+           rank >= effective->toInt();
+  }
+  const int lowest = repository == nullptr
+                         ? effective->toInt()
+                         : std::max(effective->toInt(),
+                                    static_cast<LOGHierarchy*>(repository)->getThresholdRank());
+  m_gate.store(std::uint64_t{epoch} << 32 | static_cast<std::uint32_t>(lowest),
+               std::memory_order_relaxed);
+  return rank >= lowest;
 }
 
-void LOGLogger::request(int rank, LOGObject* message) {
-  LOGLevel* const level = enabledLevel(rank);
-  if (level != nullptr) {
-    forcedLog(m_FQCN, level, message);
-  }
+void LOGLogger::logEnabled(int rank, LOGObject* message) {
+  forcedLog(m_FQCN, LOGLevel::toLevel(rank), message);
 }
 
-void LOGLogger::request(int rank, const I18NString& message) {
-  LOGLevel* const level = enabledLevel(rank);
-  if (level != nullptr) {
-    LOGObject object(message);
-    forcedLog(m_FQCN, level, &object);
-  }
+void LOGLogger::logEnabled(int rank, const I18NString& message) {
+  LOGObject object(message);
+  logEnabled(rank, &object);
 }
 
 bool LOGLogger::passesRepositoryAndLevel(const LOGLevel* level) const {
@@ -162,8 +168,12 @@ void LOGLogger::forcedLog(const I18NString& fqn, LOGLevel* level, LOGObject* mes
 void LOGLogger::callAppenders(LOGLoggingEvent* event) {
   int writes = 0;
   for (LOGLogger* logger = this; logger != nullptr; logger = logger->getParent()) {
-    writes += locked(*logger, "LOGLogger::callAppenders -- unable to lock mutex",
-                     [&] { return logger->m_aai.appendLoopOnAppenders(event); });
+    // Most loggers have no appenders. Unless somebody holds its lock, taking it would change
+    // nothing that anybody could notice.
+    if (logger->m_aai.hasAppenders() || logger->getCriticalSection().isHeldElsewhere()) {
+      writes += locked(*logger, "LOGLogger::callAppenders -- unable to lock mutex",
+                       [&] { return logger->m_aai.appendLoopOnAppenders(event); });
+    }
     if (logger->getAdditivity() == 0) {
       break;
     }
@@ -196,10 +206,15 @@ LOGLevel* LOGLogger::keptCopyOf(const LOGLevel& level) {
   return m_levelCopies.back().get();
 }
 
+void LOGLogger::storeLevel(const LOGLevel* level) {
+  m_level.store(level == nullptr ? nullptr : keptCopyOf(*level), std::memory_order_release);
+  forgetGates();
+}
+
 void LOGLogger::setLevel(LOGLevel* level) {
   zebTranslate(SOURCE, 507, [&] {
     const ZEBThreadGuard guard(getCriticalSection());
-    m_level.store(level == nullptr ? nullptr : keptCopyOf(*level), std::memory_order_release);
+    storeLevel(level);
   });
 }
 

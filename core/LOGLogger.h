@@ -2,6 +2,7 @@
 #define CORE_LOGLOGGER_H
 
 #include <atomic>
+#include <cstdint>
 #include <memory>
 #include <type_traits>
 #include <vector>
@@ -79,7 +80,17 @@ class LOG4ZEB_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   }
 
   /// Whether debug(), info(), ... with the level of that rank would log now.
-  bool wouldLog(int rank) const { return enabledLevel(rank) != nullptr; }
+  bool wouldLog(int rank) const {
+    // Three loads, whatever the depth of the logger: the lowest rank that logs is remembered until
+    // a level, a threshold or a parent changes anywhere in the process.
+    const std::uint64_t gate = m_gate.load(std::memory_order_relaxed);
+    return static_cast<std::uint32_t>(gate >> 32) == m_gateEpoch.load(std::memory_order_acquire)
+               ? rank >= static_cast<std::int32_t>(static_cast<std::uint32_t>(gate))
+               : wouldLogNow(rank);
+  }
+  /// Makes every logger look at the levels again. To be called after anything has changed that
+  /// decides whether a request is enabled.
+  static void forgetGates() { m_gateEpoch.fetch_add(1, std::memory_order_release); }
 
   /// Logs at any level; does nothing without a repository or a level.
   void log(LOGLevel* level, LOGObject* message);
@@ -107,12 +118,16 @@ class LOG4ZEB_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   virtual void setLevel(LOGLevel* level);
 
   LOGLogger* getParent() const { return m_parent.load(std::memory_order_acquire); }
-  void setParent(LOGLogger* parent) { m_parent.store(parent, std::memory_order_release); }
+  void setParent(LOGLogger* parent) {
+    m_parent.store(parent, std::memory_order_release);
+    forgetGates();
+  }
   LOGLoggerRepository* getRepository() const {
     return m_repository.load(std::memory_order_acquire);
   }
   void setRepository(LOGLoggerRepository* repository) {
     m_repository.store(repository, std::memory_order_release);
+    forgetGates();
   }
   /// 1 when events also go to the ancestors' appenders, else 0.
   int getAdditivity() const { return m_additive.load(std::memory_order_relaxed); }
@@ -158,17 +173,32 @@ class LOG4ZEB_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   static const I18NString m_FQCN;
 
  private:
-  LOGLevel* enabledLevel(int rank) const;
+  bool wouldLogNow(int rank) const;
   bool passesRepositoryAndLevel(const LOGLevel* level) const;
-  void request(int rank, LOGObject* message);
-  void request(int rank, const I18NString& message);
+  void request(int rank, LOGObject* message) {
+    if (wouldLog(rank)) {
+      logEnabled(rank, message);
+    }
+  }
+  void request(int rank, const I18NString& message) {
+    if (wouldLog(rank)) {
+      logEnabled(rank, message);
+    }
+  }
   template <typename Text>
   void requestText(int rank, const Text& message) {
     if (wouldLog(rank)) {
-      request(rank, I18NString(message));
+      logEnabled(rank, I18NString(message));
     }
   }
+  void logEnabled(int rank, LOGObject* message);
+  void logEnabled(int rank, const I18NString& message);
   LOGLevel* keptCopyOf(const LOGLevel& level);
+  void storeLevel(const LOGLevel* level);
+
+  // The epoch in the upper half, and the lowest rank that logs, as it was then. Epoch 0 never is.
+  mutable std::atomic<std::uint64_t> m_gate{0};
+  static std::atomic<std::uint32_t> m_gateEpoch;
 
   I18NString m_name;
   std::atomic<int> m_additive{1};

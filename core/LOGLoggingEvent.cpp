@@ -1,19 +1,18 @@
 #include "core/LOGLoggingEvent.h"
 
+#include <typeinfo>
 #include <utility>
 
+#include "core/LOGHierarchy.h"
 #include "core/LOGLogger.h"
 #include "core/LOGLoggerRepository.h"
 #include "core/LOGNDC.h"
-#include "core/LOGObject.h"
-#include "layouts/LOGLocationInfo.h"
 #include "platform/ZEBAssertError.h"
 #include "platform/ZEBThread.h"
 #include "platform/ZEBTranslate.h"
 #include "platform/ZEBUtConvert.h"
 #include "platform/ZEBUtTime.h"
 #include "rendering/LOGRendererMap.h"
-#include "rendering/LOGRendererSupport.h"
 
 const std::int64_t LOGLoggingEvent::m_startTime = ZEBUtTime::nowSeconds();
 
@@ -22,9 +21,17 @@ namespace {
 constexpr const char* SOURCE = "LOGLoggingEvent";
 constexpr const char* LEVEL_METHOD = "toLevel";
 
-std::unique_ptr<LOGObject> cloneOf(const LOGObject* message) {
-  return std::unique_ptr<LOGObject>(zebTranslate(
-      SOURCE, __LINE__, [message] { return message == nullptr ? nullptr : message->clone(); }));
+/// The repository's side that renders, or null.
+LOGRendererMap* rendererMapOf(LOGLoggerRepository* repository) {
+  if (repository == nullptr) {
+    return nullptr;
+  }
+  // Spares nearly every program the search for a base class, event by event.
+  if (typeid(*repository) == typeid(LOGHierarchy)) {
+    return static_cast<LOGHierarchy*>(repository)->LOGHierarchy::getRendererMap();
+  }
+  auto* const renderers = dynamic_cast<LOGRendererSupport*>(repository);
+  return renderers == nullptr ? nullptr : renderers->getRendererMap();
 }
 
 }  // namespace
@@ -40,8 +47,7 @@ LOGLoggingEvent::LOGLoggingEvent(const I18NString& fqnOfCategoryClass, LOGLogger
   ZEB_ASSERT(m_logger, SOURCE, 99);
   m_loggerName = m_logger->getName();
   m_timeStamp = ZEBUtTime::nowSeconds();
-  m_message = cloneOf(message);
-  getLocationInformation();
+  setMessage(message);
 }
 
 LOGLoggingEvent::LOGLoggingEvent(const LOGLoggingEvent& other)
@@ -55,40 +61,63 @@ LOGLoggingEvent::LOGLoggingEvent(const LOGLoggingEvent& other)
       m_ndc(other.m_ndc),
       m_ndcLookupRequired(other.m_ndcLookupRequired),
       m_mdcCopyLookupRequired(other.m_mdcCopyLookupRequired),
-      m_message(cloneOf(other.m_message.get())),
       m_renderedMessage(other.m_renderedMessage),
       m_threadName(other.m_threadName),
       m_levelMethod(other.m_levelMethod) {
-  getLocationInformation();
+  setMessage(other.m_plainMessage ? &*other.m_plainMessage : other.m_message.get());
 }
 
 LOGLoggingEvent& LOGLoggingEvent::operator=(const LOGLoggingEvent& other) {
   if (this != &other) {
-    std::unique_ptr<LOGObject> message = cloneOf(other.m_message.get());
+    setMessage(other.m_plainMessage ? &*other.m_plainMessage : other.m_message.get());
     m_level = other.m_level;
     m_logger = other.m_logger;
     m_fqnOfCategoryClass = other.m_fqnOfCategoryClass;
     m_timeStamp = other.m_timeStamp;
-    m_message = std::move(message);
-    m_locationInfo.reset();
-    getLocationInformation();
   }
   return *this;
 }
 
 LOGLoggingEvent::~LOGLoggingEvent() = default;
 
+void LOGLoggingEvent::setMessage(const LOGObject* message) {
+  zebTranslate(SOURCE, __LINE__, [&] {
+    if (message != nullptr && typeid(*message) == typeid(LOGObject)) {
+      m_plainMessage = *message;
+      m_message.reset();
+    } else {
+      m_message.reset(message == nullptr ? nullptr : message->clone());
+      m_plainMessage.reset();
+    }
+  });
+}
+
 I18NString* LOGLoggingEvent::getRenderedMessage() {
   if (!m_renderedMessage.isEmpty()) {
     return zebTranslate(SOURCE, 155, [this] { return new I18NString(m_renderedMessage); });
   }
-  if (m_message == nullptr || m_logger == nullptr) {
+  LOGObject* const message = getMessage();
+  if (message == nullptr || m_logger == nullptr) {
     return nullptr;
   }
-  auto* const renderers = dynamic_cast<LOGRendererSupport*>(m_logger->getRepository());
   return zebTranslate(SOURCE, __LINE__, [&]() -> I18NString* {
-    return renderers == nullptr ? nullptr
-                                : renderers->getRendererMap()->findAndRender(m_message.get());
+    LOGRendererMap* const renderers = rendererMapOf(m_logger->getRepository());
+    return renderers == nullptr ? nullptr : renderers->findAndRender(message);
+  });
+}
+
+bool LOGLoggingEvent::appendRenderedMessage(I18NString& text) {
+  if (!m_renderedMessage.isEmpty()) {
+    text.append(m_renderedMessage);
+    return true;
+  }
+  LOGObject* const message = getMessage();
+  if (message == nullptr || m_logger == nullptr) {
+    return false;
+  }
+  return zebTranslate(SOURCE, __LINE__, [&] {
+    LOGRendererMap* const renderers = rendererMapOf(m_logger->getRepository());
+    return renderers != nullptr && renderers->appendRendered(message, text);
   });
 }
 
@@ -107,15 +136,6 @@ const I18NString& LOGLoggingEvent::getThreadName() {
     m_threadName = ZEBUtConvert::handleCvt(ZEBThread::currentThreadId());
   }
   return m_threadName;
-}
-
-LOGLocationInfo* LOGLoggingEvent::getLocationInformation() {
-  if (m_locationInfo == nullptr) {
-    m_locationInfo = zebTranslate(SOURCE, __LINE__, [this] {
-      return std::make_unique<LOGLocationInfo>(m_fqnOfCategoryClass);
-    });
-  }
-  return m_locationInfo.get();
 }
 
 std::int64_t LOGLoggingEvent::getStartTime() { return m_startTime; }

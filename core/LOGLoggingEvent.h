@@ -4,14 +4,15 @@
 #include <cstdint>
 #include <limits>
 #include <memory>
+#include <optional>
 
+#include "core/LOGObject.h"
 #include "core/LOGSerializable.h"
+#include "layouts/LOGLocationInfo.h"
 #include "platform/I18NString.h"
 
 class LOGLevel;
-class LOGLocationInfo;
 class LOGLogger;
-class LOGObject;
 
 /// The record of one enabled logging request: what is logged, by which logger and at which level,
 /// and the context that was current. A logger makes one on its stack and hands it down to the
@@ -32,16 +33,18 @@ class LOG4ZEB_EXPORT LOGLoggingEvent : public LOGSerializable {
   ~LOGLoggingEvent() override;
 
   /// The event's own clone of the message, or null.
-  LOGObject* getMessage() { return m_message.get(); }
+  LOGObject* getMessage() { return m_plainMessage ? &*m_plainMessage : m_message.get(); }
   /// The message as text in a new string that the caller deletes, or null without a message, a
   /// logger or a renderer. Each call renders anew.
   I18NString* getRenderedMessage();
+  /// Appends that text to `text` and returns whether there was one; usually without an allocation.
+  bool appendRenderedMessage(I18NString& text);
   /// The diagnostic context of the thread that asks first.
   const I18NString& getNDC();
   /// The number of the thread that asks first, in decimal.
   const I18NString& getThreadName();
   /// Never null.
-  LOGLocationInfo* getLocationInformation();
+  LOGLocationInfo* getLocationInformation() { return &m_locationInfo; }
   const I18NString& getThrowableStrRep() const { return m_throwableStrRep; }
   void setThrowableStrRep(const I18NString& text) { m_throwableStrRep = text; }
   const I18NString& getLoggerName() const { return m_loggerName; }
@@ -64,21 +67,24 @@ class LOG4ZEB_EXPORT LOGLoggingEvent : public LOGSerializable {
 
  private:
   void setRenderedMessage(const I18NString& text);
+  void setMessage(const LOGObject* message);
 
   I18NString m_loggerName;
   std::int64_t m_timeStamp = 0;
   std::int32_t m_sequence = std::numeric_limits<std::int32_t>::min();
   LOGLevel* m_level = nullptr;
   LOGLogger* m_logger = nullptr;
-  std::unique_ptr<LOGLocationInfo> m_locationInfo;
+  LOGLocationInfo m_locationInfo{I18NString()};  // says the same whatever class it is made from
   I18NString m_fqnOfCategoryClass;
   I18NString m_ndc;
   std::int32_t m_ndcLookupRequired = 1;
   std::int32_t m_mdcCopyLookupRequired = 1;
+  // The message is in one of the two: a plain one, which nearly all are, costs no allocation.
+  std::optional<LOGObject> m_plainMessage;
   std::unique_ptr<LOGObject> m_message;
   I18NString m_renderedMessage;
   I18NString m_threadName;
-  I18NString m_levelMethod;
+  const char* m_levelMethod = "";
   I18NString m_throwableStrRep;
 
   static const std::int64_t m_startTime;

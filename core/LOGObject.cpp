@@ -2,16 +2,41 @@
 
 #include "platform/ZEBTranslate.h"
 
-LOGObject::LOGObject() : m_instance("LOGObject") {}
+namespace {
 
-LOGObject::LOGObject(const I18NString& text) : m_instance("LOGObject"), m_string(text) {}
+std::unique_ptr<I18NString> copyOf(const std::unique_ptr<I18NString>& tag) {
+  return tag == nullptr ? nullptr : std::make_unique<I18NString>(*tag);
+}
 
-LOGObject::LOGObject(const LOGObject&) = default;
-LOGObject& LOGObject::operator=(const LOGObject&) = default;
+}  // namespace
+
+LOGObject::LOGObject() = default;
+
+LOGObject::LOGObject(const I18NString& text) : m_string(text) {}
+
+LOGObject::LOGObject(const LOGObject& other)
+    : m_instance(copyOf(other.m_instance)), m_string(other.m_string) {}
+
+LOGObject& LOGObject::operator=(const LOGObject& other) {
+  if (this != &other) {
+    m_instance = copyOf(other.m_instance);
+    m_string = other.m_string;
+  }
+  return *this;
+}
+
 LOGObject::~LOGObject() = default;
 
+const I18NString& LOGObject::defaultTag() noexcept {
+  // Never destroyed, because static destructors log too.
+  static const auto* const tag = new I18NString("LOGObject");
+  return *tag;
+}
+
+void LOGObject::instance(const I18NString& tag) { m_instance = std::make_unique<I18NString>(tag); }
+
 int LOGObject::operator==(const LOGObject& other) const {
-  return m_instance == other.m_instance && m_string == other.m_string ? 1 : 0;
+  return instanceOf() == other.instanceOf() && m_string == other.m_string ? 1 : 0;
 }
 
 int LOGObject::operator!=(const LOGObject& other) const { return *this == other ? 0 : 1; }

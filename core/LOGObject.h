@@ -1,6 +1,8 @@
 #ifndef CORE_LOGOBJECT_H
 #define CORE_LOGOBJECT_H
 
+#include <memory>
+
 #include "platform/I18NString.h"
 
 /// The base of messages and of most objects of the library: a text, and a tag that names the
@@ -26,12 +28,16 @@ class LOG4ZEB_EXPORT LOGObject {
   virtual LOGObject* clone() const;
 
   /// The tag.
-  const I18NString& instanceOf() const noexcept { return m_instance; }
+  const I18NString& instanceOf() const noexcept {
+    return m_instance == nullptr ? defaultTag() : *m_instance;
+  }
   /// Sets the tag.
-  void instance(const I18NString& tag) { m_instance = tag; }
+  void instance(const I18NString& tag);
 
  private:
-  I18NString m_instance;
+  static const I18NString& defaultTag() noexcept;
+
+  std::unique_ptr<I18NString> m_instance;  // null for the tag of nearly all messages
   I18NString m_string;
 };
 

@@ -31,14 +31,19 @@ const I18NString& LOGAbsoluteTimeDateFormat::format(LOGDate* date) {
 void LOGAbsoluteTimeDateFormat::appendTime(const LOGDate& date) {
   const std::int64_t seconds = date.getTime();
   if (seconds != m_previousTime) {
-    I18NString text;
-    appendFields(text, calendarOf(date));
-    m_previousText = std::move(text);
+    if (seconds != m_secondsOfFields) {
+      I18NString text;
+      appendFields(text, calendarOf(date));
+      m_fields = std::move(text);
+      m_secondsOfFields = seconds;
+    }
+    m_previousText = m_fields;
     // Seconds minus milliseconds: two units in one key, which a later date meets by coincidence
     // only and then gets this text. The first key, 0, stands for an empty text. Both are meant.
     m_previousTime = seconds - date.getTimeMillis();
   }
-  m_buffer.append(m_previousText).append(ZEBUtConvert::padded(date.getTimeMillis(), 3));
+  m_buffer.append(m_previousText);
+  ZEBUtConvert::appendPadded(m_buffer, date.getTimeMillis(), 3);
 }
 
 void LOGAbsoluteTimeDateFormat::appendClock(I18NString& text, const LOGCalendar& calendar) {

@@ -1,5 +1,8 @@
 #include "layouts/LOGBasicPatternConverter.h"
 
+#include <memory>
+#include <string_view>
+
 #include "core/LOGLevel.h"
 #include "core/LOGLoggingEvent.h"
 #include "layouts/LOGPatternParser.h"
@@ -12,11 +15,6 @@ namespace {
 constexpr const char* SOURCE = "LOGPatternParserUtils";
 constexpr int MILLISECONDS_PER_SECOND = 1000;
 
-I18NString* levelName(const LOGLevel* level) {
-  ZEB_ASSERT(level, SOURCE, __LINE__);
-  return new I18NString(level->toString());
-}
-
 }  // namespace
 
 LOGBasicPatternConverter::LOGBasicPatternConverter(LOGFormattingInfo* formattingInfo, int type)
@@ -24,21 +22,34 @@ LOGBasicPatternConverter::LOGBasicPatternConverter(LOGFormattingInfo* formatting
 
 I18NString* LOGBasicPatternConverter::convert(LOGLoggingEvent* event) {
   ZEB_ASSERT(event, SOURCE, __LINE__);
-  return zebTranslate(SOURCE, __LINE__, [this, event]() -> I18NString* {
-    switch (m_type) {
-      case LOGPatternParser::RELATIVE_TIME_CONVERTER:
-        return new I18NString(ZEBUtConvert::handleCvt(
-            (event->getTimeStamp() - LOGLoggingEvent::getStartTime()) * MILLISECONDS_PER_SECOND));
-      case LOGPatternParser::THREAD_CONVERTER:
-        return new I18NString(event->getThreadName());
-      case LOGPatternParser::LEVEL_CONVERTER:
-        return levelName(event->getLevel());
-      case LOGPatternParser::NDC_CONVERTER:
-        return new I18NString(event->getNDC());
-      case LOGPatternParser::MESSAGE_CONVERTER:
-        return event->getRenderedMessage();
-      default:
-        return nullptr;
-    }
+  return zebTranslate(SOURCE, __LINE__, [this, event] {
+    auto text = std::make_unique<I18NString>();
+    return LOGBasicPatternConverter::appendText(*text, event) ? text.release() : nullptr;
   });
+}
+
+bool LOGBasicPatternConverter::appendText(I18NString& text, LOGLoggingEvent* event) {
+  ZEB_ASSERT(event, SOURCE, __LINE__);
+  switch (m_type) {
+    case LOGPatternParser::RELATIVE_TIME_CONVERTER:
+      text.append(ZEBUtConvert::handleCvt(
+          (event->getTimeStamp() - LOGLoggingEvent::getStartTime()) * MILLISECONDS_PER_SECOND));
+      return true;
+    case LOGPatternParser::THREAD_CONVERTER:
+      text.append(event->getThreadName());
+      return true;
+    case LOGPatternParser::LEVEL_CONVERTER: {
+      const LOGLevel* const level = event->getLevel();
+      ZEB_ASSERT(level, SOURCE, __LINE__);
+      text.append(std::string_view(level->toString()));
+      return true;
+    }
+    case LOGPatternParser::NDC_CONVERTER:
+      text.append(event->getNDC());
+      return true;
+    case LOGPatternParser::MESSAGE_CONVERTER:
+      return event->appendRenderedMessage(text);
+    default:
+      return false;
+  }
 }

@@ -13,6 +13,9 @@ class LOG4ZEB_EXPORT LOGBasicPatternConverter : public LOGPatternConverter {
   /// event and where the level is asked of an event that has none.
   I18NString* convert(LOGLoggingEvent* event) override;
 
+ protected:
+  bool appendText(I18NString& text, LOGLoggingEvent* event) override;
+
  private:
   int m_type;
 };

@@ -25,7 +25,15 @@ LOGDatePatternConverter::LOGDatePatternConverter(LOGFormattingInfo* formattingIn
 I18NString* LOGDatePatternConverter::convert(LOGLoggingEvent* event) {
   ZEB_ASSERT(event, SOURCE, __LINE__);
   return zebTranslate(SOURCE, __LINE__, [this, event] {
-    m_date.setTime(event->getTimeStamp());
-    return new I18NString(m_dateFormat->format(&m_date));
+    auto text = std::make_unique<I18NString>();
+    LOGDatePatternConverter::appendText(*text, event);
+    return text.release();
   });
+}
+
+bool LOGDatePatternConverter::appendText(I18NString& text, LOGLoggingEvent* event) {
+  ZEB_ASSERT(event, SOURCE, __LINE__);
+  m_date.setTime(event->getTimeStamp());
+  text.append(m_dateFormat->format(&m_date));
+  return true;
 }

@@ -16,6 +16,9 @@ class LOG4ZEB_EXPORT LOGDatePatternConverter : public LOGPatternConverter {
   /// Throws ZEBAssertError for a null event.
   I18NString* convert(LOGLoggingEvent* event) override;
 
+ protected:
+  bool appendText(I18NString& text, LOGLoggingEvent* event) override;
+
  private:
   LOGDatePatternConverter(LOGFormattingInfo* formattingInfo,
                           std::unique_ptr<LOGDateFormat> dateFormat);

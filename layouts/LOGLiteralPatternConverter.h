@@ -11,6 +11,7 @@ class LOG4ZEB_EXPORT LOGLiteralPatternConverter : public LOGPatternConverter {
   I18NString* convert(LOGLoggingEvent* event) override;
   /// Appends the text to `sbuf`. Widths do not apply, and what `sbuf` holds stays.
   void format(I18NString& sbuf, LOGLoggingEvent* event) override;
+  void appendFormatted(I18NString& text, LOGLoggingEvent* event) override;
 
  private:
   I18NString m_literal;

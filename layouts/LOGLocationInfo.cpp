@@ -12,4 +12,7 @@ const I18NString& LOGLocationInfo::getLineNumber() const { return m_NA; }
 
 const I18NString& LOGLocationInfo::getMethodName() const { return m_NA; }
 
-const I18NString& LOGLocationInfo::getFullInfo() const { return m_fullInfo; }
+const I18NString& LOGLocationInfo::getFullInfo() const {
+  static const I18NString empty;
+  return empty;
+}

@@ -18,12 +18,6 @@ class LOG4ZEB_EXPORT LOGLocationInfo {
 
  private:
   static const I18NString m_NA;
-
-  I18NString m_fullInfo;
-  I18NString m_className;
-  I18NString m_fileName;
-  I18NString m_lineNumber;
-  I18NString m_methodName;
 };
 
 #endif

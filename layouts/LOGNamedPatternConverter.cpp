@@ -1,5 +1,7 @@
 #include "layouts/LOGNamedPatternConverter.h"
 
+#include <memory>
+
 #include "platform/ZEBAssertError.h"
 #include "platform/ZEBTranslate.h"
 
@@ -32,8 +34,19 @@ LOGNamedPatternConverter::LOGNamedPatternConverter(LOGFormattingInfo* formatting
 I18NString* LOGNamedPatternConverter::convert(LOGLoggingEvent* event) {
   ZEB_ASSERT(event, SOURCE, __LINE__);
   return zebTranslate(SOURCE, __LINE__, [this, event] {
-    const I18NString& name = getFullyQualifiedName(event);
-    return m_precision > 0 ? new I18NString(lastComponents(name, m_precision))
-                           : new I18NString(name);
+    auto text = std::make_unique<I18NString>();
+    LOGNamedPatternConverter::appendText(*text, event);
+    return text.release();
   });
+}
+
+bool LOGNamedPatternConverter::appendText(I18NString& text, LOGLoggingEvent* event) {
+  ZEB_ASSERT(event, SOURCE, __LINE__);
+  const I18NString& name = getFullyQualifiedName(event);
+  if (m_precision > 0) {
+    text.append(lastComponents(name, m_precision));
+  } else {
+    text.append(name);
+  }
+  return true;
 }

@@ -19,6 +19,8 @@ class LOG4ZEB_EXPORT LOGNamedPatternConverter : public LOGPatternConverter {
   /// Throws ZEBAssertError when `formattingInfo` is null.
   LOGNamedPatternConverter(LOGFormattingInfo* formattingInfo, int precision);
 
+  bool appendText(I18NString& text, LOGLoggingEvent* event) override;
+
  private:
   int m_precision = 0;
 };

@@ -7,8 +7,14 @@
 #include "layouts/LOGFormattingInfo.h"
 #include "platform/ZEBAssertError.h"
 
+namespace {
+
+constexpr int NO_MAXIMUM = std::numeric_limits<int>::max();
+
+}  // namespace
+
 std::atomic<int> LOGPatternConverter::m_min{-1};
-std::atomic<int> LOGPatternConverter::m_max{std::numeric_limits<int>::max()};
+std::atomic<int> LOGPatternConverter::m_max{NO_MAXIMUM};
 std::atomic<int> LOGPatternConverter::m_leftAlign{0};
 
 constexpr std::string_view LOGPatternConverter::SPACES[6] = {
@@ -26,6 +32,28 @@ LOGPatternConverter::~LOGPatternConverter() = default;
 void LOGPatternConverter::format(I18NString& sbuf, LOGLoggingEvent* event) {
   sbuf.clear();
   const std::unique_ptr<I18NString> s(convert(event));
+  appendPadded(sbuf, s.get());
+}
+
+void LOGPatternConverter::appendFormatted(I18NString& text, LOGLoggingEvent* event) {
+  if (m_min.load(std::memory_order_relaxed) < 1 &&
+      m_max.load(std::memory_order_relaxed) == NO_MAXIMUM) {
+    appendText(text, event);  // without widths straight to its place
+    return;
+  }
+  I18NString piece;
+  appendPadded(text, appendText(piece, event) ? &piece : nullptr);
+}
+
+bool LOGPatternConverter::appendText(I18NString& text, LOGLoggingEvent* event) {
+  const std::unique_ptr<I18NString> s(convert(event));
+  if (s != nullptr) {
+    text.append(*s);
+  }
+  return s != nullptr;
+}
+
+void LOGPatternConverter::appendPadded(I18NString& sbuf, const I18NString* s) {
   const int min = m_min.load(std::memory_order_relaxed);
   if (s == nullptr) {
     if (min > 0) {

@@ -29,6 +29,9 @@ class LOG4ZEB_EXPORT LOGPatternConverter {
   /// Sets `sbuf` to the converted text, padded to the minimum width or cut to the end that fits the
   /// maximum width. A null conversion counts as empty.
   virtual void format(I18NString& sbuf, LOGLoggingEvent* event);
+  /// Appends to `text` what format() gives; this is what pattern layouts use, because it needs no
+  /// strings in between.
+  virtual void appendFormatted(I18NString& text, LOGLoggingEvent* event);
   /// Appends `length` blanks.
   virtual void spacePad(I18NString& sbuf, int length);
   /// Null at the end of the chain.
@@ -47,6 +50,10 @@ class LOG4ZEB_EXPORT LOGPatternConverter {
   /// Makes the widths read last those of all converters. Throws ZEBAssertError when `fi` is null.
   explicit LOGPatternConverter(LOGFormattingInfo* fi);
 
+  /// Appends to `text` what convert() gives; false when that is null. Who overrides convert()
+  /// of a converter that has this one of its own overrides both.
+  virtual bool appendText(I18NString& text, LOGLoggingEvent* event);
+
   static std::atomic<int> m_min;
   static std::atomic<int> m_max;
   static std::atomic<int> m_leftAlign;
@@ -55,6 +62,8 @@ class LOG4ZEB_EXPORT LOGPatternConverter {
   static const std::string_view SPACES[6];
 
  private:
+  void appendPadded(I18NString& sbuf, const I18NString* s);
+
   LOGPatternConverter* m_next = nullptr;
 };
 

@@ -16,6 +16,22 @@ constexpr const char* SOURCE = "LOGPatternLayout";
 const I18NString LOGPatternLayout::DEFAULT_CONVERSION_PATTERN = "%m%n";
 const I18NString LOGPatternLayout::TTCC_CONVERSION_PATTERN = "%r [%t] %p %c %x - %m%n";
 
+/// Keeps the converters while they are asked.
+class LOGPatternLayout::Walk {
+ public:
+  explicit Walk(LOGPatternLayout& layout) : m_layout(layout) { ++m_layout.m_walks; }
+  Walk(const Walk&) = delete;
+  Walk& operator=(const Walk&) = delete;
+  ~Walk() {
+    if (--m_layout.m_walks == 0) {
+      m_layout.m_replaced.clear();
+    }
+  }
+
+ private:
+  LOGPatternLayout& m_layout;
+};
+
 LOGPatternLayout::LOGPatternLayout() : LOGPatternLayout(DEFAULT_CONVERSION_PATTERN) {}
 
 LOGPatternLayout::LOGPatternLayout(const I18NString& pattern) {
@@ -31,6 +47,9 @@ void LOGPatternLayout::setConversionPattern(const I18NString& pattern) {
                              [this] { return ZEBThreadGuard(getCriticalSection()); });
   LOGPatternConverter::Chain chain(createPatternParser(pattern)->parse());
   m_conversionPattern = pattern;
+  if (m_walks > 0) {
+    m_replaced.push_back(std::move(m_head));
+  }
   m_head = std::move(chain);
 }
 
@@ -41,16 +60,10 @@ const I18NString& LOGPatternLayout::format(LOGLoggingEvent* event) {
     return keep(std::move(text));
   }
   try {
-    I18NString piece;
-    // Kept while it is walked: a message that is rendered may set another pattern.
-    const std::shared_ptr<LOGPatternConverter> chain = m_head;
-    for (LOGPatternConverter* converter = chain.get(); converter != nullptr;
+    const Walk walk(*this);
+    for (LOGPatternConverter* converter = m_head.get(); converter != nullptr;
          converter = converter->getNext()) {
-      converter->format(piece, event);
-      if (!piece.isEmpty()) {
-        text.append(piece);
-        piece.clear();
-      }
+      converter->appendFormatted(text, event);
     }
   } catch (...) {
     LOGLogLog::error("LOGPatternLayout::format --- An unknown error occurred.");

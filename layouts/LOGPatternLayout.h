@@ -2,6 +2,7 @@
 #define LAYOUTS_LOGPATTERNLAYOUT_H
 
 #include <memory>
+#include <vector>
 
 #include "layouts/LOGLayout.h"
 #include "layouts/LOGPatternConverter.h"
@@ -34,10 +35,15 @@ class LOG4ZEB_EXPORT LOGPatternLayout : public LOGLayout {
   int ignoresThrowable() override;
 
  private:
+  class Walk;
+
   static std::unique_ptr<LOGPatternParser> createPatternParser(const I18NString& pattern);
 
   I18NString m_conversionPattern;
-  std::shared_ptr<LOGPatternConverter> m_head;  // of a chain, deleted as a whole
+  LOGPatternConverter::Chain m_head;
+  // A message that is rendered may set another pattern: the chain that it is part of stays.
+  int m_walks = 0;
+  std::vector<LOGPatternConverter::Chain> m_replaced;  // empty when nobody walks
 };
 
 #endif

@@ -20,14 +20,21 @@ I18NConverter::I18NConverter(const char* encoding) : m_encoding(Encoding::Utf8) 
 }
 
 I18NString I18NConverter::toText(std::string_view bytes) const {
+  I18NString text;
+  append(text, bytes);
+  return text;
+}
+
+void I18NConverter::append(I18NString& text, std::string_view bytes) const {
   if (m_encoding == Encoding::Utf8) {
-    return I18NString::fromUtf8(bytes);
+    text.append(bytes);
+    return;
   }
   std::string utf8;
   for (const char c : bytes) {
     i18n::appendCharacter(utf8, static_cast<unsigned char>(c));
   }
-  return I18NString::fromUtf8(utf8);
+  text.append(std::string_view(utf8));
 }
 
 std::string I18NConverter::toBytes(const I18NString& text) const {

@@ -16,6 +16,8 @@ class I18NConverter {
   explicit I18NConverter(const char* encoding);
 
   I18NString toText(std::string_view bytes) const;
+  /// Appends what toText() gives. REQUIRES: not a view of the text itself.
+  void append(I18NString& text, std::string_view bytes) const;
   std::string toBytes(const I18NString& text) const;
 
  private:

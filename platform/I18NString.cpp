@@ -55,12 +55,13 @@ char32_t surrogateAtBegin(std::string_view stored) {
 
 I18NString::I18NString(const char* text, const char* encoding) {
   if (text != nullptr) {
-    *this = I18NConverter(encoding).toText(text);
+    I18NConverter(encoding).append(*this, text);
   }
 }
 
-I18NString::I18NString(const std::string& text, const char* encoding)
-    : I18NString(I18NConverter(encoding).toText(text)) {}
+I18NString::I18NString(const std::string& text, const char* encoding) {
+  I18NConverter(encoding).append(*this, text);
+}
 
 I18NString::I18NString(const char16_t* units, std::size_t count) {
   for (std::size_t i = 0; i < count; ++i) {
@@ -78,23 +79,6 @@ I18NString I18NString::fromUtf8(std::string_view bytes) {
   I18NString text;
   text.append(bytes);
   return text;
-}
-
-I18NString::I18NString(I18NString&& other) noexcept
-    : m_bytes(std::move(other.m_bytes)),
-      m_units(other.m_units),
-      m_hasLoneSurrogate(other.m_hasLoneSurrogate) {
-  other.clear();
-}
-
-I18NString& I18NString::operator=(I18NString&& other) noexcept {
-  if (this != &other) {
-    m_bytes = std::move(other.m_bytes);
-    m_units = other.m_units;
-    m_hasLoneSurrogate = other.m_hasLoneSurrogate;
-    other.clear();
-  }
-  return *this;
 }
 
 char16_t I18NString::at(std::size_t position) const noexcept {
@@ -116,7 +100,7 @@ I18NString I18NString::substring(std::size_t begin, std::size_t end) const {
   begin = std::min(begin, end);
   I18NString result;
   if (isAscii()) {
-    result.appendStored(std::string_view(m_bytes).substr(begin, end - begin), end - begin, false);
+    result.appendStored(bytes().substr(begin, end - begin), end - begin, false);
     return result;
   }
   UnitReader reader(m_bytes);
@@ -166,8 +150,8 @@ long I18NString::indexOf(const I18NString& text, std::size_t from) const {
     const std::size_t found = toUtf16().find(text.toUtf16(), from);
     return found == std::u16string::npos ? NOT_FOUND : static_cast<long>(found);
   }
-  const std::size_t found = m_bytes.find(text.m_bytes, byteOffset(from));
-  return found == std::string::npos ? NOT_FOUND : static_cast<long>(unitPosition(found));
+  const std::size_t found = bytes().find(text.bytes(), byteOffset(from));
+  return found == std::string_view::npos ? NOT_FOUND : static_cast<long>(unitPosition(found));
 }
 
 long I18NString::lastIndexOf(const I18NString& text, std::size_t from) const {
@@ -175,12 +159,12 @@ long I18NString::lastIndexOf(const I18NString& text, std::size_t from) const {
     const std::size_t found = toUtf16().rfind(text.toUtf16(), from);
     return found == std::u16string::npos ? NOT_FOUND : static_cast<long>(found);
   }
-  const std::size_t found = m_bytes.rfind(text.m_bytes, from);
-  return found == std::string::npos ? NOT_FOUND : static_cast<long>(found);
+  const std::size_t found = bytes().rfind(text.bytes(), from);
+  return found == std::string_view::npos ? NOT_FOUND : static_cast<long>(found);
 }
 
 bool I18NString::startsWith(const I18NString& text) const noexcept {
-  if (m_bytes.compare(0, text.m_bytes.size(), text.m_bytes) == 0) {
+  if (bytes().substr(0, text.m_bytes.size()) == text.bytes()) {
     return true;
   }
   if (!text.m_hasLoneSurrogate || text.m_units > m_units) {
@@ -198,7 +182,7 @@ bool I18NString::startsWith(const I18NString& text) const noexcept {
 
 int I18NString::compare(const I18NString& other) const noexcept {
   if (isAscii() && other.isAscii()) {
-    return m_bytes.compare(other.m_bytes);
+    return bytes().compare(other.bytes());
   }
   UnitReader a(m_bytes);
   UnitReader b(other.m_bytes);
@@ -214,7 +198,7 @@ int I18NString::compare(const I18NString& other) const noexcept {
 std::uint32_t I18NString::hash() const noexcept {
   std::uint32_t value = 0;
   if (isAscii()) {
-    for (const char c : m_bytes) {
+    for (const char c : bytes()) {
       value = value * 31 + static_cast<unsigned char>(c);
     }
     return value;
@@ -225,22 +209,19 @@ std::uint32_t I18NString::hash() const noexcept {
   return value;
 }
 
-void I18NString::appendStored(std::string_view stored, std::size_t units, bool hasLoneSurrogate) {
-  if (m_hasLoneSurrogate && hasLoneSurrogate) {
-    const char32_t high = surrogateAtEnd(m_bytes);
-    const char32_t low = surrogateAtBegin(stored);
-    if (i18n::isHighSurrogate(high) && i18n::isLowSurrogate(low)) {
-      std::string joined(m_bytes, 0, m_bytes.size() - SURROGATE_SIZE);
-      i18n::appendCharacter(joined, i18n::combineSurrogates(high, low));
-      joined.append(stored.substr(SURROGATE_SIZE));
-      m_bytes = std::move(joined);
-      recount();
-      return;
-    }
+bool I18NString::joinSurrogates(std::string_view stored) {
+  const char32_t high = surrogateAtEnd(m_bytes);
+  const char32_t low = surrogateAtBegin(stored);
+  if (!i18n::isHighSurrogate(high) || !i18n::isLowSurrogate(low)) {
+    return false;
   }
-  m_bytes.append(stored);
-  m_units += units;
-  m_hasLoneSurrogate = m_hasLoneSurrogate || hasLoneSurrogate;
+  I18NBytes joined;
+  joined.append(bytes().substr(0, m_bytes.size() - SURROGATE_SIZE));
+  i18n::appendCharacter(joined, i18n::combineSurrogates(high, low));
+  joined.append(stored.substr(SURROGATE_SIZE));
+  m_bytes = std::move(joined);
+  recount();
+  return true;
 }
 
 void I18NString::recount() noexcept {
@@ -251,11 +232,6 @@ void I18NString::recount() noexcept {
     m_units += c < 0x10000 ? 1 : 2;
     m_hasLoneSurrogate = m_hasLoneSurrogate || i18n::isSurrogate(c);
   }
-}
-
-I18NString& I18NString::append(const I18NString& text) {
-  appendStored(text.m_bytes, text.m_units, text.m_hasLoneSurrogate);
-  return *this;
 }
 
 I18NString& I18NString::append(std::string_view utf8) {
@@ -274,12 +250,6 @@ I18NString& I18NString::append(std::size_t count, char c) {
   m_bytes.append(count, c);
   m_units += count;
   return *this;
-}
-
-void I18NString::clear() noexcept {
-  m_bytes.clear();
-  m_units = 0;
-  m_hasLoneSurrogate = false;
 }
 
 std::string_view I18NString::narrow(std::string& scratch) const {

@@ -6,7 +6,9 @@
 #include <iosfwd>
 #include <string>
 #include <string_view>
+#include <utility>
 
+#include "platform/I18NBytes.h"
 #include "platform/LOG4ZEBExport.h"
 
 /// The text type of the library: a string of UTF-16 code units. Lengths and positions count code
@@ -36,9 +38,19 @@ class LOG4ZEB_EXPORT I18NString {
   static I18NString fromUtf8(std::string_view bytes);
 
   I18NString(const I18NString&) = default;
-  I18NString(I18NString&& other) noexcept;
+  I18NString(I18NString&& other) noexcept
+      : m_bytes(std::move(other.m_bytes)),
+        m_units(std::exchange(other.m_units, 0)),
+        m_hasLoneSurrogate(std::exchange(other.m_hasLoneSurrogate, false)) {}
   I18NString& operator=(const I18NString&) = default;
-  I18NString& operator=(I18NString&& other) noexcept;
+  I18NString& operator=(I18NString&& other) noexcept {
+    if (this != &other) {
+      m_bytes = std::move(other.m_bytes);
+      m_units = std::exchange(other.m_units, 0);
+      m_hasLoneSurrogate = std::exchange(other.m_hasLoneSurrogate, false);
+    }
+    return *this;
+  }
   ~I18NString() = default;
 
   /// The number of code units.
@@ -61,13 +73,26 @@ class LOG4ZEB_EXPORT I18NString {
   /// The sum over the code units, first to last, of hash * 31 + unit, modulo 2^32.
   std::uint32_t hash() const noexcept;
 
-  I18NString& append(const I18NString& text);
+  I18NString& append(const I18NString& text) {
+    appendStored(text.m_bytes, text.m_units, text.m_hasLoneSurrogate);
+    return *this;
+  }
   /// Appends UTF-8 bytes; invalid ones become U+FFFD. REQUIRES: not a view of this text itself.
   I18NString& append(std::string_view utf8);
   /// Appends `count` times the ASCII character `c`.
   I18NString& append(std::size_t count, char c);
   I18NString& operator+=(const I18NString& text) { return append(text); }
-  void clear() noexcept;
+  /// Appends ASCII characters. REQUIRES: not a view of this text itself.
+  I18NString& appendAscii(std::string_view ascii) {
+    m_bytes.append(ascii);
+    m_units += ascii.size();
+    return *this;
+  }
+  void clear() noexcept {
+    m_bytes.clear();
+    m_units = 0;
+    m_hasLoneSurrogate = false;
+  }
   /// Makes room for a text of `bytes` UTF-8 bytes.
   void reserve(std::size_t bytes) { m_bytes.reserve(bytes); }
 
@@ -79,7 +104,7 @@ class LOG4ZEB_EXPORT I18NString {
   std::u16string toUtf16() const;
 
   friend bool operator==(const I18NString& a, const I18NString& b) noexcept {
-    return a.m_bytes == b.m_bytes;
+    return std::string_view(a.m_bytes) == std::string_view(b.m_bytes);
   }
   friend bool operator!=(const I18NString& a, const I18NString& b) noexcept { return !(a == b); }
   friend bool operator<(const I18NString& a, const I18NString& b) noexcept {
@@ -91,13 +116,22 @@ class LOG4ZEB_EXPORT I18NString {
   }
 
  private:
+  std::string_view bytes() const noexcept { return m_bytes; }
   bool isAscii() const noexcept { return m_bytes.size() == m_units; }
-  void appendStored(std::string_view stored, std::size_t units, bool hasLoneSurrogate);
+  void appendStored(std::string_view stored, std::size_t units, bool hasLoneSurrogate) {
+    if (m_hasLoneSurrogate && hasLoneSurrogate && joinSurrogates(stored)) {
+      return;
+    }
+    m_bytes.append(stored);
+    m_units += units;
+    m_hasLoneSurrogate = m_hasLoneSurrogate || hasLoneSurrogate;
+  }
+  bool joinSurrogates(std::string_view stored);
   void recount() noexcept;
   std::size_t byteOffset(std::size_t position) const noexcept;
   std::size_t unitPosition(std::size_t offset) const noexcept;
 
-  std::string m_bytes;
+  I18NBytes m_bytes;
   std::size_t m_units = 0;
   bool m_hasLoneSurrogate = false;
 };

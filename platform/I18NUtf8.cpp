@@ -13,22 +13,30 @@ unsigned char byteAt(std::string_view bytes, std::size_t offset) {
 
 }  // namespace
 
-void appendCharacter(std::string& out, char32_t c) {
+std::size_t encodeCharacter(char32_t c, char* out) noexcept {
+  const auto following = [c](unsigned shift) {
+    return static_cast<char>(0x80 | ((c >> shift) & 0x3F));
+  };
   if (c < 0x80) {
-    out += static_cast<char>(c);
-  } else if (c < 0x800) {
-    out += static_cast<char>(0xC0 | (c >> 6));
-    out += static_cast<char>(0x80 | (c & 0x3F));
-  } else if (c < 0x10000) {
-    out += static_cast<char>(0xE0 | (c >> 12));
-    out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-    out += static_cast<char>(0x80 | (c & 0x3F));
-  } else {
-    out += static_cast<char>(0xF0 | (c >> 18));
-    out += static_cast<char>(0x80 | ((c >> 12) & 0x3F));
-    out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-    out += static_cast<char>(0x80 | (c & 0x3F));
+    out[0] = static_cast<char>(c);
+    return 1;
   }
+  if (c < 0x800) {
+    out[0] = static_cast<char>(0xC0 | (c >> 6));
+    out[1] = following(0);
+    return 2;
+  }
+  if (c < 0x10000) {
+    out[0] = static_cast<char>(0xE0 | (c >> 12));
+    out[1] = following(6);
+    out[2] = following(0);
+    return 3;
+  }
+  out[0] = static_cast<char>(0xF0 | (c >> 18));
+  out[1] = following(12);
+  out[2] = following(6);
+  out[3] = following(0);
+  return LONGEST_CHARACTER;
 }
 
 char32_t decodeForeign(std::string_view bytes, std::size_t& offset) {

@@ -5,7 +5,6 @@
 // text: UTF-8 that may also hold single surrogates, three bytes each.
 
 #include <cstddef>
-#include <string>
 #include <string_view>
 
 namespace i18n {
@@ -22,8 +21,18 @@ constexpr char32_t combineSurrogates(char32_t high, char32_t low) {
 constexpr char32_t highSurrogateOf(char32_t c) { return 0xD800 + ((c - 0x10000) >> 10); }
 constexpr char32_t lowSurrogateOf(char32_t c) { return 0xDC00 + ((c - 0x10000) & 0x3FF); }
 
-/// Appends one character; a surrogate takes three bytes.
-void appendCharacter(std::string& out, char32_t c);
+constexpr std::size_t LONGEST_CHARACTER = 4;
+
+/// Writes one character to `out`, which has room for LONGEST_CHARACTER bytes, and returns how many
+/// it took; a surrogate takes three.
+std::size_t encodeCharacter(char32_t c, char* out) noexcept;
+
+/// Appends one character to anything that bytes can be appended to.
+template <typename Bytes>
+void appendCharacter(Bytes& out, char32_t c) {
+  char bytes[LONGEST_CHARACTER];
+  out.append(std::string_view(bytes, encodeCharacter(c, bytes)));
+}
 
 /// Decodes the character that begins at `offset` of bytes from anywhere, and moves `offset` past
 /// it. A sequence that is not UTF-8 gives REPLACEMENT and moves past its longest valid beginning.

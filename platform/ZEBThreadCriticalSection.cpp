@@ -30,9 +30,15 @@ void ZEBThreadCriticalSection::enter() {
   m_depth = 1;
 }
 
+bool ZEBThreadCriticalSection::isHeldElsewhere() const noexcept {
+  const void* const owner = m_owner.load(std::memory_order_acquire);
+  return owner != nullptr && owner != currentThreadMark();
+}
+
 void ZEBThreadCriticalSection::leave() noexcept {
   if (--m_depth == 0) {
-    m_owner.store(nullptr, std::memory_order_relaxed);
+    // Released, so that who sees the lock free sees also what was done under it.
+    m_owner.store(nullptr, std::memory_order_release);
     m_mutex.unlock();
   }
 }

@@ -20,10 +20,12 @@ class LOG4ZEB_EXPORT ZEBThreadCriticalSection {
   void enter();
   /// REQUIRES: the calling thread holds the lock.
   void leave() noexcept;
+  /// Whether another thread holds the lock now.
+  bool isHeldElsewhere() const noexcept;
 
  private:
   std::mutex m_mutex;
-  // Only the owner ever reads its own mark here, so no order with other memory is needed.
+  // A thread that reads its own mark here has written it itself.
   std::atomic<const void*> m_owner{nullptr};
   int m_depth = 0;  // used by the owner only
 };

@@ -17,6 +17,8 @@ class ZEBUtConvert {
   }
   /// `value` in decimal with zeros in front up to `digits` characters.
   static I18NString padded(std::int64_t value, int digits);
+  /// Appends what padded() returns.
+  static void appendPadded(I18NString& text, std::int64_t value, int digits);
   /// The number at the beginning of `text`: leading blanks, an optional sign, digits up to the
   /// first other character. 0 without digits; values out of range become the nearest in range.
   static std::int32_t toInt(const I18NString& text);

@@ -69,6 +69,9 @@ class RendererTable {
     return found == m_renderers.end() ? m_default : found->second;
   }
 
+  /// Whether everything is rendered by the first default renderer.
+  bool isOriginal() const { return m_isOriginal; }
+
   void clear() {
     std::map<I18NString, Renderer> dropped;
     const std::lock_guard<std::mutex> guard(m_lock);
@@ -140,6 +143,22 @@ I18NString* LOGRendererMap::findAndRender(LOGObject* object) const {
   }
   const std::shared_ptr<LOGObjectRenderer> renderer = share(object->instanceOf());
   return renderer == nullptr ? nullptr : renderer->doRender(object);
+}
+
+bool LOGRendererMap::appendRendered(LOGObject* object, I18NString& text) const {
+  if (RendererTable::instance().isOriginal()) {
+    if (object == nullptr) {
+      return false;
+    }
+    text.append(object->toString());
+    return true;
+  }
+  const std::unique_ptr<I18NString> rendered(findAndRender(object));
+  if (rendered == nullptr) {
+    return false;
+  }
+  text.append(*rendered);
+  return true;
 }
 
 void LOGRendererMap::clear() { RendererTable::instance().clear(); }

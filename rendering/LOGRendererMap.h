@@ -26,6 +26,9 @@ class LOG4ZEB_EXPORT LOGRendererMap {
   /// The object's text in a new string that the caller deletes; null for a null object, and where
   /// there is no renderer.
   I18NString* findAndRender(LOGObject* object) const;
+  /// Appends the object's text to `text` and returns whether there was one. What the first default
+  /// renderer does, which is the object's own text, costs no allocation.
+  bool appendRendered(LOGObject* object, I18NString& text) const;
   /// Drops what was put. The default renderer stays.
   void clear();
 
