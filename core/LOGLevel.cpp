@@ -21,7 +21,7 @@ ZEBThreadCriticalSection g_levelLock;
 }  // namespace
 
 LOGLevel::LOGLevel(int rank, const char* name, int syslogSeverity)
-    : level(rank), levelStr(name), syslogEquivalent(syslogSeverity) {}
+    : level(rank), levelStr(name), syslogEquivalent(syslogSeverity), m_text(name) {}
 
 LOGLevel::LOGLevel() : level(FATAL_RANK), syslogEquivalent(FATAL_RANK) {}
 

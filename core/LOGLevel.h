@@ -34,6 +34,8 @@ class LOG4ZEB_EXPORT LOGLevel {
   int getSyslogEquivalent() const { return syslogEquivalent; }
   /// The name; valid as long as the level.
   const char* toString() const { return levelStr.c_str(); }
+  /// The same as a text.
+  const I18NString& getText() const { return m_text; }
 
   /// The predefined level of that name, whatever its case; DEBUG for any other text. Every level
   /// returned by these operations belongs to the library.
@@ -58,6 +60,7 @@ class LOG4ZEB_EXPORT LOGLevel {
   int level;
   std::string levelStr;
   int syslogEquivalent;
+  I18NString m_text;  // levelStr, converted once
 
   static std::atomic<LOGLevel*> ALL_OBJ;
   static std::atomic<LOGLevel*> DEBUG_OBJ;

@@ -116,8 +116,8 @@ void LOGLogger::logEnabled(int rank, LOGObject* message) {
 }
 
 void LOGLogger::logEnabled(int rank, const I18NString& message) {
-  LOGObject object(message);
-  logEnabled(rank, &object);
+  LOGLoggingEvent event(m_FQCN, this, LOGLevel::toLevel(rank), LOGMessageText{message});
+  callAppenders(&event);
 }
 
 bool LOGLogger::passesRepositoryAndLevel(const LOGLevel* level) const {

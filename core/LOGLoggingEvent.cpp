@@ -1,5 +1,7 @@
 #include "core/LOGLoggingEvent.h"
 
+#include <charconv>
+#include <string_view>
 #include <typeinfo>
 #include <utility>
 
@@ -10,7 +12,6 @@
 #include "platform/ZEBAssertError.h"
 #include "platform/ZEBThread.h"
 #include "platform/ZEBTranslate.h"
-#include "platform/ZEBUtConvert.h"
 #include "platform/ZEBUtTime.h"
 #include "rendering/LOGRendererMap.h"
 
@@ -20,6 +21,24 @@ namespace {
 
 constexpr const char* SOURCE = "LOGLoggingEvent";
 constexpr const char* LEVEL_METHOD = "toLevel";
+
+/// The decimal number of the calling thread, converted once for each thread.
+std::string_view currentThreadText() {
+  struct Text {
+    std::uint64_t thread;
+    std::size_t size;
+    char digits[std::numeric_limits<std::uint64_t>::digits10 + 1];
+  };
+  static thread_local Text t_text = {};
+  const std::uint64_t thread = ZEBThread::currentThreadId();
+  if (t_text.thread != thread) {  // also in the child of a fork
+    t_text.size = static_cast<std::size_t>(
+        std::to_chars(std::begin(t_text.digits), std::end(t_text.digits), thread).ptr -
+        t_text.digits);
+    t_text.thread = thread;
+  }
+  return {t_text.digits, t_text.size};
+}
 
 /// The repository's side that renders, or null.
 LOGRendererMap* rendererMapOf(LOGLoggerRepository* repository) {
@@ -40,14 +59,25 @@ LOGLoggingEvent::LOGLoggingEvent() = default;
 
 LOGLoggingEvent::LOGLoggingEvent(const I18NString& fqnOfCategoryClass, LOGLogger* logger,
                                  LOGLevel* level, LOGObject* message)
-    : m_level(level),
+    : LOGLoggingEvent(fqnOfCategoryClass, logger, level) {
+  setMessage(message);
+}
+
+LOGLoggingEvent::LOGLoggingEvent(const I18NString& fqnOfCategoryClass, LOGLogger* logger,
+                                 LOGLevel* level, const LOGMessageText& message)
+    : LOGLoggingEvent(fqnOfCategoryClass, logger, level) {
+  zebTranslate(SOURCE, __LINE__, [&] { m_plainMessage.emplace(message.text); });
+}
+
+LOGLoggingEvent::LOGLoggingEvent(const I18NString& fqnOfCategoryClass, LOGLogger* logger,
+                                 LOGLevel* level)
+    : m_timeStamp(ZEBUtTime::nowSeconds()),
+      m_level(level),
       m_logger(logger),
       m_fqnOfCategoryClass(fqnOfCategoryClass),
       m_levelMethod(LEVEL_METHOD) {
   ZEB_ASSERT(m_logger, SOURCE, 99);
   m_loggerName = m_logger->getName();
-  m_timeStamp = ZEBUtTime::nowSeconds();
-  setMessage(message);
 }
 
 LOGLoggingEvent::LOGLoggingEvent(const LOGLoggingEvent& other)
@@ -61,9 +91,11 @@ LOGLoggingEvent::LOGLoggingEvent(const LOGLoggingEvent& other)
       m_ndc(other.m_ndc),
       m_ndcLookupRequired(other.m_ndcLookupRequired),
       m_mdcCopyLookupRequired(other.m_mdcCopyLookupRequired),
-      m_renderedMessage(other.m_renderedMessage),
       m_threadName(other.m_threadName),
       m_levelMethod(other.m_levelMethod) {
+  if (other.m_rare != nullptr && !other.m_rare->renderedMessage.isEmpty()) {
+    setRenderedMessage(other.m_rare->renderedMessage);
+  }
   setMessage(other.m_plainMessage ? &*other.m_plainMessage : other.m_message.get());
 }
 
@@ -93,8 +125,8 @@ void LOGLoggingEvent::setMessage(const LOGObject* message) {
 }
 
 I18NString* LOGLoggingEvent::getRenderedMessage() {
-  if (!m_renderedMessage.isEmpty()) {
-    return zebTranslate(SOURCE, 155, [this] { return new I18NString(m_renderedMessage); });
+  if (m_rare != nullptr && !m_rare->renderedMessage.isEmpty()) {
+    return zebTranslate(SOURCE, 155, [this] { return new I18NString(m_rare->renderedMessage); });
   }
   LOGObject* const message = getMessage();
   if (message == nullptr || m_logger == nullptr) {
@@ -107,8 +139,8 @@ I18NString* LOGLoggingEvent::getRenderedMessage() {
 }
 
 bool LOGLoggingEvent::appendRenderedMessage(I18NString& text) {
-  if (!m_renderedMessage.isEmpty()) {
-    text.append(m_renderedMessage);
+  if (m_rare != nullptr && !m_rare->renderedMessage.isEmpty()) {
+    text.append(m_rare->renderedMessage);
     return true;
   }
   LOGObject* const message = getMessage();
@@ -121,7 +153,17 @@ bool LOGLoggingEvent::appendRenderedMessage(I18NString& text) {
   });
 }
 
-void LOGLoggingEvent::setRenderedMessage(const I18NString& text) { m_renderedMessage = text; }
+LOGLoggingEvent::Rare& LOGLoggingEvent::rare() {
+  if (m_rare == nullptr) {
+    m_rare = std::make_unique<Rare>();
+  }
+  return *m_rare;
+}
+
+const I18NString& LOGLoggingEvent::getThrowableStrRep() const {
+  static const auto* const empty = new I18NString;
+  return m_rare == nullptr ? *empty : m_rare->throwableStrRep;
+}
 
 const I18NString& LOGLoggingEvent::getNDC() {
   if (m_ndcLookupRequired == 1) {
@@ -133,7 +175,7 @@ const I18NString& LOGLoggingEvent::getNDC() {
 
 const I18NString& LOGLoggingEvent::getThreadName() {
   if (m_threadName.isEmpty()) {
-    m_threadName = ZEBUtConvert::handleCvt(ZEBThread::currentThreadId());
+    m_threadName.appendAscii(currentThreadText());
   }
   return m_threadName;
 }

@@ -14,6 +14,11 @@
 class LOGLevel;
 class LOGLogger;
 
+/// A text that is to become a message, told apart from a message object.
+struct LOGMessageText {
+  const I18NString& text;
+};
+
 /// The record of one enabled logging request: what is logged, by which logger and at which level,
 /// and the context that was current. A logger makes one on its stack and hands it down to the
 /// appenders; an appender that keeps one makes a copy. An event is used by one thread at a time.
@@ -25,6 +30,9 @@ class LOG4ZEB_EXPORT LOGLoggingEvent : public LOGSerializable {
   /// what the clone throws.
   LOGLoggingEvent(const I18NString& fqnOfCategoryClass, LOGLogger* logger, LOGLevel* level,
                   LOGObject* message);
+  /// The same with a message of that text.
+  LOGLoggingEvent(const I18NString& fqnOfCategoryClass, LOGLogger* logger, LOGLevel* level,
+                  const LOGMessageText& message);
   /// The copy owns a clone of the message and its own location; its throwable text is empty.
   LOGLoggingEvent(const LOGLoggingEvent& other);
   /// Takes over level, logger, class name, time and a clone of the message. Name, context, rendered
@@ -45,8 +53,8 @@ class LOG4ZEB_EXPORT LOGLoggingEvent : public LOGSerializable {
   const I18NString& getThreadName();
   /// Never null.
   LOGLocationInfo* getLocationInformation() { return &m_locationInfo; }
-  const I18NString& getThrowableStrRep() const { return m_throwableStrRep; }
-  void setThrowableStrRep(const I18NString& text) { m_throwableStrRep = text; }
+  const I18NString& getThrowableStrRep() const;
+  void setThrowableStrRep(const I18NString& text) { rare().throwableStrRep = text; }
   const I18NString& getLoggerName() const { return m_loggerName; }
   /// Seconds since 1970-01-01 00:00 UTC.
   std::int64_t getTimeStamp() const { return m_timeStamp; }
@@ -66,7 +74,17 @@ class LOG4ZEB_EXPORT LOGLoggingEvent : public LOGSerializable {
   void writeObject() {}
 
  private:
-  void setRenderedMessage(const I18NString& text);
+  /// Everything but the message.
+  LOGLoggingEvent(const I18NString& fqnOfCategoryClass, LOGLogger* logger, LOGLevel* level);
+
+  /// What hardly any event has.
+  struct Rare {
+    I18NString renderedMessage;
+    I18NString throwableStrRep;
+  };
+
+  Rare& rare();
+  void setRenderedMessage(const I18NString& text) { rare().renderedMessage = text; }
   void setMessage(const LOGObject* message);
 
   I18NString m_loggerName;
@@ -82,10 +100,9 @@ class LOG4ZEB_EXPORT LOGLoggingEvent : public LOGSerializable {
   // The message is in one of the two: a plain one, which nearly all are, costs no allocation.
   std::optional<LOGObject> m_plainMessage;
   std::unique_ptr<LOGObject> m_message;
-  I18NString m_renderedMessage;
   I18NString m_threadName;
   const char* m_levelMethod = "";
-  I18NString m_throwableStrRep;
+  std::unique_ptr<Rare> m_rare;
 
   static const std::int64_t m_startTime;
 };

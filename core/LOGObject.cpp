@@ -2,24 +2,11 @@
 
 #include "platform/ZEBTranslate.h"
 
-namespace {
-
-std::unique_ptr<I18NString> copyOf(const std::unique_ptr<I18NString>& tag) {
-  return tag == nullptr ? nullptr : std::make_unique<I18NString>(*tag);
-}
-
-}  // namespace
-
 LOGObject::LOGObject() = default;
-
-LOGObject::LOGObject(const I18NString& text) : m_string(text) {}
-
-LOGObject::LOGObject(const LOGObject& other)
-    : m_instance(copyOf(other.m_instance)), m_string(other.m_string) {}
 
 LOGObject& LOGObject::operator=(const LOGObject& other) {
   if (this != &other) {
-    m_instance = copyOf(other.m_instance);
+    m_instance = other.m_instance == nullptr ? nullptr : copyOf(*other.m_instance);
     m_string = other.m_string;
   }
   return *this;
@@ -33,7 +20,11 @@ const I18NString& LOGObject::defaultTag() noexcept {
   return *tag;
 }
 
-void LOGObject::instance(const I18NString& tag) { m_instance = std::make_unique<I18NString>(tag); }
+std::unique_ptr<I18NString> LOGObject::copyOf(const I18NString& tag) {
+  return std::make_unique<I18NString>(tag);
+}
+
+void LOGObject::instance(const I18NString& tag) { m_instance = copyOf(tag); }
 
 int LOGObject::operator==(const LOGObject& other) const {
   return instanceOf() == other.instanceOf() && m_string == other.m_string ? 1 : 0;

@@ -1,7 +1,6 @@
 #include "layouts/LOGBasicPatternConverter.h"
 
 #include <memory>
-#include <string_view>
 
 #include "core/LOGLevel.h"
 #include "core/LOGLoggingEvent.h"
@@ -41,7 +40,7 @@ bool LOGBasicPatternConverter::appendText(I18NString& text, LOGLoggingEvent* eve
     case LOGPatternParser::LEVEL_CONVERTER: {
       const LOGLevel* const level = event->getLevel();
       ZEB_ASSERT(level, SOURCE, __LINE__);
-      text.append(std::string_view(level->toString()));
+      text.append(level->getText());
       return true;
     }
     case LOGPatternParser::NDC_CONVERTER:

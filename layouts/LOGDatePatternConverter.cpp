@@ -33,7 +33,11 @@ I18NString* LOGDatePatternConverter::convert(LOGLoggingEvent* event) {
 
 bool LOGDatePatternConverter::appendText(I18NString& text, LOGLoggingEvent* event) {
   ZEB_ASSERT(event, SOURCE, __LINE__);
-  m_date.setTime(event->getTimeStamp());
-  text.append(m_dateFormat->format(&m_date));
+  if (m_text.isEmpty() || m_date.getTime() != event->getTimeStamp()) {
+    m_text.clear();
+    m_date.setTime(event->getTimeStamp());
+    m_text = m_dateFormat->format(&m_date);
+  }
+  text.append(m_text);
   return true;
 }

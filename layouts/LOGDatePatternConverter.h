@@ -25,6 +25,8 @@ class LOG4ZEB_EXPORT LOGDatePatternConverter : public LOGPatternConverter {
 
   std::unique_ptr<LOGDateFormat> m_dateFormat;
   LOGDate m_date;
+  // The text of the second last asked for: a format writes one second always the same.
+  I18NString m_text;
 };
 
 #endif

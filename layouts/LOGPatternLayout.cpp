@@ -54,10 +54,21 @@ void LOGPatternLayout::setConversionPattern(const I18NString& pattern) {
 }
 
 const I18NString& LOGPatternLayout::format(LOGLoggingEvent* event) {
-  I18NString text = takeBuffer();
+  if (m_walks > 0) {
+    // Called by a message that is being rendered into m_line.
+    I18NString text = takeBuffer();
+    build(text, event);
+    return keep(std::move(text));
+  }
+  m_line.clear();
+  build(m_line, event);
+  return m_line;
+}
+
+void LOGPatternLayout::build(I18NString& text, LOGLoggingEvent* event) {
   if (event == nullptr) {
     LOGLogLog::warn("LOGPatternLayout::format --- Event is NULL.");
-    return keep(std::move(text));
+    return;
   }
   try {
     const Walk walk(*this);
@@ -68,7 +79,6 @@ const I18NString& LOGPatternLayout::format(LOGLoggingEvent* event) {
   } catch (...) {
     LOGLogLog::error("LOGPatternLayout::format --- An unknown error occurred.");
   }
-  return keep(std::move(text));
 }
 
 int LOGPatternLayout::ignoresThrowable() { return 1; }

@@ -39,7 +39,10 @@ class LOG4ZEB_EXPORT LOGPatternLayout : public LOGLayout {
 
   static std::unique_ptr<LOGPatternParser> createPatternParser(const I18NString& pattern);
 
+  void build(I18NString& text, LOGLoggingEvent* event);
+
   I18NString m_conversionPattern;
+  I18NString m_line;
   LOGPatternConverter::Chain m_head;
   // A message that is rendered may set another pattern: the chain that it is part of stays.
   int m_walks = 0;

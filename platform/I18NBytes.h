@@ -12,14 +12,15 @@
 /// allocates nor touches anything that another thread uses.
 class LOG4ZEB_EXPORT I18NBytes {
  public:
-  static constexpr std::size_t INLINE_SIZE = 96;
+  static constexpr std::size_t INLINE_SIZE = 88;
 
   I18NBytes() noexcept {}  // NOLINT(modernize-use-equals-default): the room stays as it is
-  I18NBytes(const I18NBytes& other) { assign(other); }
+  I18NBytes(const I18NBytes& other) { append(other); }
   I18NBytes(I18NBytes&& other) noexcept { take(other); }
   I18NBytes& operator=(const I18NBytes& other) {
     if (this != &other) {
-      assign(other);
+      m_size = 0;
+      append(other);
     }
     return *this;
   }
@@ -37,10 +38,24 @@ class LOG4ZEB_EXPORT I18NBytes {
   std::size_t size() const noexcept { return m_size; }
   char operator[](std::size_t position) const noexcept { return m_data[position]; }
 
+  void append(const I18NBytes& other) {
+    // Short texts, which are most of what a line is made of, are copied in moves of fixed size: the
+    // room is never smaller than that, here as there.
+    const std::size_t size = other.m_size;
+    if (size <= SHORT && m_capacity - m_size >= SHORT) {
+      move<SHORT>(other.m_data);
+      m_size += size;
+    } else if (size <= LONG && m_capacity - m_size >= LONG) {
+      move<LONG>(other.m_data);
+      m_size += size;
+    } else {
+      append(std::string_view(other));
+    }
+  }
   /// REQUIRES: `bytes` is not a part of this object that a growth would move, except when it is
   /// all of it.
   void append(std::string_view bytes) {
-    if (bytes.size() > capacity() - m_size) {
+    if (bytes.size() > m_capacity - m_size) {
       grow(bytes);
     } else if (!bytes.empty()) {
       std::memmove(m_data + m_size, bytes.data(), bytes.size());
@@ -54,27 +69,35 @@ class LOG4ZEB_EXPORT I18NBytes {
   }
   /// Keeps the room that there is.
   void clear() noexcept { m_size = 0; }
-  /// Keeps the first `size` bytes. REQUIRES: size <= size()
-  void truncate(std::size_t size) noexcept { m_size = size; }
   /// Makes room for `capacity` bytes in all.
-  void reserve(std::size_t capacity);
+  void reserve(std::size_t capacity) {
+    if (capacity > m_capacity) {
+      enlarge(capacity);
+    }
+  }
 
  private:
-  bool isInline() const noexcept { return m_data == m_room.bytes; }
-  std::size_t capacity() const noexcept { return isInline() ? INLINE_SIZE : m_room.capacity; }
-  void assign(std::string_view bytes) {
-    m_size = 0;
-    append(bytes);
+  static constexpr std::size_t SHORT = 32;
+  static constexpr std::size_t LONG = 64;
+
+  template <std::size_t Size>
+  void move(const char* bytes) noexcept {
+    char moved[Size];  // registers, in truth
+    std::memcpy(moved, bytes, Size);
+    std::memcpy(m_data + m_size, moved, Size);
   }
+  bool isInline() const noexcept { return m_data == m_room; }
   void take(I18NBytes& other) noexcept {
     m_size = other.m_size;
     if (other.isInline()) {
-      m_data = m_room.bytes;
-      std::memcpy(m_room.bytes, other.m_room.bytes, m_size);
+      m_data = m_room;
+      m_capacity = INLINE_SIZE;
+      std::memcpy(m_room, other.m_room, m_size);
     } else {
       m_data = other.m_data;
-      m_room.capacity = other.m_room.capacity;
-      other.m_data = other.m_room.bytes;
+      m_capacity = other.m_capacity;
+      other.m_data = other.m_room;
+      other.m_capacity = INLINE_SIZE;
     }
     other.m_size = 0;
   }
@@ -83,17 +106,13 @@ class LOG4ZEB_EXPORT I18NBytes {
       delete[] m_data;
     }
   }
+  void enlarge(std::size_t capacity);
   void grow(std::string_view appended);
 
-  // Only one of the two is in use: the bytes, or how many fit where m_data points.
-  union Room {
-    char bytes[INLINE_SIZE];
-    std::size_t capacity;
-  };
-
-  char* m_data = m_room.bytes;
+  char* m_data = m_room;
   std::size_t m_size = 0;
-  Room m_room;
+  std::size_t m_capacity = INLINE_SIZE;  // of the room that m_data points to
+  char m_room[INLINE_SIZE];
 };
 
 #endif

@@ -100,7 +100,7 @@ I18NString I18NString::substring(std::size_t begin, std::size_t end) const {
   begin = std::min(begin, end);
   I18NString result;
   if (isAscii()) {
-    result.appendStored(bytes().substr(begin, end - begin), end - begin, false);
+    result.appendAscii(bytes().substr(begin, end - begin));
     return result;
   }
   UnitReader reader(m_bytes);
@@ -207,6 +207,16 @@ std::uint32_t I18NString::hash() const noexcept {
     value = value * 31 + reader.next();
   }
   return value;
+}
+
+I18NString& I18NString::appendWithLoneSurrogate(const I18NString& text) {
+  if (!m_hasLoneSurrogate || !joinSurrogates(text.m_bytes)) {
+    const std::size_t units = text.m_units;
+    m_bytes.append(text.m_bytes);
+    m_units += units;
+    m_hasLoneSurrogate = true;
+  }
+  return *this;
 }
 
 bool I18NString::joinSurrogates(std::string_view stored) {

@@ -30,8 +30,15 @@ class LOG4ZEB_EXPORT I18NString {
   /// Reads `text`, up to its terminating zero, in the named encoding; null reads as empty. The
   /// encodings are those of I18NConverter. Invalid bytes become U+FFFD.
   /// Throws I18NRuntimeError when the encoding is unknown.
-  I18NString(const char* text, const char* encoding = "ascii");         // NOLINT: implicit
-  I18NString(const std::string& text, const char* encoding = "ascii");  // NOLINT: implicit
+  I18NString(const char* text, const char* encoding);
+  I18NString(const std::string& text, const char* encoding);
+  /// The same in the encoding "ascii".
+  I18NString(const char* text) {  // NOLINT: implicit
+    if (text != nullptr) {
+      append(std::string_view(text));
+    }
+  }
+  I18NString(const std::string& text) { append(std::string_view(text)); }  // NOLINT: implicit
   /// Reads `count` code units; surrogates need not be paired.
   I18NString(const char16_t* units, std::size_t count);
   /// The text of UTF-8 bytes that need not end with a zero and may contain zeros.
@@ -74,7 +81,12 @@ class LOG4ZEB_EXPORT I18NString {
   std::uint32_t hash() const noexcept;
 
   I18NString& append(const I18NString& text) {
-    appendStored(text.m_bytes, text.m_units, text.m_hasLoneSurrogate);
+    if (text.m_hasLoneSurrogate) {
+      return appendWithLoneSurrogate(text);
+    }
+    const std::size_t units = text.m_units;  // this text may be the same object
+    m_bytes.append(text.m_bytes);
+    m_units += units;
     return *this;
   }
   /// Appends UTF-8 bytes; invalid ones become U+FFFD. REQUIRES: not a view of this text itself.
@@ -118,14 +130,7 @@ class LOG4ZEB_EXPORT I18NString {
  private:
   std::string_view bytes() const noexcept { return m_bytes; }
   bool isAscii() const noexcept { return m_bytes.size() == m_units; }
-  void appendStored(std::string_view stored, std::size_t units, bool hasLoneSurrogate) {
-    if (m_hasLoneSurrogate && hasLoneSurrogate && joinSurrogates(stored)) {
-      return;
-    }
-    m_bytes.append(stored);
-    m_units += units;
-    m_hasLoneSurrogate = m_hasLoneSurrogate || hasLoneSurrogate;
-  }
+  I18NString& appendWithLoneSurrogate(const I18NString& text);
   bool joinSurrogates(std::string_view stored);
   void recount() noexcept;
   std::size_t byteOffset(std::size_t position) const noexcept;

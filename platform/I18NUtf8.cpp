@@ -98,7 +98,15 @@ char32_t decodeStored(std::string_view stored, std::size_t& offset) noexcept {
 
 std::size_t asciiPrefix(std::string_view bytes) noexcept {
   constexpr std::uint64_t HIGH_BITS = 0x8080808080808080ULL;
+  constexpr std::size_t BLOCK = 4 * sizeof(std::uint64_t);
   std::size_t i = 0;
+  for (; i + BLOCK <= bytes.size(); i += BLOCK) {
+    std::uint64_t words[4];
+    std::memcpy(words, bytes.data() + i, BLOCK);
+    if (((words[0] | words[1] | words[2] | words[3]) & HIGH_BITS) != 0) {
+      break;
+    }
+  }
   for (; i + sizeof(std::uint64_t) <= bytes.size(); i += sizeof(std::uint64_t)) {
     std::uint64_t word = 0;
     std::memcpy(&word, bytes.data() + i, sizeof word);

@@ -4,25 +4,22 @@
 
 #include "platform/ZEBFmFile.h"
 #include "platform/ZEBSystemError.h"
-
-namespace {
-
-/// Runs `lock`, which throws what the standard library throws when the operating system refuses.
-template <typename Lock>
-void lockThreads(const char* source, Lock lock) {
-  try {
-    lock();
-  } catch (const std::system_error& refused) {
-    throw ZEBSystemError("file lock", refused.code().value(), source, __LINE__);
-  }
-}
-
-}  // namespace
+#include "platform/ZEBThreadGuard.h"
 
 ZEBFileLockRW::~ZEBFileLockRW() = default;
 
 void ZEBFileLockRW::lockForWriting() {
-  lockThreads("ZEBFileLockRW::lockForWriting", [this] { m_threads.lock(); });
+  m_entry.enter();
+  if (m_isWriting) {  // m_entry lets the same thread in again
+    m_entry.leave();
+    throw ZEBSystemError("file lock", static_cast<int>(std::errc::resource_deadlock_would_occur),
+                         "ZEBFileLockRW::lockForWriting", __LINE__);
+  }
+  m_isWriting = true;
+  if (m_readers.load(std::memory_order_acquire) > 0) {
+    std::unique_lock<std::mutex> lock(m_readersLock);
+    m_readersLeft.wait(lock, [this] { return m_readers == 0; });
+  }
   if (m_boundFile == nullptr || m_boundFile->appendIsAtomic()) {
     return;
   }
@@ -31,7 +28,9 @@ void ZEBFileLockRW::lockForWriting() {
 }
 
 void ZEBFileLockRW::lockForReading() {
-  lockThreads("ZEBFileLockRW::lockForReading", [this] { m_threads.lock_shared(); });
+  const ZEBThreadGuard guard(m_entry);
+  const std::lock_guard<std::mutex> lock(m_readersLock);
+  ++m_readers;
 }
 
 void ZEBFileLockRW::unlockAfterWriting() noexcept {
@@ -39,7 +38,12 @@ void ZEBFileLockRW::unlockAfterWriting() noexcept {
     m_boundFile->unlockAcrossProcesses();
     m_fileLocked = false;
   }
-  m_threads.unlock();
+  m_isWriting = false;
+  m_entry.leave();
 }
 
-void ZEBFileLockRW::unlockAfterReading() noexcept { m_threads.unlock_shared(); }
+void ZEBFileLockRW::unlockAfterReading() noexcept {
+  const std::lock_guard<std::mutex> lock(m_readersLock);
+  --m_readers;
+  m_readersLeft.notify_all();
+}

@@ -1,8 +1,10 @@
 #ifndef PLATFORM_ZEBFILELOCKRW_H
 #define PLATFORM_ZEBFILELOCKRW_H
 
-#include <shared_mutex>
+#include <condition_variable>
+#include <mutex>
 
+#include "platform/ZEBThreadCriticalSection.h"
 #include "platform/ZEBThreadRWLockableResource.h"
 
 class ZEBFmFile;
@@ -26,9 +28,16 @@ class LOG4ZEB_EXPORT ZEBFileLockRW : public ZEBThreadRWLockableResource {
   void unlockAfterReading() noexcept override;
 
  private:
-  std::shared_mutex m_threads;
+  // Held by the writer, and by each reader while it comes in: a writer without readers, which is
+  // all that appenders know, needs nothing else.
+  ZEBThreadCriticalSection m_entry;
+  std::atomic<int> m_readers{
+      0};  // changed under m_readersLock; does not grow while m_entry is held
+  std::mutex m_readersLock;
+  std::condition_variable m_readersLeft;
   ZEBFmFile* m_boundFile = nullptr;
-  bool m_fileLocked = false;  // guarded by m_threads
+  bool m_isWriting = false;   // guarded by m_entry
+  bool m_fileLocked = false;  // guarded by m_entry
 };
 
 #endif

@@ -2,13 +2,13 @@
 #define PLATFORM_ZEBTHREADCRITICALSECTION_H
 
 #include <atomic>
-#include <mutex>
+#include <cstdint>
 
 #include "platform/LOG4ZEBExport.h"
 
 /// A lock that its owner may take again; it is free when it was left as often as it was taken.
 /// Constant-initialised, so that an object of static storage works from the first static
-/// initialiser to the last destructor of the process.
+/// initialiser to the last destructor of the process. Nothing orders those who wait.
 class LOG4ZEB_EXPORT ZEBThreadCriticalSection {
  public:
   /// The argument is kept for callers that pass one; it has no meaning.
@@ -24,10 +24,16 @@ class LOG4ZEB_EXPORT ZEBThreadCriticalSection {
   bool isHeldElsewhere() const noexcept;
 
  private:
-  std::mutex m_mutex;
-  // A thread that reads its own mark here has written it itself.
-  std::atomic<const void*> m_owner{nullptr};
-  int m_depth = 0;  // used by the owner only
+  using Mark = std::uintptr_t;
+  static Mark currentThreadMark() noexcept;
+
+  void waitFor(Mark self);
+  void wakeWaiting() const noexcept;
+
+  // The holder's mark, with the lowest bit set when others may wait; 0 while the lock is free.
+  // Taking a free lock is one atomic exchange, and so is leaving it while nobody waits.
+  std::atomic<Mark> m_state{0};
+  int m_depth = 0;  // used by the holder only
 };
 
 #endif
