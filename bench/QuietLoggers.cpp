@@ -22,8 +22,14 @@ std::shared_ptr<spdlog::logger> QuietLoggers::spdlog(const std::string& name) {
 
 void QuietLoggers::registerWithBoth(int count) {
   for (int number = 0; number < count; ++number) {
-    LOGManager::getLogger(name(number));
     spdlog::register_logger(spdlog(name(number)));
+  }
+  // When the library's table of names grows, some are not found any more and are made anew.
+  for (int number = 0; number < count; ++number) {
+    if (LOGManager::exists(name(number)) == nullptr) {
+      LOGManager::getLogger(name(number));
+      number = -1;
+    }
   }
 }
 

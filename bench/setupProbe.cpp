@@ -1,19 +1,22 @@
 // Reads one document with many loggers and appenders in a fresh process, and prints as JSON how
-// long it took or what was allocated. Loggers live as long as the process, so a second reading in
+// long it took and what was allocated. Loggers live as long as the process, so a second reading in
 // the same process would measure something else.
 //
-//   setupProbe time|allocations LOGGERS APPENDERS
+//   setupProbe LOGGERS APPENDERS
 
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
 #include <string>
+#include <vector>
 
 #include "bench/AllocationCounter.h"
 #include "bench/QuietLoggers.h"
 #include "bench/ScratchDirectory.h"
 #include "bench/Workload.h"
+#include "core/LOGHierarchy.h"
 #include "log4zeb.h"
 
 namespace {
@@ -49,45 +52,39 @@ fs::path writeDocument(const fs::path& directory, int loggers, int appenders) {
   return document;
 }
 
-bool isSetUp(int loggers, int appenders) {
-  for (int i = 0; i < loggers; ++i) {
-    LOGLogger* const logger = LOGManager::exists(QuietLoggers::name(i));
-    if (logger == nullptr || logger->getLevel() == nullptr ||
-        logger->getAppender("FILE" + std::to_string(i % appenders)) == nullptr) {
-      return false;
-    }
-  }
-  return true;
+/// How many loggers have what the document gives each.
+long loggersSetUp() {
+  const auto& hierarchy = dynamic_cast<const LOGHierarchy&>(*LOGManager::getLoggerRepository());
+  const std::vector<LOGLogger*> all = hierarchy.getAllLoggers();
+  return std::count_if(all.begin(), all.end(), [](const LOGLogger* logger) {
+    return logger->getLevel() != nullptr && logger->snapshotOfAppenders().size() == 1;
+  });
 }
 
 }  // namespace
 
 int main(int argumentCount, char** arguments) {
-  const std::string what = argumentCount == 4 ? arguments[1] : "";
-  const int loggers = argumentCount == 4 ? std::atoi(arguments[2]) : 0;
-  const int appenders = argumentCount == 4 ? std::atoi(arguments[3]) : 0;
-  if ((what != "time" && what != "allocations") || loggers < 1 || appenders < 1) {
-    std::cerr << "usage: setupProbe time|allocations LOGGERS APPENDERS\n";
+  const int loggers = argumentCount == 3 ? std::atoi(arguments[1]) : 0;
+  const int appenders = argumentCount == 3 ? std::atoi(arguments[2]) : 0;
+  if (loggers < 1 || appenders < 1) {
+    std::cerr << "usage: setupProbe LOGGERS APPENDERS\n";
     return 2;
   }
   AllocationCounter::requireThatLibraryIsCounted();
   const ScratchDirectory directory;
   const I18NString document = writeDocument(directory.path(), loggers, appenders).string();
-  if (what == "allocations") {
-    AllocationCounter::start();
-  }
+  AllocationCounter::start();
   const auto begin = std::chrono::steady_clock::now();
   const int result = LOG4ZEBConfigurator::initialize(document);
   const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - begin;
   const AllocationCounter::Count count = AllocationCounter::stop();
-  if (result == 0 || !isSetUp(loggers, appenders)) {
+  if (result == 0 || loggersSetUp() != loggers) {
     std::cerr << "setupProbe: the document was not applied\n";
     return 1;
   }
-  std::cout << "{\"probe\": \"setup_" << what << "\", \"loggers\": " << loggers
-            << ", \"appenders\": " << appenders << ", \"seconds\": " << seconds.count()
-            << ", \"allocations\": " << count.allocations << ", \"bytes\": " << count.bytes
-            << "}\n";
+  std::cout << "{\"probe\": \"setup\", \"loggers\": " << loggers << ", \"appenders\": " << appenders
+            << ", \"seconds\": " << seconds.count() << ", \"allocations\": " << count.allocations
+            << ", \"bytes\": " << count.bytes << "}\n";
   LOG4ZEBConfigurator::shutdown();
   return 0;
 }
