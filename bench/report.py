@@ -99,6 +99,8 @@ def library_name(name):
 
 
 def number(value):
+    if value == 0:
+        return "0"
     return f"{value:,.0f}" if value >= 100 else f"{value:.1f}" if value >= 10 else f"{value:.2f}"
 
 
@@ -134,7 +136,8 @@ def ratios(measured):
 
 def all_times(measured):
     lines = []
-    for name in sorted(measured.names(), key=lambda name: list(ROWS).index(split(name)[0])):
+    for name in sorted(measured.names(), key=lambda name: (list(ROWS).index(split(name)[0]),
+                                                           measured.median(name))):
         lower, upper = measured.quartiles(name)
         lines.append([ROWS[split(name)[0]], library_name(name), number(measured.median(name)),
                       f"{number(lower)} to {number(upper)}", str(measured.repetitions(name)),
@@ -187,7 +190,7 @@ def event_memory(measured, library, mode):
         most = MOST_ALLOCATIONS[mode]
         target = [f"≤ {most}", verdict(allocations, most)]
     row = "asynchronous" if mode == "async" else ROWS[mode]
-    return [row, LIBRARIES[library], f"{allocations:.2f}",
+    return [row, LIBRARIES[library], number(allocations),
             number(measured.probe("bytes", **wanted) / events)] + target
 
 

@@ -33,7 +33,8 @@ run_benchmarks() {
   say "running $1, $2 repetitions"
   timeout "$SECONDS_AT_MOST" "$BIN/$1" --benchmark_enable_random_interleaving=true \
     --benchmark_repetitions="$2" --benchmark_min_time=0.1 --benchmark_display_aggregates_only=true \
-    --benchmark_out="$RESULTS/$1.json" --benchmark_out_format=json >"$RESULTS/$1.txt"
+    --benchmark_out="$RESULTS/$1.json" --benchmark_out_format=json \
+    >"$RESULTS/$1.txt" 2>&1 || fail "$1 failed: $(tail -n 3 "$RESULTS/$1.txt")"
 }
 
 run_probes() {
