@@ -39,7 +39,7 @@ Appender* required(LOGAppenderSkeleton* appender) {
 }  // namespace
 
 fs::path Log4zebLog::writeDocument(const fs::path& directory, const Setup& setup) {
-  const fs::path document = directory / "log4zeb.xml";
+  fs::path document = directory / "log4zeb.xml";
   std::ofstream out(document);
   out << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
       << "<log4j:configuration xmlns:log4j=\"urn:log4zeb\">\n";

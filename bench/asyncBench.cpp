@@ -58,7 +58,7 @@ void callerTime(benchmark::State& state, const Make& make) {
   const std::unique_ptr<LogUnderTest> log = make(directory.path());
   logBurst(*log);  // not counted: threads start, files are opened
   long bursts = 1;
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     rest(*log);
     const Clock::time_point begin = Clock::now();
     logBurst(*log);
@@ -71,7 +71,7 @@ void callerTime(benchmark::State& state, const Make& make) {
 
 /// The time of an iteration is that of one event of a million.
 void wholeTime(benchmark::State& state, const Make& make) {
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     const ScratchDirectory directory;
     const std::unique_ptr<LogUnderTest> log = make(directory.path());
     logBurst(*log);

@@ -20,7 +20,7 @@ constexpr int LOGGERS = 1000;
 
 void disabledMethod(benchmark::State& state) {
   LOGLogger* logger = QuietLoggers::log4zeb();
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     benchmark::DoNotOptimize(logger);
     logger->debug(workload::MESSAGE);
   }
@@ -28,7 +28,7 @@ void disabledMethod(benchmark::State& state) {
 
 void disabledMacro(benchmark::State& state) {
   LOGLogger* logger = QuietLoggers::log4zeb();
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     benchmark::DoNotOptimize(logger);
     LOG4ZEB_DEBUG(logger, workload::MESSAGE);
   }
@@ -37,7 +37,7 @@ void disabledMacro(benchmark::State& state) {
 void disabledSpdlog(benchmark::State& state) {
   const std::shared_ptr<spdlog::logger> owner = QuietLoggers::spdlog("app.db.tx.rollback");
   spdlog::logger* logger = owner.get();
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     benchmark::DoNotOptimize(logger);
     logger->debug(workload::MESSAGE);
   }
@@ -54,6 +54,7 @@ std::vector<Name> namesToLookUp(Names order) {
   }
   std::shuffle(numbers.begin(), numbers.end(), std::minstd_rand());
   std::vector<Name> names;
+  names.reserve(numbers.size());
   for (const int number : numbers) {
     names.emplace_back(QuietLoggers::name(number));
   }
@@ -71,7 +72,7 @@ void timeLookUps(benchmark::State& state, Names order, LookUp lookUp) {
     }
   }
   std::size_t next = 0;
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     benchmark::DoNotOptimize(lookUp(names[next]));
     next = next + 1 == names.size() ? 0 : next + 1;
   }

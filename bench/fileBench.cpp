@@ -76,7 +76,7 @@ void logEvents(benchmark::State& state, const Make& make, const Expect& expect) 
       run->log->log();
     }
   }
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     run->log->log();
   }
   if (state.thread_index() == 0) {

@@ -6,6 +6,7 @@
 #include <spdlog/spdlog.h>
 
 #include <cstdlib>
+#include <exception>
 #include <fstream>
 #include <iostream>
 #include <memory>
@@ -95,9 +96,7 @@ int probeEvents(const std::string& name) {
   return 0;
 }
 
-}  // namespace
-
-int main(int argumentCount, char** arguments) {
+int run(int argumentCount, char** arguments) {
   const std::string what = argumentCount > 2 ? arguments[1] : "";
   const std::string which = argumentCount > 2 ? arguments[2] : "";
   const int count = argumentCount == 4 ? std::atoi(arguments[3]) : 0;
@@ -110,4 +109,15 @@ int main(int argumentCount, char** arguments) {
   }
   std::cerr << "usage: memoryProbe loggers log4zeb|spdlog COUNT, or memoryProbe events LOG\n";
   return 2;
+}
+
+}  // namespace
+
+int main(int argumentCount, char** arguments) {
+  try {
+    return run(argumentCount, arguments);
+  } catch (const std::exception& failure) {
+    std::cerr << "memoryProbe: " << failure.what() << '\n';
+    return 1;
+  }
 }

@@ -42,7 +42,7 @@ void writeLoggers(std::ostream& out, int loggers, int appenders) {
 }
 
 fs::path writeDocument(const fs::path& directory, int loggers, int appenders) {
-  const fs::path document = directory / "setup.xml";
+  fs::path document = directory / "setup.xml";
   std::ofstream out(document);
   out << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
       << "<log4j:configuration xmlns:log4j=\"urn:log4zeb\">\n";
