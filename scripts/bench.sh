@@ -101,5 +101,5 @@ run_probes
 if [[ ${1-} != --quick ]]; then
   run_instructions
 fi
-python3 "$ROOT/bench/report.py" "$RESULTS" "$output"
+python3 -B "$ROOT/bench/report.py" "$RESULTS" "$output"
 say "written: $output/results.md and $output/results.svg"
