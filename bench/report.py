@@ -1,0 +1,269 @@
+#!/usr/bin/env python3
+"""Makes results.md and results.svg of what one run has measured.
+
+    report.py MEASUREMENTS OUTPUT, two directories
+"""
+
+import sys
+from pathlib import Path
+
+import chart
+import measurements
+
+LIBRARIES = {
+    "log4zeb": "LOG4ZEB",
+    "log4zeb_method": "LOG4ZEB, method",
+    "log4zeb_macro": "LOG4ZEB, macro",
+    "log4zeb_literal": "LOG4ZEB, by literal",
+    "log4zeb_buffered": "LOG4ZEB, buffered",
+    "log4zeb_never_full": "LOG4ZEB, never full",
+    "spdlog": "spdlog",
+    "spdlog_mt": "spdlog",
+    "spdlog_st": "spdlog, one thread",
+    "spdlog_rotating": "spdlog, rotating",
+    "spdlog_flushing": "spdlog, flushing",
+    "boost_log": "Boost.Log",
+    "glog": "glog",
+    "bare_write": "bare write",
+}
+
+ROWS = {
+    "disabled": "a request that is switched off",
+    "packaged/disabled": "a request that is switched off, spdlog as packaged",
+    "lookup_shuffled": "look-up, 1,000 names in turn",
+    "lookup_same": "look-up, one name of 1,000",
+    "packaged/lookup_shuffled": "look-up, 1,000 names in turn, spdlog as packaged",
+    "packaged/lookup_same": "look-up, one name of 1,000, spdlog as packaged",
+    "kernel": "in the kernel when the call returns",
+    "buffered": "buffered",
+    "kernel_4_threads": "in the kernel, 4 threads",
+    "buffered_4_threads": "buffered, 4 threads",
+    "rolling": "in the kernel, rolling over every 1 MiB",
+    "async_caller": "asynchronous, the caller",
+    "async_whole": "asynchronous, a million events",
+}
+
+# What is compared: a time, the time it is compared with, and the greatest ratio wanted.
+TARGETS = (
+    ("packaged/disabled/log4zeb_method", "packaged/disabled/spdlog", 1.0),
+    ("packaged/disabled/log4zeb_macro", "packaged/disabled/spdlog", 1.0),
+    ("disabled/log4zeb_method", "disabled/spdlog", 1.0),
+    ("disabled/log4zeb_macro", "disabled/spdlog", 1.0),
+    ("kernel/log4zeb", "kernel/spdlog_mt", 0.85),
+    ("kernel/log4zeb", "kernel/bare_write", 1.2),
+    ("buffered/log4zeb", "buffered/spdlog_mt", 0.9),
+    ("kernel_4_threads/log4zeb", "kernel_4_threads/spdlog_mt", 1.0),
+    ("buffered_4_threads/log4zeb", "buffered_4_threads/spdlog_mt", 1.0),
+    ("async_caller/log4zeb", "async_caller/spdlog", 0.3),
+    ("async_whole/log4zeb", "async_whole/spdlog", 0.6),
+    ("lookup_shuffled/log4zeb", "lookup_shuffled/spdlog", 1.0),
+    ("lookup_same/log4zeb", "lookup_same/spdlog", 1.0),
+    ("rolling/log4zeb", "kernel/log4zeb", 1.1),
+)
+
+# Compared without a target.
+COMPARED = (
+    ("kernel/log4zeb", "kernel/spdlog_st"),
+    ("buffered/log4zeb", "buffered/spdlog_st"),
+    ("async_caller/log4zeb_buffered", "async_caller/spdlog"),
+    ("async_whole/log4zeb_buffered", "async_whole/spdlog"),
+    ("rolling/log4zeb", "rolling/log4zeb_never_full"),
+    ("rolling/log4zeb", "rolling/spdlog_rotating"),
+)
+
+MOST_ALLOCATIONS = {"kernel": 2, "buffered": 2, "async": 4}
+# How much a document's reading may grow beyond the growth of the document.
+MOST_GROWTH = 1.2
+
+PANELS = ("kernel", "buffered", "kernel_4_threads", "buffered_4_threads", "async_caller",
+          "async_whole", "packaged/disabled", "lookup_shuffled")
+
+OPERATIONS = (
+    ("a request that is switched off", "disabled_{}"),
+    ("the same by the macro", "disabled_{}_macro"),
+    ("look-up", "lookup_{}"),
+    ("look-up by literal", "lookup_{}_literal"),
+    ("in the kernel when the call returns", "{}_kernel"),
+    ("buffered", "{}_buffered"),
+    ("asynchronous, the caller", "{}_async"),
+)
+
+
+def split(name):
+    row, _, library = name.rpartition("/")
+    return row, library
+
+
+def library_name(name):
+    return LIBRARIES[split(name)[1]]
+
+
+def number(value):
+    if value == 0:
+        return "0"
+    return f"{value:,.0f}" if value >= 100 else f"{value:.1f}" if value >= 10 else f"{value:.2f}"
+
+
+def table(header, alignment, lines):
+    return ["| " + " | ".join(header) + " |", "|" + "|".join(alignment) + "|"] + [
+        "| " + " | ".join(line) + " |" for line in lines] + [""]
+
+
+def verdict(ratio, target):
+    return "yes" if ratio <= target else "**no**"
+
+
+def compared_with(name, peer):
+    row, _ = split(peer)
+    return library_name(peer) + ("" if row == split(name)[0] else f" ({ROWS[row]})")
+
+
+def comparison(measured, name, peer, target=None):
+    ratio = measured.median(name) / measured.median(peer)
+    wanted = ["", ""] if target is None else [f"≤ {target}", verdict(ratio, target)]
+    return [ROWS[split(name)[0]], f"{library_name(name)}: {number(measured.median(name))}",
+            f"{compared_with(name, peer)}: {number(measured.median(peer))}", f"{ratio:.2f}"] + wanted
+
+
+def ratios(measured):
+    return (["## Ratios", "",
+             "Medians in nanoseconds per event, of the same run. The rows without a target are for "
+             "information.", ""] +
+            table(("work", "time", "beside", "ratio", "target", "met"),
+                  ("---", "---", "---", "--:", "--:", "---"),
+                  [comparison(measured, *line) for line in TARGETS + COMPARED]))
+
+
+def all_times(measured):
+    lines = []
+    for name in sorted(measured.names(), key=lambda name: (list(ROWS).index(split(name)[0]),
+                                                           measured.median(name))):
+        lower, upper = measured.quartiles(name)
+        lines.append([ROWS[split(name)[0]], library_name(name), number(measured.median(name)),
+                      f"{number(lower)} to {number(upper)}", str(measured.repetitions(name)),
+                      str(measured.bytes_per_line.get(name, ""))])
+    return (["## All times", "", "Nanoseconds per event.", ""] +
+            table(("work", "library", "median", "middle half", "repetitions", "bytes a line"),
+                  ("---", "---", "--:", "--:", "--:", "--:"), lines))
+
+
+def setup_line(measured, loggers):
+    wanted = {"probe": "setup", "loggers": loggers}
+    seconds = measured.probe("seconds", **wanted)
+    allocations = measured.probe("allocations", **wanted)
+    return [f"{loggers:,}", f"{seconds * 1e3:.2f}", f"{seconds / loggers * 1e6:.2f}",
+            f"{allocations:,.0f}", f"{allocations / loggers:.1f}",
+            f"{measured.probe('bytes', **wanted) / 1e6:.1f}"]
+
+
+def setup(measured):
+    def growth(figure):
+        return (measured.probe(figure, probe="setup", loggers=10000) /
+                measured.probe(figure, probe="setup", loggers=1000) / 10)
+
+    sentences = [
+        f"From 1,000 to 10,000 loggers the {what} per logger grows by a factor of "
+        f"{growth(figure):.2f}; at most {MOST_GROWTH} counts as linear: "
+        f"{verdict(growth(figure), MOST_GROWTH)}."
+        for what, figure in (("time", "seconds"), ("number of allocations", "allocations"))]
+    return (["## Reading a document", "",
+             "A document with so many loggers and 50 file appenders, read by a fresh process.", ""] +
+            table(("loggers", "ms", "µs per logger", "allocations", "per logger", "MB allocated"),
+                  ("--:",) * 6,
+                  [setup_line(measured, loggers) for loggers in (100, 1000, 10000)]) +
+            sentences + [""])
+
+
+def logger_memory(measured, library):
+    wanted = {"probe": "loggers", "library": library}
+    count = measured.probe("loggers", **wanted)
+    return [LIBRARIES[library], number(measured.probe("peak_bytes", **wanted) / count),
+            f"{measured.probe('allocations', **wanted) / count:.1f}"]
+
+
+def event_memory(measured, library, mode):
+    wanted = {"probe": "events", "log": f"{library}_{mode}"}
+    events = measured.probe("events", **wanted)
+    allocations = measured.probe("allocations", **wanted) / events
+    target = ["", ""]
+    if library == "log4zeb":
+        most = MOST_ALLOCATIONS[mode]
+        target = [f"≤ {most}", verdict(allocations, most)]
+    row = "asynchronous" if mode == "async" else ROWS[mode]
+    return [row, LIBRARIES[library], number(allocations),
+            number(measured.probe("bytes", **wanted) / events)] + target
+
+
+def memory(measured):
+    logs = [(library, mode) for mode in MOST_ALLOCATIONS for library in
+            ("log4zeb", "spdlog", "boost_log", "glog")
+            if mode != "async" or library in ("log4zeb", "spdlog")]
+    return (["## Memory", "", "Of 100,000 loggers, made in a process of its own:", ""] +
+            table(("library", "peak bytes per logger", "allocations per logger"),
+                  ("---", "--:", "--:"),
+                  [logger_memory(measured, library) for library in ("log4zeb", "spdlog")]) +
+            ["Of one event in steady state, all threads counted:", ""] +
+            table(("work", "library", "allocations", "bytes", "target", "met"),
+                  ("---", "---", "--:", "--:", "--:", "---"),
+                  [event_memory(measured, *log) for log in logs]))
+
+
+def instruction_line(measured, what, pattern):
+    def count(library):
+        return measured.instructions(pattern.format(library))
+
+    ours = count("log4zeb") if pattern != "disabled_{}" else measured.instructions(
+        "disabled_log4zeb_method")
+    others = [count(library) for library in ("spdlog", "boost_log", "glog")]
+    if pattern == "{}_kernel":
+        others.append(measured.instructions("bare_write"))
+    else:
+        others.append(None)
+    return [what] + ["" if value is None else f"{value:,.0f}" for value in [ours] + others]
+
+
+def instructions(measured):
+    if not measured.has_instructions():
+        return []
+    return (["## Instructions", "",
+             "Of one call on the thread that makes it, outside the kernel. They do not depend on "
+             "what else the machine does.", ""] +
+            table(("work", "LOG4ZEB", "spdlog", "Boost.Log", "glog", "bare write"),
+                  ("---",) + ("--:",) * 5,
+                  [instruction_line(measured, *line) for line in OPERATIONS]))
+
+
+def machine(measured):
+    return (["## Measured with", ""] +
+            table(("", ""), ("---", "---"), [list(item) for item in measured.machine.items()]))
+
+
+def markdown(measured):
+    lines = ["# Measured beside its peers", "",
+             "`scripts/bench.sh` wrote this; [`README.md`](README.md) tells how each row is "
+             "measured.", "", "![times per event](results.svg)", ""]
+    for part in (ratios, all_times, setup, memory, instructions, machine):
+        lines += part(measured)
+    return "\n".join(lines)
+
+
+def panel(measured, row):
+    bars = [(library_name(name), measured.median(name), split(name)[1].startswith("log4zeb"))
+            for name in measured.names() if split(name)[0] == row]
+    return ROWS[row][0].upper() + ROWS[row][1:], sorted(bars, key=lambda bar: bar[1])
+
+
+def main():
+    if len(sys.argv) != 3:
+        raise SystemExit("usage: report.py MEASUREMENTS OUTPUT")
+    measured = measurements.read(sys.argv[1])
+    output = Path(sys.argv[2])
+    (output / "results.md").write_text(markdown(measured), encoding="utf-8")
+    subtitle = (f"medians of one run, {measured.machine['date']}, "
+                f"{measured.machine['processor']}; each panel has its own scale")
+    (output / "results.svg").write_text(
+        chart.draw([panel(measured, row) for row in PANELS], subtitle), encoding="utf-8")
+
+
+if __name__ == "__main__":
+    main()
