@@ -17,6 +17,9 @@ namespace {
 constexpr const char* SOURCE = "LOGAsyncAppender";
 constexpr unsigned int LONGEST_PAUSE = 10000;  // milliseconds; ended early when space is freed
 
+/// In milliseconds, how long a full queue is left alone that a delivery is about to go on with.
+constexpr unsigned int LONGEST_WAIT_FOR_DELIVERY = 10;
+
 constexpr LOGFailureTexts CLOSE_TEXTS{
     "LOGAsyncAppender::close --- ", "LOGAsyncAppender::close --- ",
     "LOGAsyncAppender::close --- An unknown exception has occured."};
@@ -156,11 +159,17 @@ LOGAsyncAppender::DispatcherTurn::DispatcherTurn(LOGAsyncAppender& appender)
 void LOGAsyncAppender::DispatcherTurn::begin() {
   m_appender.m_aai.getCriticalSection().enter();
   m_hasBegun = true;
+  m_appender.m_isDelivering = true;
   m_appender.setDispatcherWaits(false);
+}
+
+bool LOGAsyncAppender::DispatcherTurn::isLockWanted() const {
+  return m_appender.m_aai.getCriticalSection().isWanted();
 }
 
 LOGAsyncAppender::DispatcherTurn::~DispatcherTurn() {
   if (m_hasBegun) {
+    m_appender.m_isDelivering = false;
     m_appender.m_aai.getCriticalSection().leave();
   } else {
     m_appender.setDispatcherWaits(false);
@@ -168,14 +177,20 @@ LOGAsyncAppender::DispatcherTurn::~DispatcherTurn() {
 }
 
 void LOGAsyncAppender::setDispatcherWaits(bool waits) {
-  const std::lock_guard<std::mutex> lock(m_leaf);
   m_dispatcherWaits = waits;
-  m_turnTaken.notify_all();
+  if (!waits && m_turnWaiters > 0) {
+    const std::lock_guard<std::mutex> lock(m_leaf);
+    m_turnTaken.notify_all();
+  }
 }
 
 void LOGAsyncAppender::waitForTurn() {
-  std::unique_lock<std::mutex> lock(m_leaf);
-  m_turnTaken.wait(lock, [this] { return !m_dispatcherWaits; });
+  if (m_dispatcherWaits) {
+    std::unique_lock<std::mutex> lock(m_leaf);
+    ++m_turnWaiters;
+    m_turnTaken.wait(lock, [this] { return !m_dispatcherWaits; });
+    --m_turnWaiters;
+  }
 }
 
 bool LOGAsyncAppender::waitForSpace() {
@@ -204,16 +219,32 @@ void LOGAsyncAppender::enqueue(LOGLoggingEvent& event) {
   if (locationInfo != 0) {
     event.getLocationInformation();
   }
+  LOGBoundedFIFO& bf = m_parts->bf;
   const bool isDispatcher = m_parts->dispatcher.isCurrentThread();
+  while (!bf.isWaitingEnded() && !isListLockedByOthers()) {
+    // The usual case. Nobody holds the list's lock, or a delivery does, which this does not touch:
+    // nobody could notice if it was taken here.
+    if (bf.hasSpace()) {
+      zebTranslate(SOURCE, __LINE__, [&] { bf.putCopy(event); });
+      return;
+    }
+    if (isDispatcher || !m_isDelivering) {
+      break;
+    }
+    bf.waitForSpace(LONGEST_WAIT_FOR_DELIVERY);
+  }
   if (!isDispatcher) {
     waitForTurn();
   }
   const ZEBThreadGuard guard(m_aai.getCriticalSection());
   // The thread that makes space cannot wait for it.
   if (isDispatcher || waitForSpace()) {
-    m_parts->bf.putBeyondCapacity(
-        zebTranslate(SOURCE, __LINE__, [&] { return new LOGLoggingEvent(event); }));
+    zebTranslate(SOURCE, __LINE__, [&] { bf.putCopy(event); });
   }
+}
+
+bool LOGAsyncAppender::isListLockedByOthers() const {
+  return !m_isDelivering && m_aai.getCriticalSection().isHeldElsewhere();
 }
 
 void LOGAsyncAppender::flushReachable(std::vector<LOGAppenderSkeleton*> appenders,

@@ -79,6 +79,8 @@ class LOG4ZEB_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
     ~DispatcherTurn();
     /// Takes the lock, until the turn is destroyed.
     void begin();
+    /// Whether a thread sleeps until the lock is free.
+    bool isLockWanted() const;
 
    private:
     LOGAsyncAppender& m_appender;
@@ -94,6 +96,7 @@ class LOG4ZEB_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
   void setDispatcherWaits(bool waits);
   void waitForTurn();
   bool waitForSpace();
+  bool isListLockedByOthers() const;
   void enqueue(LOGLoggingEvent& event);
   std::shared_ptr<Parts> parts() const;
   static void end(Parts& parts);
@@ -108,7 +111,9 @@ class LOG4ZEB_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
 
   mutable std::mutex m_leaf;
   std::condition_variable m_turnTaken;
-  bool m_dispatcherWaits = false;  // guarded by m_leaf
+  std::atomic<int> m_turnWaiters{0};
+  std::atomic<bool> m_dispatcherWaits{false};
+  std::atomic<bool> m_isDelivering{false};  // set while the dispatcher holds the list's lock
 };
 
 #endif

@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <chrono>
+#include <new>
+#include <typeinfo>
+#include <utility>
 
 #include "core/LOGLogLog.h"
 #include "core/LOGLoggingEvent.h"
@@ -10,6 +13,18 @@
 namespace {
 
 using Lock = std::unique_lock<std::mutex>;
+
+/// Says that a thread waits, as long as it does.
+class Waiter {
+ public:
+  explicit Waiter(std::atomic<int>& waiters) : m_waiters(waiters) { ++m_waiters; }
+  Waiter(const Waiter&) = delete;
+  Waiter& operator=(const Waiter&) = delete;
+  ~Waiter() { --m_waiters; }
+
+ private:
+  std::atomic<int>& m_waiters;
+};
 
 }  // namespace
 
@@ -20,7 +35,17 @@ LOGBoundedFIFO::LOGBoundedFIFO(int capacity) : maxSize(capacity) {
   }
 }
 
-LOGBoundedFIFO::~LOGBoundedFIFO() { drop(); }
+LOGBoundedFIFO::~LOGBoundedFIFO() {
+  drop();
+  freeAll(m_spare);
+  freeAll(m_returned.load());
+}
+
+void LOGBoundedFIFO::freeAll(Memory* memory) noexcept {
+  while (memory != nullptr) {
+    ::operator delete(std::exchange(memory, memory->next));
+  }
+}
 
 void LOGBoundedFIFO::put(LOGLoggingEvent* event) {
   {
@@ -33,87 +58,121 @@ void LOGBoundedFIFO::put(LOGLoggingEvent* event) {
   LOGLogLog::error("LOGBoundedFIFO:put --- The list of LOGEventLogger is full.");
 }
 
-void LOGBoundedFIFO::putBeyondCapacity(LOGLoggingEvent* event) {
-  const Lock lock(m_access);
-  add(event);
+void LOGBoundedFIFO::putCopy(const LOGLoggingEvent& event) {
+  void* const memory = takeMemory();
+  LOGLoggingEvent* copy = nullptr;
+  try {
+    copy = new (memory) LOGLoggingEvent(event);
+    const Lock lock(m_access);
+    add(copy);
+  } catch (...) {
+    if (copy != nullptr) {
+      copy->~LOGLoggingEvent();
+    }
+    ::operator delete(memory);
+    throw;
+  }
 }
 
 void LOGBoundedFIFO::add(LOGLoggingEvent* event) {
-  m_events.add(event);
+  m_arriving.push_back(event);
   ++numElements;
   ++m_queuedCount;
-  m_arrived.notify_one();
+  if (m_isEventAwaited) {
+    m_isEventAwaited = false;
+    m_arrived.notify_all();
+  }
+}
+
+void* LOGBoundedFIFO::takeMemory() {
+  if (m_spare == nullptr) {
+    m_spare = m_returned.exchange(nullptr, std::memory_order_acquire);
+  }
+  if (m_spare == nullptr) {
+    return ::operator new(sizeof(LOGLoggingEvent));
+  }
+  return std::exchange(m_spare, m_spare->next);
+}
+
+void LOGBoundedFIFO::recycle(LOGLoggingEvent* event) noexcept {
+  if (event == nullptr || typeid(*event) != typeid(LOGLoggingEvent)) {
+    delete event;
+    return;
+  }
+  event->~LOGLoggingEvent();
+  auto* const memory = new (event) Memory{m_returned.load(std::memory_order_relaxed)};
+  while (!m_returned.compare_exchange_weak(memory->next, memory, std::memory_order_release,
+                                           std::memory_order_relaxed)) {
+  }
 }
 
 LOGLoggingEvent* LOGBoundedFIFO::get() {
-  const Lock lock(m_access);
-  if (numElements == 0) {
-    return nullptr;
+  LOGLoggingEvent* oldest = nullptr;
+  {
+    const Lock leaving(m_leavingAccess);
+    if (m_nextLeaving == m_leaving.size()) {
+      m_leaving.clear();
+      m_nextLeaving = 0;
+      const Lock lock(m_access);
+      m_leaving.swap(m_arriving);
+    }
+    if (m_leaving.empty()) {
+      return nullptr;
+    }
+    oldest = m_leaving[m_nextLeaving++];
+    first = first + 1 >= maxSize ? 0 : first + 1;
+    --numElements;
   }
-  LOGLoggingEvent* const oldest = *m_events.begin();
-  m_events.remove(m_events.begin());
-  first = first + 1 >= maxSize ? 0 : first + 1;
-  --numElements;
-  if (hasSpaceLocked()) {
-    m_freed.notify_one();
+  if (isSpaceWanted() && hasSpace()) {
+    const Lock lock(m_access);
+    m_freed.notify_all();
   }
   return oldest;
 }
 
-int LOGBoundedFIFO::isFull() const {
-  const Lock lock(m_access);
-  return numElements >= maxSize ? 1 : 0;
-}
+int LOGBoundedFIFO::isFull() const { return numElements >= maxSize ? 1 : 0; }
 
 int LOGBoundedFIFO::wasEmpty() const { return length() == 1 ? 1 : 0; }
 
-int LOGBoundedFIFO::wasFull() const {
-  const Lock lock(m_access);
-  return numElements + 1 == maxSize ? 1 : 0;
-}
+int LOGBoundedFIFO::wasFull() const { return numElements + 1 == maxSize ? 1 : 0; }
 
-int LOGBoundedFIFO::length() const {
-  const Lock lock(m_access);
-  return numElements;
-}
+int LOGBoundedFIFO::length() const { return numElements; }
 
-int LOGBoundedFIFO::getMaxSize() const {
-  const Lock lock(m_access);
-  return maxSize;
-}
+int LOGBoundedFIFO::getMaxSize() const { return maxSize; }
 
 void LOGBoundedFIFO::resize(int newSize) {
   {
-    const Lock lock(m_access);
-    ++m_resizesWaiting;
-    m_arrived.notify_all();
+    const Waiter waiter(m_resizesWaiting);
+    {
+      const Lock lock(m_access);
+      m_arrived.notify_all();
+    }
+    const ZEBThreadGuard guard(getCriticalSection());
+    maxSize = newSize;
   }
-  const ZEBThreadGuard guard(getCriticalSection());
   const Lock lock(m_access);
-  maxSize = newSize;
-  --m_resizesWaiting;
   m_freed.notify_all();
   m_arrived.notify_all();
 }
 
 void LOGBoundedFIFO::waitForEvent(unsigned int milliseconds) {
   Lock lock(m_access);
+  m_isEventAwaited = true;
   m_arrived.wait_for(lock, std::chrono::milliseconds(milliseconds),
                      [this] { return numElements > 0 || m_waitingEnded || m_resizesWaiting > 0; });
+  m_isEventAwaited = false;
 }
 
-bool LOGBoundedFIFO::hasSpaceLocked() const { return numElements < std::max(maxSize, 1); }
+bool LOGBoundedFIFO::hasSpace() const { return numElements < std::max<int>(maxSize, 1); }
 
-bool LOGBoundedFIFO::hasSpace() const {
-  const Lock lock(m_access);
-  return hasSpaceLocked();
-}
+bool LOGBoundedFIFO::isSpaceWanted() const { return m_spaceWaiters > 0; }
 
 bool LOGBoundedFIFO::waitForSpace(unsigned int milliseconds) {
   Lock lock(m_access);
+  const Waiter waiter(m_spaceWaiters);
   m_freed.wait_for(lock, std::chrono::milliseconds(milliseconds),
-                   [this] { return hasSpaceLocked() || m_waitingEnded; });
-  return hasSpaceLocked() && !m_waitingEnded;
+                   [this] { return hasSpace() || m_waitingEnded; });
+  return hasSpace() && !m_waitingEnded;
 }
 
 void LOGBoundedFIFO::endWaiting() {
@@ -124,29 +183,28 @@ void LOGBoundedFIFO::endWaiting() {
   m_delivered.notify_all();
 }
 
-bool LOGBoundedFIFO::isWaitingEnded() const {
-  const Lock lock(m_access);
-  return m_waitingEnded;
-}
+bool LOGBoundedFIFO::isWaitingEnded() const { return m_waitingEnded; }
 
 void LOGBoundedFIFO::yieldToResize() {
-  Lock lock(m_access);
-  m_arrived.wait(lock, [this] { return m_resizesWaiting == 0 || m_waitingEnded; });
+  if (isResizeWaiting()) {
+    Lock lock(m_access);
+    m_arrived.wait(lock, [this] { return m_resizesWaiting == 0 || m_waitingEnded; });
+  }
 }
 
-bool LOGBoundedFIFO::isResizeWaiting() const {
-  const Lock lock(m_access);
-  return m_resizesWaiting > 0;
-}
+bool LOGBoundedFIFO::isResizeWaiting() const { return m_resizesWaiting > 0; }
 
-void LOGBoundedFIFO::noteDelivered() {
-  const Lock lock(m_access);
-  ++m_deliveredCount;
-  m_delivered.notify_all();
+void LOGBoundedFIFO::noteDelivered(int events) {
+  m_deliveredCount += static_cast<std::uint64_t>(events);
+  if (m_deliveryWaiters > 0) {
+    const Lock lock(m_access);
+    m_delivered.notify_all();
+  }
 }
 
 bool LOGBoundedFIFO::waitUntilDelivered(unsigned int milliseconds) {
   Lock lock(m_access);
+  const Waiter waiter(m_deliveryWaiters);
   const std::uint64_t target = m_queuedCount;
   m_delivered.wait_for(lock, std::chrono::milliseconds(milliseconds),
                        [&] { return m_deliveredCount >= target || m_waitingEnded; });
@@ -154,10 +212,18 @@ bool LOGBoundedFIFO::waitUntilDelivered(unsigned int milliseconds) {
 }
 
 void LOGBoundedFIFO::drop() {
-  const Lock lock(m_access);
-  for (LOGLoggingEvent* const event : m_events) {
+  Events dropped;
+  {
+    const Lock leaving(m_leavingAccess);
+    const Lock lock(m_access);
+    dropped.assign(m_leaving.begin() + static_cast<std::ptrdiff_t>(m_nextLeaving), m_leaving.end());
+    dropped.insert(dropped.end(), m_arriving.begin(), m_arriving.end());
+    m_leaving.clear();
+    m_nextLeaving = 0;
+    m_arriving.clear();
+    numElements = 0;
+  }
+  for (LOGLoggingEvent* const event : dropped) {
     delete event;
   }
-  m_events.clear();
-  numElements = 0;
 }

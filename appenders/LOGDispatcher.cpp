@@ -1,5 +1,7 @@
 #include "appenders/LOGDispatcher.h"
 
+#include <utility>
+
 #include "appenders/LOGAppenderAttachableImpl.h"
 #include "appenders/LOGAsyncAppender.h"
 #include "appenders/LOGBoundedFIFO.h"
@@ -25,7 +27,10 @@ LOGDispatcher::LOGDispatcher(LOGBoundedFIFO* bf, LOGAsyncAppender* container)
   m_aai = m_container->getAAI();
 }
 
-LOGDispatcher::~LOGDispatcher() { join(); }
+LOGDispatcher::~LOGDispatcher() {
+  join();
+  forgetTaken();
+}
 
 void LOGDispatcher::close() {
   ZEB_ASSERT(m_bf, SOURCE, 44);
@@ -47,13 +52,13 @@ void LOGDispatcher::run() {
 
 bool LOGDispatcher::drain() {
   const ZEBThreadGuard guard(m_bf->getCriticalSection());
-  if (m_bf->length() == 0) {
+  if (!hasTaken() && m_bf->length() == 0) {
     if (interrupted != 0) {
       return false;
     }
     m_bf->waitForEvent(LONGEST_PAUSE);
   }
-  while (m_bf->length() > 0 && !m_bf->isResizeWaiting()) {
+  while ((hasTaken() || m_bf->length() > 0) && !m_bf->isResizeWaiting()) {
     logContainingFailures(RUN_TEXTS, [this] { deliverNext(); });
   }
   return true;
@@ -63,26 +68,57 @@ void LOGDispatcher::deliverNext() {
   // Asked for before space is made, so that no further thread that logs takes that space and then,
   // waiting for more, keeps the lock which delivery needs.
   LOGAsyncAppender::DispatcherTurn turn(*m_container);
-  std::deque<Event> events;
-  takeOut(events);
+  takeOut();
   turn.begin();
-  for (; !events.empty(); events.pop_front()) {
-    logContainingFailures(RUN_TEXTS, [&] {
-      if (m_aai != nullptr && events.front() != nullptr) {
-        m_aai->appendLoopOnAppenders(events.front().get());
-      }
-    });
-    m_bf->noteDelivered();
+  do {
+    deliver(std::exchange(m_taken[m_nextTaken], nullptr));
+    ++m_nextTaken;
+    if (m_bf->isWaitingEnded()) {
+      forgetTaken();  // closed, as what is still queued is dropped
+    }
+  } while (hasTaken() && !turn.isLockWanted());
+}
+
+void LOGDispatcher::deliver(LOGLoggingEvent* event) {
+  logContainingFailures(RUN_TEXTS, [&] {
+    if (m_aai != nullptr && event != nullptr) {
+      m_aai->appendLoopOnAppenders(event);
+    }
+  });
+  m_bf->recycle(event);
+  m_bf->noteDelivered(1);
+}
+
+void LOGDispatcher::takeOut() {
+  // Whoever waits for space gets as much that it is not woken for every single event.
+  int surplus = 0;
+  if (!hasTaken()) {
+    surplus = m_bf->isSpaceWanted() ? m_bf->getMaxSize() / 2 : 0;
+    forgetTaken();
+    takeOne();
+  }
+  // A producer that waits for space holds the lock that delivery needs, so there must be space
+  // before anything can be delivered.
+  while (m_bf->length() > 0 && !m_bf->hasSpace()) {
+    takeOne();
+  }
+  for (; surplus > 0 && m_bf->length() > 0; --surplus) {
+    takeOne();
   }
 }
 
-void LOGDispatcher::takeOut(std::deque<Event>& events) {
-  // More than one only from a queue that was shrunk: a producer that waits for space holds the lock
-  // that delivery needs, so there must be space before anything can be delivered.
-  do {
-    events.emplace_back(m_bf->get());
-    if (m_bf->wasFull() != 0) {
-      LOGLogLog::debug("Notifying AsyncAppender about freed space.");
-    }
-  } while (m_bf->length() > 0 && !m_bf->hasSpace());
+void LOGDispatcher::takeOne() {
+  m_taken.push_back(nullptr);
+  m_taken.back() = m_bf->get();
+  if (m_bf->wasFull() != 0) {
+    LOGLogLog::debug("Notifying AsyncAppender about freed space.");
+  }
+}
+
+void LOGDispatcher::forgetTaken() noexcept {
+  for (; hasTaken(); ++m_nextTaken) {
+    m_bf->recycle(m_taken[m_nextTaken]);
+  }
+  m_taken.clear();
+  m_nextTaken = 0;
 }

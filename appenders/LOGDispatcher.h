@@ -2,8 +2,8 @@
 #define APPENDERS_LOGDISPATCHER_H
 
 #include <atomic>
-#include <deque>
-#include <memory>
+#include <cstddef>
+#include <vector>
 
 #include "platform/ZEBThread.h"
 
@@ -29,16 +29,20 @@ class LOG4ZEB_EXPORT LOGDispatcher : public ZEBThread {
   bool isCurrentThread() const;
 
  private:
-  using Event = std::unique_ptr<LOGLoggingEvent>;
-
   /// One pass under the queue's lock; false when the thread is to end.
   bool drain();
   void deliverNext();
-  void takeOut(std::deque<Event>& events);
+  void takeOut();
+  void takeOne();
+  bool hasTaken() const { return m_nextTaken < m_taken.size(); }
+  void deliver(LOGLoggingEvent* event);
+  void forgetTaken() noexcept;
 
   LOGBoundedFIFO* m_bf;
   LOGAppenderAttachableImpl* m_aai;
   LOGAsyncAppender* m_container;
+  std::vector<LOGLoggingEvent*> m_taken;  // out of the queue and owned; used by the thread only
+  std::size_t m_nextTaken = 0;            // those before it were delivered
   std::atomic<int> interrupted{0};
   std::atomic<std::uint64_t> m_threadId{0};
 };

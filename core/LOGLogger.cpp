@@ -116,7 +116,7 @@ void LOGLogger::logEnabled(int rank, LOGObject* message) {
 }
 
 void LOGLogger::logEnabled(int rank, const I18NString& message) {
-  LOGLoggingEvent event(m_FQCN, this, LOGLevel::toLevel(rank), LOGMessageText{message});
+  LOGLoggingEvent event(this, LOGLevel::toLevel(rank), LOGMessageText{message});
   callAppenders(&event);
 }
 

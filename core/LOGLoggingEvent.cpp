@@ -20,7 +20,6 @@ const std::int64_t LOGLoggingEvent::m_startTime = ZEBUtTime::nowSeconds();
 namespace {
 
 constexpr const char* SOURCE = "LOGLoggingEvent";
-constexpr const char* LEVEL_METHOD = "toLevel";
 
 /// The decimal number of the calling thread, converted once for each thread.
 std::string_view currentThreadText() {
@@ -57,54 +56,46 @@ LOGRendererMap* rendererMapOf(LOGLoggerRepository* repository) {
 
 LOGLoggingEvent::LOGLoggingEvent() = default;
 
-LOGLoggingEvent::LOGLoggingEvent(const I18NString& fqnOfCategoryClass, LOGLogger* logger,
-                                 LOGLevel* level, LOGObject* message)
-    : LOGLoggingEvent(fqnOfCategoryClass, logger, level) {
+LOGLoggingEvent::LOGLoggingEvent(const I18NString&, LOGLogger* logger, LOGLevel* level,
+                                 LOGObject* message)
+    : LOGLoggingEvent(logger, level) {
   setMessage(message);
 }
 
-LOGLoggingEvent::LOGLoggingEvent(const I18NString& fqnOfCategoryClass, LOGLogger* logger,
-                                 LOGLevel* level, const LOGMessageText& message)
-    : LOGLoggingEvent(fqnOfCategoryClass, logger, level) {
-  zebTranslate(SOURCE, __LINE__, [&] { m_plainMessage.emplace(message.text); });
+LOGLoggingEvent::LOGLoggingEvent(LOGLogger* logger, LOGLevel* level, const LOGMessageText& message)
+    : LOGLoggingEvent(logger, level) {
+  zebTranslate(SOURCE, __LINE__, [&] { m_plainMessage.setText(message.text); });
+  m_hasPlainMessage = true;
 }
 
-LOGLoggingEvent::LOGLoggingEvent(const I18NString& fqnOfCategoryClass, LOGLogger* logger,
-                                 LOGLevel* level)
-    : m_timeStamp(ZEBUtTime::nowSeconds()),
-      m_level(level),
-      m_logger(logger),
-      m_fqnOfCategoryClass(fqnOfCategoryClass),
-      m_levelMethod(LEVEL_METHOD) {
+LOGLoggingEvent::LOGLoggingEvent(LOGLogger* logger, LOGLevel* level)
+    : m_timeStamp(ZEBUtTime::nowSeconds()), m_level(level), m_logger(logger) {
   ZEB_ASSERT(m_logger, SOURCE, 99);
   m_loggerName = m_logger->getName();
 }
 
 LOGLoggingEvent::LOGLoggingEvent(const LOGLoggingEvent& other)
     : LOGSerializable(other),
-      m_loggerName(other.m_loggerName),
       m_timeStamp(other.m_timeStamp),
       m_sequence(other.m_sequence),
-      m_level(other.m_level),
-      m_logger(other.m_logger),
-      m_fqnOfCategoryClass(other.m_fqnOfCategoryClass),
-      m_ndc(other.m_ndc),
       m_ndcLookupRequired(other.m_ndcLookupRequired),
       m_mdcCopyLookupRequired(other.m_mdcCopyLookupRequired),
+      m_level(other.m_level),
+      m_logger(other.m_logger),
       m_threadName(other.m_threadName),
-      m_levelMethod(other.m_levelMethod) {
+      m_ndc(other.m_ndc),
+      m_loggerName(other.m_loggerName) {
   if (other.m_rare != nullptr && !other.m_rare->renderedMessage.isEmpty()) {
     setRenderedMessage(other.m_rare->renderedMessage);
   }
-  setMessage(other.m_plainMessage ? &*other.m_plainMessage : other.m_message.get());
+  setMessage(other.getMessage());
 }
 
 LOGLoggingEvent& LOGLoggingEvent::operator=(const LOGLoggingEvent& other) {
   if (this != &other) {
-    setMessage(other.m_plainMessage ? &*other.m_plainMessage : other.m_message.get());
+    setMessage(other.getMessage());
     m_level = other.m_level;
     m_logger = other.m_logger;
-    m_fqnOfCategoryClass = other.m_fqnOfCategoryClass;
     m_timeStamp = other.m_timeStamp;
   }
   return *this;
@@ -116,10 +107,11 @@ void LOGLoggingEvent::setMessage(const LOGObject* message) {
   zebTranslate(SOURCE, __LINE__, [&] {
     if (message != nullptr && typeid(*message) == typeid(LOGObject)) {
       m_plainMessage = *message;
+      m_hasPlainMessage = true;
       m_message.reset();
     } else {
       m_message.reset(message == nullptr ? nullptr : message->clone());
-      m_plainMessage.reset();
+      m_hasPlainMessage = false;
     }
   });
 }

@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <limits>
 #include <memory>
-#include <optional>
 
 #include "core/LOGObject.h"
 #include "core/LOGSerializable.h"
@@ -26,13 +25,12 @@ class LOG4ZEB_EXPORT LOGLoggingEvent : public LOGSerializable {
  public:
   LOGLoggingEvent();
   /// Takes the time and a clone of `message`, which may be null and stays the caller's. Logger and
-  /// level are not owned. Throws ZEBAssertError when `logger` is null, ZEBOutOfMemoryError, and
-  /// what the clone throws.
+  /// level are not owned. The class name says nothing yet, because no location is gathered. Throws
+  /// ZEBAssertError when `logger` is null, ZEBOutOfMemoryError, and what the clone throws.
   LOGLoggingEvent(const I18NString& fqnOfCategoryClass, LOGLogger* logger, LOGLevel* level,
                   LOGObject* message);
   /// The same with a message of that text.
-  LOGLoggingEvent(const I18NString& fqnOfCategoryClass, LOGLogger* logger, LOGLevel* level,
-                  const LOGMessageText& message);
+  LOGLoggingEvent(LOGLogger* logger, LOGLevel* level, const LOGMessageText& message);
   /// The copy owns a clone of the message and its own location; its throwable text is empty.
   LOGLoggingEvent(const LOGLoggingEvent& other);
   /// Takes over level, logger, class name, time and a clone of the message. Name, context, rendered
@@ -41,7 +39,10 @@ class LOG4ZEB_EXPORT LOGLoggingEvent : public LOGSerializable {
   ~LOGLoggingEvent() override;
 
   /// The event's own clone of the message, or null.
-  LOGObject* getMessage() { return m_plainMessage ? &*m_plainMessage : m_message.get(); }
+  LOGObject* getMessage() { return m_hasPlainMessage ? &m_plainMessage : m_message.get(); }
+  const LOGObject* getMessage() const {
+    return m_hasPlainMessage ? &m_plainMessage : m_message.get();
+  }
   /// The message as text in a new string that the caller deletes, or null without a message, a
   /// logger or a renderer. Each call renders anew.
   I18NString* getRenderedMessage();
@@ -75,7 +76,7 @@ class LOG4ZEB_EXPORT LOGLoggingEvent : public LOGSerializable {
 
  private:
   /// Everything but the message.
-  LOGLoggingEvent(const I18NString& fqnOfCategoryClass, LOGLogger* logger, LOGLevel* level);
+  LOGLoggingEvent(LOGLogger* logger, LOGLevel* level);
 
   /// What hardly any event has.
   struct Rare {
@@ -87,22 +88,22 @@ class LOG4ZEB_EXPORT LOGLoggingEvent : public LOGSerializable {
   void setRenderedMessage(const I18NString& text) { rare().renderedMessage = text; }
   void setMessage(const LOGObject* message);
 
-  I18NString m_loggerName;
   std::int64_t m_timeStamp = 0;
   std::int32_t m_sequence = std::numeric_limits<std::int32_t>::min();
-  LOGLevel* m_level = nullptr;
-  LOGLogger* m_logger = nullptr;
-  LOGLocationInfo m_locationInfo{I18NString()};  // says the same whatever class it is made from
-  I18NString m_fqnOfCategoryClass;
-  I18NString m_ndc;
   std::int32_t m_ndcLookupRequired = 1;
   std::int32_t m_mdcCopyLookupRequired = 1;
-  // The message is in one of the two: a plain one, which nearly all are, costs no allocation.
-  std::optional<LOGObject> m_plainMessage;
+  // The message is m_plainMessage, which costs no allocation, or else, being of a class of its own,
+  // *m_message; or there is none.
+  bool m_hasPlainMessage = false;
+  LOGLocationInfo m_locationInfo;
+  LOGLevel* m_level = nullptr;
+  LOGLogger* m_logger = nullptr;
   std::unique_ptr<LOGObject> m_message;
-  I18NString m_threadName;
-  const char* m_levelMethod = "";
   std::unique_ptr<Rare> m_rare;
+  I18NString m_threadName;
+  I18NString m_ndc;
+  I18NString m_loggerName;
+  LOGObject m_plainMessage;
 
   static const std::int64_t m_startTime;
 };

@@ -29,6 +29,8 @@ class LOG4ZEB_EXPORT LOGObject {
   /// cloned on the logging thread, for every enabled request.
   virtual LOGObject* clone() const;
 
+  /// Sets the text.
+  void setText(const I18NString& text) { m_string = text; }
   /// The tag.
   const I18NString& instanceOf() const noexcept {
     return m_instance == nullptr ? defaultTag() : *m_instance;

@@ -9,6 +9,7 @@ class LOG4ZEB_EXPORT LOGLocationInfo {
  public:
   /// The argument is accepted and ignored.
   explicit LOGLocationInfo(const I18NString& fullInfo);
+  LOGLocationInfo() = default;
 
   const I18NString& getClassName() const;
   const I18NString& getFileName() const;

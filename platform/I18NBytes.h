@@ -2,6 +2,7 @@
 #define PLATFORM_I18NBYTES_H
 
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <string_view>
 
@@ -12,7 +13,9 @@
 /// allocates nor touches anything that another thread uses.
 class LOG4ZEB_EXPORT I18NBytes {
  public:
-  static constexpr std::size_t INLINE_SIZE = 88;
+  static constexpr std::size_t INLINE_SIZE = 104;
+  /// Longer texts throw std::length_error.
+  static constexpr std::size_t LONGEST = UINT32_MAX;
 
   I18NBytes() noexcept {}  // NOLINT(modernize-use-equals-default): the room stays as it is
   I18NBytes(const I18NBytes& other) { append(other); }
@@ -41,7 +44,7 @@ class LOG4ZEB_EXPORT I18NBytes {
   void append(const I18NBytes& other) {
     // Short texts, which are most of what a line is made of, are copied in moves of fixed size: the
     // room is never smaller than that, here as there.
-    const std::size_t size = other.m_size;
+    const std::uint32_t size = other.m_size;
     if (size <= SHORT && m_capacity - m_size >= SHORT) {
       move<SHORT>(other.m_data);
       m_size += size;
@@ -59,13 +62,13 @@ class LOG4ZEB_EXPORT I18NBytes {
       grow(bytes);
     } else if (!bytes.empty()) {
       std::memmove(m_data + m_size, bytes.data(), bytes.size());
-      m_size += bytes.size();
+      m_size += static_cast<std::uint32_t>(bytes.size());
     }
   }
   void append(std::size_t count, char c) {
     reserve(m_size + count);
     std::memset(m_data + m_size, c, count);
-    m_size += count;
+    m_size += static_cast<std::uint32_t>(count);
   }
   /// Keeps the room that there is.
   void clear() noexcept { m_size = 0; }
@@ -109,9 +112,10 @@ class LOG4ZEB_EXPORT I18NBytes {
   void enlarge(std::size_t capacity);
   void grow(std::string_view appended);
 
+  // What every use touches stands together, next to the beginning of the text.
   char* m_data = m_room;
-  std::size_t m_size = 0;
-  std::size_t m_capacity = INLINE_SIZE;  // of the room that m_data points to
+  std::uint32_t m_size = 0;
+  std::uint32_t m_capacity = INLINE_SIZE;  // of the room that m_data points to
   char m_room[INLINE_SIZE];
 };
 

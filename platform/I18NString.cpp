@@ -72,7 +72,7 @@ I18NString::I18NString(const char16_t* units, std::size_t count) {
     m_hasLoneSurrogate = m_hasLoneSurrogate || i18n::isSurrogate(c);
     i18n::appendCharacter(m_bytes, c);
   }
-  m_units = count;
+  m_units = static_cast<std::uint32_t>(count);
 }
 
 I18NString I18NString::fromUtf8(std::string_view bytes) {
@@ -96,7 +96,7 @@ char16_t I18NString::at(std::size_t position) const noexcept {
 }
 
 I18NString I18NString::substring(std::size_t begin, std::size_t end) const {
-  end = std::min(end, m_units);
+  end = std::min(end, length());
   begin = std::min(begin, end);
   I18NString result;
   if (isAscii()) {
@@ -117,7 +117,7 @@ I18NString I18NString::substring(std::size_t begin, std::size_t end) const {
 
 std::size_t I18NString::byteOffset(std::size_t position) const noexcept {
   if (isAscii()) {
-    return std::min(position, m_units);
+    return std::min(position, length());
   }
   std::size_t offset = 0;
   std::size_t units = 0;
@@ -211,7 +211,7 @@ std::uint32_t I18NString::hash() const noexcept {
 
 I18NString& I18NString::appendWithLoneSurrogate(const I18NString& text) {
   if (!m_hasLoneSurrogate || !joinSurrogates(text.m_bytes)) {
-    const std::size_t units = text.m_units;
+    const std::uint32_t units = text.m_units;
     m_bytes.append(text.m_bytes);
     m_units += units;
     m_hasLoneSurrogate = true;
@@ -247,7 +247,7 @@ void I18NString::recount() noexcept {
 I18NString& I18NString::append(std::string_view utf8) {
   const std::size_t ascii = i18n::asciiPrefix(utf8);
   m_bytes.append(utf8.substr(0, ascii));
-  m_units += ascii;
+  m_units += static_cast<std::uint32_t>(ascii);
   for (std::size_t i = ascii; i < utf8.size();) {
     const char32_t c = i18n::decodeForeign(utf8, i);
     i18n::appendCharacter(m_bytes, c);
@@ -258,7 +258,7 @@ I18NString& I18NString::append(std::string_view utf8) {
 
 I18NString& I18NString::append(std::size_t count, char c) {
   m_bytes.append(count, c);
-  m_units += count;
+  m_units += static_cast<std::uint32_t>(count);
   return *this;
 }
 

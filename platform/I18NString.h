@@ -19,6 +19,8 @@
 /// units has exactly one stored form. Operations that take positions cost constant time on ASCII
 /// text and time proportional to the length on other text.
 ///
+/// A text that would take 4 GiB or more throws std::length_error.
+///
 /// An object may be read by several threads at once; a change needs exclusive use, as with
 /// std::string.
 class LOG4ZEB_EXPORT I18NString {
@@ -46,9 +48,9 @@ class LOG4ZEB_EXPORT I18NString {
 
   I18NString(const I18NString&) = default;
   I18NString(I18NString&& other) noexcept
-      : m_bytes(std::move(other.m_bytes)),
-        m_units(std::exchange(other.m_units, 0)),
-        m_hasLoneSurrogate(std::exchange(other.m_hasLoneSurrogate, false)) {}
+      : m_units(std::exchange(other.m_units, 0)),
+        m_hasLoneSurrogate(std::exchange(other.m_hasLoneSurrogate, false)),
+        m_bytes(std::move(other.m_bytes)) {}
   I18NString& operator=(const I18NString&) = default;
   I18NString& operator=(I18NString&& other) noexcept {
     if (this != &other) {
@@ -84,7 +86,7 @@ class LOG4ZEB_EXPORT I18NString {
     if (text.m_hasLoneSurrogate) {
       return appendWithLoneSurrogate(text);
     }
-    const std::size_t units = text.m_units;  // this text may be the same object
+    const std::uint32_t units = text.m_units;  // this text may be the same object
     m_bytes.append(text.m_bytes);
     m_units += units;
     return *this;
@@ -97,7 +99,7 @@ class LOG4ZEB_EXPORT I18NString {
   /// Appends ASCII characters. REQUIRES: not a view of this text itself.
   I18NString& appendAscii(std::string_view ascii) {
     m_bytes.append(ascii);
-    m_units += ascii.size();
+    m_units += static_cast<std::uint32_t>(ascii.size());
     return *this;
   }
   void clear() noexcept {
@@ -136,9 +138,9 @@ class LOG4ZEB_EXPORT I18NString {
   std::size_t byteOffset(std::size_t position) const noexcept;
   std::size_t unitPosition(std::size_t offset) const noexcept;
 
-  I18NBytes m_bytes;
-  std::size_t m_units = 0;
+  std::uint32_t m_units = 0;  // never more than there are bytes
   bool m_hasLoneSurrogate = false;
+  I18NBytes m_bytes;
 };
 
 /// Writes the text as UTF-8.

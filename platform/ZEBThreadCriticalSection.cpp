@@ -90,6 +90,10 @@ bool ZEBThreadCriticalSection::isHeldElsewhere() const noexcept {
   return holder != 0 && holder != currentThreadMark();
 }
 
+bool ZEBThreadCriticalSection::isWanted() const noexcept {
+  return (m_state.load(std::memory_order_relaxed) & OTHERS_WAIT) != 0;
+}
+
 void ZEBThreadCriticalSection::leave() noexcept {
   // From the exchange on, another thread may take the lock and destroy it.
   if (--m_depth == 0 && (m_state.exchange(0, std::memory_order_release) & OTHERS_WAIT) != 0) {

@@ -22,6 +22,8 @@ class LOG4ZEB_EXPORT ZEBThreadCriticalSection {
   void leave() noexcept;
   /// Whether another thread holds the lock now.
   bool isHeldElsewhere() const noexcept;
+  /// Whether a thread has fallen asleep over the lock since it was taken last.
+  bool isWanted() const noexcept;
 
  private:
   using Mark = std::uintptr_t;
