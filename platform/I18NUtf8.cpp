@@ -107,12 +107,18 @@ std::size_t asciiPrefix(std::string_view bytes) noexcept {
       break;
     }
   }
-  for (; i + sizeof(std::uint64_t) <= bytes.size(); i += sizeof(std::uint64_t)) {
+  const auto isAsciiWord = [&](std::size_t offset) {
     std::uint64_t word = 0;
-    std::memcpy(&word, bytes.data() + i, sizeof word);
-    if ((word & HIGH_BITS) != 0) {
-      break;
-    }
+    std::memcpy(&word, bytes.data() + offset, sizeof word);
+    return (word & HIGH_BITS) == 0;
+  };
+  while (i + sizeof(std::uint64_t) <= bytes.size() && isAsciiWord(i)) {
+    i += sizeof(std::uint64_t);
+  }
+  // What is left of an ASCII text is the end of its last word.
+  if (bytes.size() >= sizeof(std::uint64_t) && bytes.size() - i < sizeof(std::uint64_t) &&
+      isAsciiWord(bytes.size() - sizeof(std::uint64_t))) {
+    return bytes.size();
   }
   while (i < bytes.size() && byteAt(bytes, i) < 0x80) {
     ++i;
