@@ -48,6 +48,8 @@ class LOG4ZEB_EXPORT LOGHashtable : public LOGMutex {
   void removeLost(const LOGObject* value);
   /// The number of entries, those that a growth lost included.
   int size() const noexcept { return m_count; }
+  /// The number of buckets.
+  int capacity() const noexcept { return m_capacity; }
   void clear();
   /// Empties the table and leaves the values to the caller.
   void forget();

@@ -83,6 +83,14 @@ LOGLogger* LOGHierarchy::getLogger(const I18NString& name) {
 
 LOGLogger* LOGHierarchy::getLogger(const I18NString& name, LOGLoggerFactory* factory) {
   ZEB_ASSERT(m_ht, SOURCE, __LINE__);
+  // Unless somebody holds the table's lock, nobody could notice if it was taken to find a logger
+  // that is known.
+  if (!m_ht->getCriticalSection().isHeldElsewhere()) {
+    LOGLogger* const known = m_index.find(name);
+    if (known != nullptr) {
+      return known;
+    }
+  }
   return logReportingAndPassing("LOGHierarchy::getLogger -- unable to lock mutex", [&] {
     const ZEBThreadGuard guard(m_ht->getCriticalSection());
     return findOrCreate(name, factory);
@@ -95,7 +103,12 @@ LOGLogger* LOGHierarchy::findOrCreate(const I18NString& name, LOGLoggerFactory* 
     return addNew(name, factory);
   }
   if (isLogger(found)) {
-    return asLogger(found);
+    LOGLogger* const logger = asLogger(found);
+    // A factory may have made it with another name.
+    if (logger->getName() == name && m_index.find(name) == nullptr) {
+      m_index.add(logger);
+    }
+    return logger;
   }
   if (found->instanceOf() == PROVISION_TAG) {
     return replaceProvision(name, factory, static_cast<const LOGProvisionNode&>(*found));
@@ -118,12 +131,21 @@ std::unique_ptr<LOGLogger> LOGHierarchy::createLogger(const I18NString& name,
 bool LOGHierarchy::enter(const I18NString& name, std::unique_ptr<LOGLogger> logger) {
   m_notInTable.push_back(std::move(logger));
   m_allLoggers.push_back(m_notInTable.back().get());
-  if (m_ht->put(name, m_allLoggers.back()) == 0) {
+  if (putIntoTable(name, m_allLoggers.back()) == 0) {
     return false;
   }
   static_cast<void>(m_notInTable.back().release());
   m_notInTable.pop_back();
   return true;
+}
+
+int LOGHierarchy::putIntoTable(const I18NString& name, LOGObject* object) {
+  const int capacity = m_ht->capacity();
+  const int result = m_ht->put(name, object);
+  if (m_ht->capacity() != capacity) {
+    m_index.clear();  // a table that grows forgets names, which then make new loggers
+  }
+  return result;
 }
 
 LOGLogger* LOGHierarchy::replaceProvision(const I18NString& name, LOGLoggerFactory* factory,
@@ -196,7 +218,7 @@ LOGLogger* LOGHierarchy::findParent(LOGLogger* logger) {
     if (found == nullptr) {
       LOGLogLog::debug("Creating a new provision [" + prefix + "] for LOGLogger [" + name + "].");
       auto provision = std::make_unique<LOGProvisionNode>(logger);
-      if (m_ht->put(prefix, provision.get()) != 0) {
+      if (putIntoTable(prefix, provision.get()) != 0) {
         static_cast<void>(provision.release());
       }
     } else if (found->instanceOf() == PROVISION_TAG) {
@@ -291,6 +313,7 @@ void LOGHierarchy::resetConfiguration() {
 void LOGHierarchy::clear() {
   const ZEBThreadGuard guard(m_ht->getCriticalSection());
   const std::unique_lock<std::shared_mutex> access(m_tableAccess);
+  m_index.clear();
   m_ht->clear();
   m_notInTable.clear();
   m_allLoggers.clear();

@@ -9,6 +9,7 @@
 #include "core/LOGDefaultLoggerFactory.h"
 #include "core/LOGHashtable.h"
 #include "core/LOGHierarchyEventListener.h"
+#include "core/LOGLoggerIndex.h"
 #include "core/LOGLoggerRepository.h"
 #include "core/LOGMutex.h"
 #include "rendering/LOGRendererMap.h"
@@ -32,7 +33,7 @@ class LOG4ZEB_EXPORT LOGHierarchy : public LOGMutex,
   explicit LOGHierarchy(LOGLogger* root);
   LOGHierarchy(const LOGHierarchy&) = delete;
   LOGHierarchy& operator=(const LOGHierarchy&) = delete;
-  /// Deletes every logger but the root.
+  /// Deletes every logger but the root. No other thread may use the hierarchy meanwhile.
   ~LOGHierarchy() override;
 
   int isDisabled(int level) override;
@@ -82,6 +83,8 @@ class LOG4ZEB_EXPORT LOGHierarchy : public LOGMutex,
   std::unique_ptr<LOGLogger> createLogger(const I18NString& name, LOGLoggerFactory* factory);
   /// Takes ownership; returns whether the table took the logger too.
   bool enter(const I18NString& name, std::unique_ptr<LOGLogger> logger);
+  /// Puts into the table of names; the result is the table's.
+  int putIntoTable(const I18NString& name, LOGObject* object);
   LOGLogger* findOrCreate(const I18NString& name, LOGLoggerFactory* factory);
   LOGLogger* replaceProvision(const I18NString& name, LOGLoggerFactory* factory,
                               const LOGProvisionNode& provision);
@@ -105,6 +108,8 @@ class LOG4ZEB_EXPORT LOGHierarchy : public LOGMutex,
   // Lets look-ups go on while a factory runs under the table's lock. Only the diagnostics' lock is
   // taken while it is held.
   mutable std::shared_mutex m_tableAccess;
+  // Loggers as the table of names finds them. Changed under the table's own lock.
+  LOGLoggerIndex m_index;
   std::vector<LOGLogger*> m_allLoggers;                  // guarded like the table
   std::vector<std::unique_ptr<LOGLogger>> m_notInTable;  // guarded like the table
 };

@@ -81,6 +81,9 @@ class LOG4ZEB_EXPORT I18NString {
   int compare(const I18NString& other) const noexcept;
   /// The sum over the code units, first to last, of hash * 31 + unit, modulo 2^32.
   std::uint32_t hash() const noexcept;
+  /// A number that equal texts have in common, much faster than hash(); another one in another
+  /// version of the library.
+  std::uint32_t quickHash() const noexcept;
 
   I18NString& append(const I18NString& text) {
     if (text.m_hasLoneSurrogate) {
