@@ -44,8 +44,7 @@ LOGLogger::LOGLogger(const LOGLogger& other)
       m_additive(other.getAdditivity()),
       m_parent(other.getParent()),
       m_aai(other.m_aai),
-      m_repository(other.getRepository()),
-      m_resourceBundle(other.m_resourceBundle) {
+      m_repository(other.getRepository()) {
   storeLevel(other.getLevel());
 }
 
@@ -60,7 +59,6 @@ LOGLogger& LOGLogger::operator=(const LOGLogger& other) {
     m_aai = other.m_aai;
     m_repository = other.getRepository();
     storeLevel(level);
-    m_resourceBundle = other.m_resourceBundle;
   }
   return *this;
 }
@@ -219,7 +217,8 @@ void LOGLogger::setLevel(LOGLevel* level) {
 }
 
 const I18NString& LOGLogger::getResourceBundleString(const I18NString&) const {
-  return m_resourceBundle;
+  static const auto* const none = new I18NString;
+  return *none;
 }
 
 void LOGLogger::addAppender(LOGAppenderSkeleton* newAppender) {

@@ -208,7 +208,6 @@ class LOG4ZEB_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   std::atomic<LOGLogger*> m_parent{nullptr};
   LOGAppenderAttachableImpl m_aai;  // guarded by the logger's lock
   std::atomic<LOGLoggerRepository*> m_repository{nullptr};
-  I18NString m_resourceBundle;
   std::vector<std::unique_ptr<LOGLevel>> m_levelCopies;  // guarded by the logger's lock
 };
 
