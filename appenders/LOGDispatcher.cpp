@@ -1,5 +1,7 @@
 #include "appenders/LOGDispatcher.h"
 
+#include <algorithm>
+#include <chrono>
 #include <utility>
 
 #include "appenders/LOGAppenderAttachableImpl.h"
@@ -14,6 +16,11 @@ namespace {
 
 constexpr const char* SOURCE = "LOGDispatcher";
 constexpr unsigned int LONGEST_PAUSE = 10000;  // milliseconds; ended early by whatever happens
+
+using Clock = std::chrono::steady_clock;
+
+/// What is taken out of the queue beyond the next event is delivered within about this time.
+constexpr Clock::duration SURPLUS_TIME = std::chrono::milliseconds(1);
 
 constexpr LOGFailureTexts RUN_TEXTS{"LOGDispatcher::run --- some i18nstring exception occurred",
                                     "LOGDispatcher::run --- some ZEBThrowable exception occurred",
@@ -68,15 +75,24 @@ void LOGDispatcher::deliverNext() {
   // Asked for before space is made, so that no further thread that logs takes that space and then,
   // waiting for more, keeps the lock which delivery needs.
   LOGAsyncAppender::DispatcherTurn turn(*m_container);
-  takeOut();
+  const bool isSpaceWanted = m_bf->isSpaceWanted();
+  takeOut(isSpaceWanted ? m_surplus : 0);
   turn.begin();
+  const auto begin = isSpaceWanted ? Clock::now() : Clock::time_point();
+  int delivered = 0;
   do {
     deliver(std::exchange(m_taken[m_nextTaken], nullptr));
     ++m_nextTaken;
+    ++delivered;
     if (m_bf->isWaitingEnded()) {
       forgetTaken();  // closed, as what is still queued is dropped
     }
   } while (hasTaken() && !turn.isLockWanted());
+  if (isSpaceWanted) {
+    const auto time = std::max<Clock::duration>(Clock::now() - begin, std::chrono::microseconds(1));
+    m_surplus = static_cast<int>(std::min<std::int64_t>(
+        m_bf->getMaxSize() / 2, delivered * SURPLUS_TIME.count() / time.count()));
+  }
 }
 
 void LOGDispatcher::deliver(LOGLoggingEvent* event) {
@@ -89,11 +105,10 @@ void LOGDispatcher::deliver(LOGLoggingEvent* event) {
   m_bf->noteDelivered(1);
 }
 
-void LOGDispatcher::takeOut() {
-  // Whoever waits for space gets as much that it is not woken for every single event.
-  int surplus = 0;
-  if (!hasTaken()) {
-    surplus = m_bf->isSpaceWanted() ? m_bf->getMaxSize() / 2 : 0;
+void LOGDispatcher::takeOut(int surplus) {
+  if (hasTaken()) {
+    surplus = 0;
+  } else {
     forgetTaken();
     takeOne();
   }

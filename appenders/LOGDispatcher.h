@@ -32,7 +32,7 @@ class LOG4ZEB_EXPORT LOGDispatcher : public ZEBThread {
   /// One pass under the queue's lock; false when the thread is to end.
   bool drain();
   void deliverNext();
-  void takeOut();
+  void takeOut(int surplus);
   void takeOne();
   bool hasTaken() const { return m_nextTaken < m_taken.size(); }
   void deliver(LOGLoggingEvent* event);
@@ -43,6 +43,9 @@ class LOG4ZEB_EXPORT LOGDispatcher : public ZEBThread {
   LOGAsyncAppender* m_container;
   std::vector<LOGLoggingEvent*> m_taken;  // out of the queue and owned; used by the thread only
   std::size_t m_nextTaken = 0;            // those before it were delivered
+  // How many events more than one are taken out when somebody waits for space, so that it is not
+  // woken for every single event: none unless delivering them takes no time to speak of.
+  int m_surplus = 0;
   std::atomic<int> interrupted{0};
   std::atomic<std::uint64_t> m_threadId{0};
 };

@@ -18,6 +18,7 @@
 #include "core/LOGNDC.h"
 #include "core/LOGRootLogger.h"
 #include "platform/ZEBAssertError.h"
+#include "platform/ZEBThreadGuard.h"
 #include "support/CapturingAppender.h"
 #include "support/Workplace.h"
 
@@ -104,6 +105,42 @@ TEST_F(AsyncAppenderTest, MakesCallersWaitForSpaceAndResizesMeanwhile) {
   }
   EXPECT_EQ(async.flush(10000), 1);
   EXPECT_EQ(capture.messages.size(), logged);
+}
+
+TEST_F(AsyncAppenderTest, CallersWithRoomWaitForTheListsLockButNotForADelivery) {
+  std::atomic<bool> isHeld{true};
+  capture.onAppend = [&](LOGLoggingEvent*) {
+    while (isHeld) {
+      std::this_thread::sleep_for(milliseconds(1));
+    }
+  };
+  async.addAppender(&capture);
+  for (int i = 0; i <= LOGAsyncAppender::DEFAULT_BUFFER_SIZE; ++i) {
+    logger->info("x");  // returns although nothing is delivered
+  }
+  std::atomic<bool> logged{false};
+  std::thread caller([&] {
+    logger->info("one too many");
+    logged = true;
+  });
+  std::this_thread::sleep_for(milliseconds(50));
+  EXPECT_FALSE(logged) << "there is no room";
+  isHeld = false;
+  caller.join();
+  EXPECT_EQ(async.flush(10000), 1);
+  logged = false;
+  {
+    const ZEBThreadGuard list(async.getAAI()->getCriticalSection());
+    caller = std::thread([&] {
+      logger->info("there is room");
+      logged = true;
+    });
+    std::this_thread::sleep_for(milliseconds(50));
+    EXPECT_FALSE(logged);
+  }
+  caller.join();
+  EXPECT_EQ(async.flush(10000), 1);
+  EXPECT_EQ(capture.messages.size(), LOGAsyncAppender::DEFAULT_BUFFER_SIZE + 3U);
 }
 
 TEST_F(AsyncAppenderTest, ResizesAnIdleQueueAtOnceAndTakesACapacityBelowOneAsOne) {

@@ -15,6 +15,8 @@
 #include "core/LOGRootLogger.h"
 #include "log4zeb.h"
 #include "platform/ZEBAssertError.h"
+#include "platform/ZEBThread.h"
+#include "platform/ZEBThreadGuard.h"
 #include "support/CapturingAppender.h"
 #include "support/Workplace.h"
 
@@ -133,6 +135,68 @@ TEST_F(Hierarchy, InheritsLevelsAndAppliesTheThreshold) {
   root.setLevel(nullptr);
   hierarchy.getLogger("other")->fatal("no level anywhere");
   EXPECT_EQ(capture.messages, (Messages{"1", "2", "3", "4"}));
+}
+
+TEST_F(Hierarchy, ForgetsWhatItRememberedOfLevelsWhenTheyChange) {
+  LOGLogger* const logger = hierarchy.getLogger("a.b.c");
+  const auto logs = [&] {
+    const std::size_t before = capture.messages.size();
+    logger->info("x");
+    return capture.messages.size() > before;
+  };
+  root.setLevel(level("WARN"));
+  EXPECT_FALSE(logs());
+  hierarchy.getLogger("a")->setLevel(level("INFO"));
+  EXPECT_TRUE(logs()) << "a parent that was not there before";
+  hierarchy.setThreshold(level("ERROR"));
+  EXPECT_FALSE(logs());
+  hierarchy.setThreshold(level("ALL"));
+  EXPECT_TRUE(logs());
+  logger->getParent()->setLevel(nullptr);
+  EXPECT_FALSE(logs());
+  logger->setParent(nullptr);
+  logger->setLevel(nullptr);
+  EXPECT_FALSE(logs()) << "no level at all";
+}
+
+TEST(Logger, AsksARepositoryOfAnotherClassEveryTime) {
+  class Moody : public LOGHierarchy {
+   public:
+    using LOGHierarchy::LOGHierarchy;
+    int isDisabled(int) override { return disabled; }
+    int disabled = 1;
+  };
+  const Workplace workplace;
+  LOGRootLogger root(level("ALL"));
+  Moody moody(&root);
+  CapturingAppender capture;
+  root.addAppender(&capture);
+  LOGLogger* const logger = moody.getLogger("a");
+  for (moody.disabled = 0; moody.disabled < 2; ++moody.disabled) {
+    logger->info("x");
+  }
+  moody.disabled = 0;
+  logger->info("y");
+  EXPECT_EQ(capture.messages, (Messages{"x", "y"}));
+}
+
+TEST_F(Hierarchy, WaitsForLocksThatOthersHoldAlsoWhereThereIsNothingToDo) {
+  root.setLevel(level("ALL"));
+  LOGLogger* const logger = hierarchy.getLogger("a.b");
+  LOGLogger* const parent = hierarchy.getLogger("a");
+  std::atomic<bool> logged{false};
+  std::thread other;
+  {
+    const ZEBThreadGuard held(parent->getCriticalSection());
+    other = std::thread([&] {
+      logger->info("x");
+      logged = true;
+    });
+    ZEBThread::sleep(50);
+    EXPECT_FALSE(logged);
+  }
+  other.join();
+  EXPECT_EQ(capture.messages, Messages{"x"});
 }
 
 TEST_F(Hierarchy, StopsAtALoggerWithoutAdditivityAndWarnsOnce) {
