@@ -2,9 +2,8 @@
 #define PLATFORM_ZEBTHREADCRITICALSECTION_H
 
 #include <atomic>
-#include <mutex>
 
-#include "platform/LOG4ZEBExport.h"
+#include "platform/ZEBThreadMutex.h"
 
 /// A lock that its owner may take again; it is free when it was left as often as it was taken.
 /// Constant-initialised, so that an object of static storage works from the first static
@@ -22,7 +21,7 @@ class LOG4ZEB_EXPORT ZEBThreadCriticalSection {
   void leave() noexcept;
 
  private:
-  std::mutex m_mutex;
+  ZEBThreadMutex m_mutex;
   // Only the owner ever reads its own mark here, so no order with other memory is needed.
   std::atomic<const void*> m_owner{nullptr};
   int m_depth = 0;  // used by the owner only
