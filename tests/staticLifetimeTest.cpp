@@ -2,12 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-
+#include "support/ChildProcess.h"
 #include "support/Workplace.h"
 
 TEST(StaticLifetime, LogsBeforeAndAfterMainAndWritesItsBufferAtTheEnd) {
   Workplace workplace;
-  ASSERT_EQ(std::system("\"" LOG4ZEB_STATIC_LIFETIME "\" s.log"), 0);
+  ASSERT_EQ(ChildProcess(LOG4ZEB_STATIC_LIFETIME, {"s.log"}).wait().exitCode, 0);
   EXPECT_EQ(Workplace::lines("s.log"), (std::vector<std::string>{"in main", "destructor late"}));
 }
