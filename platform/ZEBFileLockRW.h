@@ -1,6 +1,8 @@
 #ifndef PLATFORM_ZEBFILELOCKRW_H
 #define PLATFORM_ZEBFILELOCKRW_H
 
+#include <atomic>
+#include <cstdint>
 #include <shared_mutex>
 
 #include "platform/ZEBThreadRWLockableResource.h"
@@ -20,13 +22,20 @@ class LOG4ZEB_EXPORT ZEBFileLockRW : public ZEBThreadRWLockableResource {
   /// REQUIRES: nobody holds the lock.
   void setFile(ZEBFmFile* file) noexcept { m_boundFile = file; }
 
+  /// Both throw ZEBSystemError when the calling thread holds the lock for writing already.
   void lockForWriting() override;
   void lockForReading() override;
   void unlockAfterWriting() noexcept override;
   void unlockAfterReading() noexcept override;
 
  private:
+  static constexpr std::uint64_t NOBODY = 0;
+
+  void refuseTheWriter() const;
+
   std::shared_mutex m_threads;
+  // The number of the thread that writes, which a thread sees as its own only when it is.
+  std::atomic<std::uint64_t> m_writer{NOBODY};
   ZEBFmFile* m_boundFile = nullptr;
   bool m_fileLocked = false;  // guarded by m_threads
 };

@@ -23,8 +23,8 @@ void ZEBThreadCriticalSection::enter() {
   try {
     m_mutex.lock();
   } catch (const std::system_error& refused) {
-    throw ZEBSystemError("critical section", refused.code().value(),
-                         "ZEBThreadCriticalSection::enter", __LINE__);
+    throw ZEBSystemError("critical section", refused.code(), "ZEBThreadCriticalSection::enter",
+                         __LINE__);
   }
   m_owner.store(self, std::memory_order_relaxed);
   m_depth = 1;

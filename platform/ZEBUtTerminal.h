@@ -9,7 +9,7 @@
 class ZEBUtTerminal {
  public:
   static bool isStandardError();
-  /// Makes standard input and output pass every byte as it is, line ends too.
+  /// Makes the standard streams pass every byte as it is, line ends too.
   static void passBytesUnchanged();
   /// What main() was given, in UTF-8.
   static std::vector<std::string> arguments(int count, char** given);

@@ -311,7 +311,7 @@ TEST(SharedRollingAppender, LosesNothingFromItsFirstEventOnUnderTwoLoggers) {
   appender.setLayout(&layout);
   appender.setFile("shared.log");
   appender.setAppend(0);
-  appender.setMaximumFileSize(100);  // a rollover every dozen lines
+  appender.setMaximumFileSize(500);  // a rollover every sixty lines
   appender.setMaxBackupIndex(100000);
   LOGLogger* const loggers[] = {LOGManager::getLogger("one"), LOGManager::getLogger("two")};
   for (LOGLogger* const logger : loggers) {

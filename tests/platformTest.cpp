@@ -482,6 +482,7 @@ TEST_F(FmDir, TestsTypeAndPermissions) {
   EXPECT_EQ(ZEBFmDir::exists("absent", ZEBFmDir::READ_WRITE_FILE), 0);
   fs::permissions("file", fs::perms::owner_read);
   EXPECT_EQ(ZEBFmDir::exists("file", ZEBFmDir::READ_WRITE_FILE), 0);
+  fs::permissions("file", fs::perms::owner_all);
 }
 
 TEST_F(FmDir, RenamesReplacingRemovesAndLists) {
@@ -594,7 +595,8 @@ TEST(Throwable, RaisesItsFullType) {
   const std::unique_ptr<ZEBThrowable> error =
       std::make_unique<ZEBSystemError>("a file", NO_PERMISSION, "here", 3);
   EXPECT_THROW(error->raise(), ZEBSystemError);
-  EXPECT_EQ(error->getDescription(), "a file: Permission denied");
+  EXPECT_TRUE(error->getDescription().startsWith("a file: "));
+  EXPECT_NE(error->getDescription().indexOf("denied"), I18NString::NOT_FOUND);
   try {
     const int* const event = nullptr;
     ZEB_ASSERT(event, "there", 4);

@@ -15,7 +15,7 @@ bool ZEBUtTerminal::isStandardError() {
 }
 
 void ZEBUtTerminal::passBytesUnchanged() {
-  for (FILE* const stream : {stdin, stdout}) {
+  for (FILE* const stream : {stdin, stdout, stderr}) {
     _setmode(_fileno(stream), _O_BINARY);
   }
 }
