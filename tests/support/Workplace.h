@@ -31,12 +31,8 @@ class Workplace {
   /// it; returns what the configurator returned.
   static int configure(const std::string& children, const std::string& rootAttributes = "");
   static constexpr const char* DOCUMENT = "test.xml";
-  /// A file that can be opened, and whose disk is full. On Windows it is there under Wine only.
-#ifdef _WIN32
-  static constexpr const char* FULL_DISK = "Z:/dev/full";
-#else
+  /// A file that can be opened, and whose disk is full.
   static constexpr const char* FULL_DISK = "/dev/full";
-#endif
 
  private:
   std::filesystem::path m_before;
