@@ -9,13 +9,11 @@ BUILD="$ROOT/build-windows"
 # Expat and GoogleTest built for Windows, and CLI11.
 DEPS="$BUILD/deps"
 TOOLCHAIN="$ROOT/cmake/mingw-w64.cmake"
+WINE_RUN="$ROOT/scripts/wine.sh"
+WINE_SERVER=/usr/lib/wine/wineserver64
 
-WINDOWS_NEEDED=(
-  'g++-mingw-w64-x86-64-posix command:x86_64-w64-mingw32-g++-posix'
-  'wine64 command:/usr/lib/wine/wine64'
-  'dpkg-dev command:dpkg-source'
-  'googletest command:/usr/src/googletest'
-)
+# Debian's packages; there is no other way to come by all of them.
+WINDOWS_NEEDED=(g++-mingw-w64-x86-64-posix wine64 dpkg-dev googletest)
 
 skip() {
   printf '\n== SKIPPED: ALL THAT CONCERNS WINDOWS. %s\n\n' "$*"
@@ -25,9 +23,9 @@ skip() {
 # Installs the cross compiler and Wine, or passes.
 ensure_cross_packages() {
   is_debian || skip "It needs Debian's packages of MinGW-w64, Wine and Expat's source."
-  local entry missing=()
-  for entry in "${WINDOWS_NEEDED[@]}"; do
-    is_present "${entry% *}" "package:" || missing+=("${entry% *}")
+  local package missing=()
+  for package in "${WINDOWS_NEEDED[@]}"; do
+    is_present "$package" package: || missing+=("$package")
   done
   [[ ${#missing[@]} == 0 ]] || (install_packages "${missing[@]}") ||
     skip "Not installed: ${missing[*]}"
@@ -98,9 +96,69 @@ build_dependencies() {
   fi
 }
 
+# A server that stays, so that not every program has to wait for one, and so that none of them
+# becomes one that keeps their output open.
+start_wine() {
+  export WINEPREFIX="$BUILD/wine" WINEDEBUG=-all
+  say "making Wine ready"
+  mkdir -p -- "$WINEPREFIX"
+  end_wine  # that of a run that was interrupted
+  trap end_wine EXIT
+  "$WINE_SERVER" -p >/dev/null 2>&1 </dev/null || fail "the server of Wine does not start"
+  "$WINE_RUN" cmd.exe /c exit >/dev/null 2>&1 </dev/null || fail "Wine does not start"
+}
+
+end_wine() {
+  "$WINE_SERVER" -k >/dev/null 2>&1 || true
+}
+
+# exported_names: prints what the DLL exports, as it reads in the source.
+exported_names() {
+  x86_64-w64-mingw32-objdump -p "$BUILD/bin/kivlog4zeb.dll" |
+    sed -n -e '/^\[Ordinal\/Name Pointer\] Table/,/^$/s/^\s*\[ *[0-9]*\] //p' |
+    x86_64-w64-mingw32-c++filt -n
+}
+
+# Fails when the DLL exports anything but classes and functions that their header offers.
+check_exports() {
+  local public exported owners hidden
+  public=$(cd -- "$ROOT" && find . -path './build*' -prune -o -name '*.h' -print0 | xargs -0 \
+    sed -n -E -e 's/^(class|struct) LOG4ZEB_EXPORT ([A-Za-z0-9_]+).*/\2/p' \
+    -e 's/^LOG4ZEB_EXPORT .* (operator[^(]+|[A-Za-z0-9_]+)\(.*/\1/p' | sort -u)
+  exported=$(exported_names)
+  owners=$(sed -E -e 's/^(vtable|VTT|typeinfo name|typeinfo|guard variable) for //' \
+    -e 's/^(virtual|non-virtual) thunk to //' -e 's/\(.*//' -e 's/::.*//' <<<"$exported" | sort -u)
+  hidden=$(comm -13 <(printf '%s\n' "$public") <(printf '%s\n' "$owners"))
+  [[ -n $owners ]] || fail "kivlog4zeb.dll exports nothing"
+  [[ -z $hidden ]] || fail "kivlog4zeb.dll exports what is hidden: ${hidden//$'\n'/, }"
+  say "kivlog4zeb.dll exports $(wc -l <<<"$exported") symbols, all of" \
+    "$(wc -l <<<"$owners") public classes and functions"
+}
+
+# Builds the first example with nothing but what is installed, and has it log.
+check_installed() {
+  local installed="$BUILD/installed" program
+  rm -rf -- "$installed"
+  cmake --install "$BUILD" --prefix "$installed" >/dev/null
+  # Beside the DLL, which is then found before that of the build.
+  program="$installed/bin/first.exe"
+  x86_64-w64-mingw32-g++-posix -std=c++17 -I"$installed/include/kivlog4zeb" \
+    "$ROOT/examples/first/first.cpp" -L"$installed/lib" -lkivlog4zeb -o "$program"
+  (cd -- "$installed" && "$WINE_RUN" "$program" "Z:$ROOT/examples/first/first.xml")
+  (($(grep -c ' INFO .* shop.orders - ' "$installed/first.log") == 4)) ||
+    fail "the application built on what is installed did not log 4 lines"
+  say "an application built on the installed headers and import library has logged"
+}
+
 ensure_cross_packages
 ensure_packages
 mkdir -p -- "$BUILD"
 (fetch_expat) || skip "The source of Expat cannot be had."
 build_dependencies
+start_wine
 build windows
+say "running the tests under Wine"
+ctest --test-dir "$BUILD" --output-on-failure -j2 "$@"
+check_exports
+check_installed
+say "all that concerns Windows has passed"
