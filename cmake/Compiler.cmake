@@ -27,6 +27,10 @@ function(log4zeb_compile_options target)
   if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
     target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor
       -Woverloaded-virtual -Wconversion -Wno-sign-conversion)
+    if(MINGW)
+      # It takes a local object that takes itself out of a list at its end for one that stays there.
+      target_compile_options(${target} PRIVATE -Wno-dangling-pointer)
+    endif()
     if(LOG4ZEB_WERROR)
       target_compile_options(${target} PRIVATE -Werror)
     endif()

@@ -9,6 +9,7 @@
 
 #include "platform/ZEBFmDir.h"
 #include "platform/ZEBFmFile.h"
+#include "platform/ZEBThreadMutex.h"
 #include "platform/ZEBTranslate.h"
 
 namespace {
@@ -20,7 +21,7 @@ constexpr const char* ERR_PREFIX = "log4zeb:ERROR ";
 constexpr const char* WARN_PREFIX = "log4zeb:WARN ";
 
 /// The last lock of all: nothing else is taken while it is held.
-std::mutex g_lock;
+ZEBThreadMutex g_lock;
 
 [[noreturn]] void passOn(ZEBThrowable& t, const char* operation) {
   t.addBackTrace("ZEB_RETHROW", operation);
@@ -75,7 +76,7 @@ void LOGLogLog::writeMsg(const char* prefix, const I18NString& msg) {
   if (m_initialized.load(std::memory_order_acquire) != 0 && m_fileLogEnabled.load() == 0) {
     return;
   }
-  const std::lock_guard<std::mutex> guard(g_lock);
+  const std::lock_guard<ZEBThreadMutex> guard(g_lock);
   initLocked();
   if (m_fileLogEnabled.load() == 0 || msg.isEmpty()) {
     return;
@@ -89,7 +90,7 @@ void LOGLogLog::writeMsg(const char* prefix, const I18NString& msg) {
 }
 
 void LOGLogLog::init() {
-  const std::lock_guard<std::mutex> guard(g_lock);
+  const std::lock_guard<ZEBThreadMutex> guard(g_lock);
   initLocked();
 }
 
@@ -129,7 +130,7 @@ void LOGLogLog::openDebugFile(const I18NString& name) {
 }
 
 void LOGLogLog::shutdown() {
-  const std::lock_guard<std::mutex> guard(g_lock);
+  const std::lock_guard<ZEBThreadMutex> guard(g_lock);
   if (m_fileLogEnabled.load() == 0) {
     return;
   }

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "core/LOGLogLog.h"
+#include "platform/ZEBThreadMutex.h"
 
 namespace {
 
@@ -14,7 +15,7 @@ constexpr const char* ALL_IPV4 = "";
 constexpr const char* ALL_IPV6 = "::";
 constexpr int ANY_PORT = 0;
 
-std::mutex g_hostLock;  // guards LOGSyslogWriter::m_syslogHost
+ZEBThreadMutex g_hostLock;  // guards LOGSyslogWriter::m_syslogHost
 
 }  // namespace
 
@@ -22,7 +23,7 @@ I18NString* LOGSyslogWriter::m_syslogHost = nullptr;
 
 LOGSyslogWriter::LOGSyslogWriter(const I18NString& syslogHost)
     : m_destination(ADDRESS_NAME), m_host(syslogHost) {
-  const std::lock_guard<std::mutex> guard(g_hostLock);
+  const std::lock_guard<ZEBThreadMutex> guard(g_hostLock);
   if (m_syslogHost == nullptr) {
     m_syslogHost = new I18NString;
   }
@@ -32,7 +33,7 @@ LOGSyslogWriter::LOGSyslogWriter(const I18NString& syslogHost)
 LOGSyslogWriter::~LOGSyslogWriter() = default;
 
 I18NString LOGSyslogWriter::sharedHost() {
-  const std::lock_guard<std::mutex> guard(g_hostLock);
+  const std::lock_guard<ZEBThreadMutex> guard(g_hostLock);
   return *m_syslogHost;
 }
 

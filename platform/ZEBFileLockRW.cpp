@@ -4,17 +4,21 @@
 
 #include "platform/ZEBFmFile.h"
 #include "platform/ZEBSystemError.h"
-#include "platform/ZEBThreadGuard.h"
 
 ZEBFileLockRW::~ZEBFileLockRW() = default;
 
-void ZEBFileLockRW::lockForWriting() {
+void ZEBFileLockRW::enter(const char* source) {
   m_entry.enter();
   if (m_isWriting) {  // m_entry lets the same thread in again
     m_entry.leave();
-    throw ZEBSystemError("file lock", static_cast<int>(std::errc::resource_deadlock_would_occur),
-                         "ZEBFileLockRW::lockForWriting", __LINE__);
+    throw ZEBSystemError("file lock",
+                         std::make_error_code(std::errc::resource_deadlock_would_occur), source,
+                         __LINE__);
   }
+}
+
+void ZEBFileLockRW::lockForWriting() {
+  enter("ZEBFileLockRW::lockForWriting");
   m_isWriting = true;
   if (m_readers.load(std::memory_order_acquire) > 0) {
     std::unique_lock<std::mutex> lock(m_readersLock);
@@ -28,9 +32,12 @@ void ZEBFileLockRW::lockForWriting() {
 }
 
 void ZEBFileLockRW::lockForReading() {
-  const ZEBThreadGuard guard(m_entry);
-  const std::lock_guard<std::mutex> lock(m_readersLock);
-  ++m_readers;
+  enter("ZEBFileLockRW::lockForReading");
+  {
+    const std::lock_guard<std::mutex> lock(m_readersLock);
+    ++m_readers;
+  }
+  m_entry.leave();
 }
 
 void ZEBFileLockRW::unlockAfterWriting() noexcept {

@@ -28,11 +28,13 @@ class LOG4ZEB_EXPORT ZEBFileLockRW : public ZEBThreadRWLockableResource {
   void unlockAfterReading() noexcept override;
 
  private:
+  void enter(const char* source);
+
   // Held by the writer, and by each reader while it comes in: a writer without readers, which is
   // all that appenders know, needs nothing else.
   ZEBThreadCriticalSection m_entry;
-  std::atomic<int> m_readers{
-      0};  // changed under m_readersLock; does not grow while m_entry is held
+  // Changed under m_readersLock; does not grow while m_entry is held.
+  std::atomic<int> m_readers{0};
   std::mutex m_readersLock;
   std::condition_variable m_readersLeft;
   ZEBFmFile* m_boundFile = nullptr;

@@ -18,8 +18,8 @@ class ZEBFmDir {
   /// 1 when something of the type in `mode` (the type bits of a file mode) exists under the name
   /// and has all of the permission bits in `mode`, else 0.
   static int exists(const I18NString& name, int mode);
-  /// Splits before the file name: the directory part without its last separator (but "/" whole),
-  /// empty when there is none, and the file part.
+  /// Splits before the file name: the directory part without its last separator (but "/" whole,
+  /// and on Windows "C:" and "C:\"), empty when there is none, and the file part.
   static std::pair<I18NString, I18NString> splitPath(const I18NString& name);
   /// Non-zero on success.
   static int removeFile(const I18NString& name);

@@ -11,7 +11,7 @@
 /// here, whichever the mode, and unless buffering was asked for the whole record is with the
 /// operating system when write() returns: it survives the death of the process, and records of
 /// several processes stand in the file whole. The file is not inherited by programs that the
-/// process starts.
+/// process starts, and may be renamed and removed while it is open.
 ///
 /// An object is used by one thread at a time; the exception is the buffer, which the end of the
 /// process may write out while another thread still logs.
@@ -66,8 +66,8 @@ class LOG4ZEB_EXPORT ZEBFmFile {
 
   /// Whether one write to this file appends atomically next to other processes.
   bool appendIsAtomic() const noexcept { return m_appendIsAtomic; }
-  /// Takes and leaves the operating system's advisory lock on the whole file, which the kernel
-  /// frees when the process dies. lock returns 1, or 0 when the file has no such lock.
+  /// Takes and leaves the operating system's lock on the file, which it frees when the process dies
+  /// and which readers do not notice. lock returns 1, or 0 when the file has no such lock.
   int lockAcrossProcesses();
   void unlockAcrossProcesses() noexcept;
 

@@ -12,9 +12,9 @@ class ZEBSharedLibrary {
   using Function = void (*)();
 
   /// Loads the library of that base name, without the system's prefix and suffix, from where the
-  /// system looks for libraries; where files are named libNAME.so, a file NAME.so is the second
-  /// choice. Runs the library's initialisers. Returns 1, or 0 when there is no such library or it
-  /// cannot be loaded: then nothing is loaded here, whatever was before.
+  /// system looks for libraries: libNAME.so or else NAME.so, on Windows NAME.dll or else
+  /// libNAME.dll. Runs the library's initialisers. Returns 1, or 0 when there is no such library or
+  /// it cannot be loaded: then nothing is loaded here, whatever was before.
   int load(const I18NString& name);
   /// Whether the last load() succeeded.
   int isLoaded() const noexcept { return m_handle != nullptr ? 1 : 0; }

@@ -79,8 +79,8 @@ void ZEBThreadCriticalSection::waitFor(Mark self) {
       place.left.wait(lock);
     }
   } catch (const std::system_error& refused) {
-    throw ZEBSystemError("critical section", refused.code().value(),
-                         "ZEBThreadCriticalSection::enter", __LINE__);
+    throw ZEBSystemError("critical section", refused.code(), "ZEBThreadCriticalSection::enter",
+                         __LINE__);
   }
 }
 

@@ -2,9 +2,8 @@
 // console.
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <cstdlib>
+#include <fstream>
 #include <memory>
 #include <thread>
 
@@ -24,6 +23,7 @@
 #include "platform/ZEBFmFile.h"
 #include "platform/ZEBSystemError.h"
 #include "support/CapturingAppender.h"
+#include "support/RedirectedStream.h"
 #include "support/Workplace.h"
 
 namespace {
@@ -59,25 +59,6 @@ class AppenderTest : public testing::Test {
 
   Workplace workplace;
   CapturingAppender appender{"A"};
-};
-
-/// Standard output or error, led into a file while the object lives.
-class RedirectedStream {
- public:
-  RedirectedStream(int stream, const char* fileName)
-      : m_stream(stream), m_saved(dup(stream)), m_file(std::fopen(fileName, "w")) {
-    dup2(fileno(m_file), m_stream);
-  }
-  ~RedirectedStream() {
-    dup2(m_saved, m_stream);
-    ::close(m_saved);
-    std::fclose(m_file);
-  }
-
- private:
-  int m_stream;
-  int m_saved;
-  std::FILE* m_file;
 };
 
 }  // namespace
@@ -281,13 +262,13 @@ TEST_F(AppenderTest, ConsoleWritesAtOnceAndLeavesTheStreamOpen) {
   append(console, "closed until activated");
   EXPECT_EQ(Workplace::diagnosticsWith("closed appender named [console]"), 1);
   {
-    const RedirectedStream redirected(STDERR_FILENO, "stderr.txt");
+    RedirectedStream redirected(ZEBFmFile::STANDARD_ERROR, "stderr.txt");
     console.setTarget("ERR");
     EXPECT_EQ(console.getTarget(), I18NString("ERR"));
     append(console, "to standard error");
     EXPECT_EQ(Workplace::read("stderr.txt"), "to standard error\r\n");
     console.close();
-    EXPECT_EQ(write(STDERR_FILENO, "still open", 10), 10);
+    EXPECT_TRUE(redirected.write("still open"));
   }
   EXPECT_EQ(Workplace::read("stderr.txt"), "to standard error\r\nstill open");
   console.activateOptions();
@@ -298,11 +279,10 @@ TEST_F(AppenderTest, ConsoleWritesAtOnceAndLeavesTheStreamOpen) {
 TEST_F(AppenderTest, ConsoleAppendsToAFileThatOthersWriteToo) {
   LOGLayout layout;
   LOGConsoleAppender console(&layout);
-  const RedirectedStream redirected(STDERR_FILENO, "both.txt");
+  const RedirectedStream redirected(ZEBFmFile::STANDARD_ERROR, "both.txt");
   console.setTarget("err");
   append(console, "1");
-  Workplace::write("more.txt", "from elsewhere\r\n");
-  ASSERT_EQ(std::system("cat more.txt >> both.txt"), 0);
+  std::ofstream("both.txt", std::ios::binary | std::ios::app) << "from elsewhere\r\n";
   append(console, "2");
   EXPECT_EQ(Workplace::lines("both.txt"), (Messages{"1", "from elsewhere", "2"}));
 }

@@ -196,7 +196,7 @@ TEST_F(Dom, TellsWhyAFileCannotBeRead) {
       {"", "cannot be opened"},
       {".", "is a directory"},
       {"empty.xml", "is empty"},
-      {"/proc/self/mem", "cannot be read: Input/output error"},
+      {"/proc/self/mem", "cannot be read: "},
       {"/dev/zero", "larger than 64 MiB"},
   };
   for (const auto& [name, reason] : cases) {

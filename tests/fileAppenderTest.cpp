@@ -120,13 +120,14 @@ TEST_F(FileAppenderTest, TriesAMissingDirectoryAgainWithEveryEvent) {
 }
 
 TEST_F(FileAppenderTest, ReportsAFullDiskOnceAnEventAndGoesOn) {
-  LOGFileAppender appender(&layout, "/dev/full");
+  LOGFileAppender appender(&layout, Workplace::FULL_DISK);
   append(appender, "1");
   append(appender, "2");
   EXPECT_EQ(Workplace::diagnosticsEqual(
                 "log4zeb:ERROR LOGQuietWriter::write -- ZEBThrowable exception occurred"),
             2);
-  LOGRollingFileAppender rolling(&layout, "/proc/none.log");
+  fs::create_directory("directory");
+  LOGRollingFileAppender rolling(&layout, "directory");
   EXPECT_EQ(Workplace::diagnosticsEqual("log4zeb:ERROR LOGRollingFileAppender::setFile -- LOGGING "
                                         "DISABLED -- UNABLE TO OPEN LOG FILE."),
             1);
@@ -147,7 +148,7 @@ TEST_F(FileAppenderTest, HoldsBufferedRecordsBackAndCutsThemOnlyBetweenRecords) 
 }
 
 TEST_F(FileAppenderTest, ReportsBufferedRecordsThatAreLost) {
-  LOGFileAppender appender(&layout, "/dev/full", 1, 1, 4096);
+  LOGFileAppender appender(&layout, Workplace::FULL_DISK, 1, 1, 4096);
   append(appender, "buffered");
   EXPECT_TRUE(Workplace::diagnosticsWith("ERROR") == 0);
   appender.close();
@@ -310,7 +311,7 @@ TEST(SharedRollingAppender, LosesNothingFromItsFirstEventOnUnderTwoLoggers) {
   appender.setLayout(&layout);
   appender.setFile("shared.log");
   appender.setAppend(0);
-  appender.setMaximumFileSize(100);  // a rollover every dozen lines
+  appender.setMaximumFileSize(500);  // a rollover every sixty lines
   appender.setMaxBackupIndex(100000);
   LOGLogger* const loggers[] = {LOGManager::getLogger("one"), LOGManager::getLogger("two")};
   for (LOGLogger* const logger : loggers) {

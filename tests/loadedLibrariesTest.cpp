@@ -2,8 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-
+#include "support/ChildProcess.h"
 #include "support/Workplace.h"
 
 TEST(LoadedLibraries, AreFoundByNameAndUsedAgainByEveryRun) {
@@ -19,7 +18,7 @@ TEST(LoadedLibraries, AreFoundByNameAndUsedAgainByEveryRun) {
                    "<layout class='LOGPatternLayout'>"
                    "<param name='ConversionPattern' value='%c %m%n'/></layout>"
                    "<filter class='LOGLogUVDDyeTraceFilter'/></appender></log4j:configuration>");
-  ASSERT_EQ(std::system("\"" LOG4ZEB_LOADED_LIBRARIES "\""), 0);
+  ASSERT_EQ(ChildProcess(LOG4ZEB_LOADED_LIBRARIES, {}).wait().exitCode, 0);
   EXPECT_EQ(Workplace::lines("f.log"),
             (std::vector<std::string>{"made! dyed text", "made! dyed order 7", "made! dyed text",
                                       "made! dyed order 7"}));

@@ -1,11 +1,9 @@
 // The appenders that send datagrams, over real sockets of this machine, and the decoders of what
 // they send. Port 514 needs the right to use it; each test takes it at an address of its own.
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <filesystem>
 #include <random>
 #include <string>
 #include <thread>
@@ -21,6 +19,7 @@
 #include "rendering/LOGRecordStream.h"
 #include "rendering/LOGRendererMap.h"
 #include "support/DatagramReceiver.h"
+#include "support/OpenSockets.h"
 #include "support/TestEvent.h"
 #include "support/Workplace.h"
 #include "tools/DatagramLine.h"
@@ -54,25 +53,7 @@ void log(LOGAppenderSkeleton& appender, const std::string& text) {
   log(appender, event);
 }
 
-struct Sockets {
-  long open = 0;
-  long inherited = 0;  // by programs that this process starts
-};
-
-Sockets sockets() {
-  Sockets found;
-  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
-    std::error_code gone;
-    if (std::filesystem::read_symlink(entry, gone).string().rfind("socket:", 0) == 0) {
-      ++found.open;
-      const int flags = fcntl(std::stoi(entry.path().filename().string()), F_GETFD);
-      found.inherited += (flags & FD_CLOEXEC) == 0 ? 1 : 0;
-    }
-  }
-  return found;
-}
-
-long openSockets() { return sockets().open; }
+long openSockets() { return OpenSockets::count().open; }
 
 std::string messageOf(const std::optional<std::string>& datagram) {
   const auto record = RecordDecoder::decode(datagram.value_or(""));
@@ -310,7 +291,7 @@ TEST_F(LocalUDPAppenderTest, TriesAFailedActivationAgainAfterASecond) {
 }
 
 TEST_F(LocalUDPAppenderTest, KeepsItsSocketUntilItIsDestroyed) {
-  const auto [before, inheritedBefore] = sockets();
+  const auto [before, inheritedBefore] = OpenSockets::count();
   {
     LOGLocalUDPAppender first(appender);
     EXPECT_TRUE(first == appender);
@@ -320,7 +301,7 @@ TEST_F(LocalUDPAppenderTest, KeepsItsSocketUntilItIsDestroyed) {
     EXPECT_EQ(openSockets(), before + 1);
     log(second, "three");
     EXPECT_EQ(openSockets(), before + 2);
-    EXPECT_EQ(sockets().inherited, inheritedBefore);
+    EXPECT_EQ(OpenSockets::count().inherited, inheritedBefore);
     first.setPort(1);
     EXPECT_TRUE(first != second);
     second = first;
@@ -360,7 +341,7 @@ TEST(NetworkAppenders, AreClosedWhileOthersLog) {
     thread.join();
   }
   const char* const refusal = "Attempted to append to closed appender";
-  const long refusedBefore = Workplace::diagnosticsWith(refusal);
+  const auto refusedBefore = Workplace::diagnosticsWith(refusal);
   log(syslog, "refused");
   log(records, "refused");
   EXPECT_EQ(Workplace::diagnosticsWith(refusal), refusedBefore + 2);

@@ -1,6 +1,7 @@
 #include "tools/CommandSupport.h"
 
 #include <cerrno>
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <system_error>
@@ -13,7 +14,7 @@ std::string CommandSupport::reason(int error) {
 
 bool CommandSupport::openToRead(std::ifstream& file, const std::string& name, const char* what) {
   errno = 0;
-  file.open(name, std::ios::in | std::ios::binary);
+  file.open(std::filesystem::u8path(name), std::ios::in | std::ios::binary);
   if (file.is_open()) {
     file.peek();
   }

@@ -13,6 +13,8 @@
 #include "layouts/LOGHTMLLayout.h"
 #include "tools/CommandSupport.h"
 
+namespace fs = std::filesystem;
+
 namespace {
 
 constexpr const char* STANDARD_INPUT = "-";
@@ -124,13 +126,13 @@ int PageCommand::makePageOf(std::istream& rows) const {
   std::ofstream file;
   if (!m_output.empty()) {
     std::error_code absent;
-    if (std::filesystem::equivalent(m_input, m_output, absent)) {
+    if (fs::equivalent(fs::u8path(m_input), fs::u8path(m_output), absent)) {
       CommandSupport::say("the page cannot be written to the file with the rows, '" + m_output +
                           "'");
       return BAD_OUTPUT;
     }
     errno = 0;
-    file.open(m_output, std::ios::out | std::ios::binary | std::ios::trunc);
+    file.open(fs::u8path(m_output), std::ios::out | std::ios::binary | std::ios::trunc);
   }
   if (!writePage(m_output.empty() ? std::cout : file, firstRow, rows)) {
     CommandSupport::say("cannot write the page" +

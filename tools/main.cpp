@@ -1,10 +1,15 @@
 // The command log4zeb: logging for shell scripts and by hand, one subcommand per purpose.
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <exception>
 #include <iostream>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "core/LOG4ZEBVersion.h"
+#include "platform/ZEBUtTerminal.h"
 #include "tools/ListenCommand.h"
 #include "tools/LogCommand.h"
 #include "tools/PageCommand.h"
@@ -14,15 +19,20 @@ namespace {
 constexpr int UNEXPECTED_FAILURE = 1;
 constexpr int BAD_ARGUMENTS = 2;
 
-int run(int argumentCount, char** arguments) {
+int run(std::vector<std::string> arguments) {
   CLI::App app("Logs through the configuration documents of LOG4ZEB", "log4zeb");
   app.set_version_flag("--version", "log4zeb " LOG4ZEB_VERSION);
   app.require_subcommand(1);
   const LogCommand log(app);
   const ListenCommand listen(app);
   const PageCommand page(app);
+  // The parser takes them from the end, without the name of the program.
+  std::reverse(arguments.begin(), arguments.end());
+  if (!arguments.empty()) {
+    arguments.pop_back();
+  }
   try {
-    app.parse(argumentCount, arguments);
+    app.parse(std::move(arguments));
   } catch (const CLI::ParseError& end) {
     // Help and version end here too, with the code 0.
     return app.exit(end) == 0 ? 0 : BAD_ARGUMENTS;
@@ -40,7 +50,8 @@ int run(int argumentCount, char** arguments) {
 
 int main(int argumentCount, char** arguments) {
   try {
-    return run(argumentCount, arguments);
+    ZEBUtTerminal::passBytesUnchanged();
+    return run(ZEBUtTerminal::arguments(argumentCount, arguments));
   } catch (const std::exception& failure) {
     std::cerr << "log4zeb: " << failure.what() << '\n';
     return UNEXPECTED_FAILURE;

@@ -36,12 +36,12 @@ std::vector<std::string> Workplace::diagnostics() {
   return fs::exists(DIAGNOSTIC_FILE) ? lines(DIAGNOSTIC_FILE) : std::vector<std::string>();
 }
 
-long Workplace::diagnosticsEqual(const std::string& line) {
+std::ptrdiff_t Workplace::diagnosticsEqual(const std::string& line) {
   const std::vector<std::string> all = diagnostics();
   return std::count(all.begin(), all.end(), line);
 }
 
-long Workplace::diagnosticsWith(const std::string& part) {
+std::ptrdiff_t Workplace::diagnosticsWith(const std::string& part) {
   const std::vector<std::string> all = diagnostics();
   return std::count_if(all.begin(), all.end(), [&](const std::string& line) {
     return line.find(part) != std::string::npos;

@@ -1,6 +1,7 @@
 #ifndef TESTS_SUPPORT_WORKPLACE_H
 #define TESTS_SUPPORT_WORKPLACE_H
 
+#include <cstddef>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -18,8 +19,8 @@ class Workplace {
   /// The lines of the diagnostics so far, without their line ends.
   static std::vector<std::string> diagnostics();
   /// How many of them are exactly, or contain, the text.
-  static long diagnosticsEqual(const std::string& line);
-  static long diagnosticsWith(const std::string& part);
+  static std::ptrdiff_t diagnosticsEqual(const std::string& line);
+  static std::ptrdiff_t diagnosticsWith(const std::string& part);
   static void clearDiagnostics();
 
   static std::string read(const std::string& fileName);
@@ -30,6 +31,8 @@ class Workplace {
   /// it; returns what the configurator returned.
   static int configure(const std::string& children, const std::string& rootAttributes = "");
   static constexpr const char* DOCUMENT = "test.xml";
+  /// A file that can be opened, and whose disk is full.
+  static constexpr const char* FULL_DISK = "/dev/full";
 
  private:
   std::filesystem::path m_before;

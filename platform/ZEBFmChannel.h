@@ -1,0 +1,82 @@
+#ifndef PLATFORM_ZEBFMCHANNEL_H
+#define PLATFORM_ZEBFMCHANNEL_H
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+
+#include "platform/I18NString.h"
+
+/// The operating system's side of ZEBFmFile: one open file or standard stream, without a buffer.
+/// Operations that fail return -1 or a number that is not 0, and leave the operating system's code
+/// in getLastError(). An object is used by one thread at a time.
+class ZEBFmChannel {
+ public:
+  /// What open() and attachStandard() return: no channel where `error` is not 0.
+  struct Opened {
+    std::unique_ptr<ZEBFmChannel> channel;
+    int error = 0;
+  };
+
+  /// Opens the named file for appending, creating it if it is absent; `truncate` empties it. The
+  /// file is not inherited by programs that the process starts, and others may rename and remove it
+  /// while it is open.
+  static Opened open(const I18NString& name, bool truncate);
+  /// Uses a standard stream, numbered as in ZEBFmFile, without owning it.
+  static Opened attachStandard(int stream);
+  /// The error of an operation on a file that is not open.
+  static int notOpenError() noexcept;
+
+  ZEBFmChannel(std::int64_t handle, bool owned);
+  ZEBFmChannel(const ZEBFmChannel&) = delete;
+  ZEBFmChannel& operator=(const ZEBFmChannel&) = delete;
+  /// Closes what is owned.
+  ~ZEBFmChannel();
+
+  /// Whether it was opened here, rather than given to the process.
+  bool isOwned() const noexcept { return m_owned; }
+  /// Whether it has positions and a size, as a terminal or a pipe has not.
+  bool isRegular() const noexcept { return m_isRegular; }
+  /// Whether every write goes to the end.
+  bool appends() const noexcept { return m_appends; }
+  /// Whether it does so atomically next to other processes. A standard stream counts as if it did:
+  /// it is for the host program to choose what it is.
+  bool appendIsAtomic() const noexcept { return m_appendIsAtomic; }
+
+  /// Writes what the system takes in one call, at least one byte; waits for a stream that does not
+  /// block. Returns the number of bytes or -1.
+  std::int64_t write(const char* bytes, std::size_t size);
+  /// Writes over what the file holds at that place, without moving position(). Returns 0 when all
+  /// of it was written.
+  int overwrite(std::int64_t position, const char* bytes, std::size_t size);
+  /// The end of what was written last, or -1.
+  std::int64_t position();
+  /// Returns 0 on success. `origin` is one of ZEBFmFile.
+  int seek(std::int64_t offset, int origin);
+  /// The size in bytes, or -1.
+  std::int64_t size();
+
+  /// Takes the operating system's lock on the file, which it frees when the process dies; readers
+  /// do not notice it. lock returns 0 on success.
+  int lock();
+  void unlock() noexcept;
+  /// Returns 0 on success. The channel is closed in any case.
+  int close() noexcept;
+
+  int getLastError() const noexcept { return m_lastError; }
+
+ private:
+  static constexpr std::int64_t CLOSED = -1;
+
+  int failed() noexcept;
+
+  std::int64_t m_handle;
+  bool m_owned;
+  bool m_isRegular = false;
+  bool m_appends = false;
+  bool m_appendIsAtomic = true;
+  bool m_maySignal = false;  // where the system has signals
+  int m_lastError = 0;
+};
+
+#endif

@@ -1,0 +1,194 @@
+#include "platform/ZEBFmChannel.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <pthread.h>
+#include <signal.h>
+#include <sys/file.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/vfs.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <ctime>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "platform/ZEBFmFile.h"
+
+namespace {
+
+int descriptorOf(std::int64_t handle) { return static_cast<int>(handle); }
+
+/// Keeps a signal from ending the process while it writes to a pipe that nobody reads any more, or
+/// beyond the size that the process may give a file; the write then fails like any other.
+class SignalShield {
+ public:
+  SignalShield() {
+    sigset_t pending;
+    sigpending(&pending);
+    sigemptyset(&m_caught);
+    for (const int signal : {SIGPIPE, SIGXFSZ}) {
+      if (sigismember(&pending, signal) == 0) {
+        sigaddset(&m_caught, signal);
+      }
+    }
+    pthread_sigmask(SIG_BLOCK, &m_caught, &m_before);
+  }
+  SignalShield(const SignalShield&) = delete;
+  SignalShield& operator=(const SignalShield&) = delete;
+  ~SignalShield() {
+    const int error = errno;
+    const timespec noTime{};
+    while (sigtimedwait(&m_caught, nullptr, &noTime) > 0) {
+    }
+    pthread_sigmask(SIG_SETMASK, &m_before, nullptr);
+    errno = error;
+  }
+
+ private:
+  sigset_t m_caught{};  // those that were not waiting before, which therefore come from the write
+  sigset_t m_before{};
+};
+
+/// Whether a write to a file with this status may raise a signal.
+bool maySignal(const struct stat& status) {
+  rlimit limit{};
+  return S_ISFIFO(status.st_mode) || S_ISSOCK(status.st_mode) ||
+         (getrlimit(RLIMIT_FSIZE, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY);
+}
+
+/// File systems of other machines append at the end that this machine last knew of.
+bool appendsAtomically(int descriptor) {
+  // NFS, SMB, SMB2, CIFS, 9P, FUSE, Ceph, AFS, Lustre
+  constexpr long REMOTE_FILE_SYSTEMS[] = {0x6969,     0x517B,     0xFE534D42,
+                                          0xFF534D42, 0x01021997, 0x65735546,
+                                          0x00C36400, 0x5346414F, 0x0BD00BD0};
+  struct statfs status {};
+  if (fstatfs(descriptor, &status) == 0) {
+    for (const long remote : REMOTE_FILE_SYSTEMS) {
+      if (static_cast<long>(status.f_type) == remote) {
+        return false;
+      }
+    }
+  }
+  return true;
+}
+
+}  // namespace
+
+ZEBFmChannel::ZEBFmChannel(std::int64_t handle, bool owned) : m_handle(handle), m_owned(owned) {
+  const int descriptor = descriptorOf(handle);
+  struct stat status {};
+  if (fstat(descriptor, &status) == 0) {
+    m_isRegular = S_ISREG(status.st_mode);
+    m_maySignal = maySignal(status);
+  }
+  m_appends = (fcntl(descriptor, F_GETFL) & O_APPEND) != 0;
+  m_appendIsAtomic = !m_isRegular || !owned || appendsAtomically(descriptor);
+}
+
+ZEBFmChannel::~ZEBFmChannel() { close(); }
+
+ZEBFmChannel::Opened ZEBFmChannel::open(const I18NString& name, bool truncate) {
+  const int flags = O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | (truncate ? O_TRUNC : 0);
+  const std::string path = name.toStdString();
+  constexpr mode_t PERMISSIONS = 0666;
+  int descriptor = -1;
+  do {
+    descriptor = ::open(path.c_str(), flags, PERMISSIONS);
+  } while (descriptor < 0 && errno == EINTR);
+  if (descriptor < 0) {
+    return {nullptr, errno};
+  }
+  if (descriptor <= STDERR_FILENO) {
+    // The program runs without some standard stream; its output must not end up in this file.
+    const int moved = fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    const int error = errno;
+    ::close(descriptor);
+    if (moved < 0) {
+      return {nullptr, error};
+    }
+    descriptor = moved;
+  }
+  return {std::make_unique<ZEBFmChannel>(descriptor, true), 0};
+}
+
+ZEBFmChannel::Opened ZEBFmChannel::attachStandard(int stream) {
+  if (fcntl(stream, F_GETFD) < 0) {
+    return {nullptr, errno};
+  }
+  return {std::make_unique<ZEBFmChannel>(stream, false), 0};
+}
+
+int ZEBFmChannel::notOpenError() noexcept { return EBADF; }
+
+int ZEBFmChannel::failed() noexcept {
+  m_lastError = errno;
+  return -1;
+}
+
+std::int64_t ZEBFmChannel::write(const char* bytes, std::size_t size) {
+  std::optional<SignalShield> shield;
+  if (m_maySignal) {
+    shield.emplace();
+  }
+  for (;;) {
+    const ssize_t written = ::write(descriptorOf(m_handle), bytes, size);
+    if (written >= 0) {
+      return written;
+    }
+    if (errno == EAGAIN) {
+      pollfd waiting{descriptorOf(m_handle), POLLOUT, 0};
+      poll(&waiting, 1, -1);
+    } else if (errno != EINTR) {
+      return failed();
+    }
+  }
+}
+
+int ZEBFmChannel::overwrite(std::int64_t position, const char* bytes, std::size_t size) {
+  // Writes through an appending descriptor go to the end, whatever their position.
+  const std::string self = "/proc/self/fd/" + std::to_string(m_handle);
+  const int descriptor = ::open(self.c_str(), O_WRONLY | O_CLOEXEC);
+  if (descriptor < 0) {
+    return failed();
+  }
+  const ssize_t written = pwrite(descriptor, bytes, size, position);
+  const int result = written == static_cast<ssize_t>(size) ? 0 : failed();
+  ::close(descriptor);
+  return result;
+}
+
+std::int64_t ZEBFmChannel::position() { return lseek(descriptorOf(m_handle), 0, SEEK_CUR); }
+
+int ZEBFmChannel::seek(std::int64_t offset, int origin) {
+  const int whence = origin == ZEBFmFile::ORIGIN_END ? SEEK_END : SEEK_SET;
+  return lseek(descriptorOf(m_handle), offset, whence) < 0 ? failed() : 0;
+}
+
+std::int64_t ZEBFmChannel::size() {
+  struct stat status {};
+  return fstat(descriptorOf(m_handle), &status) == 0 ? status.st_size : failed();
+}
+
+int ZEBFmChannel::lock() {
+  while (flock(descriptorOf(m_handle), LOCK_EX) != 0) {
+    if (errno != EINTR) {
+      return failed();
+    }
+  }
+  return 0;
+}
+
+void ZEBFmChannel::unlock() noexcept { flock(descriptorOf(m_handle), LOCK_UN); }
+
+int ZEBFmChannel::close() noexcept {
+  const int descriptor = descriptorOf(std::exchange(m_handle, CLOSED));
+  if (descriptor != CLOSED && m_owned && ::close(descriptor) != 0 && errno != EINTR) {
+    return failed();
+  }
+  return 0;
+}

@@ -1,0 +1,5 @@
+#include "platform/ZEBUtProcess.h"
+
+#include <windows.h>
+
+int ZEBUtProcess::currentProcessId() { return static_cast<int>(GetCurrentProcessId()); }

@@ -1,0 +1,33 @@
+#include "platform/ZEBUtTerminal.h"
+
+#include <windows.h>
+
+#include <fcntl.h>
+#include <io.h>
+#include <shellapi.h>
+#include <stdio.h>
+
+#include "platform/windows/ZEBWindowsName.h"
+
+bool ZEBUtTerminal::isStandardError() {
+  DWORD mode = 0;
+  return GetConsoleMode(GetStdHandle(STD_ERROR_HANDLE), &mode) != 0;
+}
+
+void ZEBUtTerminal::passBytesUnchanged() {
+  for (FILE* const stream : {stdin, stdout, stderr}) {
+    _setmode(_fileno(stream), _O_BINARY);
+  }
+}
+
+std::vector<std::string> ZEBUtTerminal::arguments(int, char**) {
+  // Those that the runtime gives are in the encoding of the system, which has not every character.
+  std::vector<std::string> found;
+  int count = 0;
+  wchar_t** const words = CommandLineToArgvW(GetCommandLineW(), &count);
+  for (int i = 0; i < count; ++i) {
+    found.push_back(ZEBWindowsName::fromWide(words[i]).toStdString());
+  }
+  LocalFree(words);
+  return found;
+}
