@@ -3,21 +3,33 @@
 #include "platform/ZEBAssertError.h"
 #include "platform/ZEBThreadRWGuard.h"
 
+namespace {
+
+constexpr const char* WRITE_FAILED =
+    "LOGCountingQuietWriter::write -- ZEBThrowable exception occurred";
+
+}  // namespace
+
 LOGCountingQuietWriter::LOGCountingQuietWriter(LOGErrorHandler* eh, ZEBFmFile* file)
-    : LOGQuietWriter(eh, file) {}
+    : LOGQuietWriter(eh, file) {
+  if (file != nullptr) {
+    file->setLateFailureText(WRITE_FAILED);
+  }
+}
 
 void LOGCountingQuietWriter::write(ZEBFmFile* outStream, const I18NString& s) {
   if (s.isEmpty()) {
     return;
   }
-  constexpr LOGFailureTexts TEXTS{
-      "LOGCountingQuietWriter::write -- I18nstring exception occurred",
-      "LOGCountingQuietWriter::write -- ZEBThrowable exception occurred",
-      "LOGCountingQuietWriter::write -- Unknown error occurred"};
+  constexpr LOGFailureTexts TEXTS{"LOGCountingQuietWriter::write -- I18nstring exception occurred",
+                                  WRITE_FAILED,
+                                  "LOGCountingQuietWriter::write -- Unknown error occurred"};
   logReportingFailures(TEXTS, [&] {
     ZEB_ASSERT(outStream != NULL, "LOGCountingQuietWriter",
                52);  // NOLINT(modernize-use-nullptr): the text
     const ZEBThreadRWGuard guard(*this, ZEBThreadRWGuard::WRITING);
     count += static_cast<unsigned int>(appendBytes(*outStream, s));
+    // A batch that could not write in the end was counted before.
+    count -= static_cast<unsigned int>(outStream->takeLostBytes());
   });
 }

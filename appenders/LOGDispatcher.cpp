@@ -7,6 +7,7 @@
 #include "appenders/LOGAppenderAttachableImpl.h"
 #include "appenders/LOGAsyncAppender.h"
 #include "appenders/LOGBoundedFIFO.h"
+#include "appenders/LOGQuietWriter.h"
 #include "core/LOGFailures.h"
 #include "core/LOGLoggingEvent.h"
 #include "platform/ZEBAssertError.h"
@@ -21,6 +22,11 @@ using Clock = std::chrono::steady_clock;
 
 /// What is taken out of the queue beyond the next event is delivered within about this time.
 constexpr Clock::duration SURPLUS_TIME = std::chrono::milliseconds(1);
+
+/// A line that was delivered waits no longer than about this for others.
+constexpr Clock::duration LONGEST_HELD = std::chrono::milliseconds(1);
+constexpr Clock::duration SOON = std::chrono::microseconds(100);
+constexpr int MOST_EVENTS_BETWEEN_LOOKS = 32;
 
 constexpr LOGFailureTexts RUN_TEXTS{"LOGDispatcher::run --- some i18nstring exception occurred",
                                     "LOGDispatcher::run --- some ZEBThrowable exception occurred",
@@ -65,13 +71,40 @@ bool LOGDispatcher::drain() {
     }
     m_bf->waitForEvent(LONGEST_PAUSE);
   }
+  // What this pass delivers may reach the operating system together, at the latest at its end.
+  ZEBFmFile::Batch batch;
+  m_lastHandOver = m_lastLook = Clock::now();
   while ((hasTaken() || m_bf->length() > 0) && !m_bf->isResizeWaiting()) {
-    logContainingFailures(RUN_TEXTS, [this] { deliverNext(); });
+    logContainingFailures(RUN_TEXTS, [&] { deliverNext(batch); });
   }
+  handOver(batch);
   return true;
 }
 
-void LOGDispatcher::deliverNext() {
+void LOGDispatcher::handOver(ZEBFmFile::Batch& batch) {
+  logContainingFailures(RUN_TEXTS, [&] { LOGQuietWriter::handOver(batch); });
+  m_bf->noteDelivered(std::exchange(m_notHandedOver, 0));
+}
+
+bool LOGDispatcher::isTimeToHandOver() {
+  if (--m_eventsUntilLook > 0) {
+    return false;
+  }
+  // Looking at the clock takes as long as a part of an event, so it is done the less often the
+  // faster events go.
+  const Clock::time_point now = Clock::now();
+  m_eventsBetweenLooks =
+      now - m_lastLook < SOON ? std::min(2 * m_eventsBetweenLooks, MOST_EVENTS_BETWEEN_LOOKS) : 1;
+  m_eventsUntilLook = m_eventsBetweenLooks;
+  m_lastLook = now;
+  if (now - m_lastHandOver < LONGEST_HELD) {
+    return false;
+  }
+  m_lastHandOver = now;
+  return true;
+}
+
+void LOGDispatcher::deliverNext(ZEBFmFile::Batch& batch) {
   // Asked for before space is made, so that no further thread that logs takes that space and then,
   // waiting for more, keeps the lock which delivery needs.
   LOGAsyncAppender::DispatcherTurn turn(*m_container);
@@ -84,6 +117,9 @@ void LOGDispatcher::deliverNext() {
     deliver(std::exchange(m_taken[m_nextTaken], nullptr));
     ++m_nextTaken;
     ++delivered;
+    if (isTimeToHandOver()) {
+      handOver(batch);
+    }
     if (m_bf->isWaitingEnded()) {
       forgetTaken();  // closed, as what is still queued is dropped
     }
@@ -102,22 +138,19 @@ void LOGDispatcher::deliver(LOGLoggingEvent* event) {
     }
   });
   m_bf->recycle(event);
-  m_bf->noteDelivered(1);
+  ++m_notHandedOver;
 }
 
 void LOGDispatcher::takeOut(int surplus) {
-  if (hasTaken()) {
-    surplus = 0;
-  } else {
-    forgetTaken();
-    takeOne();
-  }
   // A producer that waits for space holds the lock that delivery needs, so there must be space
-  // before anything can be delivered.
-  while (m_bf->length() > 0 && !m_bf->hasSpace()) {
-    takeOne();
+  // before anything can be delivered. Only one that came before this turn can hold it, and it needs
+  // one place.
+  int events = m_bf->length() - std::max(m_bf->getMaxSize(), 1) + 1;
+  if (!hasTaken()) {
+    forgetTaken();
+    events = std::max(events, 1) + surplus;
   }
-  for (; surplus > 0 && m_bf->length() > 0; --surplus) {
+  for (; events > 0 && m_bf->length() > 0; --events) {
     takeOne();
   }
 }

@@ -2,9 +2,11 @@
 #define APPENDERS_LOGDISPATCHER_H
 
 #include <atomic>
+#include <chrono>
 #include <cstddef>
 #include <vector>
 
+#include "platform/ZEBFmFile.h"
 #include "platform/ZEBThread.h"
 
 class LOGAppenderAttachableImpl;
@@ -31,11 +33,13 @@ class LOG4ZEB_EXPORT LOGDispatcher : public ZEBThread {
  private:
   /// One pass under the queue's lock; false when the thread is to end.
   bool drain();
-  void deliverNext();
+  void deliverNext(ZEBFmFile::Batch& batch);
   void takeOut(int surplus);
   void takeOne();
   bool hasTaken() const { return m_nextTaken < m_taken.size(); }
   void deliver(LOGLoggingEvent* event);
+  void handOver(ZEBFmFile::Batch& batch);
+  bool isTimeToHandOver();
   void forgetTaken() noexcept;
 
   LOGBoundedFIFO* m_bf;
@@ -46,6 +50,13 @@ class LOG4ZEB_EXPORT LOGDispatcher : public ZEBThread {
   // How many events more than one are taken out when somebody waits for space, so that it is not
   // woken for every single event: none unless delivering them takes no time to speak of.
   int m_surplus = 0;
+
+  // What was delivered but may wait for the operating system with others; used by the thread only.
+  int m_notHandedOver = 0;
+  std::chrono::steady_clock::time_point m_lastLook;
+  std::chrono::steady_clock::time_point m_lastHandOver;
+  int m_eventsUntilLook = 0;
+  int m_eventsBetweenLooks = 1;
   std::atomic<int> interrupted{0};
   std::atomic<std::uint64_t> m_threadId{0};
 };

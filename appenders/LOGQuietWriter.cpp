@@ -12,12 +12,18 @@
 namespace {
 
 constexpr const char* SOURCE = "LOGQuietWriter";
+constexpr const char* FILE_ERROR_SOURCE = "LOGQuietWriter::throwFileError";
+constexpr int FILE_ERROR_LINE = 191;
+constexpr const char* WRITE_FAILED = "LOGQuietWriter::write -- ZEBThrowable exception occurred";
 
 }  // namespace
 
 LOGQuietWriter::LOGQuietWriter(LOGErrorHandler* eh, ZEBFmFile* file)
     : errorHandler(eh), writer(nullptr) {
   setFile(file);
+  if (file != nullptr) {
+    file->setLateFailureText(WRITE_FAILED);
+  }
 }
 
 LOGQuietWriter::LOGQuietWriter(LOGWriter* w, LOGErrorHandler* eh) : errorHandler(eh), writer(w) {}
@@ -35,8 +41,7 @@ void LOGQuietWriter::write(ZEBFmFile* outStream, const I18NString& s) {
     return;
   }
   constexpr LOGFailureTexts TEXTS{"LOGQuietWriter::write -- I18nstring exception occurred",
-                                  "LOGQuietWriter::write -- ZEBThrowable exception occurred",
-                                  "LOGQuietWriter::write -- Unknown error occurred"};
+                                  WRITE_FAILED, "LOGQuietWriter::write -- Unknown error occurred"};
   logReportingFailures(TEXTS, [&] {
     ZEB_ASSERT(outStream != NULL, SOURCE, 70);  // NOLINT(modernize-use-nullptr): the text
     const ZEBThreadRWGuard guard(*this, ZEBThreadRWGuard::WRITING);
@@ -112,6 +117,14 @@ void LOGQuietWriter::close() {
 
 void LOGQuietWriter::throwFileError(ZEBFmFile* file) {
   ZEB_ASSERT(file != NULL, SOURCE, 185);  // NOLINT(modernize-use-nullptr): the text
-  throw ZEBSystemError(file->getName(), file->getLastError(), "LOGQuietWriter::throwFileError",
-                       191);
+  throw ZEBSystemError(file->getName(), file->getLastError(), FILE_ERROR_SOURCE, FILE_ERROR_LINE);
+}
+
+void LOGQuietWriter::handOver(ZEBFmFile::Batch& batch) {
+  for (const ZEBFmFile::Batch::Failure& failure : batch.handOver()) {
+    for (int i = 0; i < failure.records; ++i) {
+      ZEBSystemError error(failure.fileName, failure.error, FILE_ERROR_SOURCE, FILE_ERROR_LINE);
+      logReportSwallowed(failure.text, error);
+    }
+  }
 }

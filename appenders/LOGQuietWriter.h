@@ -6,10 +6,10 @@
 #include "core/LOGFailures.h"
 #include "platform/I18NString.h"
 #include "platform/ZEBFileLockRW.h"
+#include "platform/ZEBFmFile.h"
 
 class LOGErrorHandler;
 class LOGWriter;
-class ZEBFmFile;
 
 /// Writes records to a file, or to a LOGWriter, and reports failures through the diagnostics
 /// instead of letting them reach the program that logs. It is also the lock under which writers of
@@ -37,6 +37,10 @@ class LOG4ZEB_EXPORT LOGQuietWriter : public ZEBFileLockRW {
   /// The forms for the LOGWriter do nothing when there is none; close() flushes and destroys it.
   void flush();
   void close();
+
+  /// Hands over what the batch's thread has written, and reports what failed as write() would have
+  /// done.
+  static void handOver(ZEBFmFile::Batch& batch);
 
   /// The handler is not owned, and never called here.
   void setErrorHandler(LOGErrorHandler* eh) { errorHandler = eh; }

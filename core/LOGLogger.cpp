@@ -10,6 +10,7 @@
 #include "core/LOGLoggingEvent.h"
 #include "core/LOGManager.h"
 #include "platform/ZEBAssertError.h"
+#include "platform/ZEBFmFile.h"
 #include "platform/ZEBThreadGuard.h"
 #include "platform/ZEBTranslate.h"
 
@@ -164,6 +165,8 @@ void LOGLogger::forcedLog(const I18NString& fqn, LOGLevel* level, LOGObject* mes
 }
 
 void LOGLogger::callAppenders(LOGLoggingEvent* event) {
+  // What is logged from within an asynchronous delivery is logged like anything else.
+  const ZEBFmFile::Batch::Pause pause;
   int writes = 0;
   for (LOGLogger* logger = this; logger != nullptr; logger = logger->getParent()) {
     // Most loggers have no appenders. Unless somebody holds its lock, taking it would change

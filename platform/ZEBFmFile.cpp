@@ -33,6 +33,19 @@ class ZEBFmFile::Handle {
   /// The size with what is buffered, or -1.
   std::int64_t size();
   bool appendIsAtomic() const { return m_channel->appendIsAtomic(); }
+  /// Whether records may wait for the end of a batch.
+  bool mayHold() const {
+    return m_capacity == 0 && m_channel->isOwned() && m_channel->isRegular() &&
+           m_channel->appends();
+  }
+  /// Has the end of the process write out what waits.
+  void enterForEndOfProcess();
+  /// As write(), for the end of a batch.
+  int hold(const char* bytes, std::size_t size);
+  /// Writes what was held. Returns how many records could not be written since the last call, and
+  /// why the last of them could not.
+  std::pair<int, int> handOver();
+  std::size_t takeLostBytes() noexcept { return m_lostBytes.exchange(0); }
   /// Writes the buffer out unless another thread keeps it locked until the time is over.
   void flushUntil(std::chrono::steady_clock::time_point end);
 
@@ -41,6 +54,8 @@ class ZEBFmFile::Handle {
   int writeRest(const char* bytes, std::size_t size, std::size_t& written);
   int completeRecord(const char* bytes, std::size_t size, std::size_t& written);
   int writeBuffer();
+  void writeHeld();
+  void writeHeldOneByOne(std::size_t done);
   /// A part of a record that is in the file already.
   struct Piece {
     std::int64_t begin;
@@ -54,8 +69,17 @@ class ZEBFmFile::Handle {
   std::mutex m_lockLock;
   int m_lockDepth = 0;  // guarded by m_lockLock
   std::size_t m_capacity = 0;
+  bool m_isEntered = false;
   std::mutex m_bufferLock;
-  std::string m_buffer;  // guarded by m_bufferLock
+  // Guarded by m_bufferLock.
+  std::string m_buffer;
+  std::string m_held;                     // whole records, for the end of a batch
+  std::vector<std::size_t> m_endsOfHeld;  // of each record in m_held
+  int m_lostRecords = 0;
+  int m_lostError = 0;
+
+  std::atomic<bool> m_isHolding{false};
+  std::atomic<std::size_t> m_lostBytes{0};
 };
 
 namespace {
@@ -123,11 +147,19 @@ struct EndOfProcess {
 };
 const EndOfProcess END_OF_PROCESS;
 
+/// How many bytes a batch holds back at most for one file.
+constexpr std::size_t MOST_HELD = std::size_t{64} * 1024;
+
+thread_local ZEBFmFile::Batch* t_batch = nullptr;
+
 }  // namespace
 
 int ZEBFmFile::Handle::write(const char* bytes, std::size_t size) {
   std::size_t written = 0;
   if (m_capacity == 0) {
+    if (m_isHolding.load(std::memory_order_acquire)) {
+      flush();  // those came first
+    }
     return writeRecord(bytes, size, written);
   }
   const std::lock_guard<std::mutex> guard(m_bufferLock);
@@ -152,6 +184,68 @@ int ZEBFmFile::Handle::writeBuffer() {
   const int error = writeRecord(m_buffer.data(), m_buffer.size(), written);
   m_buffer.erase(0, written);
   return error;
+}
+
+int ZEBFmFile::Handle::hold(const char* bytes, std::size_t size) {
+  const std::lock_guard<std::mutex> guard(m_bufferLock);
+  if (m_held.size() + size > MOST_HELD) {
+    writeHeld();
+  }
+  if (size > MOST_HELD || BufferedFiles::instance().hasEnded()) {
+    writeHeld();
+    std::size_t written = 0;
+    return writeRecord(bytes, size, written);
+  }
+  m_held.reserve(MOST_HELD);
+  m_endsOfHeld.push_back(m_held.size() + size);
+  m_held.append(bytes, size);
+  m_isHolding.store(true, std::memory_order_release);
+  return 0;
+}
+
+void ZEBFmFile::Handle::writeHeld() {
+  if (m_held.empty()) {
+    return;
+  }
+  const bool locked = !m_channel->appendIsAtomic() && lock() == 0;
+  const std::int64_t once = m_channel->write(m_held.data(), m_held.size());
+  if (once < static_cast<std::int64_t>(m_held.size())) {
+    writeHeldOneByOne(once < 0 ? 0 : static_cast<std::size_t>(once));
+  }
+  if (locked) {
+    unlock();
+  }
+  m_held.clear();
+  m_endsOfHeld.clear();
+  m_isHolding.store(false, std::memory_order_release);
+}
+
+/// Goes on after the first `done` bytes. The records among them stay, and so does each other one
+/// that can be written.
+void ZEBFmFile::Handle::writeHeldOneByOne(std::size_t done) {
+  std::size_t begin = 0;
+  for (const std::size_t end : m_endsOfHeld) {
+    const char* const record = m_held.data() + begin;
+    std::size_t written = std::min(std::max(done, begin) - begin, end - begin);
+    int error = 0;
+    if (written == 0) {
+      error = writeRecord(record, end - begin, written);
+    } else if (written < end - begin) {
+      error = completeRecord(record, end - begin, written);
+    }
+    if (error != 0) {
+      ++m_lostRecords;
+      m_lostError = error;
+      m_lostBytes += end - begin;
+    }
+    begin = end;
+  }
+}
+
+std::pair<int, int> ZEBFmFile::Handle::handOver() {
+  const std::lock_guard<std::mutex> guard(m_bufferLock);
+  writeHeld();
+  return {std::exchange(m_lostRecords, 0), m_lostError};
 }
 
 int ZEBFmFile::Handle::writeRecord(const char* bytes, std::size_t size, std::size_t& written) {
@@ -232,12 +326,14 @@ int ZEBFmFile::Handle::writeRest(const char* bytes, std::size_t size, std::size_
 
 int ZEBFmFile::Handle::flush() {
   const std::lock_guard<std::mutex> guard(m_bufferLock);
+  writeHeld();
   return writeBuffer();
 }
 
 void ZEBFmFile::Handle::flushUntil(Clock::time_point end) {
   if (lockUntil(m_bufferLock, end)) {
     const std::lock_guard<std::mutex> guard(m_bufferLock, std::adopt_lock);
+    writeHeld();
     writeBuffer();
   }
 }
@@ -248,6 +344,9 @@ int ZEBFmFile::Handle::close() {
   }
   const int error = flush();
   setBufferSize(0);
+  if (m_isEntered) {
+    BufferedFiles::instance().remove(this);
+  }
   return m_channel->close() != 0 ? m_channel->getLastError() : error;
 }
 
@@ -279,18 +378,20 @@ void ZEBFmFile::Handle::unlock() noexcept {
   }
 }
 
+void ZEBFmFile::Handle::enterForEndOfProcess() {
+  if (!std::exchange(m_isEntered, true)) {
+    BufferedFiles::instance().add(this, [](void* file, Clock::time_point end) {
+      static_cast<Handle*>(file)->flushUntil(end);
+    });
+  }
+}
+
 void ZEBFmFile::Handle::setBufferSize(std::size_t bytes) {
   if (bytes == 0) {
     flush();
   }
-  if ((bytes != 0) != (m_capacity != 0)) {
-    if (bytes != 0) {
-      BufferedFiles::instance().add(this, [](void* file, Clock::time_point end) {
-        static_cast<Handle*>(file)->flushUntil(end);
-      });
-    } else {
-      BufferedFiles::instance().remove(this);
-    }
+  if (bytes != 0) {
+    enterForEndOfProcess();
   }
   const std::lock_guard<std::mutex> guard(m_bufferLock);
   m_capacity = bytes;
@@ -302,7 +403,7 @@ std::int64_t ZEBFmFile::Handle::size() {
     return -1;
   }
   const std::lock_guard<std::mutex> guard(m_bufferLock);
-  return written + static_cast<std::int64_t>(m_buffer.size());
+  return written + static_cast<std::int64_t>(m_buffer.size() + m_held.size());
 }
 
 ZEBFmFile::ZEBFmFile() = default;
@@ -323,7 +424,7 @@ int ZEBFmFile::open(const I18NString& name, int mode) {
   if (opened.error != 0) {
     return succeeded(opened.error);
   }
-  m_handle = std::make_unique<Handle>(std::move(opened.channel));
+  m_handle = std::make_shared<Handle>(std::move(opened.channel));
   m_appendIsAtomic = m_handle->appendIsAtomic();
   return 1;
 }
@@ -335,7 +436,7 @@ int ZEBFmFile::attachStandard(int stream) {
   if (opened.error != 0) {
     return succeeded(opened.error);
   }
-  m_handle = std::make_unique<Handle>(std::move(opened.channel));
+  m_handle = std::make_shared<Handle>(std::move(opened.channel));
   m_appendIsAtomic = m_handle->appendIsAtomic();
   return 1;
 }
@@ -349,8 +450,14 @@ void ZEBFmFile::setBufferSize(std::size_t bytes) {
 }
 
 std::int64_t ZEBFmFile::write(const char* bytes, std::size_t size) {
-  const int error =
-      m_handle == nullptr ? ZEBFmChannel::notOpenError() : m_handle->write(bytes, size);
+  int error = ZEBFmChannel::notOpenError();
+  if (m_handle != nullptr && t_batch != nullptr && m_lateFailureText != nullptr &&
+      m_handle->mayHold()) {
+    t_batch->add(*this);
+    error = m_handle->hold(bytes, size);
+  } else if (m_handle != nullptr) {
+    error = m_handle->write(bytes, size);
+  }
   return succeeded(error) != 0 ? static_cast<std::int64_t>(size) : -1;
 }
 
@@ -365,8 +472,12 @@ int ZEBFmFile::flush() {
 }
 
 int ZEBFmFile::close() {
-  const std::unique_ptr<Handle> closing = std::move(m_handle);
+  const std::shared_ptr<Handle> closing = std::move(m_handle);
   return closing == nullptr ? 0 : succeeded(closing->close());
+}
+
+std::size_t ZEBFmFile::takeLostBytes() noexcept {
+  return m_handle == nullptr ? 0 : m_handle->takeLostBytes();
 }
 
 std::int64_t ZEBFmFile::size() { return m_handle == nullptr ? -1 : m_handle->size(); }
@@ -379,4 +490,47 @@ void ZEBFmFile::unlockAcrossProcesses() noexcept {
   if (m_handle != nullptr) {
     m_handle->unlock();
   }
+}
+
+ZEBFmFile::Batch::Batch() noexcept { t_batch = this; }
+
+ZEBFmFile::Batch::~Batch() {
+  t_batch = nullptr;
+  for (const Member& member : m_members) {
+    member.handle->handOver();
+  }
+}
+
+ZEBFmFile::Batch::Pause::Pause() noexcept : m_paused(t_batch) {
+  if (m_paused != nullptr) {
+    t_batch = nullptr;
+  }
+}
+
+ZEBFmFile::Batch::Pause::~Pause() {
+  if (m_paused != nullptr) {
+    t_batch = m_paused;
+  }
+}
+
+void ZEBFmFile::Batch::add(const ZEBFmFile& file) {
+  for (const Member& member : m_members) {
+    if (member.handle == file.m_handle) {
+      return;
+    }
+  }
+  file.m_handle->enterForEndOfProcess();
+  m_members.push_back({file.m_handle, file.m_name, file.m_lateFailureText});
+}
+
+std::vector<ZEBFmFile::Batch::Failure> ZEBFmFile::Batch::handOver() {
+  std::vector<Failure> failures;
+  for (const Member& member : m_members) {
+    const auto [records, error] = member.handle->handOver();
+    if (records > 0) {
+      failures.push_back({member.fileName, error, member.text, records});
+    }
+  }
+  m_members.clear();
+  return failures;
 }

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 #include "platform/I18NString.h"
 
@@ -13,8 +14,8 @@
 /// several processes stand in the file whole. The file is not inherited by programs that the
 /// process starts, and may be renamed and removed while it is open.
 ///
-/// An object is used by one thread at a time; the exception is the buffer, which the end of the
-/// process may write out while another thread still logs.
+/// An object is used by one thread at a time; the exception is what waits in memory, which the end
+/// of the process or of a Batch may write out while another thread still logs.
 class LOG4ZEB_EXPORT ZEBFmFile {
  public:
   /// Open modes. APPEND creates the file or keeps what it holds, TRUNCATE creates or empties it;
@@ -47,6 +48,11 @@ class LOG4ZEB_EXPORT ZEBFmFile {
   /// flush(), close() and the normal end of the process. 0, the state after open(), means none.
   void setBufferSize(std::size_t bytes);
 
+  /// While one lives, what its thread writes to files without a buffer may wait in memory, so that
+  /// many records go to the operating system in one call. It never waits for long enough to change
+  /// places with what other threads write to the same object. Lives on the stack, one in a thread.
+  class LOG4ZEB_EXPORT Batch;
+
   /// Appends `size` bytes as one record. Returns `size`, or -1 when not all could be written.
   std::int64_t write(const char* bytes, std::size_t size);
   /// Moves to `offset` bytes from the origin. Returns 0, also on a terminal or pipe, which have no
@@ -64,6 +70,12 @@ class LOG4ZEB_EXPORT ZEBFmFile {
   /// The operating system's code of the last failure, 0 at first.
   int getLastError() const noexcept { return m_lastError; }
 
+  /// Lets records of this file wait for the end of a Batch. The text, a literal, is what the Batch
+  /// says of each that it could not hand over.
+  void setLateFailureText(const char* text) noexcept { m_lateFailureText = text; }
+  /// The bytes of such records since the last call.
+  std::size_t takeLostBytes() noexcept;
+
   /// Whether one write to this file appends atomically next to other processes.
   bool appendIsAtomic() const noexcept { return m_appendIsAtomic; }
   /// Takes and leaves the operating system's lock on the file, which it frees when the process dies
@@ -76,10 +88,56 @@ class LOG4ZEB_EXPORT ZEBFmFile {
 
   int succeeded(int error) noexcept;
 
-  std::unique_ptr<Handle> m_handle;
+  std::shared_ptr<Handle> m_handle;  // with a Batch
   I18NString m_name;
+  const char* m_lateFailureText = nullptr;
   int m_lastError = 0;
   bool m_appendIsAtomic = true;
+};
+
+class ZEBFmFile::Batch {
+ public:
+  /// Records of one file that could not be written.
+  struct Failure {
+    I18NString fileName;
+    int error;
+    const char* text;
+    int records;
+  };
+
+  Batch() noexcept;
+  Batch(const Batch&) = delete;
+  Batch& operator=(const Batch&) = delete;
+  /// Hands over; what fails then is lost without a word.
+  ~Batch();
+
+  /// While one lives, its thread writes without the batch.
+  class LOG4ZEB_EXPORT Pause {
+   public:
+    Pause() noexcept;
+    Pause(const Pause&) = delete;
+    Pause& operator=(const Pause&) = delete;
+    ~Pause();
+
+   private:
+    Batch* m_paused;
+  };
+
+  /// Hands what waits to the operating system. A record that cannot be written is one that would
+  /// have failed alone.
+  std::vector<Failure> handOver();
+
+ private:
+  friend class ZEBFmFile;
+  struct Member {
+    std::shared_ptr<Handle> handle;
+    I18NString fileName;
+    const char* text;
+  };
+
+  void add(const ZEBFmFile& file);
+
+  std::vector<Member> m_members;
 };
 
 #endif

@@ -10,6 +10,7 @@
 
 #include "appenders/LOGAsyncAppender.h"
 #include "appenders/LOGBoundedFIFO.h"
+#include "appenders/LOGFileAppender.h"
 #include "core/LOGHierarchy.h"
 #include "core/LOGLevel.h"
 #include "core/LOGLogLog.h"
@@ -17,6 +18,7 @@
 #include "core/LOGManager.h"
 #include "core/LOGNDC.h"
 #include "core/LOGRootLogger.h"
+#include "layouts/LOGPatternLayout.h"
 #include "platform/ZEBAssertError.h"
 #include "platform/ZEBThreadGuard.h"
 #include "support/CapturingAppender.h"
@@ -141,6 +143,34 @@ TEST_F(AsyncAppenderTest, CallersWithRoomWaitForTheListsLockButNotForADelivery) 
   caller.join();
   EXPECT_EQ(async.flush(10000), 1);
   EXPECT_EQ(capture.messages.size(), LOGAsyncAppender::DEFAULT_BUFFER_SIZE + 3U);
+}
+
+TEST_F(AsyncAppenderTest, HandsOverWhatItHeldBackInOrderAndHoldsBackNothingLoggedFromWithin) {
+  LOGPatternLayout layout("%m%n");
+  LOGFileAppender file(&layout, "delivered", 1);
+  LOGFileAppender other(&layout, "other", 1);
+  LOGLogger* const within = LOGManager::getLogger("within");
+  within->setAdditivity(0);
+  within->addAppender(&other);
+  int missing = 0;
+  int logged = 0;
+  capture.onAppend = [&](LOGLoggingEvent*) {
+    ++logged;
+    within->info("y");
+    missing += Workplace::lines("other").size() == static_cast<std::size_t>(logged) ? 0 : 1;
+  };
+  async.addAppender(&file);
+  async.addAppender(&capture);
+  std::vector<std::string> expected;
+  for (int i = 0; i < 500; ++i) {
+    expected.push_back(std::to_string(i));
+    logger->info(std::to_string(i));
+  }
+  EXPECT_EQ(async.flush(10000), 1);
+  EXPECT_EQ(Workplace::lines("delivered"), expected);
+  EXPECT_EQ(missing, 0) << "a call that has returned has written its line";
+  within->removeAllAppenders();
+  logger->removeAllAppenders();
 }
 
 TEST_F(AsyncAppenderTest, ResizesAnIdleQueueAtOnceAndTakesACapacityBelowOneAsOne) {

@@ -415,6 +415,27 @@ TEST_F(FmFile, LeavesNoHalfRecordAtAFileSizeLimit) {
   EXPECT_EQ(Workplace::read("log"), "aaaaaaa\n\r\nc\n") << "a blank line stands in its place";
 }
 
+TEST_F(FmFile, LosesOfABatchOnlyTheRecordsThatCannotBeWritten) {
+  expectInChild([] {
+    const rlimit limit{30, 100};
+    ZEBFmFile file;
+    file.setLateFailureText("late");
+    bool held = setrlimit(RLIMIT_FSIZE, &limit) == 0 && file.open("log", ZEBFmFile::APPEND) == 1;
+    ZEBFmFile::Batch batch;
+    for (const char* const record : {"aaaaaaa\n", "far too long for what is left of it\n", "c\n"}) {
+      held = held && writeText(file, record) == static_cast<int>(std::strlen(record));
+    }
+    held = held && Workplace::read("log").empty() && file.size() == 46;
+    const std::vector<ZEBFmFile::Batch::Failure> failures = batch.handOver();
+    return held && failures.size() == 1 && failures[0].records == 2 && failures[0].error == EFBIG &&
+           failures[0].fileName == "log" && failures[0].text == std::string("late") &&
+           file.takeLostBytes() == 38 && file.takeLostBytes() == 0;
+  });
+  const std::string blank(20, ' ');
+  EXPECT_EQ(Workplace::read("log"), "aaaaaaa\n" + blank + "\r\n")
+      << "a blank line stands for the part that there was room for";
+}
+
 TEST_F(FmFile, SurvivesABrokenPipe) {
   expectInChild([] {
     int ends[2];
