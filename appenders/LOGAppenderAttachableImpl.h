@@ -93,11 +93,11 @@ class LOG4ZEB_EXPORT LOGAppenderAttachableImpl : public LOGAppenderAttachable, p
   void publish();
   static void activate(LOGAppenderSkeleton& appender);
 
+  std::atomic<bool> m_hasAppenders{false};
   // Changed by the owner of the list only, under m_access, which lets isAttached() read meanwhile.
   ZEBList<LOGAppenderSkeleton*> m_appenderList;
   ZEBListIterator<LOGAppenderSkeleton*> m_iterator;
   Walk* m_innermostWalk = nullptr;
-  std::atomic<bool> m_hasAppenders{false};
   mutable std::mutex m_access;
 };
 

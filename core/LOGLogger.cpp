@@ -41,11 +41,11 @@ LOGLogger::LOGLogger(const LOGLogger& other)
     : LOGMutex(other),
       LOGAppenderAttachable(other),
       LOGObject(other),
-      m_name(other.m_name),
-      m_additive(other.getAdditivity()),
       m_parent(other.getParent()),
+      m_additive(other.getAdditivity()),
+      m_repository(other.getRepository()),
       m_aai(other.m_aai),
-      m_repository(other.getRepository()) {
+      m_name(other.m_name) {
   storeLevel(other.getLevel());
 }
 

@@ -196,18 +196,19 @@ class LOG4ZEB_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   LOGLevel* keptCopyOf(const LOGLevel& level);
   void storeLevel(const LOGLevel* level);
 
-  // The epoch in the upper half, and the lowest rank that logs, as it was then. Epoch 0 never is.
-  mutable std::atomic<std::uint64_t> m_gate{0};
   static std::atomic<std::uint32_t> m_gateEpoch;
 
-  I18NString m_name;
+  // What every event reads, of the logger and of each ancestor, stands together.
+  // The epoch in the upper half, and the lowest rank that logs, as it was then. Epoch 0 never is.
+  mutable std::atomic<std::uint64_t> m_gate{0};
+  std::atomic<LOGLogger*> m_parent{nullptr};
   std::atomic<int> m_additive{1};
   // Read without a lock by every request, so a copy that was replaced is kept in m_levelCopies; an
   // equal level takes it into use again.
   std::atomic<LOGLevel*> m_level{nullptr};
-  std::atomic<LOGLogger*> m_parent{nullptr};
-  LOGAppenderAttachableImpl m_aai;  // guarded by the logger's lock
   std::atomic<LOGLoggerRepository*> m_repository{nullptr};
+  LOGAppenderAttachableImpl m_aai;  // guarded by the logger's lock
+  I18NString m_name;
   std::vector<std::unique_ptr<LOGLevel>> m_levelCopies;  // guarded by the logger's lock
 };
 
