@@ -2,14 +2,13 @@
 
 #include <fstream>
 #include <memory>
-#include <mutex>
 #include <new>
 #include <string>
 #include <utility>
 
 #include "platform/ZEBFmDir.h"
 #include "platform/ZEBFmFile.h"
-#include "platform/ZEBThreadMutex.h"
+#include "platform/ZEBThreadGuard.h"
 #include "platform/ZEBTranslate.h"
 
 namespace {
@@ -21,7 +20,7 @@ constexpr const char* ERR_PREFIX = "log4zeb:ERROR ";
 constexpr const char* WARN_PREFIX = "log4zeb:WARN ";
 
 /// The last lock of all: nothing else is taken while it is held.
-ZEBThreadMutex g_lock;
+ZEBThreadCriticalSection g_lock;
 
 [[noreturn]] void passOn(ZEBThrowable& t, const char* operation) {
   t.addBackTrace("ZEB_RETHROW", operation);
@@ -76,7 +75,7 @@ void LOGLogLog::writeMsg(const char* prefix, const I18NString& msg) {
   if (m_initialized.load(std::memory_order_acquire) != 0 && m_fileLogEnabled.load() == 0) {
     return;
   }
-  const std::lock_guard<ZEBThreadMutex> guard(g_lock);
+  const ZEBThreadGuard guard(g_lock);
   initLocked();
   if (m_fileLogEnabled.load() == 0 || msg.isEmpty()) {
     return;
@@ -90,7 +89,7 @@ void LOGLogLog::writeMsg(const char* prefix, const I18NString& msg) {
 }
 
 void LOGLogLog::init() {
-  const std::lock_guard<ZEBThreadMutex> guard(g_lock);
+  const ZEBThreadGuard guard(g_lock);
   initLocked();
 }
 
@@ -130,7 +129,7 @@ void LOGLogLog::openDebugFile(const I18NString& name) {
 }
 
 void LOGLogLog::shutdown() {
-  const std::lock_guard<ZEBThreadMutex> guard(g_lock);
+  const ZEBThreadGuard guard(g_lock);
   if (m_fileLogEnabled.load() == 0) {
     return;
   }

@@ -1,11 +1,10 @@
 #include "net/LOGSyslogWriter.h"
 
-#include <mutex>
 #include <string>
 #include <string_view>
 
 #include "core/LOGLogLog.h"
-#include "platform/ZEBThreadMutex.h"
+#include "platform/ZEBThreadGuard.h"
 
 namespace {
 
@@ -15,7 +14,7 @@ constexpr const char* ALL_IPV4 = "";
 constexpr const char* ALL_IPV6 = "::";
 constexpr int ANY_PORT = 0;
 
-ZEBThreadMutex g_hostLock;  // guards LOGSyslogWriter::m_syslogHost
+ZEBThreadCriticalSection g_hostLock;  // guards LOGSyslogWriter::m_syslogHost
 
 }  // namespace
 
@@ -23,7 +22,7 @@ I18NString* LOGSyslogWriter::m_syslogHost = nullptr;
 
 LOGSyslogWriter::LOGSyslogWriter(const I18NString& syslogHost)
     : m_destination(ADDRESS_NAME), m_host(syslogHost) {
-  const std::lock_guard<ZEBThreadMutex> guard(g_hostLock);
+  const ZEBThreadGuard guard(g_hostLock);
   if (m_syslogHost == nullptr) {
     m_syslogHost = new I18NString;
   }
@@ -33,7 +32,7 @@ LOGSyslogWriter::LOGSyslogWriter(const I18NString& syslogHost)
 LOGSyslogWriter::~LOGSyslogWriter() = default;
 
 I18NString LOGSyslogWriter::sharedHost() {
-  const std::lock_guard<ZEBThreadMutex> guard(g_hostLock);
+  const ZEBThreadGuard guard(g_hostLock);
   return *m_syslogHost;
 }
 

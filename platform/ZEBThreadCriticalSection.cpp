@@ -1,12 +1,12 @@
 #include "platform/ZEBThreadCriticalSection.h"
 
-#include <condition_variable>
 #include <cstddef>
 #include <cstdint>
 #include <mutex>
 #include <system_error>
 
 #include "platform/ZEBSystemError.h"
+#include "platform/ZEBThreadPlace.h"
 
 namespace {
 
@@ -18,15 +18,10 @@ constexpr std::uintptr_t OTHERS_WAIT = 1;
 
 /// Where threads sleep that wait for a lock. Locks share the places, so that each is small; who
 /// wakes wakes all that sleep at one.
-struct Place {
-  std::mutex mutex;
-  std::condition_variable left;
-};
-
-Place& placeOf(const void* section) {
+ZEBThreadPlace& placeOf(const void* section) {
   constexpr std::size_t PLACES = 61;  // prime, because addresses are multiples of powers of two
   // Never destroyed: static destructors lock too.
-  static auto* const places = new Place[PLACES];
+  static auto* const places = new ZEBThreadPlace[PLACES];
   return places[reinterpret_cast<std::uintptr_t>(section) % PLACES];
 }
 
@@ -62,8 +57,8 @@ void ZEBThreadCriticalSection::waitFor(Mark self) {
     }
   }
   try {
-    Place& place = placeOf(this);
-    std::unique_lock<std::mutex> lock(place.mutex);
+    ZEBThreadPlace& place = placeOf(this);
+    const std::lock_guard<ZEBThreadPlace> lock(place);
     for (;;) {
       Mark found = m_state.load(std::memory_order_relaxed);
       // Whoever slept here may not be the only one.
@@ -76,7 +71,7 @@ void ZEBThreadCriticalSection::waitFor(Mark self) {
       if (found == 0) {
         return;
       }
-      place.left.wait(lock);
+      place.sleep();
     }
   } catch (const std::system_error& refused) {
     throw ZEBSystemError("critical section", refused.code(), "ZEBThreadCriticalSection::enter",
@@ -102,8 +97,8 @@ void ZEBThreadCriticalSection::leave() noexcept {
 }
 
 void ZEBThreadCriticalSection::wakeWaiting() const noexcept {
-  Place& place = placeOf(this);
-  // Who waits has said so and fallen asleep in one step under this mutex.
-  const std::lock_guard<std::mutex> lock(place.mutex);
-  place.left.notify_all();
+  ZEBThreadPlace& place = placeOf(this);
+  // Who waits has said so and fallen asleep in one step under this lock.
+  const std::lock_guard<ZEBThreadPlace> lock(place);
+  place.wakeAll();
 }
