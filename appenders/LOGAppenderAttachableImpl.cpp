@@ -33,6 +33,18 @@ void LOGAppenderAttachableImpl::Walk::leave(Position position) {
   }
 }
 
+/// Publishes a change at its end, however it ends.
+class LOGAppenderAttachableImpl::Publishing {
+ public:
+  explicit Publishing(LOGAppenderAttachableImpl& list) : m_list(list) {}
+  Publishing(const Publishing&) = delete;
+  Publishing& operator=(const Publishing&) = delete;
+  ~Publishing() { m_list.publish(); }
+
+ private:
+  LOGAppenderAttachableImpl& m_list;
+};
+
 LOGAppenderAttachableImpl::LOGAppenderAttachableImpl() : m_iterator(m_appenderList.begin()) {}
 
 LOGAppenderAttachableImpl::LOGAppenderAttachableImpl(const LOGAppenderAttachableImpl& other)
@@ -43,11 +55,11 @@ LOGAppenderAttachableImpl::LOGAppenderAttachableImpl(const LOGAppenderAttachable
 LOGAppenderAttachableImpl& LOGAppenderAttachableImpl::operator=(
     const LOGAppenderAttachableImpl& other) {
   if (this != &other) {
+    const Publishing publishing(*this);
     clear();
     for (LOGAppenderSkeleton* const appender : other.snapshot()) {
       add(appender);
     }
-    publish();
   }
   return *this;
 }
@@ -168,11 +180,11 @@ void LOGAppenderAttachableImpl::removeAppender(LOGAppenderSkeleton* appender) {
 void LOGAppenderAttachableImpl::replaceAppenders(
     const std::vector<LOGAppenderSkeleton*>& appenders) {
   // Without the list being seen empty between.
+  const Publishing publishing(*this);
   clear();
   for (LOGAppenderSkeleton* const appender : appenders) {
     addUnlessThere(appender);
   }
-  publish();
 }
 
 void LOGAppenderAttachableImpl::activate(LOGAppenderSkeleton& appender) {

@@ -54,6 +54,9 @@ class LOG4ZEB_EXPORT LOGAppenderAttachableImpl : public LOGAppenderAttachable, p
   /// Whether there is an appender. May be called without the owner's lock: an operation that
   /// changes the list shows here when it has come to its end.
   bool hasAppenders() const { return m_hasAppenders.load(std::memory_order_acquire); }
+  /// How many appenders there are, and the first of them, which must be there.
+  std::size_t size() const { return m_appenderList.size(); }
+  LOGAppenderSkeleton* first() const { return *m_appenderList.begin(); }
   /// The appenders as they are now. May be called without the owner's lock.
   std::vector<LOGAppenderSkeleton*> snapshot() const;
   /// Calls `operation` with each appender in order; the operation may change the list.
@@ -91,6 +94,7 @@ class LOG4ZEB_EXPORT LOGAppenderAttachableImpl : public LOGAppenderAttachable, p
   void addUnlessThere(LOGAppenderSkeleton* newAppender);
   void clear();
   void publish();
+  class Publishing;
   static void activate(LOGAppenderSkeleton& appender);
 
   std::atomic<bool> m_hasAppenders{false};

@@ -6,6 +6,7 @@
 
 #include "appenders/LOGBoundedFIFO.h"
 #include "appenders/LOGDispatcher.h"
+#include "appenders/LOGFileAppender.h"
 #include "core/LOGFailures.h"
 #include "core/LOGLoggingEvent.h"
 #include "platform/ZEBAssertError.h"
@@ -17,8 +18,10 @@ namespace {
 constexpr const char* SOURCE = "LOGAsyncAppender";
 constexpr unsigned int LONGEST_PAUSE = 10000;  // milliseconds; ended early when space is freed
 
-/// In milliseconds, how long a full queue is left alone that a delivery is about to go on with.
-constexpr unsigned int LONGEST_WAIT_FOR_DELIVERY = 10;
+/// In milliseconds, how long a thread lets the dispatcher of a full queue go on before it looks
+/// whether there is any space, should there not be much.
+constexpr unsigned int LONGEST_WAIT_FOR_ROOM = 10;
+constexpr const char* WAITING = "Waiting for free space in buffer, ";
 
 constexpr LOGFailureTexts CLOSE_TEXTS{
     "LOGAsyncAppender::close --- ", "LOGAsyncAppender::close --- ",
@@ -42,6 +45,17 @@ constexpr LOGFailureTexts REMOVE_ALL_TEXTS{
 constexpr LOGFailureTexts REMOVE_TEXTS{
     "LOGAsyncAppender::removeAppender --- ", "LOGAsyncAppender::removeAppender --- ",
     "LOGAsyncAppender::removeAppender --- An unknown exception has occurred."};
+
+/// Has file appenders hand over what a dispatcher has held back for them, before they leave its
+/// list.
+void handOver(const LOGAppenderAttachableImpl& list) {
+  for (LOGAppenderSkeleton* const appender : list.snapshot()) {
+    auto* const file = dynamic_cast<LOGFileAppender*>(appender);
+    if (file != nullptr) {
+      file->handOver();
+    }
+  }
+}
 
 /// Runs `operation` under the list's lock.
 template <typename Operation>
@@ -193,15 +207,19 @@ void LOGAsyncAppender::waitForTurn() {
   }
 }
 
+void LOGAsyncAppender::warnOfInterruption() {
+  LOGLogLog::warn(interruptedWarningMessage == 0 ? "AsyncAppender interrupted."
+                                                 : "AsyncAppender interrupted again.");
+  interruptedWarningMessage = 1;
+}
+
 bool LOGAsyncAppender::waitForSpace() {
   LOGBoundedFIFO& bf = m_parts->bf;
   while (!bf.isWaitingEnded() && !bf.hasSpace()) {
-    LOGLogLog::debug("Waiting for free space in buffer, ");
+    LOGLogLog::debug(WAITING);
     bf.waitForSpace(LONGEST_PAUSE);
     if (bf.isWaitingEnded()) {
-      LOGLogLog::warn(interruptedWarningMessage == 0 ? "AsyncAppender interrupted."
-                                                     : "AsyncAppender interrupted again.");
-      interruptedWarningMessage = 1;
+      warnOfInterruption();
     }
   }
   return !bf.isWaitingEnded();
@@ -221,6 +239,7 @@ void LOGAsyncAppender::enqueue(LOGLoggingEvent& event) {
   }
   LOGBoundedFIFO& bf = m_parts->bf;
   const bool isDispatcher = m_parts->dispatcher.isCurrentThread();
+  bool hasWaited = false;
   while (!bf.isWaitingEnded() && !isListLockedByOthers()) {
     // The usual case. Nobody holds the list's lock, or a delivery does, which this does not touch:
     // nobody could notice if it was taken here.
@@ -228,10 +247,17 @@ void LOGAsyncAppender::enqueue(LOGLoggingEvent& event) {
       zebTranslate(SOURCE, __LINE__, [&] { bf.putCopy(event); });
       return;
     }
-    if (isDispatcher || !m_isDelivering) {
+    if (isDispatcher || (!m_isDelivering && !m_dispatcherWaits)) {
       break;
     }
-    bf.waitForSpace(LONGEST_WAIT_FOR_DELIVERY);
+    // The dispatcher is at work, and would have to wait for a lock that was taken here.
+    if (!std::exchange(hasWaited, true)) {
+      LOGLogLog::debug(WAITING);
+    }
+    bf.waitForRoom(LONGEST_WAIT_FOR_ROOM);
+  }
+  if (hasWaited && bf.isWaitingEnded()) {
+    warnOfInterruption();
   }
   if (!isDispatcher) {
     waitForTurn();
@@ -284,13 +310,22 @@ int LOGAsyncAppender::isAttached(LOGAppenderSkeleton* appender) {
 }
 
 void LOGAsyncAppender::removeAllAppenders() {
-  underListLock(m_aai, REMOVE_ALL_TEXTS, [&] { m_aai.removeAllAppenders(); });
+  underListLock(m_aai, REMOVE_ALL_TEXTS, [&] {
+    handOver(m_aai);
+    m_aai.removeAllAppenders();
+  });
 }
 
 void LOGAsyncAppender::removeAppender(const I18NString& name) {
-  underListLock(m_aai, REMOVE_TEXTS, [&] { m_aai.removeAppender(name); });
+  underListLock(m_aai, REMOVE_TEXTS, [&] {
+    handOver(m_aai);
+    m_aai.removeAppender(name);
+  });
 }
 
 void LOGAsyncAppender::removeAppender(LOGAppenderSkeleton* appender) {
-  underListLock(m_aai, REMOVE_TEXTS, [&] { m_aai.removeAppender(appender); });
+  underListLock(m_aai, REMOVE_TEXTS, [&] {
+    handOver(m_aai);
+    m_aai.removeAppender(appender);
+  });
 }

@@ -96,6 +96,7 @@ class LOG4ZEB_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
   void setDispatcherWaits(bool waits);
   void waitForTurn();
   bool waitForSpace();
+  void warnOfInterruption();
   bool isListLockedByOthers() const;
   void enqueue(LOGLoggingEvent& event);
   std::shared_ptr<Parts> parts() const;

@@ -54,8 +54,9 @@ class LOG4ZEB_EXPORT LOGBoundedFIFO : public LOGMutex {
   /// time is up (false).
   bool waitForSpace(unsigned int milliseconds);
   bool hasSpace() const;
-  /// Whether a thread is in waitForSpace().
-  bool isSpaceWanted() const;
+  /// The same, but it ends when half of the queue is free: for those who need not be woken for
+  /// every single event, because nothing waits for them.
+  void waitForRoom(unsigned int milliseconds);
   /// Ends all waiting, now and from now on.
   void endWaiting();
   bool isWaitingEnded() const;
@@ -77,6 +78,7 @@ class LOG4ZEB_EXPORT LOGBoundedFIFO : public LOGMutex {
   };
 
   void add(LOGLoggingEvent* event);
+  bool hasRoom() const;
   void* takeMemory();
   static void freeAll(Memory* memory) noexcept;
 
@@ -105,6 +107,7 @@ class LOG4ZEB_EXPORT LOGBoundedFIFO : public LOGMutex {
   std::atomic<bool> m_waitingEnded{false};
   std::atomic<std::uint64_t> m_deliveredCount{0};
   std::atomic<int> m_spaceWaiters{0};
+  std::atomic<int> m_roomWaiters{0};
   std::atomic<int> m_deliveryWaiters{0};
 
   std::atomic<Memory*> m_returned{nullptr};

@@ -29,7 +29,12 @@ void LOGCountingQuietWriter::write(ZEBFmFile* outStream, const I18NString& s) {
                52);  // NOLINT(modernize-use-nullptr): the text
     const ZEBThreadRWGuard guard(*this, ZEBThreadRWGuard::WRITING);
     count += static_cast<unsigned int>(appendBytes(*outStream, s));
-    // A batch that could not write in the end was counted before.
     count -= static_cast<unsigned int>(outStream->takeLostBytes());
   });
+}
+
+void LOGCountingQuietWriter::settle(ZEBFmFile* file) {
+  file->handOver();
+  // What a batch could not write in the end was counted before.
+  count -= static_cast<unsigned int>(file->takeLostBytes());
 }

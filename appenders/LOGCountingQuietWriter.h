@@ -15,6 +15,8 @@ class LOG4ZEB_EXPORT LOGCountingQuietWriter : public LOGQuietWriter {
   /// As the base's; a failed write does not count.
   void write(ZEBFmFile* outStream, const I18NString& s) override;
 
+  /// Has `file` hand over what it holds back, so that the count is that of what was written.
+  void settle(ZEBFmFile* file);
   /// Bytes, modulo 2^32.
   unsigned int getCount() const { return count; }
   void setCount(unsigned int bytes) { count = bytes; }

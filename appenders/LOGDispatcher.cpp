@@ -2,12 +2,14 @@
 
 #include <algorithm>
 #include <chrono>
+#include <typeinfo>
 #include <utility>
 
 #include "appenders/LOGAppenderAttachableImpl.h"
-#include "appenders/LOGAsyncAppender.h"
 #include "appenders/LOGBoundedFIFO.h"
+#include "appenders/LOGFileAppender.h"
 #include "appenders/LOGQuietWriter.h"
+#include "appenders/LOGRollingFileAppender.h"
 #include "core/LOGFailures.h"
 #include "core/LOGLoggingEvent.h"
 #include "platform/ZEBAssertError.h"
@@ -19,9 +21,6 @@ constexpr const char* SOURCE = "LOGDispatcher";
 constexpr unsigned int LONGEST_PAUSE = 10000;  // milliseconds; ended early by whatever happens
 
 using Clock = std::chrono::steady_clock;
-
-/// What is taken out of the queue beyond the next event is delivered within about this time.
-constexpr Clock::duration SURPLUS_TIME = std::chrono::milliseconds(1);
 
 /// A line that was delivered waits no longer than about this for others.
 constexpr Clock::duration LONGEST_HELD = std::chrono::milliseconds(1);
@@ -73,6 +72,8 @@ bool LOGDispatcher::drain() {
   }
   // What this pass delivers may reach the operating system together, at the latest at its end.
   ZEBFmFile::Batch batch;
+  m_eventsUntilLook = 0;
+  m_eventsBetweenLooks = 1;
   m_lastHandOver = m_lastLook = Clock::now();
   while ((hasTaken() || m_bf->length() > 0) && !m_bf->isResizeWaiting()) {
     logContainingFailures(RUN_TEXTS, [&] { deliverNext(batch); });
@@ -108,27 +109,39 @@ void LOGDispatcher::deliverNext(ZEBFmFile::Batch& batch) {
   // Asked for before space is made, so that no further thread that logs takes that space and then,
   // waiting for more, keeps the lock which delivery needs.
   LOGAsyncAppender::DispatcherTurn turn(*m_container);
-  const bool isSpaceWanted = m_bf->isSpaceWanted();
-  takeOut(isSpaceWanted ? m_surplus : 0);
+  takeOut();
   turn.begin();
-  const auto begin = isSpaceWanted ? Clock::now() : Clock::time_point();
-  int delivered = 0;
-  do {
-    deliver(std::exchange(m_taken[m_nextTaken], nullptr));
-    ++m_nextTaken;
-    ++delivered;
+  if (!passesOnToOneFile()) {
+    // Others may look at what a file appender has written, or write to the same file.
+    handOver(batch);
+    const ZEBFmFile::Batch::Pause pause;
+    deliverTaken(turn);
+    m_bf->noteDelivered(std::exchange(m_notHandedOver, 0));
+  } else {
+    deliverTaken(turn);
     if (isTimeToHandOver()) {
       handOver(batch);
     }
+  }
+}
+
+bool LOGDispatcher::passesOnToOneFile() const {
+  if (m_aai == nullptr || m_aai->size() != 1) {
+    return false;
+  }
+  const LOGAppenderSkeleton& appender = *m_aai->first();
+  return typeid(appender) == typeid(LOGFileAppender) ||
+         typeid(appender) == typeid(LOGRollingFileAppender);
+}
+
+void LOGDispatcher::deliverTaken(const LOGAsyncAppender::DispatcherTurn& turn) {
+  do {
+    deliver(std::exchange(m_taken[m_nextTaken], nullptr));
+    ++m_nextTaken;
     if (m_bf->isWaitingEnded()) {
       forgetTaken();  // closed, as what is still queued is dropped
     }
   } while (hasTaken() && !turn.isLockWanted());
-  if (isSpaceWanted) {
-    const auto time = std::max<Clock::duration>(Clock::now() - begin, std::chrono::microseconds(1));
-    m_surplus = static_cast<int>(std::min<std::int64_t>(
-        m_bf->getMaxSize() / 2, delivered * SURPLUS_TIME.count() / time.count()));
-  }
 }
 
 void LOGDispatcher::deliver(LOGLoggingEvent* event) {
@@ -141,14 +154,15 @@ void LOGDispatcher::deliver(LOGLoggingEvent* event) {
   ++m_notHandedOver;
 }
 
-void LOGDispatcher::takeOut(int surplus) {
+void LOGDispatcher::takeOut() {
+  m_taken.erase(m_taken.begin(), m_taken.begin() + static_cast<std::ptrdiff_t>(m_nextTaken));
+  m_nextTaken = 0;
   // A producer that waits for space holds the lock that delivery needs, so there must be space
   // before anything can be delivered. Only one that came before this turn can hold it, and it needs
-  // one place.
+  // one place: more than one event is taken from a queue that was shrunk only.
   int events = m_bf->length() - std::max(m_bf->getMaxSize(), 1) + 1;
   if (!hasTaken()) {
-    forgetTaken();
-    events = std::max(events, 1) + surplus;
+    events = std::max(events, 1);
   }
   for (; events > 0 && m_bf->length() > 0; --events) {
     takeOne();

@@ -6,11 +6,11 @@
 #include <cstddef>
 #include <vector>
 
+#include "appenders/LOGAsyncAppender.h"
 #include "platform/ZEBFmFile.h"
 #include "platform/ZEBThread.h"
 
 class LOGAppenderAttachableImpl;
-class LOGAsyncAppender;
 class LOGBoundedFIFO;
 class LOGLoggingEvent;
 
@@ -34,7 +34,9 @@ class LOG4ZEB_EXPORT LOGDispatcher : public ZEBThread {
   /// One pass under the queue's lock; false when the thread is to end.
   bool drain();
   void deliverNext(ZEBFmFile::Batch& batch);
-  void takeOut(int surplus);
+  bool passesOnToOneFile() const;
+  void deliverTaken(const LOGAsyncAppender::DispatcherTurn& turn);
+  void takeOut();
   void takeOne();
   bool hasTaken() const { return m_nextTaken < m_taken.size(); }
   void deliver(LOGLoggingEvent* event);
@@ -47,9 +49,6 @@ class LOG4ZEB_EXPORT LOGDispatcher : public ZEBThread {
   LOGAsyncAppender* m_container;
   std::vector<LOGLoggingEvent*> m_taken;  // out of the queue and owned; used by the thread only
   std::size_t m_nextTaken = 0;            // those before it were delivered
-  // How many events more than one are taken out when somebody waits for space, so that it is not
-  // woken for every single event: none unless delivering them takes no time to speak of.
-  int m_surplus = 0;
 
   // What was delivered but may wait for the operating system with others; used by the thread only.
   int m_notHandedOver = 0;

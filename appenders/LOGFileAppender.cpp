@@ -124,6 +124,13 @@ void LOGFileAppender::subappend(LOGLoggingEvent* event) {
   }
 }
 
+void LOGFileAppender::handOver() {
+  const ZEBThreadGuard guard(getCriticalSection());
+  if (m_file != nullptr) {
+    m_file->handOver();
+  }
+}
+
 void LOGFileAppender::replaceWriter(LOGQuietWriter* writer) { delete std::exchange(m_qw, writer); }
 
 void LOGFileAppender::setQWForFiles() {

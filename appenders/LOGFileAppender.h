@@ -53,6 +53,9 @@ class LOG4ZEB_EXPORT LOGFileAppender : public LOGWriterAppender {
   int getBufferSize() const { return bufferSize; }
   void setBufferSize(int size) { bufferSize = size; }
 
+  /// Has the operating system get what a dispatcher has held back. Takes the appender's lock.
+  void handOver();
+
  protected:
   int checkEntryConditions() override;
   void subappend(LOGLoggingEvent* event) override;

@@ -118,7 +118,8 @@ bool LOGRollingFileAppender::isFull() const {
 
 void LOGRollingFileAppender::subappend(LOGLoggingEvent* event) {
   LOGFileAppender::subappend(event);
-  if (!fileName.isEmpty() && countingWriter() != nullptr && isFull()) {
+  if (!fileName.isEmpty() && countingWriter() != nullptr && isFull() &&
+      (countingWriter()->settle(m_file.get()), isFull())) {
     rollOver();
   }
 }

@@ -1,6 +1,7 @@
 #ifndef PLATFORM_ZEBFMCHANNEL_H
 #define PLATFORM_ZEBFMCHANNEL_H
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -24,6 +25,9 @@ class ZEBFmChannel {
   static Opened open(const I18NString& name, bool truncate);
   /// Uses a standard stream, numbered as in ZEBFmFile, without owning it.
   static Opened attachStandard(int stream);
+  /// How long the end of the process waits for locks. Where the system has ended all other threads
+  /// by then, the locks that they held are never left; that must not keep the process from ending.
+  static std::chrono::seconds patienceAtEnd() noexcept;
   /// The error of an operation on a file that is not open.
   static int notOpenError() noexcept;
 

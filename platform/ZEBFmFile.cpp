@@ -4,6 +4,7 @@
 #include <atomic>
 #include <chrono>
 #include <mutex>
+#include <new>
 #include <set>
 #include <string>
 #include <system_error>
@@ -12,6 +13,7 @@
 #include <vector>
 
 #include "platform/ZEBFmChannel.h"
+#include "platform/ZEBUtProcess.h"
 
 /// The channel of an open file, with its buffer and with the care for whole records.
 class ZEBFmFile::Handle {
@@ -36,7 +38,7 @@ class ZEBFmFile::Handle {
   /// Whether records may wait for the end of a batch.
   bool mayHold() const {
     return m_capacity == 0 && m_channel->isOwned() && m_channel->isRegular() &&
-           m_channel->appends();
+           m_channel->appends() && m_channel->appendIsAtomic();
   }
   /// Has the end of the process write out what waits.
   void enterForEndOfProcess();
@@ -45,6 +47,7 @@ class ZEBFmFile::Handle {
   /// Writes what was held. Returns how many records could not be written since the last call, and
   /// why the last of them could not.
   std::pair<int, int> handOver();
+  void writeWhatIsHeld();
   std::size_t takeLostBytes() noexcept { return m_lostBytes.exchange(0); }
   /// Writes the buffer out unless another thread keeps it locked until the time is over.
   void flushUntil(std::chrono::steady_clock::time_point end);
@@ -75,6 +78,7 @@ class ZEBFmFile::Handle {
   std::string m_buffer;
   std::string m_held;                     // whole records, for the end of a batch
   std::vector<std::size_t> m_endsOfHeld;  // of each record in m_held
+  int m_holder = 0;                       // the process that holds them
   int m_lostRecords = 0;
   int m_lostError = 0;
 
@@ -85,10 +89,6 @@ class ZEBFmFile::Handle {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-
-/// How long the end of the process waits for locks. Where the system has ended all other threads by
-/// then, the locks that they held are never left; that must not keep the process from ending.
-constexpr std::chrono::seconds PATIENCE(2);
 
 /// Waits for the lock until the time is over. Returns whether it was obtained.
 bool lockUntil(std::mutex& lock, Clock::time_point end) {
@@ -120,7 +120,7 @@ class BufferedFiles {
   }
   void endBuffering() {
     m_ended.store(true);
-    const auto end = Clock::now() + PATIENCE;
+    const auto end = Clock::now() + ZEBFmChannel::patienceAtEnd();
     if (lockUntil(m_lock, end)) {
       const std::lock_guard<std::mutex> guard(m_lock, std::adopt_lock);
       for (const auto& [file, flush] : m_files) {
@@ -196,7 +196,10 @@ int ZEBFmFile::Handle::hold(const char* bytes, std::size_t size) {
     std::size_t written = 0;
     return writeRecord(bytes, size, written);
   }
-  m_held.reserve(MOST_HELD);
+  if (m_held.empty()) {
+    m_held.reserve(MOST_HELD);
+    m_holder = ZEBUtProcess::currentProcessId();
+  }
   m_endsOfHeld.push_back(m_held.size() + size);
   m_held.append(bytes, size);
   m_isHolding.store(true, std::memory_order_release);
@@ -207,13 +210,12 @@ void ZEBFmFile::Handle::writeHeld() {
   if (m_held.empty()) {
     return;
   }
-  const bool locked = !m_channel->appendIsAtomic() && lock() == 0;
-  const std::int64_t once = m_channel->write(m_held.data(), m_held.size());
-  if (once < static_cast<std::int64_t>(m_held.size())) {
-    writeHeldOneByOne(once < 0 ? 0 : static_cast<std::size_t>(once));
-  }
-  if (locked) {
-    unlock();
+  // In the child of a fork they are the parent's.
+  if (m_holder == ZEBUtProcess::currentProcessId()) {
+    const std::int64_t once = m_channel->write(m_held.data(), m_held.size());
+    if (once < static_cast<std::int64_t>(m_held.size())) {
+      writeHeldOneByOne(once < 0 ? 0 : static_cast<std::size_t>(once));
+    }
   }
   m_held.clear();
   m_endsOfHeld.clear();
@@ -228,10 +230,14 @@ void ZEBFmFile::Handle::writeHeldOneByOne(std::size_t done) {
     const char* const record = m_held.data() + begin;
     std::size_t written = std::min(std::max(done, begin) - begin, end - begin);
     int error = 0;
-    if (written == 0) {
-      error = writeRecord(record, end - begin, written);
-    } else if (written < end - begin) {
-      error = completeRecord(record, end - begin, written);
+    try {
+      if (written == 0) {
+        error = writeRecord(record, end - begin, written);
+      } else if (written < end - begin) {
+        error = completeRecord(record, end - begin, written);
+      }
+    } catch (const std::bad_alloc&) {
+      error = static_cast<int>(std::errc::not_enough_memory);
     }
     if (error != 0) {
       ++m_lostRecords;
@@ -246,6 +252,13 @@ std::pair<int, int> ZEBFmFile::Handle::handOver() {
   const std::lock_guard<std::mutex> guard(m_bufferLock);
   writeHeld();
   return {std::exchange(m_lostRecords, 0), m_lostError};
+}
+
+void ZEBFmFile::Handle::writeWhatIsHeld() {
+  if (m_isHolding.load(std::memory_order_acquire)) {
+    const std::lock_guard<std::mutex> guard(m_bufferLock);
+    writeHeld();
+  }
 }
 
 int ZEBFmFile::Handle::writeRecord(const char* bytes, std::size_t size, std::size_t& written) {
@@ -360,7 +373,7 @@ int ZEBFmFile::Handle::seek(std::int64_t offset, int origin) {
 
 int ZEBFmFile::Handle::lock() {
   // Only the end of the process ever meets another thread here.
-  if (!lockUntil(m_lockLock, Clock::now() + PATIENCE)) {
+  if (!lockUntil(m_lockLock, Clock::now() + ZEBFmChannel::patienceAtEnd())) {
     return static_cast<int>(std::errc::device_or_resource_busy);
   }
   const std::lock_guard<std::mutex> guard(m_lockLock, std::adopt_lock);
@@ -398,17 +411,17 @@ void ZEBFmFile::Handle::setBufferSize(std::size_t bytes) {
 }
 
 std::int64_t ZEBFmFile::Handle::size() {
+  const std::lock_guard<std::mutex> guard(m_bufferLock);
   const std::int64_t written = m_channel->size();
   if (written < 0) {
     return -1;
   }
-  const std::lock_guard<std::mutex> guard(m_bufferLock);
   return written + static_cast<std::int64_t>(m_buffer.size() + m_held.size());
 }
 
 ZEBFmFile::ZEBFmFile() = default;
 
-ZEBFmFile::~ZEBFmFile() = default;
+ZEBFmFile::~ZEBFmFile() { close(); }
 
 int ZEBFmFile::succeeded(int error) noexcept {
   if (error != 0) {
@@ -474,6 +487,12 @@ int ZEBFmFile::flush() {
 int ZEBFmFile::close() {
   const std::shared_ptr<Handle> closing = std::move(m_handle);
   return closing == nullptr ? 0 : succeeded(closing->close());
+}
+
+void ZEBFmFile::handOver() {
+  if (m_handle != nullptr) {
+    m_handle->writeWhatIsHeld();
+  }
 }
 
 std::size_t ZEBFmFile::takeLostBytes() noexcept {

@@ -73,7 +73,9 @@ class LOG4ZEB_EXPORT ZEBFmFile {
   /// Lets records of this file wait for the end of a Batch. The text, a literal, is what the Batch
   /// says of each that it could not hand over.
   void setLateFailureText(const char* text) noexcept { m_lateFailureText = text; }
-  /// The bytes of such records since the last call.
+  /// Writes what a Batch holds back of this file.
+  void handOver();
+  /// The bytes of records that could not be handed over, since the last call.
   std::size_t takeLostBytes() noexcept;
 
   /// Whether one write to this file appends atomically next to other processes.

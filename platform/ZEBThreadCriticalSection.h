@@ -22,7 +22,7 @@ class LOG4ZEB_EXPORT ZEBThreadCriticalSection {
   void leave() noexcept;
   /// Whether another thread holds the lock now.
   bool isHeldElsewhere() const noexcept;
-  /// Whether a thread has fallen asleep over the lock since it was taken last.
+  /// Whether a thread may be sleeping until the lock is left.
   bool isWanted() const noexcept;
 
  private:

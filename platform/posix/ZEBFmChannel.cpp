@@ -123,6 +123,9 @@ ZEBFmChannel::Opened ZEBFmChannel::attachStandard(int stream) {
   return {std::make_unique<ZEBFmChannel>(stream, false), 0};
 }
 
+// The other threads still run, and leave what they hold.
+std::chrono::seconds ZEBFmChannel::patienceAtEnd() noexcept { return std::chrono::hours(1); }
+
 int ZEBFmChannel::notOpenError() noexcept { return EBADF; }
 
 int ZEBFmChannel::failed() noexcept {

@@ -92,6 +92,8 @@ ZEBFmChannel::Opened ZEBFmChannel::attachStandard(int stream) {
   return {std::make_unique<ZEBFmChannel>(numberOf(handle), false), 0};
 }
 
+std::chrono::seconds ZEBFmChannel::patienceAtEnd() noexcept { return std::chrono::seconds(2); }
+
 int ZEBFmChannel::notOpenError() noexcept { return ERROR_INVALID_HANDLE; }
 
 int ZEBFmChannel::failed() noexcept {
