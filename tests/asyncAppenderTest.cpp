@@ -111,13 +111,19 @@ TEST_F(AsyncAppenderTest, MakesCallersWaitForSpaceAndResizesMeanwhile) {
 
 TEST_F(AsyncAppenderTest, CallersWithRoomWaitForTheListsLockButNotForADelivery) {
   std::atomic<bool> isHeld{true};
+  std::atomic<bool> isDelivering{false};
   capture.onAppend = [&](LOGLoggingEvent*) {
+    isDelivering = true;
     while (isHeld) {
       std::this_thread::sleep_for(milliseconds(1));
     }
   };
   async.addAppender(&capture);
-  for (int i = 0; i <= LOGAsyncAppender::DEFAULT_BUFFER_SIZE; ++i) {
+  logger->info("x");
+  while (!isDelivering) {
+    std::this_thread::sleep_for(milliseconds(1));
+  }
+  for (int i = 0; i < LOGAsyncAppender::DEFAULT_BUFFER_SIZE; ++i) {
     logger->info("x");  // returns although nothing is delivered
   }
   std::atomic<bool> logged{false};
