@@ -14,18 +14,6 @@ namespace {
 
 using Lock = std::unique_lock<std::mutex>;
 
-/// Asks the processor for the memory of the event after this one: it was last used by the
-/// dispatcher, on another core as a rule, and takes a while to come.
-void prepareForWriting([[maybe_unused]] const void* memory) {
-#if defined(__GNUC__)
-  constexpr std::size_t LINE = 64;
-  const auto* const bytes = static_cast<const char*>(memory);
-  for (std::size_t i = 0; memory != nullptr && i < sizeof(LOGLoggingEvent); i += LINE) {
-    __builtin_prefetch(bytes + i, 1);
-  }
-#endif
-}
-
 /// Says that a thread waits, as long as it does.
 class Waiter {
  public:
@@ -103,9 +91,7 @@ void* LOGBoundedFIFO::takeMemory() {
   if (m_spare == nullptr) {
     return ::operator new(sizeof(LOGLoggingEvent));
   }
-  Memory* const memory = std::exchange(m_spare, m_spare->next);
-  prepareForWriting(m_spare);
-  return memory;
+  return std::exchange(m_spare, m_spare->next);
 }
 
 void LOGBoundedFIFO::recycle(LOGLoggingEvent* event) noexcept {
