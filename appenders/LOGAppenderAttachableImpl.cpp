@@ -167,6 +167,7 @@ void LOGAppenderAttachableImpl::removeAppender(LOGAppenderSkeleton* appender) {
     return;
   }
   ZEB_ASSERT(appender, SOURCE, 162);
+  const Publishing publishing(*this);
   for (Position position = m_appenderList.begin(); !position.atEnd();) {
     const Position current = position;
     ++position;
@@ -174,7 +175,6 @@ void LOGAppenderAttachableImpl::removeAppender(LOGAppenderSkeleton* appender) {
       remove(current);
     }
   }
-  publish();
 }
 
 void LOGAppenderAttachableImpl::replaceAppenders(

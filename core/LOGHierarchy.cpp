@@ -1,6 +1,7 @@
 #include "core/LOGHierarchy.h"
 
 #include <mutex>
+#include <new>
 #include <utility>
 
 #include "appenders/LOGAsyncAppender.h"
@@ -106,7 +107,7 @@ LOGLogger* LOGHierarchy::findOrCreate(const I18NString& name, LOGLoggerFactory* 
     LOGLogger* const logger = asLogger(found);
     // A factory may have made it with another name.
     if (logger->getName() == name && m_index.find(name) == nullptr) {
-      m_index.add(logger);
+      remember(logger);
     }
     return logger;
   }
@@ -114,6 +115,14 @@ LOGLogger* LOGHierarchy::findOrCreate(const I18NString& name, LOGLoggerFactory* 
     return replaceProvision(name, factory, static_cast<const LOGProvisionNode&>(*found));
   }
   return nullptr;
+}
+
+void LOGHierarchy::remember(LOGLogger* logger) noexcept {
+  try {
+    m_index.add(logger);
+  } catch (const std::bad_alloc&) {
+    // It is found all the same, only not as fast.
+  }
 }
 
 std::unique_ptr<LOGLogger> LOGHierarchy::createLogger(const I18NString& name,

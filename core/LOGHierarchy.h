@@ -85,6 +85,7 @@ class LOG4ZEB_EXPORT LOGHierarchy : public LOGMutex,
   bool enter(const I18NString& name, std::unique_ptr<LOGLogger> logger);
   /// Puts into the table of names; the result is the table's.
   int putIntoTable(const I18NString& name, LOGObject* object);
+  void remember(LOGLogger* logger) noexcept;
   LOGLogger* findOrCreate(const I18NString& name, LOGLoggerFactory* factory);
   LOGLogger* replaceProvision(const I18NString& name, LOGLoggerFactory* factory,
                               const LOGProvisionNode& provision);

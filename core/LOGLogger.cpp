@@ -111,12 +111,18 @@ bool LOGLogger::wouldLogNow(int rank) const {
 }
 
 void LOGLogger::logEnabled(int rank, LOGObject* message) {
-  forcedLog(m_FQCN, LOGLevel::toLevel(rank), message);
+  LOGLevel* const level = LOGLevel::toLevel(rank);
+  if (level != nullptr) {
+    forcedLog(m_FQCN, level, message);
+  }
 }
 
 void LOGLogger::logEnabled(int rank, const I18NString& message) {
-  LOGLoggingEvent event(this, LOGLevel::toLevel(rank), LOGMessageText{message});
-  callAppenders(&event);
+  LOGLevel* const level = LOGLevel::toLevel(rank);
+  if (level != nullptr) {
+    LOGLoggingEvent event(this, level, LOGMessageText{message});
+    callAppenders(&event);
+  }
 }
 
 bool LOGLogger::passesRepositoryAndLevel(const LOGLevel* level) const {
@@ -169,9 +175,9 @@ void LOGLogger::callAppenders(LOGLoggingEvent* event) {
   const ZEBFmFile::Batch::Pause pause;
   int writes = 0;
   for (LOGLogger* logger = this; logger != nullptr; logger = logger->getParent()) {
-    // Most loggers have no appenders. Unless somebody holds its lock, taking it would change
-    // nothing that anybody could notice.
-    if (logger->m_aai.hasAppenders() || logger->getCriticalSection().isHeldElsewhere()) {
+    // Most loggers have no appenders. Unless somebody holds its lock, which is asked first, taking
+    // it would change nothing that anybody could notice.
+    if (logger->getCriticalSection().isHeldElsewhere() || logger->m_aai.hasAppenders()) {
       writes += locked(*logger, "LOGLogger::callAppenders -- unable to lock mutex",
                        [&] { return logger->m_aai.appendLoopOnAppenders(event); });
     }

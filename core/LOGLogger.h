@@ -81,8 +81,8 @@ class LOG4ZEB_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
 
   /// Whether debug(), info(), ... with the level of that rank would log now.
   bool wouldLog(int rank) const {
-    // Three loads, whatever the depth of the logger: the lowest rank that logs is remembered until
-    // a level, a threshold or a parent changes anywhere in the process.
+    // Two loads, whatever the depth of the logger: the lowest rank that logs is remembered until a
+    // level, a threshold, a parent or a repository changes anywhere in the process.
     const std::uint64_t gate = m_gate.load(std::memory_order_relaxed);
     return static_cast<std::uint32_t>(gate >> 32) == m_gateEpoch.load(std::memory_order_acquire)
                ? rank >= static_cast<std::int32_t>(static_cast<std::uint32_t>(gate))
@@ -169,7 +169,7 @@ class LOG4ZEB_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   /// Logs without asking whether the level is enabled.
   void forcedLog(const I18NString& fqn, LOGLevel* level, LOGObject* message);
 
-  /// The class name that events carry.
+  /// The class name that events are made with.
   static const I18NString m_FQCN;
 
  private:

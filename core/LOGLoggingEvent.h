@@ -33,7 +33,7 @@ class LOG4ZEB_EXPORT LOGLoggingEvent : public LOGSerializable {
   LOGLoggingEvent(LOGLogger* logger, LOGLevel* level, const LOGMessageText& message);
   /// The copy owns a clone of the message and its own location; its throwable text is empty.
   LOGLoggingEvent(const LOGLoggingEvent& other);
-  /// Takes over level, logger, class name, time and a clone of the message. Name, context, rendered
+  /// Takes over level, logger, time and a clone of the message. Name, context, rendered
   /// message and thread stay those of the target; that is how it is meant.
   LOGLoggingEvent& operator=(const LOGLoggingEvent& other);
   ~LOGLoggingEvent() override;

@@ -31,13 +31,9 @@ const I18NString& LOGAbsoluteTimeDateFormat::format(LOGDate* date) {
 void LOGAbsoluteTimeDateFormat::appendTime(const LOGDate& date) {
   const std::int64_t seconds = date.getTime();
   if (seconds != m_previousTime) {
-    if (seconds != m_secondsOfFields) {
-      I18NString text;
-      appendFields(text, calendarOf(date));
-      m_fields = std::move(text);
-      m_secondsOfFields = seconds;
-    }
-    m_previousText = m_fields;
+    I18NString text;
+    appendFields(text, calendarOf(date));
+    m_previousText = std::move(text);
     // Seconds minus milliseconds: two units in one key, which a later date meets by coincidence
     // only and then gets this text. The first key, 0, stands for an empty text. Both are meant.
     m_previousTime = seconds - date.getTimeMillis();

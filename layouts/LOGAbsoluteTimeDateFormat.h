@@ -2,7 +2,6 @@
 #define LAYOUTS_LOGABSOLUTETIMEDATEFORMAT_H
 
 #include <cstdint>
-#include <limits>
 
 #include "layouts/LOGDateFormat.h"
 
@@ -27,9 +26,6 @@ class LOG4ZEB_EXPORT LOGAbsoluteTimeDateFormat : public LOGDateFormat {
 
   std::int64_t m_previousTime = 0;
   I18NString m_previousText;
-  // What the calendar said last, because most dates come in the second of the one before.
-  std::int64_t m_secondsOfFields = std::numeric_limits<std::int64_t>::min();
-  I18NString m_fields;
 };
 
 #endif

@@ -1,14 +1,27 @@
 #include "layouts/LOGDatePatternConverter.h"
 
+#include <typeinfo>
 #include <utility>
 
 #include "core/LOGLoggingEvent.h"
+#include "layouts/LOGAbsoluteTimeDateFormat.h"
+#include "layouts/LOGDateTimeDateFormat.h"
+#include "layouts/LOGISODateFormat.h"
+#include "layouts/LOGRelativeTimeDateFormat.h"
+#include "layouts/LOGSimpleDateFormat.h"
 #include "platform/ZEBAssertError.h"
 #include "platform/ZEBTranslate.h"
 
 namespace {
 
 constexpr const char* SOURCE = "LOGPatternParserUtils";
+
+bool isKnown(const LOGDateFormat& format) {
+  const std::type_info& type = typeid(format);
+  return type == typeid(LOGAbsoluteTimeDateFormat) || type == typeid(LOGDateTimeDateFormat) ||
+         type == typeid(LOGISODateFormat) || type == typeid(LOGRelativeTimeDateFormat) ||
+         type == typeid(LOGSimpleDateFormat);
+}
 
 }  // namespace
 
@@ -20,6 +33,7 @@ LOGDatePatternConverter::LOGDatePatternConverter(LOGFormattingInfo* formattingIn
                                                  std::unique_ptr<LOGDateFormat> dateFormat)
     : LOGPatternConverter(formattingInfo), m_dateFormat(std::move(dateFormat)) {
   ZEB_ASSERT(m_dateFormat, SOURCE, __LINE__);
+  m_isKnownFormat = isKnown(*m_dateFormat);
 }
 
 I18NString* LOGDatePatternConverter::convert(LOGLoggingEvent* event) {
@@ -33,7 +47,7 @@ I18NString* LOGDatePatternConverter::convert(LOGLoggingEvent* event) {
 
 bool LOGDatePatternConverter::appendText(I18NString& text, LOGLoggingEvent* event) {
   ZEB_ASSERT(event, SOURCE, __LINE__);
-  if (m_text.isEmpty() || m_date.getTime() != event->getTimeStamp()) {
+  if (!m_isKnownFormat || m_text.isEmpty() || m_date.getTime() != event->getTimeStamp()) {
     m_text.clear();
     m_date.setTime(event->getTimeStamp());
     m_text = m_dateFormat->format(&m_date);

@@ -5,18 +5,18 @@
 
 #include "layouts/LOGDate.h"
 #include "layouts/LOGDateFormat.h"
+#include "layouts/LOGDirectConverter.h"
 #include "layouts/LOGPatternConverter.h"
 
 /// The time of an event in a date format. The milliseconds are those of the converter's own making.
-class LOG4ZEB_EXPORT LOGDatePatternConverter : public LOGPatternConverter {
+class LOG4ZEB_EXPORT LOGDatePatternConverter : public LOGPatternConverter,
+                                               public LOGDirectConverter {
  public:
   /// Takes ownership of the format, also when it throws. Throws ZEBAssertError when either is null.
   LOGDatePatternConverter(LOGFormattingInfo* formattingInfo, LOGDateFormat* dateFormat);
 
   /// Throws ZEBAssertError for a null event.
   I18NString* convert(LOGLoggingEvent* event) override;
-
- protected:
   bool appendText(I18NString& text, LOGLoggingEvent* event) override;
 
  private:
@@ -25,8 +25,9 @@ class LOG4ZEB_EXPORT LOGDatePatternConverter : public LOGPatternConverter {
 
   std::unique_ptr<LOGDateFormat> m_dateFormat;
   LOGDate m_date;
-  // The text of the second last asked for: a format writes one second always the same.
+  // The text of the second last asked for: the library's formats write one second always the same.
   I18NString m_text;
+  bool m_isKnownFormat = false;
 };
 
 #endif

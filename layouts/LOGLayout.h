@@ -10,8 +10,8 @@ class LOGLoggingEvent;
 /// Turns an event into the text that an appender writes. This class is the base of all layouts and
 /// itself the plain one: the message and a line end.
 ///
-/// Every operation that returns text returns the same buffer of the layout, which stays valid until
-/// the next call; a caller copies what it keeps. No such operation takes a lock. Threads that share
+/// Every operation that returns text returns a buffer of the layout, which stays valid until the
+/// next call; a caller copies what it keeps. No such operation takes a lock. Threads that share
 /// a layout hold its lock around the call and the copy of its result. On one thread format() may be
 /// entered again by the message that it renders.
 class LOG4ZEB_EXPORT LOGLayout : public LOGOptionHandler, public LOGObject, public LOGMutex {

@@ -13,7 +13,3 @@ I18NString* LOGLiteralPatternConverter::convert(LOGLoggingEvent*) {
 void LOGLiteralPatternConverter::format(I18NString& sbuf, LOGLoggingEvent*) {
   sbuf.append(m_literal);
 }
-
-void LOGLiteralPatternConverter::appendFormatted(I18NString& text, LOGLoggingEvent*) {
-  text.append(m_literal);
-}

@@ -12,7 +12,6 @@ class LOG4ZEB_EXPORT LOGLiteralPatternConverter : public LOGPatternConverter {
   const I18NString& getLiteral() const { return m_literal; }
   /// Appends the text to `sbuf`. Widths do not apply, and what `sbuf` holds stays.
   void format(I18NString& sbuf, LOGLoggingEvent* event) override;
-  void appendFormatted(I18NString& text, LOGLoggingEvent* event) override;
 
  private:
   I18NString m_literal;

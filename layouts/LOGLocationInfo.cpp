@@ -13,6 +13,6 @@ const I18NString& LOGLocationInfo::getLineNumber() const { return m_NA; }
 const I18NString& LOGLocationInfo::getMethodName() const { return m_NA; }
 
 const I18NString& LOGLocationInfo::getFullInfo() const {
-  static const I18NString empty;
-  return empty;
+  static const auto* const empty = new I18NString;  // never destroyed: static destructors log too
+  return *empty;
 }

@@ -4,6 +4,7 @@
 #include <limits>
 #include <utility>
 
+#include "layouts/LOGDirectConverter.h"
 #include "layouts/LOGFormattingInfo.h"
 #include "platform/ZEBAssertError.h"
 
@@ -35,22 +36,20 @@ void LOGPatternConverter::format(I18NString& sbuf, LOGLoggingEvent* event) {
   appendPadded(sbuf, s.get());
 }
 
-void LOGPatternConverter::appendFormatted(I18NString& text, LOGLoggingEvent* event) {
-  if (m_min.load(std::memory_order_relaxed) < 1 &&
+void LOGPatternConverter::appendFormatted(I18NString& text, LOGLoggingEvent* event,
+                                          LOGDirectConverter* direct) {
+  if (direct != nullptr && m_min.load(std::memory_order_relaxed) < 1 &&
       m_max.load(std::memory_order_relaxed) == NO_MAXIMUM) {
-    appendText(text, event);  // without widths straight to its place
+    direct->appendText(text, event);  // without widths straight to its place
     return;
   }
   I18NString piece;
-  appendPadded(text, appendText(piece, event) ? &piece : nullptr);
-}
-
-bool LOGPatternConverter::appendText(I18NString& text, LOGLoggingEvent* event) {
-  const std::unique_ptr<I18NString> s(convert(event));
-  if (s != nullptr) {
-    text.append(*s);
+  if (direct == nullptr) {
+    format(piece, event);
+    text.append(piece);
+  } else {
+    appendPadded(text, direct->appendText(piece, event) ? &piece : nullptr);
   }
-  return s != nullptr;
 }
 
 void LOGPatternConverter::appendPadded(I18NString& sbuf, const I18NString* s) {

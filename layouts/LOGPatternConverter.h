@@ -7,6 +7,7 @@
 
 #include "platform/I18NString.h"
 
+class LOGDirectConverter;
 class LOGFormattingInfo;
 class LOGLoggingEvent;
 
@@ -29,9 +30,8 @@ class LOG4ZEB_EXPORT LOGPatternConverter {
   /// Sets `sbuf` to the converted text, padded to the minimum width or cut to the end that fits the
   /// maximum width. A null conversion counts as empty.
   virtual void format(I18NString& sbuf, LOGLoggingEvent* event);
-  /// Appends to `text` what format() gives; this is what pattern layouts use, because it needs no
-  /// strings in between.
-  virtual void appendFormatted(I18NString& text, LOGLoggingEvent* event);
+  /// Appends to `text` what format() gives. `direct` is this converter's direct side, or null.
+  void appendFormatted(I18NString& text, LOGLoggingEvent* event, LOGDirectConverter* direct);
   /// Appends `length` blanks.
   virtual void spacePad(I18NString& sbuf, int length);
   /// Null at the end of the chain.
@@ -49,10 +49,6 @@ class LOG4ZEB_EXPORT LOGPatternConverter {
   LOGPatternConverter() = default;
   /// Makes the widths read last those of all converters. Throws ZEBAssertError when `fi` is null.
   explicit LOGPatternConverter(LOGFormattingInfo* fi);
-
-  /// Appends to `text` what convert() gives; false when that is null. Who overrides convert()
-  /// of a converter that has this one of its own overrides both.
-  virtual bool appendText(I18NString& text, LOGLoggingEvent* event);
 
   static std::atomic<int> m_min;
   static std::atomic<int> m_max;

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "core/LOGFailures.h"
+#include "layouts/LOGDirectConverter.h"
 #include "layouts/LOGLiteralPatternConverter.h"
 #include "layouts/LOGPatternParser.h"
 #include "platform/ZEBThreadGuard.h"
@@ -60,9 +61,9 @@ LOGPatternLayout::Program LOGPatternLayout::programOf(LOGPatternConverter::Chain
        converter = converter->getNext()) {
     const auto* const literal = dynamic_cast<const LOGLiteralPatternConverter*>(converter);
     if (literal == nullptr) {
-      steps.push_back({converter, {}});
+      steps.push_back({converter, dynamic_cast<LOGDirectConverter*>(converter), {}});
     } else if (steps.empty()) {
-      steps.push_back({nullptr, literal->getLiteral()});
+      steps.push_back({nullptr, nullptr, literal->getLiteral()});
     } else {
       steps.back().literal.append(literal->getLiteral());
     }
@@ -93,7 +94,7 @@ void LOGPatternLayout::build(I18NString& text, LOGLoggingEvent* event) {
     const Step* const end = m_program.steps.data() + m_program.steps.size();
     for (const Step* step = m_program.steps.data(); step != end; ++step) {
       if (step->converter != nullptr) {
-        step->converter->appendFormatted(text, event);
+        step->converter->appendFormatted(text, event, step->direct);
       }
       text.append(step->literal);
     }

@@ -46,6 +46,7 @@ class LOG4ZEB_EXPORT LOGPatternLayout : public LOGLayout {
   /// A converter, null in front of the first literal only, and the literal text that follows it.
   struct Step {
     LOGPatternConverter* converter;
+    LOGDirectConverter* direct;  // the converter's direct side, or null
     I18NString literal;
   };
   /// A parsed pattern: the chain, and the same once more in the order and form of its use.

@@ -22,6 +22,7 @@ class LOG4ZEB_EXPORT I18NBytes {
   I18NBytes(I18NBytes&& other) noexcept { take(other); }
   I18NBytes& operator=(const I18NBytes& other) {
     if (this != &other) {
+      reserve(other.m_size);  // which may fail, so that nothing has changed yet
       m_size = 0;
       append(other);
     }

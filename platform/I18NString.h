@@ -51,7 +51,12 @@ class LOG4ZEB_EXPORT I18NString {
       : m_units(std::exchange(other.m_units, 0)),
         m_hasLoneSurrogate(std::exchange(other.m_hasLoneSurrogate, false)),
         m_bytes(std::move(other.m_bytes)) {}
-  I18NString& operator=(const I18NString&) = default;
+  I18NString& operator=(const I18NString& other) {
+    m_bytes = other.m_bytes;  // first, because it may fail
+    m_units = other.m_units;
+    m_hasLoneSurrogate = other.m_hasLoneSurrogate;
+    return *this;
+  }
   I18NString& operator=(I18NString&& other) noexcept {
     if (this != &other) {
       m_bytes = std::move(other.m_bytes);

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <mutex>
+#include <new>
 #include <system_error>
 
 #include "platform/ZEBSystemError.h"
@@ -76,6 +77,9 @@ void ZEBThreadCriticalSection::waitFor(Mark self) {
   } catch (const std::system_error& refused) {
     throw ZEBSystemError("critical section", refused.code(), "ZEBThreadCriticalSection::enter",
                          __LINE__);
+  } catch (const std::bad_alloc&) {
+    throw ZEBSystemError("critical section", std::make_error_code(std::errc::not_enough_memory),
+                         "ZEBThreadCriticalSection::enter", __LINE__);
   }
 }
 

@@ -1,17 +1,14 @@
 #ifndef PLATFORM_ZEBTHREADPLACE_H
 #define PLATFORM_ZEBTHREADPLACE_H
 
-#include <memory>
-
-/// A place where threads sleep until another one wakes them, with the lock that what they wait for
-/// is looked at and changed under. Made of what the operating system has for it.
+/// A place, for the rest of the process, where threads sleep until another one wakes them, with the
+/// lock that what they wait for is looked at and changed under. Made of what the operating system
+/// has for it.
 class ZEBThreadPlace {
  public:
   ZEBThreadPlace();
   ZEBThreadPlace(const ZEBThreadPlace&) = delete;
   ZEBThreadPlace& operator=(const ZEBThreadPlace&) = delete;
-  ~ZEBThreadPlace();
-
   /// Throws std::system_error when the operating system refuses.
   void lock();
   void unlock() noexcept;
@@ -21,10 +18,13 @@ class ZEBThreadPlace {
   /// Wakes all that sleep here.
   void wakeAll() noexcept;
 
+  /// Makes all places usable in the child of a fork, where the system has forks and calls this.
+  static void renewAfterFork();
+
  private:
   class Handle;  // the operating system's side
 
-  std::unique_ptr<Handle> m_handle;
+  Handle* m_handle;
 };
 
 #endif

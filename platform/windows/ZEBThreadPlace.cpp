@@ -9,9 +9,9 @@ class ZEBThreadPlace::Handle {
   CONDITION_VARIABLE woken = CONDITION_VARIABLE_INIT;
 };
 
-ZEBThreadPlace::ZEBThreadPlace() : m_handle(std::make_unique<Handle>()) {}
+ZEBThreadPlace::ZEBThreadPlace() : m_handle(new Handle) {}
 
-ZEBThreadPlace::~ZEBThreadPlace() = default;
+void ZEBThreadPlace::renewAfterFork() {}
 
 void ZEBThreadPlace::lock() { AcquireSRWLockExclusive(&m_handle->mutex); }
 

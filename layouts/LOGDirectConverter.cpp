@@ -1,0 +1,3 @@
+#include "layouts/LOGDirectConverter.h"
+
+LOGDirectConverter::~LOGDirectConverter() = default;

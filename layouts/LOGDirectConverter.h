@@ -1,0 +1,18 @@
+#ifndef LAYOUTS_LOGDIRECTCONVERTER_H
+#define LAYOUTS_LOGDIRECTCONVERTER_H
+
+#include "platform/I18NString.h"
+
+class LOGLoggingEvent;
+
+/// The side of a pattern converter that can put its text straight where it belongs, so that a
+/// pattern layout needs no strings in between. A class that overrides convert() of a converter
+/// which has this side overrides both.
+class LOG4ZEB_EXPORT LOGDirectConverter {
+ public:
+  virtual ~LOGDirectConverter();
+  /// Appends to `text` what convert() gives; false, and nothing appended, when that is null.
+  virtual bool appendText(I18NString& text, LOGLoggingEvent* event) = 0;
+};
+
+#endif
