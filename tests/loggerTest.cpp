@@ -199,6 +199,28 @@ TEST_F(Hierarchy, WaitsForLocksThatOthersHoldAlsoWhereThereIsNothingToDo) {
   EXPECT_EQ(capture.messages, Messages{"x"});
 }
 
+TEST_F(Hierarchy, DeliversToAnAppenderThatIsAddedWhileTheLockIsHeld) {
+  root.setLevel(level("ALL"));
+  LOGLogger* const logger = hierarchy.getLogger("a");
+  for (int i = 0; i < 500; ++i) {
+    CapturingAppender late;
+    std::atomic<bool> held{false};
+    std::thread other([&] {
+      while (!held) {
+      }
+      logger->info("x");
+    });
+    {
+      const ZEBThreadGuard guard(logger->getCriticalSection());
+      held = true;
+      logger->addAppender(&late);
+    }
+    other.join();
+    ASSERT_EQ(late.messages, Messages{"x"});
+    logger->removeAppender(&late);
+  }
+}
+
 TEST_F(Hierarchy, StopsAtALoggerWithoutAdditivityAndWarnsOnce) {
   LOGLogger* const logger = hierarchy.getLogger("lonely");
   logger->setAdditivity(0);

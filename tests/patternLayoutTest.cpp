@@ -220,6 +220,26 @@ TEST(PatternConverter, RefusesMissingFormattingAndFreesWhatItWasGiven) {
   EXPECT_EQ(refusal([] { LOGMDCPatternConverter(nullptr, "key"); }), "ZEB_ASSERT(formattingInfo);");
 }
 
+TEST(PatternConverter, AsksADateFormatOfAnotherClassForEveryEvent) {
+  class Counting : public LOGDateFormat {
+   public:
+    const I18NString& format(LOGDate*) override {
+      m_buffer.append(1, 'x');
+      return m_buffer;
+    }
+  };
+  const Workplace workplace;
+  LOGFormattingInfo::reset();
+  LOGFormattingInfo widths;
+  LOGDatePatternConverter converter(&widths, new Counting);
+  TestEvent event("a", "INFO", "message");
+  for (const char* const text : {"x", "xx", "xxx"}) {
+    I18NString piece;
+    converter.format(piece, &event);
+    EXPECT_EQ(piece, text);
+  }
+}
+
 TEST(FormattingInfo, IsWrittenToTheDiagnostics) {
   Workplace workplace;
   LOGFormattingInfo::reset();
