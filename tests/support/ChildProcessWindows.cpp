@@ -96,9 +96,20 @@ ChildProcess::ChildProcess(const std::string& program, const std::vector<std::st
     commandLine += L" " + quoted(wide(argument));
   }
   PROCESS_INFORMATION started{};
-  require(CreateProcessW(wide(program).c_str(), commandLine.data(), nullptr, nullptr, TRUE, 0,
-                         nullptr, nullptr, &startup, &started) != 0,
-          program.c_str());
+  bool isStarted = false;
+  // Wine refuses a start for no reason once in thousands, when others start programs as well.
+  for (int attempt = 0; !isStarted && attempt < 5; ++attempt) {
+    isStarted = CreateProcessW(wide(program).c_str(), std::wstring(commandLine).data(), nullptr,
+                               nullptr, TRUE, 0, nullptr, nullptr, &startup, &started) != 0;
+    if (!isStarted && GetLastError() != ERROR_INTERNAL_ERROR) {
+      break;
+    }
+    if (!isStarted) {
+      Sleep(100);
+      SetLastError(ERROR_INTERNAL_ERROR);
+    }
+  }
+  require(isStarted, program.c_str());
   CloseHandle(started.hThread);
   m_process = numberOf(started.hProcess);
 }
