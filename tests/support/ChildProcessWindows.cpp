@@ -97,7 +97,7 @@ ChildProcess::ChildProcess(const std::string& program, const std::vector<std::st
   }
   PROCESS_INFORMATION started{};
   bool isStarted = false;
-  // Wine refuses a start for no reason once in thousands, when others start programs as well.
+  // Wine now and then refuses a start for no reason.
   for (int attempt = 0; !isStarted && attempt < 5; ++attempt) {
     isStarted = CreateProcessW(wide(program).c_str(), std::wstring(commandLine).data(), nullptr,
                                nullptr, TRUE, 0, nullptr, nullptr, &startup, &started) != 0;
