@@ -135,13 +135,17 @@ bool LOGDispatcher::passesOnToOneFile() const {
 }
 
 void LOGDispatcher::deliverTaken(const LOGAsyncAppender::DispatcherTurn& turn) {
-  do {
+  // Nothing was taken when the appender was closed meanwhile.
+  while (hasTaken()) {
     deliver(std::exchange(m_taken[m_nextTaken], nullptr));
     ++m_nextTaken;
     if (m_bf->isWaitingEnded()) {
       forgetTaken();  // closed, as what is still queued is dropped
     }
-  } while (hasTaken() && !turn.isLockWanted());
+    if (turn.isLockWanted()) {
+      return;
+    }
+  }
 }
 
 void LOGDispatcher::deliver(LOGLoggingEvent* event) {

@@ -226,8 +226,7 @@ void LOGLogger::setLevel(LOGLevel* level) {
 }
 
 const I18NString& LOGLogger::getResourceBundleString(const I18NString&) const {
-  static const auto* const none = new I18NString;
-  return *none;
+  return I18NString::none();
 }
 
 void LOGLogger::addAppender(LOGAppenderSkeleton* newAppender) {

@@ -153,8 +153,7 @@ LOGLoggingEvent::Rare& LOGLoggingEvent::rare() {
 }
 
 const I18NString& LOGLoggingEvent::getThrowableStrRep() const {
-  static const auto* const empty = new I18NString;
-  return m_rare == nullptr ? *empty : m_rare->throwableStrRep;
+  return m_rare == nullptr ? I18NString::none() : m_rare->throwableStrRep;
 }
 
 const I18NString& LOGLoggingEvent::getNDC() {

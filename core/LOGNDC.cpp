@@ -32,11 +32,6 @@ thread_local ThreadState t_state = {nullptr, 0, nullptr, false};
 
 I18NString currentThreadKey() { return ZEBUtConvert::handleCvt(ZEBThread::currentThreadId()); }
 
-const I18NString& emptyText() {
-  static const auto* const text = new I18NString;
-  return *text;
-}
-
 }  // namespace
 
 /// Takes the thread's entry out of the table when the thread ends.
@@ -103,7 +98,7 @@ void LOGNDC::removeEmptyAfterThreadEnd() {
 const I18NString& LOGNDC::pop() {
   LOGStack* const stack = currentStack();
   if (stack == nullptr || stack->isEmpty() != 0) {
-    return emptyText();
+    return I18NString::none();
   }
   std::unique_ptr<LOGDiagnosticContext> popObj = stack->pop();
   ZEB_ASSERT(popObj, SOURCE, __LINE__);
@@ -118,7 +113,7 @@ const I18NString& LOGNDC::pop() {
 const I18NString& LOGNDC::peek() {
   const LOGStack* const stack = currentStack();
   if (stack == nullptr || stack->isEmpty() != 0) {
-    return emptyText();
+    return I18NString::none();
   }
   const LOGObject* const peekObj = stack->peek();
   ZEB_ASSERT(peekObj, SOURCE, __LINE__);
@@ -128,7 +123,7 @@ const I18NString& LOGNDC::peek() {
 const I18NString& LOGNDC::get() {
   const LOGStack* const stack = currentStack();
   if (stack == nullptr || stack->isEmpty() != 0) {
-    return emptyText();
+    return I18NString::none();
   }
   const LOGDiagnosticContext* const peekObj = stack->peek();
   ZEB_ASSERT(peekObj, SOURCE, __LINE__);

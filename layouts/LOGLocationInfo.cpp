@@ -12,7 +12,4 @@ const I18NString& LOGLocationInfo::getLineNumber() const { return m_NA; }
 
 const I18NString& LOGLocationInfo::getMethodName() const { return m_NA; }
 
-const I18NString& LOGLocationInfo::getFullInfo() const {
-  static const auto* const empty = new I18NString;  // never destroyed: static destructors log too
-  return *empty;
-}
+const I18NString& LOGLocationInfo::getFullInfo() const { return I18NString::none(); }

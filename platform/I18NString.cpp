@@ -76,6 +76,11 @@ I18NString::I18NString(const char16_t* units, std::size_t count) {
   m_units = static_cast<std::uint32_t>(count);
 }
 
+const I18NString& I18NString::none() {
+  static const auto* const text = new I18NString;
+  return *text;
+}
+
 I18NString I18NString::fromUtf8(std::string_view bytes) {
   I18NString text;
   text.append(bytes);

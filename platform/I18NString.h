@@ -43,6 +43,8 @@ class LOG4ZEB_EXPORT I18NString {
   I18NString(const std::string& text) { append(std::string_view(text)); }  // NOLINT: implicit
   /// Reads `count` code units; surrogates need not be paired.
   I18NString(const char16_t* units, std::size_t count);
+  /// An empty text that is never destroyed, because static destructors log too.
+  static const I18NString& none();
   /// The text of UTF-8 bytes that need not end with a zero and may contain zeros.
   static I18NString fromUtf8(std::string_view bytes);
 
