@@ -195,7 +195,7 @@ void LOGAppenderAttachableImpl::activate(LOGAppenderSkeleton& appender) {
                         [&] { appender.activateOptions(); });
 }
 
-int LOGAppenderAttachableImpl::appendLoopOnAppenders(LOGLoggingEvent* event) {
+LOG4ZEB_HOT int LOGAppenderAttachableImpl::appendLoopOnAppenders(LOGLoggingEvent* event) {
   // Appenders are activated before every event, on purpose: an appender whose file could not be
   // opened gets another chance with each.
   forEach([&](LOGAppenderSkeleton& appender) {

@@ -1,12 +1,13 @@
 #include "appenders/LOGAppenderSkeleton.h"
 
+#include <typeinfo>
 #include <utility>
 
 #include "core/LOGFailures.h"
 #include "core/LOGLevel.h"
 #include "core/LOGLoggingEvent.h"
 #include "filters/LOGFilter.h"
-#include "layouts/LOGLayout.h"
+#include "layouts/LOGPatternLayout.h"
 #include "platform/ZEBAssertError.h"
 #include "platform/ZEBThreadGuard.h"
 
@@ -71,7 +72,7 @@ void LOGAppenderSkeleton::reportClosed() const {
   LOGLogLog::error("Attempted to append to closed appender named [" + m_name + "].");
 }
 
-void LOGAppenderSkeleton::doAppend(LOGLoggingEvent* event) {
+LOG4ZEB_HOT void LOGAppenderSkeleton::doAppend(LOGLoggingEvent* event) {
   if (m_closed == 1 && !m_isReopening) {
     reportClosed();
     return;
@@ -195,7 +196,11 @@ I18NString LOGAppenderSkeleton::format(LOGLayout& layout, LOGLoggingEvent* event
   return text;
 }
 
-void LOGAppenderSkeleton::format(LOGLayout& layout, LOGLoggingEvent* event, I18NString& text) {
+LOG4ZEB_HOT void LOGAppenderSkeleton::format(LOGLayout& layout, LOGLoggingEvent* event, I18NString& text) {
   const ZEBThreadGuard guard(layout.getCriticalSection());
-  text = layout.format(event);
+  if (typeid(layout) == typeid(LOGPatternLayout)) {
+    static_cast<LOGPatternLayout&>(layout).formatInto(text, event);
+  } else {
+    text = layout.format(event);
+  }
 }

@@ -50,7 +50,7 @@ LOGFileAppender::~LOGFileAppender() {
   m_qw = nullptr;
 }
 
-void LOGFileAppender::activateOptions() {
+LOG4ZEB_HOT void LOGFileAppender::activateOptions() {
   if (!mayOpenByItself()) {
     return;
   }
@@ -101,9 +101,9 @@ void LOGFileAppender::setBufferedIO(int value) {
   }
 }
 
-int LOGFileAppender::checkEntryConditions() { return m_closed != 1 && m_qw != nullptr ? 1 : 0; }
+LOG4ZEB_HOT int LOGFileAppender::checkEntryConditions() { return m_closed != 1 && m_qw != nullptr ? 1 : 0; }
 
-void LOGFileAppender::subappend(LOGLoggingEvent* event) {
+LOG4ZEB_HOT void LOGFileAppender::subappend(LOGLoggingEvent* event) {
   if (m_fileOpened == 0) {
     return;
   }

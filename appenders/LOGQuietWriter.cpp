@@ -36,7 +36,7 @@ void LOGQuietWriter::write(const I18NString& s) {
   }
 }
 
-void LOGQuietWriter::write(ZEBFmFile* outStream, const I18NString& s) {
+LOG4ZEB_HOT void LOGQuietWriter::write(ZEBFmFile* outStream, const I18NString& s) {
   if (s.isEmpty()) {
     return;
   }
@@ -65,7 +65,7 @@ void LOGQuietWriter::stWrite(ZEBFmFile* outStream, const I18NString& s) {
   });
 }
 
-std::size_t LOGQuietWriter::appendBytes(ZEBFmFile& file, const I18NString& s) {
+LOG4ZEB_HOT std::size_t LOGQuietWriter::appendBytes(ZEBFmFile& file, const I18NString& s) {
   // Several processes may append to the same file.
   if (file.seek(0, ZEBFmFile::ORIGIN_END) == -1) {
     throwFileError(&file);

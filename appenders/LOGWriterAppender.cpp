@@ -19,7 +19,7 @@ LOGWriterAppender::~LOGWriterAppender() = default;
 
 void LOGWriterAppender::activateOptions() {}
 
-void LOGWriterAppender::append(LOGLoggingEvent* event) {
+LOG4ZEB_HOT void LOGWriterAppender::append(LOGLoggingEvent* event) {
   if (checkEntryConditions() != 0) {
     subappend(event);
   }

@@ -66,7 +66,7 @@ LOGLevel* LOGLevel::toLevel(const I18NString& sArg, LOGLevel* defaultLevel) {
   return defaultLevel;
 }
 
-LOGLevel* LOGLevel::toLevel(int val) {
+LOG4ZEB_HOT LOGLevel* LOGLevel::toLevel(int val) {
   if (DEBUG_OBJ.load(std::memory_order_acquire) == nullptr) {
     initialize();
   }

@@ -117,7 +117,7 @@ void LOGLogger::logEnabled(int rank, LOGObject* message) {
   }
 }
 
-void LOGLogger::logEnabled(int rank, const I18NString& message) {
+LOG4ZEB_HOT void LOGLogger::logEnabled(int rank, const I18NString& message) {
   LOGLevel* const level = LOGLevel::toLevel(rank);
   if (level != nullptr) {
     LOGLoggingEvent event(this, level, LOGMessageText{message});
@@ -170,7 +170,7 @@ void LOGLogger::forcedLog(const I18NString& fqn, LOGLevel* level, LOGObject* mes
   callAppenders(&event);
 }
 
-void LOGLogger::callAppenders(LOGLoggingEvent* event) {
+LOG4ZEB_HOT void LOGLogger::callAppenders(LOGLoggingEvent* event) {
   // What is logged from within an asynchronous delivery is logged like anything else.
   const ZEBFmFile::Batch::Pause pause;
   int writes = 0;

@@ -62,13 +62,13 @@ LOGLoggingEvent::LOGLoggingEvent(const I18NString&, LOGLogger* logger, LOGLevel*
   setMessage(message);
 }
 
-LOGLoggingEvent::LOGLoggingEvent(LOGLogger* logger, LOGLevel* level, const LOGMessageText& message)
+LOG4ZEB_HOT LOGLoggingEvent::LOGLoggingEvent(LOGLogger* logger, LOGLevel* level, const LOGMessageText& message)
     : LOGLoggingEvent(logger, level) {
   zebTranslate(SOURCE, __LINE__, [&] { m_plainMessage.setText(message.text); });
   m_hasPlainMessage = true;
 }
 
-LOGLoggingEvent::LOGLoggingEvent(LOGLogger* logger, LOGLevel* level)
+LOG4ZEB_HOT LOGLoggingEvent::LOGLoggingEvent(LOGLogger* logger, LOGLevel* level)
     : m_timeStamp(ZEBUtTime::nowSeconds()), m_level(level), m_logger(logger) {
   ZEB_ASSERT(m_logger, SOURCE, 99);
   m_loggerName = m_logger->getName();
@@ -101,7 +101,7 @@ LOGLoggingEvent& LOGLoggingEvent::operator=(const LOGLoggingEvent& other) {
   return *this;
 }
 
-LOGLoggingEvent::~LOGLoggingEvent() = default;
+LOG4ZEB_HOT LOGLoggingEvent::~LOGLoggingEvent() = default;
 
 void LOGLoggingEvent::setMessage(const LOGObject* message) {
   zebTranslate(SOURCE, __LINE__, [&] {
@@ -130,7 +130,7 @@ I18NString* LOGLoggingEvent::getRenderedMessage() {
   });
 }
 
-bool LOGLoggingEvent::appendRenderedMessage(I18NString& text) {
+LOG4ZEB_HOT bool LOGLoggingEvent::appendRenderedMessage(I18NString& text) {
   if (m_rare != nullptr && !m_rare->renderedMessage.isEmpty()) {
     text.append(m_rare->renderedMessage);
     return true;
@@ -164,7 +164,7 @@ const I18NString& LOGLoggingEvent::getNDC() {
   return m_ndc;
 }
 
-const I18NString& LOGLoggingEvent::getThreadName() {
+LOG4ZEB_HOT const I18NString& LOGLoggingEvent::getThreadName() {
   if (m_threadName.isEmpty()) {
     m_threadName.appendAscii(currentThreadText());
   }

@@ -27,7 +27,7 @@ I18NString* LOGBasicPatternConverter::convert(LOGLoggingEvent* event) {
   });
 }
 
-bool LOGBasicPatternConverter::appendText(I18NString& text, LOGLoggingEvent* event) {
+LOG4ZEB_HOT bool LOGBasicPatternConverter::appendText(I18NString& text, LOGLoggingEvent* event) {
   ZEB_ASSERT(event, SOURCE, __LINE__);
   switch (m_type) {
     case LOGPatternParser::RELATIVE_TIME_CONVERTER:

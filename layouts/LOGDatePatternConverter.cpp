@@ -45,7 +45,7 @@ I18NString* LOGDatePatternConverter::convert(LOGLoggingEvent* event) {
   });
 }
 
-bool LOGDatePatternConverter::appendText(I18NString& text, LOGLoggingEvent* event) {
+LOG4ZEB_HOT bool LOGDatePatternConverter::appendText(I18NString& text, LOGLoggingEvent* event) {
   ZEB_ASSERT(event, SOURCE, __LINE__);
   if (!m_isKnownFormat || m_text.isEmpty() || m_date.getTime() != event->getTimeStamp()) {
     m_text.clear();

@@ -1,18 +1,11 @@
 #include "layouts/LOGPatternConverter.h"
 
 #include <cstdint>
-#include <limits>
 #include <utility>
 
 #include "layouts/LOGDirectConverter.h"
 #include "layouts/LOGFormattingInfo.h"
 #include "platform/ZEBAssertError.h"
-
-namespace {
-
-constexpr int NO_MAXIMUM = std::numeric_limits<int>::max();
-
-}  // namespace
 
 std::atomic<int> LOGPatternConverter::m_min{-1};
 std::atomic<int> LOGPatternConverter::m_max{NO_MAXIMUM};
@@ -38,8 +31,7 @@ void LOGPatternConverter::format(I18NString& sbuf, LOGLoggingEvent* event) {
 
 void LOGPatternConverter::appendFormatted(I18NString& text, LOGLoggingEvent* event,
                                           LOGDirectConverter* direct) {
-  if (direct != nullptr && m_min.load(std::memory_order_relaxed) < 1 &&
-      m_max.load(std::memory_order_relaxed) == NO_MAXIMUM) {
+  if (direct != nullptr && !hasWidths()) {
     direct->appendText(text, event);  // without widths straight to its place
     return;
   }

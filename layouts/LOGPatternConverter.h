@@ -2,6 +2,7 @@
 #define LAYOUTS_LOGPATTERNCONVERTER_H
 
 #include <atomic>
+#include <limits>
 #include <memory>
 #include <string_view>
 
@@ -32,6 +33,11 @@ class LOG4ZEB_EXPORT LOGPatternConverter {
   virtual void format(I18NString& sbuf, LOGLoggingEvent* event);
   /// Appends to `text` what format() gives. `direct` is this converter's direct side, or null.
   void appendFormatted(I18NString& text, LOGLoggingEvent* event, LOGDirectConverter* direct);
+  /// Whether the widths of the last converter built in the process pad or cut anything.
+  static bool hasWidths() {
+    return m_min.load(std::memory_order_relaxed) > 0 ||
+           m_max.load(std::memory_order_relaxed) != NO_MAXIMUM;
+  }
   /// Appends `length` blanks.
   virtual void spacePad(I18NString& sbuf, int length);
   /// Null at the end of the chain.
@@ -53,6 +59,7 @@ class LOG4ZEB_EXPORT LOGPatternConverter {
   static std::atomic<int> m_min;
   static std::atomic<int> m_max;
   static std::atomic<int> m_leftAlign;
+  static constexpr int NO_MAXIMUM = std::numeric_limits<int>::max();
 
   /// 1, 2, 4, 8, 16 and 32 blanks.
   static const std::string_view SPACES[6];

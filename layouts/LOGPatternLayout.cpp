@@ -1,10 +1,14 @@
 #include "layouts/LOGPatternLayout.h"
 
+#include <typeinfo>
 #include <utility>
 
 #include "core/LOGFailures.h"
+#include "layouts/LOGBasicPatternConverter.h"
+#include "layouts/LOGDatePatternConverter.h"
 #include "layouts/LOGDirectConverter.h"
 #include "layouts/LOGLiteralPatternConverter.h"
+#include "layouts/LOGLoggerPatternConverter.h"
 #include "layouts/LOGPatternParser.h"
 #include "platform/ZEBThreadGuard.h"
 #include "platform/ZEBTranslate.h"
@@ -61,14 +65,23 @@ LOGPatternLayout::Program LOGPatternLayout::programOf(LOGPatternConverter::Chain
        converter = converter->getNext()) {
     const auto* const literal = dynamic_cast<const LOGLiteralPatternConverter*>(converter);
     if (literal == nullptr) {
-      steps.push_back({converter, dynamic_cast<LOGDirectConverter*>(converter), {}});
+      steps.push_back(
+          {converter, dynamic_cast<LOGDirectConverter*>(converter), kindOf(*converter), {}});
     } else if (steps.empty()) {
-      steps.push_back({nullptr, nullptr, literal->getLiteral()});
+      steps.push_back({nullptr, nullptr, Kind::Other, literal->getLiteral()});
     } else {
       steps.back().literal.append(literal->getLiteral());
     }
   }
   return {std::move(chain), std::move(steps)};
+}
+
+LOGPatternLayout::Kind LOGPatternLayout::kindOf(const LOGPatternConverter& converter) {
+  const std::type_info& type = typeid(converter);
+  return type == typeid(LOGBasicPatternConverter)    ? Kind::Basic
+         : type == typeid(LOGDatePatternConverter)   ? Kind::Date
+         : type == typeid(LOGLoggerPatternConverter) ? Kind::Logger
+                                                     : Kind::Other;
 }
 
 const I18NString& LOGPatternLayout::format(LOGLoggingEvent* event) {
@@ -83,7 +96,33 @@ const I18NString& LOGPatternLayout::format(LOGLoggingEvent* event) {
   return m_line;
 }
 
-void LOGPatternLayout::build(I18NString& text, LOGLoggingEvent* event) {
+LOG4ZEB_HOT void LOGPatternLayout::formatInto(I18NString& text, LOGLoggingEvent* event) {
+  text.clear();
+  build(text, event);
+}
+
+inline void LOGPatternLayout::append(I18NString& text, LOGLoggingEvent* event, const Step& step) {
+  if (step.kind == Kind::Other || LOGPatternConverter::hasWidths()) {
+    step.converter->appendFormatted(text, event, step.direct);
+    return;
+  }
+  // Without widths straight to its place.
+  switch (step.kind) {
+    case Kind::Basic:
+      static_cast<LOGBasicPatternConverter*>(step.converter)
+          ->LOGBasicPatternConverter::appendText(text, event);
+      break;
+    case Kind::Date:
+      static_cast<LOGDatePatternConverter*>(step.converter)
+          ->LOGDatePatternConverter::appendText(text, event);
+      break;
+    default:
+      static_cast<LOGLoggerPatternConverter*>(step.converter)
+          ->LOGLoggerPatternConverter::appendText(text, event);
+  }
+}
+
+[[gnu::flatten]] LOG4ZEB_HOT void LOGPatternLayout::build(I18NString& text, LOGLoggingEvent* event) {
   if (event == nullptr) {
     LOGLogLog::warn("LOGPatternLayout::format --- Event is NULL.");
     return;
@@ -94,7 +133,7 @@ void LOGPatternLayout::build(I18NString& text, LOGLoggingEvent* event) {
     const Step* const end = m_program.steps.data() + m_program.steps.size();
     for (const Step* step = m_program.steps.data(); step != end; ++step) {
       if (step->converter != nullptr) {
-        step->converter->appendFormatted(text, event, step->direct);
+        append(text, event, *step);
       }
       text.append(step->literal);
     }

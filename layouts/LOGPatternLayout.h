@@ -32,6 +32,9 @@ class LOG4ZEB_EXPORT LOGPatternLayout : public LOGLayout {
   /// Every failure ends here: it is reported, and the text is returned as far as it was built. A
   /// null event gives an empty text and a warning.
   const I18NString& format(LOGLoggingEvent* event) override;
+  /// The same text in the caller's string, which spares a copy of the line; the text that format()
+  /// returned last stays.
+  void formatInto(I18NString& text, LOGLoggingEvent* event);
   int ignoresThrowable() override;
 
  private:
@@ -43,12 +46,17 @@ class LOG4ZEB_EXPORT LOGPatternLayout : public LOGLayout {
 
   I18NString m_conversionPattern;
   I18NString m_line;
+  /// The converters of nearly every line, which are called without a look at their tables.
+  enum class Kind { Basic, Date, Logger, Other };
   /// A converter, null in front of the first literal only, and the literal text that follows it.
   struct Step {
     LOGPatternConverter* converter;
     LOGDirectConverter* direct;  // the converter's direct side, or null
+    Kind kind;
     I18NString literal;
   };
+  static Kind kindOf(const LOGPatternConverter& converter);
+  static void append(I18NString& text, LOGLoggingEvent* event, const Step& step);
   /// A parsed pattern: the chain, and the same once more in the order and form of its use.
   struct Program {
     LOGPatternConverter::Chain chain;

@@ -274,7 +274,7 @@ void I18NString::recount() noexcept {
   }
 }
 
-I18NString& I18NString::append(std::string_view utf8) {
+LOG4ZEB_HOT I18NString& I18NString::append(std::string_view utf8) {
   const std::size_t ascii = i18n::asciiPrefix(utf8);
   m_bytes.append(utf8.substr(0, ascii));
   m_units += static_cast<std::uint32_t>(ascii);

@@ -7,7 +7,7 @@
 
 ZEBFileLockRW::~ZEBFileLockRW() = default;
 
-void ZEBFileLockRW::enter(const char* source) {
+LOG4ZEB_HOT void ZEBFileLockRW::enter(const char* source) {
   m_entry.enter();
   if (m_isWriting) {  // m_entry lets the same thread in again
     m_entry.leave();
@@ -17,7 +17,7 @@ void ZEBFileLockRW::enter(const char* source) {
   }
 }
 
-void ZEBFileLockRW::lockForWriting() {
+LOG4ZEB_HOT void ZEBFileLockRW::lockForWriting() {
   enter("ZEBFileLockRW::lockForWriting");
   m_isWriting = true;
   if (m_readers.load(std::memory_order_acquire) > 0) {
@@ -40,7 +40,7 @@ void ZEBFileLockRW::lockForReading() {
   m_entry.leave();
 }
 
-void ZEBFileLockRW::unlockAfterWriting() noexcept {
+LOG4ZEB_HOT void ZEBFileLockRW::unlockAfterWriting() noexcept {
   if (m_fileLocked) {
     m_boundFile->unlockAcrossProcesses();
     m_fileLocked = false;

@@ -154,7 +154,7 @@ thread_local ZEBFmFile::Batch* t_batch = nullptr;
 
 }  // namespace
 
-int ZEBFmFile::Handle::write(const char* bytes, std::size_t size) {
+LOG4ZEB_HOT int ZEBFmFile::Handle::write(const char* bytes, std::size_t size) {
   std::size_t written = 0;
   if (m_capacity == 0) {
     if (m_isHolding.load(std::memory_order_acquire)) {
@@ -261,7 +261,7 @@ void ZEBFmFile::Handle::writeWhatIsHeld() {
   }
 }
 
-int ZEBFmFile::Handle::writeRecord(const char* bytes, std::size_t size, std::size_t& written) {
+LOG4ZEB_HOT int ZEBFmFile::Handle::writeRecord(const char* bytes, std::size_t size, std::size_t& written) {
   if (!m_channel->isRegular()) {
     return writeRest(bytes, size, written);
   }
@@ -363,7 +363,7 @@ int ZEBFmFile::Handle::close() {
   return m_channel->close() != 0 ? m_channel->getLastError() : error;
 }
 
-int ZEBFmFile::Handle::seek(std::int64_t offset, int origin) {
+LOG4ZEB_HOT int ZEBFmFile::Handle::seek(std::int64_t offset, int origin) {
   if (!m_channel->isRegular() || (m_channel->appends() && origin == ORIGIN_END && offset == 0)) {
     return 0;
   }
@@ -462,7 +462,7 @@ void ZEBFmFile::setBufferSize(std::size_t bytes) {
   }
 }
 
-std::int64_t ZEBFmFile::write(const char* bytes, std::size_t size) {
+LOG4ZEB_HOT std::int64_t ZEBFmFile::write(const char* bytes, std::size_t size) {
   int error = ZEBFmChannel::notOpenError();
   if (m_handle != nullptr && t_batch != nullptr && m_lateFailureText != nullptr &&
       m_handle->mayHold()) {
@@ -474,7 +474,7 @@ std::int64_t ZEBFmFile::write(const char* bytes, std::size_t size) {
   return succeeded(error) != 0 ? static_cast<std::int64_t>(size) : -1;
 }
 
-int ZEBFmFile::seek(std::int64_t offset, int origin) {
+LOG4ZEB_HOT int ZEBFmFile::seek(std::int64_t offset, int origin) {
   const int error =
       m_handle == nullptr ? ZEBFmChannel::notOpenError() : m_handle->seek(offset, origin);
   return succeeded(error) != 0 ? 0 : -1;

@@ -34,7 +34,7 @@ ZEBThreadCriticalSection::Mark ZEBThreadCriticalSection::currentThreadMark() noe
   return reinterpret_cast<Mark>(&mark);
 }
 
-void ZEBThreadCriticalSection::enter() {
+LOG4ZEB_HOT void ZEBThreadCriticalSection::enter() {
   const Mark self = currentThreadMark();
   Mark found = 0;
   if (m_state.compare_exchange_strong(found, self, std::memory_order_acquire,
@@ -93,7 +93,7 @@ bool ZEBThreadCriticalSection::isWanted() const noexcept {
   return (m_state.load(std::memory_order_relaxed) & OTHERS_WAIT) != 0;
 }
 
-void ZEBThreadCriticalSection::leave() noexcept {
+LOG4ZEB_HOT void ZEBThreadCriticalSection::leave() noexcept {
   // From the exchange on, another thread may take the lock and destroy it.
   if (--m_depth == 0 && (m_state.exchange(0, std::memory_order_release) & OTHERS_WAIT) != 0) {
     wakeWaiting();

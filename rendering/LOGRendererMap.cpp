@@ -145,7 +145,7 @@ I18NString* LOGRendererMap::findAndRender(LOGObject* object) const {
   return renderer == nullptr ? nullptr : renderer->doRender(object);
 }
 
-bool LOGRendererMap::appendRendered(LOGObject* object, I18NString& text) const {
+LOG4ZEB_HOT bool LOGRendererMap::appendRendered(LOGObject* object, I18NString& text) const {
   if (RendererTable::instance().isOriginal()) {
     if (object == nullptr) {
       return false;

@@ -12,7 +12,6 @@
 
 #include <cerrno>
 #include <ctime>
-#include <optional>
 #include <string>
 #include <utility>
 
@@ -77,6 +76,25 @@ bool appendsAtomically(int descriptor) {
   return true;
 }
 
+/// Writes what fits, after an interruption again and into a full pipe when it has room. Returns -1
+/// after any other error.
+ssize_t writeWhenPossible(int descriptor, const char* bytes, std::size_t size) {
+  for (;;) {
+    const ssize_t written = ::write(descriptor, bytes, size);
+    if (written < 0 && errno == EAGAIN) {
+      pollfd waiting{descriptor, POLLOUT, 0};
+      poll(&waiting, 1, -1);
+    } else if (written >= 0 || errno != EINTR) {
+      return written;
+    }
+  }
+}
+
+[[gnu::noinline]] ssize_t writeShielded(int descriptor, const char* bytes, std::size_t size) {
+  const SignalShield shield;
+  return writeWhenPossible(descriptor, bytes, size);
+}
+
 }  // namespace
 
 ZEBFmChannel::ZEBFmChannel(std::int64_t handle, bool owned) : m_handle(handle), m_owned(owned) {
@@ -133,23 +151,11 @@ int ZEBFmChannel::failed() noexcept {
   return -1;
 }
 
-std::int64_t ZEBFmChannel::write(const char* bytes, std::size_t size) {
-  std::optional<SignalShield> shield;
-  if (m_maySignal) {
-    shield.emplace();
-  }
-  for (;;) {
-    const ssize_t written = ::write(descriptorOf(m_handle), bytes, size);
-    if (written >= 0) {
-      return written;
-    }
-    if (errno == EAGAIN) {
-      pollfd waiting{descriptorOf(m_handle), POLLOUT, 0};
-      poll(&waiting, 1, -1);
-    } else if (errno != EINTR) {
-      return failed();
-    }
-  }
+LOG4ZEB_HOT std::int64_t ZEBFmChannel::write(const char* bytes, std::size_t size) {
+  const int descriptor = descriptorOf(m_handle);
+  const ssize_t written = m_maySignal ? writeShielded(descriptor, bytes, size)
+                                      : writeWhenPossible(descriptor, bytes, size);
+  return written >= 0 ? written : failed();
 }
 
 int ZEBFmChannel::overwrite(std::int64_t position, const char* bytes, std::size_t size) {
