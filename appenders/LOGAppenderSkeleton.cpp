@@ -196,7 +196,8 @@ I18NString LOGAppenderSkeleton::format(LOGLayout& layout, LOGLoggingEvent* event
   return text;
 }
 
-LOG4ZEB_HOT void LOGAppenderSkeleton::format(LOGLayout& layout, LOGLoggingEvent* event, I18NString& text) {
+LOG4ZEB_HOT void LOGAppenderSkeleton::format(LOGLayout& layout, LOGLoggingEvent* event,
+                                             I18NString& text) {
   const ZEBThreadGuard guard(layout.getCriticalSection());
   if (typeid(layout) == typeid(LOGPatternLayout)) {
     static_cast<LOGPatternLayout&>(layout).formatInto(text, event);

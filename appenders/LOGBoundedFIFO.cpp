@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <chrono>
 #include <new>
-#include <typeinfo>
-#include <utility>
 
 #include "core/LOGLogLog.h"
 #include "core/LOGLoggingEvent.h"
@@ -35,93 +33,62 @@ LOGBoundedFIFO::LOGBoundedFIFO(int capacity) : maxSize(capacity) {
   }
 }
 
-LOGBoundedFIFO::~LOGBoundedFIFO() {
-  drop();
-  freeAll(m_spare);
-  freeAll(m_returned.load());
-}
-
-void LOGBoundedFIFO::freeAll(Memory* memory) noexcept {
-  while (memory != nullptr) {
-    ::operator delete(std::exchange(memory, memory->next));
-  }
-}
+LOGBoundedFIFO::~LOGBoundedFIFO() = default;
 
 void LOGBoundedFIFO::put(LOGLoggingEvent* event) {
   {
     const Lock lock(m_access);
-    if (numElements < maxSize) {
-      add(event);
+    if (length() < maxSize) {
+      m_arriving.add(event);
+      noteArrival();
       return;
     }
   }
   LOGLogLog::error("LOGBoundedFIFO:put --- The list of LOGEventLogger is full.");
 }
 
-void LOGBoundedFIFO::putCopy(const LOGLoggingEvent& event) {
-  void* const memory = takeMemory();
-  LOGLoggingEvent* copy = nullptr;
-  try {
-    copy = new (memory) LOGLoggingEvent(event);
-    const Lock lock(m_access);
-    add(copy);
-  } catch (...) {
-    if (copy != nullptr) {
-      copy->~LOGLoggingEvent();
-    }
-    ::operator delete(memory);
-    throw;
+LOG4ZEB_HOT void LOGBoundedFIFO::putCopy(const LOGLoggingEvent& event) {
+  const Lock lock(m_access);
+  m_arriving.addCopy(event);
+  if (!hasSpace()) {
+    m_mayExceed = true;
   }
+  noteArrival();
 }
 
-void LOGBoundedFIFO::add(LOGLoggingEvent* event) {
-  m_arriving.push_back(event);
-  ++numElements;
-  ++m_queuedCount;
+inline void LOGBoundedFIFO::noteArrival() {
+  // Only this side changes the count, so it needs no atomic addition.
+  m_queuedCount.store(m_queuedCount.load(std::memory_order_relaxed) + 1, std::memory_order_release);
   if (m_isEventAwaited) {
     m_isEventAwaited = false;
     m_arrived.notify_all();
   }
 }
 
-void* LOGBoundedFIFO::takeMemory() {
-  if (m_spare == nullptr) {
-    m_spare = m_returned.exchange(nullptr, std::memory_order_acquire);
-  }
-  if (m_spare == nullptr) {
-    return ::operator new(sizeof(LOGLoggingEvent));
-  }
-  return std::exchange(m_spare, m_spare->next);
-}
-
-void LOGBoundedFIFO::recycle(LOGLoggingEvent* event) noexcept {
-  if (event == nullptr || typeid(*event) != typeid(LOGLoggingEvent)) {
-    delete event;
-    return;
-  }
-  event->~LOGLoggingEvent();
-  auto* const memory = new (event) Memory{m_returned.load(std::memory_order_relaxed)};
-  while (!m_returned.compare_exchange_weak(memory->next, memory, std::memory_order_release,
-                                           std::memory_order_relaxed)) {
-  }
-}
-
 LOGLoggingEvent* LOGBoundedFIFO::get() {
+  void* memory = nullptr;
+  try {
+    return get(memory);
+  } catch (...) {
+    ::operator delete(memory);
+    throw;
+  }
+}
+
+LOG4ZEB_HOT LOGLoggingEvent* LOGBoundedFIFO::get(void*& memory) {
   LOGLoggingEvent* oldest = nullptr;
   {
     const Lock leaving(m_leavingAccess);
-    if (m_nextLeaving == m_leaving.size()) {
-      m_leaving.clear();
-      m_nextLeaving = 0;
+    if (m_leaving.isEmpty()) {
       const Lock lock(m_access);
       m_leaving.swap(m_arriving);
     }
-    if (m_leaving.empty()) {
+    if (m_leaving.isEmpty()) {
       return nullptr;
     }
-    oldest = m_leaving[m_nextLeaving++];
     first = first + 1 >= maxSize ? 0 : first + 1;
-    --numElements;
+    m_leftCount.store(m_leftCount.load(std::memory_order_relaxed) + 1);
+    oldest = m_leaving.take(memory);
   }
   if ((m_spaceWaiters > 0 && hasSpace()) || (m_roomWaiters > 0 && hasRoom())) {
     const Lock lock(m_access);
@@ -130,13 +97,37 @@ LOGLoggingEvent* LOGBoundedFIFO::get() {
   return oldest;
 }
 
-int LOGBoundedFIFO::isFull() const { return numElements >= maxSize ? 1 : 0; }
+int LOGBoundedFIFO::isFull() const { return length() >= maxSize ? 1 : 0; }
 
 int LOGBoundedFIFO::wasEmpty() const { return length() == 1 ? 1 : 0; }
 
-int LOGBoundedFIFO::wasFull() const { return numElements + 1 == maxSize ? 1 : 0; }
+int LOGBoundedFIFO::wasFull() const { return length() + 1 == maxSize ? 1 : 0; }
 
-int LOGBoundedFIFO::length() const { return numElements; }
+int LOGBoundedFIFO::length() const {
+  // In this order the difference is never negative.
+  const std::uint64_t left = m_leftCount;
+  return static_cast<int>(m_queuedCount - left);
+}
+
+bool LOGBoundedFIFO::hasEvents() const {
+  const std::uint64_t left = m_leftCount;
+  if (left != m_queuedAtLeast.load(std::memory_order_relaxed)) {
+    return true;
+  }
+  const std::uint64_t queued = m_queuedCount;
+  m_queuedAtLeast.store(queued, std::memory_order_relaxed);
+  return left != queued;
+}
+
+int LOGBoundedFIFO::excess() {
+  if (!m_mayExceed) {
+    return 0;
+  }
+  const Lock lock(m_access);
+  const int excess = std::max(length() - std::max<int>(maxSize, 1), 0);
+  m_mayExceed = excess > 0;
+  return excess;
+}
 
 int LOGBoundedFIFO::getMaxSize() const { return maxSize; }
 
@@ -149,6 +140,7 @@ void LOGBoundedFIFO::resize(int newSize) {
     }
     const ZEBThreadGuard guard(getCriticalSection());
     maxSize = newSize;
+    m_mayExceed = true;
   }
   const Lock lock(m_access);
   m_freed.notify_all();
@@ -159,13 +151,25 @@ void LOGBoundedFIFO::waitForEvent(unsigned int milliseconds) {
   Lock lock(m_access);
   m_isEventAwaited = true;
   m_arrived.wait_for(lock, std::chrono::milliseconds(milliseconds),
-                     [this] { return numElements > 0 || m_waitingEnded || m_resizesWaiting > 0; });
+                     [this] { return length() > 0 || m_waitingEnded || m_resizesWaiting > 0; });
   m_isEventAwaited = false;
 }
 
-bool LOGBoundedFIFO::hasSpace() const { return numElements < std::max<int>(maxSize, 1); }
+bool LOGBoundedFIFO::hasFewerThan(int events) const {
+  const auto isFewer = [&](std::uint64_t left) {
+    return static_cast<std::int64_t>(m_queuedCount - left) < events;
+  };
+  if (isFewer(m_leftAtLeast.load(std::memory_order_relaxed))) {
+    return true;  // whatever has left since
+  }
+  const std::uint64_t left = m_leftCount;
+  m_leftAtLeast.store(left, std::memory_order_relaxed);
+  return isFewer(left);
+}
 
-bool LOGBoundedFIFO::hasRoom() const { return numElements <= maxSize / 2; }
+bool LOGBoundedFIFO::hasSpace() const { return hasFewerThan(std::max<int>(maxSize, 1)); }
+
+bool LOGBoundedFIFO::hasRoom() const { return hasFewerThan(maxSize / 2 + 1); }
 
 void LOGBoundedFIFO::waitForRoom(unsigned int milliseconds) {
   Lock lock(m_access);
@@ -219,18 +223,11 @@ bool LOGBoundedFIFO::waitUntilDelivered(unsigned int milliseconds) {
 }
 
 void LOGBoundedFIFO::drop() {
-  Events dropped;
-  {
-    const Lock leaving(m_leavingAccess);
-    const Lock lock(m_access);
-    dropped.assign(m_leaving.begin() + static_cast<std::ptrdiff_t>(m_nextLeaving), m_leaving.end());
-    dropped.insert(dropped.end(), m_arriving.begin(), m_arriving.end());
-    m_leaving.clear();
-    m_nextLeaving = 0;
-    m_arriving.clear();
-    numElements = 0;
-  }
-  for (LOGLoggingEvent* const event : dropped) {
-    delete event;
-  }
+  LOGEventRecords older;  // both are deleted without the locks
+  LOGEventRecords newer;
+  const Lock leaving(m_leavingAccess);
+  const Lock lock(m_access);
+  older.swap(m_leaving);
+  newer.swap(m_arriving);
+  m_leftCount = m_queuedCount.load();
 }

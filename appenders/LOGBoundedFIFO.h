@@ -6,8 +6,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <mutex>
-#include <vector>
 
+#include "appenders/LOGEventRecords.h"
 #include "core/LOGMutex.h"
 
 class LOGLoggingEvent;
@@ -28,20 +28,25 @@ class LOG4ZEB_EXPORT LOGBoundedFIFO : public LOGMutex {
 
   /// Queues the event and owns it from now on; on a full queue reports that and takes nothing.
   void put(LOGLoggingEvent* event);
-  /// Queues a copy of the event whatever the capacity, in memory from recycle() if there is some.
-  /// Calls are serialised by the caller.
+  /// Queues a copy of the event whatever the capacity.
   void putCopy(const LOGLoggingEvent& event);
-  /// The oldest event, owned by the caller, or null.
+  /// The oldest event, owned by the caller, or null. Throws std::bad_alloc where there is no memory
+  /// for a copy, which is lost then.
   LOGLoggingEvent* get();
-  /// Takes an event from get() back, deletes it and keeps its memory for putCopy() until the queue
-  /// is destroyed. Null is allowed.
-  void recycle(LOGLoggingEvent* event) noexcept;
+  /// The same, made in `memory` if it has to be made; `memory` is of one event from operator new,
+  /// or null, and is null when it was used.
+  LOGLoggingEvent* get(void*& memory);
   /// Each returns 1 or 0. wasEmpty() holds just after the first put, wasFull() just after a get
   /// from a full queue.
   int isFull() const;
   int wasEmpty() const;
   int wasFull() const;
   int length() const;
+  /// Whether length() is not 0. For the dispatcher, which hardly ever has to look at the other side
+  /// for the answer.
+  bool hasEvents() const;
+  /// By how much length() exceeds the capacity, 0 when it does not.
+  int excess();
   int getMaxSize() const;
   int minimum(int a, int b) const { return a < b ? a : b; }
   /// Changes the capacity; queued events stay, even beyond it. Takes the dispatcher's lock, which
@@ -72,46 +77,43 @@ class LOG4ZEB_EXPORT LOGBoundedFIFO : public LOGMutex {
   void drop();
 
  private:
-  using Events = std::vector<LOGLoggingEvent*>;
-  struct Memory {  // of an event that went
-    Memory* next;
-  };
+  static constexpr std::size_t CACHE_LINE = 64;
 
-  void add(LOGLoggingEvent* event);
+  void noteArrival();
   bool hasRoom() const;
-  void* takeMemory();
-  static void freeAll(Memory* memory) noexcept;
+  bool hasFewerThan(int events) const;
 
-  mutable std::mutex m_access;
+  // What is read without a lock. A change that somebody may wait for is followed by a look at who
+  // waits, and who waits says so before a last look at these. The queue's length is the difference
+  // of two counts, one for each side, so that neither side waits for the other's part of the cache.
+  std::atomic<int> maxSize;
+  std::atomic<int> m_resizesWaiting{0};
+  std::atomic<bool> m_waitingEnded{false};
+  std::atomic<bool> m_mayExceed{false};  // cleared under m_access
+  std::atomic<int> m_spaceWaiters{0};
+  std::atomic<int> m_roomWaiters{0};
+  std::atomic<int> m_deliveryWaiters{0};
   std::condition_variable m_arrived;
   std::condition_variable m_freed;
   std::condition_variable m_delivered;
 
+  // The side that events come in at.
+  alignas(CACHE_LINE) mutable std::mutex m_access;
+  std::atomic<std::uint64_t> m_queuedCount{0};          // changed under m_access
+  mutable std::atomic<std::uint64_t> m_leftAtLeast{0};  // m_leftCount when it was looked at last
   // Guarded by m_access.
-  Events m_arriving;  // the newer events, oldest first
+  LOGEventRecords m_arriving;  // the newer events
   bool m_isEventAwaited = false;
-  std::uint64_t m_queuedCount = 0;
 
-  mutable std::mutex m_leavingAccess;  // taken before m_access
-  // Guarded by m_leavingAccess.
-  Events m_leaving;               // the older events, oldest first
-  std::size_t m_nextLeaving = 0;  // those before it have left
-  int first = 0;                  // index of the oldest event, modulo the capacity
-  [[maybe_unused]] int nextIndex = 0;
-
-  // Read without a lock. A change that somebody may wait for is followed by a look at who waits,
-  // and who waits says so before a last look at these.
-  std::atomic<int> numElements{0};
-  std::atomic<int> maxSize;
-  std::atomic<int> m_resizesWaiting{0};
-  std::atomic<bool> m_waitingEnded{false};
+  // The side that events go out at.
+  alignas(CACHE_LINE) mutable std::mutex m_leavingAccess;  // taken before m_access
+  std::atomic<std::uint64_t> m_leftCount{0};               // changed under m_leavingAccess
+  mutable std::atomic<std::uint64_t> m_queuedAtLeast{0};   // m_queuedCount, looked at last
   std::atomic<std::uint64_t> m_deliveredCount{0};
-  std::atomic<int> m_spaceWaiters{0};
-  std::atomic<int> m_roomWaiters{0};
-  std::atomic<int> m_deliveryWaiters{0};
-
-  std::atomic<Memory*> m_returned{nullptr};
-  Memory* m_spare = nullptr;  // used by putCopy() only
+  // Guarded by m_leavingAccess.
+  LOGEventRecords m_leaving;  // the older events
+  int first = 0;              // index of the oldest event, modulo the capacity
+  [[maybe_unused]] int nextIndex = 0;
 };
 
 #endif

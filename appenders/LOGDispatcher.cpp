@@ -42,6 +42,7 @@ LOGDispatcher::LOGDispatcher(LOGBoundedFIFO* bf, LOGAsyncAppender* container)
 LOGDispatcher::~LOGDispatcher() {
   join();
   forgetTaken();
+  ::operator delete(m_memory);
 }
 
 void LOGDispatcher::close() {
@@ -64,7 +65,7 @@ void LOGDispatcher::run() {
 
 bool LOGDispatcher::drain() {
   const ZEBThreadGuard guard(m_bf->getCriticalSection());
-  if (!hasTaken() && m_bf->length() == 0) {
+  if (!hasTaken() && !m_bf->hasEvents()) {
     if (interrupted != 0) {
       return false;
     }
@@ -75,7 +76,7 @@ bool LOGDispatcher::drain() {
   m_eventsUntilLook = 0;
   m_eventsBetweenLooks = 1;
   m_lastHandOver = m_lastLook = Clock::now();
-  while ((hasTaken() || m_bf->length() > 0) && !m_bf->isResizeWaiting()) {
+  while ((hasTaken() || m_bf->hasEvents()) && !m_bf->isResizeWaiting()) {
     logContainingFailures(RUN_TEXTS, [&] { deliverNext(batch); });
   }
   handOver(batch);
@@ -119,10 +120,20 @@ void LOGDispatcher::deliverNext(ZEBFmFile::Batch& batch) {
     m_bf->noteDelivered(std::exchange(m_notHandedOver, 0));
   } else {
     deliverTaken(turn);
-    if (isTimeToHandOver()) {
-      handOver(batch);
+    // While nobody wants the lock, letting it go and taking it again would change nothing.
+    while (!isTimeToHandOver()) {
+      if (!mayGoOn(turn)) {
+        return;
+      }
+      takeOut();
+      deliverTaken(turn);
     }
+    handOver(batch);
   }
+}
+
+bool LOGDispatcher::mayGoOn(const LOGAsyncAppender::DispatcherTurn& turn) const {
+  return !turn.isLockWanted() && !m_bf->isResizeWaiting() && !hasTaken() && m_bf->hasEvents();
 }
 
 bool LOGDispatcher::passesOnToOneFile() const {
@@ -154,7 +165,7 @@ void LOGDispatcher::deliver(LOGLoggingEvent* event) {
       m_aai->appendLoopOnAppenders(event);
     }
   });
-  m_bf->recycle(event);
+  forget(event);
   ++m_notHandedOver;
 }
 
@@ -164,27 +175,34 @@ void LOGDispatcher::takeOut() {
   // A producer that waits for space holds the lock that delivery needs, so there must be space
   // before anything can be delivered. Only one that came before this turn can hold it, and it needs
   // one place: more than one event is taken from a queue that was shrunk only.
-  int events = m_bf->length() - std::max(m_bf->getMaxSize(), 1) + 1;
-  if (!hasTaken()) {
-    events = std::max(events, 1);
-  }
-  for (; events > 0 && m_bf->length() > 0; --events) {
+  const int free = hasTaken() ? std::max(m_bf->getMaxSize(), 1) - m_bf->length() : 0;
+  for (int events = m_bf->excess() + (free > 0 ? 0 : 1); events > 0 && m_bf->hasEvents();
+       --events) {
     takeOne();
   }
 }
 
 void LOGDispatcher::takeOne() {
   m_taken.push_back(nullptr);
-  m_taken.back() = m_bf->get();
-  if (m_bf->wasFull() != 0) {
+  m_taken.back() = m_bf->get(m_memory);
+  if (LOGLogLog::mayWrite() && m_bf->wasFull() != 0) {
     LOGLogLog::debug("Notifying AsyncAppender about freed space.");
   }
 }
 
 void LOGDispatcher::forgetTaken() noexcept {
   for (; hasTaken(); ++m_nextTaken) {
-    m_bf->recycle(m_taken[m_nextTaken]);
+    forget(m_taken[m_nextTaken]);
   }
   m_taken.clear();
   m_nextTaken = 0;
+}
+
+void LOGDispatcher::forget(LOGLoggingEvent* event) noexcept {
+  if (event != nullptr && m_memory == nullptr && typeid(*event) == typeid(LOGLoggingEvent)) {
+    event->~LOGLoggingEvent();
+    m_memory = event;
+  } else {
+    delete event;
+  }
 }

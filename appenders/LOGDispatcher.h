@@ -35,6 +35,7 @@ class LOG4ZEB_EXPORT LOGDispatcher : public ZEBThread {
   bool drain();
   void deliverNext(ZEBFmFile::Batch& batch);
   bool passesOnToOneFile() const;
+  bool mayGoOn(const LOGAsyncAppender::DispatcherTurn& turn) const;
   void deliverTaken(const LOGAsyncAppender::DispatcherTurn& turn);
   void takeOut();
   void takeOne();
@@ -43,12 +44,14 @@ class LOG4ZEB_EXPORT LOGDispatcher : public ZEBThread {
   void handOver(ZEBFmFile::Batch& batch);
   bool isTimeToHandOver();
   void forgetTaken() noexcept;
+  void forget(LOGLoggingEvent* event) noexcept;
 
   LOGBoundedFIFO* m_bf;
   LOGAppenderAttachableImpl* m_aai;
   LOGAsyncAppender* m_container;
   std::vector<LOGLoggingEvent*> m_taken;  // out of the queue and owned; used by the thread only
   std::size_t m_nextTaken = 0;            // those before it were delivered
+  void* m_memory = nullptr;               // for the next event, left by one that was delivered
 
   // What was delivered but may wait for the operating system with others; used by the thread only.
   int m_notHandedOver = 0;

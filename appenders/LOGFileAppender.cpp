@@ -101,7 +101,9 @@ void LOGFileAppender::setBufferedIO(int value) {
   }
 }
 
-LOG4ZEB_HOT int LOGFileAppender::checkEntryConditions() { return m_closed != 1 && m_qw != nullptr ? 1 : 0; }
+LOG4ZEB_HOT int LOGFileAppender::checkEntryConditions() {
+  return m_closed != 1 && m_qw != nullptr ? 1 : 0;
+}
 
 LOG4ZEB_HOT void LOGFileAppender::subappend(LOGLoggingEvent* event) {
   if (m_fileOpened == 0) {

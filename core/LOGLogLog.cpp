@@ -72,7 +72,7 @@ void LOGLogLog::setInternalDebugging(int enabled) { m_debugEnabled = enabled; }
 void LOGLogLog::setQuietMode(int quiet) { m_quietMode = quiet; }
 
 void LOGLogLog::writeMsg(const char* prefix, const I18NString& msg) {
-  if (m_initialized.load(std::memory_order_acquire) != 0 && m_fileLogEnabled.load() == 0) {
+  if (!mayWrite()) {
     return;
   }
   const ZEBThreadGuard guard(g_lock);

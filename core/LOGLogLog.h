@@ -29,6 +29,12 @@ class LOG4ZEB_EXPORT LOGLogLog {
   [[noreturn]] static void warn(const I18NString& msg, ZEBThrowable& t);
   [[noreturn]] static void error(const I18NString& msg, ZEBThrowable& t);
 
+  /// False when a message would not be written: for those to whom finding out what to say costs
+  /// something.
+  static bool mayWrite() {
+    return m_initialized.load(std::memory_order_acquire) == 0 || m_fileLogEnabled.load() != 0;
+  }
+
   static void setInternalDebugging(int enabled);
   static void setQuietMode(int quiet);
 

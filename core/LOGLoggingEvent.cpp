@@ -62,7 +62,8 @@ LOGLoggingEvent::LOGLoggingEvent(const I18NString&, LOGLogger* logger, LOGLevel*
   setMessage(message);
 }
 
-LOG4ZEB_HOT LOGLoggingEvent::LOGLoggingEvent(LOGLogger* logger, LOGLevel* level, const LOGMessageText& message)
+LOG4ZEB_HOT LOGLoggingEvent::LOGLoggingEvent(LOGLogger* logger, LOGLevel* level,
+                                             const LOGMessageText& message)
     : LOGLoggingEvent(logger, level) {
   zebTranslate(SOURCE, __LINE__, [&] { m_plainMessage.setText(message.text); });
   m_hasPlainMessage = true;

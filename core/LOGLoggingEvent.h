@@ -75,6 +75,8 @@ class LOG4ZEB_EXPORT LOGLoggingEvent : public LOGSerializable {
   void writeObject() {}
 
  private:
+  friend class LOGPackedEvent;
+
   /// Everything but the message.
   LOGLoggingEvent(LOGLogger* logger, LOGLevel* level);
 

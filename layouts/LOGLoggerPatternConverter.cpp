@@ -6,6 +6,7 @@ LOGLoggerPatternConverter::LOGLoggerPatternConverter(LOGFormattingInfo* formatti
                                                      int precision)
     : LOGNamedPatternConverter(formattingInfo, precision) {}
 
-LOG4ZEB_HOT const I18NString& LOGLoggerPatternConverter::getFullyQualifiedName(LOGLoggingEvent* event) {
+LOG4ZEB_HOT const I18NString& LOGLoggerPatternConverter::getFullyQualifiedName(
+    LOGLoggingEvent* event) {
   return event->getLoggerName();
 }

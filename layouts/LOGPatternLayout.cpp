@@ -122,7 +122,8 @@ inline void LOGPatternLayout::append(I18NString& text, LOGLoggingEvent* event, c
   }
 }
 
-[[gnu::flatten]] LOG4ZEB_HOT void LOGPatternLayout::build(I18NString& text, LOGLoggingEvent* event) {
+[[gnu::flatten]] LOG4ZEB_HOT void LOGPatternLayout::build(I18NString& text,
+                                                          LOGLoggingEvent* event) {
   if (event == nullptr) {
     LOGLogLog::warn("LOGPatternLayout::format --- Event is NULL.");
     return;

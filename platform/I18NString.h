@@ -72,6 +72,9 @@ class LOG4ZEB_EXPORT I18NString {
   /// The number of code units.
   std::size_t length() const noexcept { return m_units; }
   bool isEmpty() const noexcept { return m_units == 0; }
+  bool isAscii() const noexcept { return m_bytes.size() == m_units; }
+  /// The characters. REQUIRES: isAscii(). Valid while this text does not change.
+  std::string_view ascii() const noexcept { return m_bytes; }
   /// The code unit at `position`, 0 beyond the end.
   char16_t at(std::size_t position) const noexcept;
   /// The text from `begin` up to but not including `end`; both are cut to the length.
@@ -141,7 +144,6 @@ class LOG4ZEB_EXPORT I18NString {
 
  private:
   std::string_view bytes() const noexcept { return m_bytes; }
-  bool isAscii() const noexcept { return m_bytes.size() == m_units; }
   I18NString& appendWithLoneSurrogate(const I18NString& text);
   bool joinSurrogates(std::string_view stored);
   void recount() noexcept;

@@ -261,7 +261,8 @@ void ZEBFmFile::Handle::writeWhatIsHeld() {
   }
 }
 
-LOG4ZEB_HOT int ZEBFmFile::Handle::writeRecord(const char* bytes, std::size_t size, std::size_t& written) {
+LOG4ZEB_HOT int ZEBFmFile::Handle::writeRecord(const char* bytes, std::size_t size,
+                                               std::size_t& written) {
   if (!m_channel->isRegular()) {
     return writeRest(bytes, size, written);
   }
