@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <stdexcept>
 
-void I18NBytes::enlarge(std::size_t capacity) {
+LOG4ZEB_COLD void I18NBytes::enlarge(std::size_t capacity) {
   if (capacity > LONGEST) {
     throw std::length_error("I18NString");
   }
@@ -16,7 +16,7 @@ void I18NBytes::enlarge(std::size_t capacity) {
   m_capacity = static_cast<std::uint32_t>(larger);
 }
 
-void I18NBytes::grow(std::string_view appended) {
+LOG4ZEB_COLD void I18NBytes::grow(std::string_view appended) {
   const bool isOwn = appended.data() == m_data;
   enlarge(m_size + appended.size());
   std::memcpy(m_data + m_size, isOwn ? m_data : appended.data(), appended.size());

@@ -20,11 +20,14 @@
 #endif
 
 // LOG4ZEB_HOT marks the definitions that every event comes through. They stand together in the
-// library: after a system call the processor reads them back from a few pages.
+// library: after a system call the processor reads them back from a few pages. LOG4ZEB_COLD keeps
+// what is seldom needed out of them.
 #if defined(__GNUC__)
 #define LOG4ZEB_HOT __attribute__((hot))
+#define LOG4ZEB_COLD __attribute__((cold, noinline))
 #else
 #define LOG4ZEB_HOT
+#define LOG4ZEB_COLD
 #endif
 
 #endif

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <memory>
 #include <thread>
+#include <typeinfo>
 #include <vector>
 
 #include "appenders/LOGAsyncAppender.h"
@@ -22,6 +23,7 @@
 #include "platform/ZEBAssertError.h"
 #include "platform/ZEBThreadGuard.h"
 #include "support/CapturingAppender.h"
+#include "support/TestEvent.h"
 #include "support/Workplace.h"
 
 namespace {
@@ -288,6 +290,52 @@ TEST(BoundedFIFO, CountsAndRefusesWhatDoesNotFit) {
             (Messages{"log4zeb:ERROR LOGBoundedFIFO::LOGBoundedFIFO --- The maxSize argument is "
                       "not a positive integer.",
                       "log4zeb:ERROR LOGBoundedFIFO:put --- The list of LOGEventLogger is full."}));
+}
+
+TEST(BoundedFIFO, GivesEventsOfEveryKindBackAsTheyWere) {
+  LOGObject tagged("tagged");
+  tagged.instance("Tag");
+  ActingMessage ownClass("own class", [] {});
+  std::vector<std::unique_ptr<LOGLoggingEvent>> events;
+  LOGNDC::push("request 7");
+  for (const std::string& text :
+       {std::string(), std::string("ascii"), std::string("h\xC3\xA9"), std::string(900, 'x'),
+        std::string(5000, 'y'), std::string("a\0b", 3)}) {
+    events.push_back(std::make_unique<TestEvent>("fifo", "WARN", text));
+    events.back()->getThreadName();
+    events.back()->getNDC();
+  }
+  LOGNDC::remove();
+  events.push_back(std::make_unique<TestEvent>("fifo", "INFO", &tagged));
+  events.push_back(std::make_unique<TestEvent>("fifo", "INFO", &ownClass));
+  events.push_back(std::make_unique<TestEvent>("fifo", "INFO", static_cast<LOGObject*>(nullptr)));
+  events.push_back(std::make_unique<TestEvent>(std::string(300, 'n'), "INFO", "long name"));
+  LOGBoundedFIFO fifo(1);
+  // Some are taken out in between, and the queue's memory grows and is used again.
+  for (int round = 0; round < 50; ++round) {
+    for (std::size_t i = 0; i < events.size(); ++i) {
+      fifo.putCopy(*events[i]);
+    }
+    EXPECT_EQ(fifo.excess(), static_cast<int>(events.size()) - 1);
+    for (const auto& event : events) {
+      const std::unique_ptr<LOGLoggingEvent> got(fifo.get());
+      const auto messageOf = [](const LOGLoggingEvent& e) {
+        const LOGObject* const message = e.getMessage();
+        return message == nullptr
+                   ? std::string("none")
+                   : message->toString().toStdString() + " " + message->instanceOf().toStdString() +
+                         " " + typeid(*message).name();
+      };
+      EXPECT_EQ(messageOf(*got), messageOf(*event));
+      EXPECT_EQ(got->getLoggerName(), event->getLoggerName());
+      EXPECT_EQ(got->getThreadName(), event->getThreadName());
+      EXPECT_EQ(got->getNDC(), event->getNDC());
+      EXPECT_EQ(got->getTimeStamp(), event->getTimeStamp());
+      EXPECT_EQ(got->getLevel(), event->getLevel());
+      EXPECT_EQ(got->getLogger(), event->getLogger());
+    }
+    EXPECT_EQ(fifo.length() + fifo.excess(), 0);
+  }
 }
 
 TEST(AsyncShutdown, LosesNothingOfABurst) {
