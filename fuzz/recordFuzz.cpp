@@ -57,13 +57,12 @@ void sendAsSyslog(LOGLoggingEvent& event, const I18NString& message, const char*
   expect(read.text == message.toStdString(), "the text arrives");
 }
 
-/// How many bytes the text takes in a record.
-std::size_t encodedSize(const std::u16string& text) {
-  std::size_t size = 0;
-  for (const char16_t unit : text) {
-    size += unit == 0 || unit > 0x7FF ? (unit == 0 ? 2 : 3) : unit > 0x7F ? 2 : 1;
+/// How many bytes the code unit takes in a record.
+std::size_t encodedSize(char16_t unit) {
+  if (unit >= 0x01 && unit <= 0x7F) {
+    return 1;
   }
-  return size;
+  return unit <= 0x7FF ? 2 : 3;
 }
 
 bool isHighSurrogate(char16_t unit) { return unit >= 0xD800 && unit <= 0xDBFF; }
@@ -81,16 +80,17 @@ void writeCut(const I18NString& text, std::size_t room) {
   }
   const std::u16string units = text.toUtf16();
   std::size_t kept = 0;
-  while (kept < units.size()) {
-    const bool isPair =
-        isHighSurrogate(units[kept]) && kept + 1 < units.size() && isLowSurrogate(units[kept + 1]);
-    const std::size_t next = kept + (isPair ? 2 : 1);
-    if (encodedSize(units.substr(0, next)) > room - LENGTH_BYTES) {
+  std::size_t size = 0;
+  for (std::size_t next = 0; next < units.size(); kept = next) {
+    std::size_t character = encodedSize(units[next++]);
+    if (isHighSurrogate(units[next - 1]) && next < units.size() && isLowSurrogate(units[next])) {
+      character += encodedSize(units[next++]);
+    }
+    if (size + character > room - LENGTH_BYTES) {
       break;
     }
-    kept = next;
+    size += character;
   }
-  const std::size_t size = encodedSize(units.substr(0, kept));
   expect(stream->fits() == 1 && stream->size() == size + LENGTH_BYTES,
          "as many characters are written as there is room for");
   const bool isWhole = kept == units.size();
