@@ -13,6 +13,7 @@
 #include "core/LOGLogger.h"
 #include "platform/IZEBConfiguration.h"
 #include "platform/ZEBConfigurationFactory.h"
+#include "support/DocumentMutator.h"
 #include "support/Expect.h"
 #include "support/FreshHierarchy.h"
 #include "support/PatternWidths.h"
@@ -101,4 +102,23 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   SealedSystem::takeDatagrams();
   place.scratch.empty(LOGS);
   return 0;
+}
+
+// The fuzzer's own changes of bytes, which it declares nowhere.
+extern "C" std::size_t LLVMFuzzerMutate(std::uint8_t* data, std::size_t size, std::size_t maxSize);
+
+extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size,
+                                               std::size_t maxSize, unsigned int seed) {
+  const auto changeBytes = [maxSize](const std::string& bytes) {
+    std::vector<std::uint8_t> room(maxSize);
+    const std::size_t kept = std::min(bytes.size(), maxSize);
+    std::copy_n(bytes.begin(), kept, room.begin());
+    const std::size_t changed = LLVMFuzzerMutate(room.data(), kept, maxSize);
+    return std::string(room.begin(), room.begin() + static_cast<std::ptrdiff_t>(changed));
+  };
+  const std::string document(reinterpret_cast<const char*>(data), size);
+  const std::string mutated = DocumentMutator(seed, changeBytes).mutate(document);
+  const std::size_t kept = std::min(mutated.size(), maxSize);
+  std::copy_n(mutated.begin(), kept, data);
+  return kept;
 }

@@ -23,6 +23,9 @@
 
 namespace {
 
+// Each component of a name costs the hierarchy an entry.
+constexpr std::size_t LONGEST_NAME = 64;
+
 constexpr int RANKS[] = {LOGLevel::DEBUG_RANK, LOGLevel::INFO_RANK, LOGLevel::WARN_RANK,
                          LOGLevel::ERROR_RANK, LOGLevel::FATAL_RANK};
 
@@ -77,7 +80,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   FuzzInput input(data, size);
   const I18NString pattern = I18NString::fromUtf8(input.line());
   FreshHierarchy hierarchy;
-  LOGLogger* const logger = hierarchy.get().getLogger(I18NString::fromUtf8(input.line()));
+  LOGLogger* const logger =
+      hierarchy.get().getLogger(I18NString::fromUtf8(input.line().substr(0, LONGEST_NAME)));
   LOGNDC::push(I18NString::fromUtf8(input.line()));
   const I18NString message = I18NString::fromUtf8(input.rest());
   LOGLoggingEvent event(logger, LOGLevel::toLevel(RANKS[message.length() % std::size(RANKS)]),

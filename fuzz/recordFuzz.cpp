@@ -24,6 +24,9 @@
 
 namespace {
 
+// Each component of a name costs the hierarchy an entry.
+constexpr std::size_t LONGEST_NAME = 64;
+
 constexpr int RANKS[] = {LOGLevel::DEBUG_RANK, LOGLevel::INFO_RANK, LOGLevel::WARN_RANK,
                          LOGLevel::ERROR_RANK, LOGLevel::FATAL_RANK};
 constexpr const char* FACILITIES[] = {"kern", "user", "cron", "ftp", "local0", "local7", "none"};
@@ -107,7 +110,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::size_t room = input.byte() + input.byte() * 4;
   const unsigned int choice = input.byte();
   FreshHierarchy hierarchy;
-  LOGLogger* const logger = hierarchy.get().getLogger(I18NString::fromUtf8(input.line()));
+  LOGLogger* const logger =
+      hierarchy.get().getLogger(I18NString::fromUtf8(input.line().substr(0, LONGEST_NAME)));
   const I18NString message = I18NString::fromUtf8(input.rest());
   LOGLoggingEvent event(logger, LOGLevel::toLevel(RANKS[choice % std::size(RANKS)]),
                         LOGMessageText{message});
