@@ -77,6 +77,9 @@ constexpr int ELEMENT_NODE = 1;
 // Appenders refer to others two or three deep; a document that goes on and on would overflow the
 // stack.
 constexpr std::size_t DEEPEST_REFERENCES = 64;
+// A logger may take an entry for each of its ancestors, with the name of that. All names of a large
+// document together come to some megabytes; a single one could come to more than there is.
+constexpr std::uint64_t MAX_COST_OF_NAMES = 256ULL * 1024 * 1024;
 
 /// The first lock of all: it serialises runs and shutdowns.
 ZEBThreadCriticalSection g_runLock;
@@ -354,7 +357,26 @@ void LOGDOMConfigurator::parseLogger(const ZEBIDOM_Element& element) {
   });
 }
 
+bool LOGDOMConfigurator::mayHaveLogger(const I18NString& name) {
+  constexpr std::size_t SHOWN = 80;
+  std::uint64_t ancestors = 0;
+  for (const char c : name.toStdString()) {
+    ancestors += c == '.' ? 1 : 0;
+  }
+  const std::uint64_t cost = ancestors * name.length();
+  if (cost > MAX_COST_OF_NAMES - m_costOfNames) {
+    LOGLogLog::error("The names of the document's loggers are too deep; left out: " +
+                     quoted(name.substring(0, SHOWN)));
+    return false;
+  }
+  m_costOfNames += cost;
+  return true;
+}
+
 LOGLogger* LOGDOMConfigurator::findLogger(const I18NString& name, const I18NString& className) {
+  if (!mayHaveLogger(name)) {
+    return nullptr;
+  }
   if (className.isEmpty()) {
     LOGLogLog::debug("Retrieving an instance of LOGLogger: " + name);
     return LOGManager::getLogger(name);
@@ -681,7 +703,10 @@ void LOGDOMConfigurator::parseErrorHandlerChild(const ZEBIDOM_Element& child,
     handler.setBackupAppender(findAppenderByReference(child));
   } else if (tag == LOGGER_REF) {
     ZEB_ASSERT(m_repository, SOURCE, __LINE__);
-    handler.setLogger(m_repository->getLogger(child.getAttribute(REF_ATTR)));
+    const I18NString name = child.getAttribute(REF_ATTR);
+    if (mayHaveLogger(name)) {
+      handler.setLogger(m_repository->getLogger(name));
+    }
   } else if (tag == ROOT_REF) {
     ZEB_ASSERT(m_repository, SOURCE, __LINE__);
     handler.setLogger(m_repository->getRootLogger());
@@ -748,6 +773,7 @@ std::vector<LOGLogger*> LOGDOMConfigurator::allLoggers() const {
 
 void LOGDOMConfigurator::beginRun(const ZEBIDOM_Element& root) {
   m_retired.clear();
+  m_costOfNames = 0;
   // With room for every name, because a table that grows loses some.
   const std::size_t names =
       m_appenders.size() + root.getElementsByTagName(APPENDER_TAG).getLength() + 1;

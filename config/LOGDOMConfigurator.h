@@ -1,6 +1,7 @@
 #ifndef CONFIG_LOGDOMCONFIGURATOR_H
 #define CONFIG_LOGDOMCONFIGURATOR_H
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <vector>
@@ -105,6 +106,7 @@ class LOG4ZEB_EXPORT LOGDOMConfigurator : public LOGConfigurator, public ZEBThre
   void parseCategoryFactory(const ZEBIDOM_Element& element);
   void parseLogger(const ZEBIDOM_Element& element);
   LOGLogger* findLogger(const I18NString& name, const I18NString& className);
+  bool mayHaveLogger(const I18NString& name);
   void parseRoot(const ZEBIDOM_Element& element);
   void parseChildrenOfLoggerElement(const ZEBIDOM_Element& element, LOGLogger* logger, bool isRoot);
   LOGAppenderSkeleton* referencedAppender(const ZEBIDOM_Element& reference,
@@ -159,6 +161,7 @@ class LOG4ZEB_EXPORT LOGDOMConfigurator : public LOGConfigurator, public ZEBThre
   LOGLoggerRepository* m_repository = nullptr;
   int m_procIdFlag = 0;
   int m_procId = 0;
+  std::uint64_t m_costOfNames = 0;  // in this run, of loggers
 
   std::vector<I18NString> m_appendersUnderConstruction;
   std::vector<Retired> m_retired;
