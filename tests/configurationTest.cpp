@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <memory>
 #include <thread>
 
@@ -216,6 +217,19 @@ TEST_F(Configuration, LeavesOutALoggerWhoseAncestorsWouldTakeTheMemory) {
   EXPECT_EQ(LOGManager::exists(name), nullptr);
   ASSERT_NE(LOGManager::exists("next"), nullptr);
   EXPECT_EQ(LOGManager::getLogger("next")->getLevel()->toInt(), LOGLevel::WARN_RANK);
+}
+
+TEST_F(Configuration, LooksForManyMissingAppendersInLittleTime) {
+  std::string document;
+  std::string references;
+  for (int i = 0; i < 20000; ++i) {
+    document += "<appender name='other'/>";
+    references += ref("missing");
+  }
+  const auto begin = std::chrono::steady_clock::now();
+  EXPECT_EQ(Workplace::configure(document + root(references)), 1);
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(15));
+  EXPECT_EQ(Workplace::diagnosticsWith("No appender named [missing]"), 20000);
 }
 
 TEST_F(Configuration, SharesEachOfManyAppenders) {
