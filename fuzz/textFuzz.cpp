@@ -2,6 +2,7 @@
 // units, and compared with the system's iconv; operations on the texts are compared with those of
 // std::u16string.
 
+#include <algorithm>
 #include <cstring>
 #include <string>
 #include <string_view>
@@ -15,24 +16,27 @@ namespace {
 
 constexpr const char* REPLACEMENT = "\xEF\xBF\xBD";
 
+/// Whether some character begins with the bytes: with the lowest or the highest continuation.
+bool beginsCharacter(const Iconv& converter, std::string_view bytes) {
+  for (std::string lowest(bytes), highest(bytes); lowest.size() < 4;) {
+    lowest += '\x80';
+    highest += '\xBF';
+    if (converter.convert(lowest).taken == lowest.size() ||
+        converter.convert(highest).taken == highest.size()) {
+      return true;
+    }
+  }
+  return false;
+}
+
 /// How many bytes at the front, which are not a character, are replaced together: the beginning of
 /// a character as far as it goes, or one byte.
 std::size_t unreadablePrefix(const Iconv& converter, std::string_view bytes) {
-  constexpr std::size_t LONGEST = 3;
-  for (std::size_t size = std::min(LONGEST, bytes.size()); size > 1; --size) {
-    const Iconv::Result tried = converter.convert(bytes.substr(0, size));
-    // The converter finds out later than it could that these lie beyond U+10FFFF or are surrogates
-    // or too long.
-    const auto lead = static_cast<unsigned char>(bytes[0]);
-    const auto second = static_cast<unsigned char>(bytes[1]);
-    const bool isBeyond = lead > 0xF4 || (lead == 0xF4 && second > 0x8F) ||
-                          (lead == 0xED && second > 0x9F) || (lead == 0xE0 && second < 0xA0) ||
-                          (lead == 0xF0 && second < 0x90);
-    if (tried.taken == 0 && tried.isIncomplete && !isBeyond) {
-      return size;
-    }
+  std::size_t size = 1;
+  while (size < bytes.size() && beginsCharacter(converter, bytes.substr(0, size + 1))) {
+    ++size;
   }
-  return 1;
+  return size;
 }
 
 /// The bytes as UTF-8, what is not UTF-8 replaced.
@@ -84,14 +88,13 @@ void tryUtf8(std::string_view bytes) {
   expect(text.toStdString() == expected, "bytes that are not UTF-8 are replaced");
   expect(text.toUtf16() == unitsOf(toUnits.convert(expected).bytes), "UTF-8 becomes UTF-16");
   expect(I18NString(std::string(bytes), "utf-8") == text, "one encoding gives one text");
-  I18NString pieces;
-  for (const char c : expected.substr(0, expected.find(static_cast<char>(0xC2)))) {
-    if (static_cast<unsigned char>(c) >= 0x80) {
-      return;  // only what stands for itself can be appended byte by byte
-    }
-    pieces.append(std::string_view(&c, 1));
+  std::size_t cut = expected.size() / 2;
+  while (cut < expected.size() && (static_cast<unsigned char>(expected[cut]) & 0xC0) == 0x80) {
+    ++cut;  // characters are not cut
   }
-  expect(text.startsWith(pieces), "a text begins with its beginning");
+  I18NString halves = expected.substr(0, cut);
+  halves.append(std::string_view(expected).substr(cut));
+  expect(halves == text, "UTF-8 appended in pieces is the whole");
 }
 
 void tryLatin1(std::string_view bytes) {

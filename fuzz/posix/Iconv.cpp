@@ -24,5 +24,5 @@ Iconv::Result Iconv::convert(std::string_view bytes) const {
   const bool failed = status == static_cast<std::size_t>(-1);
   expect(!failed || errno != E2BIG, "there is room for every conversion");
   out.resize(out.size() - room);
-  return {out, bytes.size() - left, failed && errno == EINVAL};
+  return {out, bytes.size() - left};
 }

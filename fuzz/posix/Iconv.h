@@ -18,8 +18,6 @@ class Iconv {
     std::string bytes;
     /// How many bytes were taken: all, or up to the first sequence that could not be converted.
     std::size_t taken;
-    /// Whether the conversion stopped in a sequence that is right as far as it goes.
-    bool isIncomplete;
   };
   Result convert(std::string_view bytes) const;
 
