@@ -2,13 +2,15 @@
 // applied once more as a watchdog does, logged through again, and taken down. Reaches the parser of
 // documents, the configurator, every appender, layout and filter, and rollovers.
 //
-// Expected beyond not failing: a document that is refused has changed nothing, the second run comes
-// to the same result as the first, and a shutdown leaves no appender behind.
+// Expected beyond not failing: a document that is refused has changed nothing, a second run gives
+// the root logger what the first gave it, and a shutdown leaves no appender behind.
 
 #include <algorithm>
 #include <cctype>
 #include <string>
+#include <vector>
 
+#include "appenders/LOGAppenderSkeleton.h"
 #include "config/LOG4ZEBConfigurator.h"
 #include "core/LOGLogger.h"
 #include "platform/IZEBConfiguration.h"
@@ -38,7 +40,8 @@ class FilesInOnePlace : public IZEBConfiguration {
     // A rollover asks again for the name that it has.
     const std::string place = m_scratch.path(LOGS) + "/log.";
     const std::string whole = name.toStdString();
-    const bool isResolved = whole.compare(0, place.size(), place) == 0;
+    const bool isResolved = whole.compare(0, place.size(), place) == 0 &&
+                            whole.find('/', place.size()) == std::string::npos;
     return isResolved ? name : I18NString(place + safe);
   }
 
@@ -81,6 +84,17 @@ void expectNoAppender(const LOGHierarchy& hierarchy) {
   }
 }
 
+/// What a run has made of the root logger.
+std::vector<std::string> setUpOf(LOGHierarchy& hierarchy) {
+  const LOGLogger* const root = hierarchy.getRootLogger();
+  std::vector<std::string> setUp{root->getLevel()->toString(),
+                                 hierarchy.getThreshold()->toString()};
+  for (const LOGAppenderSkeleton* const appender : root->snapshotOfAppenders()) {
+    setUp.push_back(appender->instanceOf().toStdString() + appender->getName().toStdString());
+  }
+  return setUp;
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -94,7 +108,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     expectNoAppender(hierarchy.get());
   } else {
     logThroughAll(hierarchy.get());
+    const std::vector<std::string> setUp = setUpOf(hierarchy.get());
     expect(LOG4ZEBConfigurator::initialize(document) == 1, "a document is applied again");
+    expect(setUpOf(hierarchy.get()) == setUp, "a document means the same when it is applied again");
     logThroughAll(hierarchy.get());
   }
   LOG4ZEBConfigurator::shutdown();

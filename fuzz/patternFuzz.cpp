@@ -6,6 +6,7 @@
 // for "%X" without an option.
 
 #include <algorithm>
+#include <iterator>
 #include <memory>
 #include <string>
 

@@ -6,8 +6,9 @@
 // Expected beyond not failing: what was logged is what is read, and what is cut is cut as late as
 // possible, between two characters.
 
-#include <memory>
+#include <iterator>
 #include <string>
+#include <vector>
 
 #include "core/LOGLogger.h"
 #include "core/LOGLoggingEvent.h"
