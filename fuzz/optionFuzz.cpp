@@ -126,9 +126,8 @@ void tryDateFormat(const I18NString& value, LOGLoggingEvent& event) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static const FreshHierarchy* const hierarchy = new FreshHierarchy;
-  static LOGLogger* const logger = LOGManager::getLogger("option");
-  static_cast<void>(hierarchy);
+  static FreshHierarchy& hierarchy = *new FreshHierarchy;
+  static LOGLogger* const logger = hierarchy.get().getLogger("option");
   for (FuzzInput input(data, size); !input.rest().empty();) {
     const I18NString value = I18NString::fromUtf8(input.line());
     LOGLoggingEvent event(logger, LOGLevel::toLevel(LOGLevel::INFO_RANK), LOGMessageText{value});
