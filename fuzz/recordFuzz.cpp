@@ -108,7 +108,8 @@ void writeCut(const I18NString& text, std::size_t room) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   FuzzInput input(data, size);
-  const std::size_t room = input.byte() + input.byte() * 4;
+  std::size_t room = input.byte();
+  room += 4 * input.byte();
   const unsigned int choice = input.byte();
   FreshHierarchy hierarchy;
   LOGLogger* const logger =

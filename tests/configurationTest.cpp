@@ -222,14 +222,14 @@ TEST_F(Configuration, LeavesOutALoggerWhoseAncestorsWouldTakeTheMemory) {
 TEST_F(Configuration, LooksForManyMissingAppendersInLittleTime) {
   std::string document;
   std::string references;
-  for (int i = 0; i < 20000; ++i) {
+  for (int i = 0; i < 80000; ++i) {
     document += "<appender name='other'/>";
-    references += ref("missing");
+    references += i < 5000 ? ref("missing") : "";
   }
   const auto begin = std::chrono::steady_clock::now();
   EXPECT_EQ(Workplace::configure(document + root(references)), 1);
   EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(15));
-  EXPECT_EQ(Workplace::diagnosticsWith("No appender named [missing]"), 20000);
+  EXPECT_EQ(Workplace::diagnosticsWith("No appender named [missing]"), 5000);
 }
 
 TEST_F(Configuration, SharesEachOfManyAppenders) {
