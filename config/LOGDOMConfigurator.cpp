@@ -77,6 +77,9 @@ constexpr int ELEMENT_NODE = 1;
 // Appenders refer to others two or three deep; a document that goes on and on would overflow the
 // stack.
 constexpr std::size_t DEEPEST_REFERENCES = 64;
+// A logger may take an entry for each of its ancestors, with the name of that. All names of a large
+// document together come to some megabytes; a single one could come to more than there is.
+constexpr std::uint64_t MAX_COST_OF_NAMES = 256ULL * 1024 * 1024;
 
 /// The first lock of all: it serialises runs and shutdowns.
 ZEBThreadCriticalSection g_runLock;
@@ -354,7 +357,26 @@ void LOGDOMConfigurator::parseLogger(const ZEBIDOM_Element& element) {
   });
 }
 
+bool LOGDOMConfigurator::mayHaveLogger(const I18NString& name) {
+  constexpr std::size_t SHOWN = 80;
+  std::uint64_t ancestors = 0;
+  for (const char c : name.toStdString()) {
+    ancestors += c == '.' ? 1 : 0;
+  }
+  const std::uint64_t cost = ancestors * name.length();
+  if (cost > MAX_COST_OF_NAMES - m_costOfNames) {
+    LOGLogLog::error("The names of the document's loggers are too deep; left out: " +
+                     quoted(name.substring(0, SHOWN)));
+    return false;
+  }
+  m_costOfNames += cost;
+  return true;
+}
+
 LOGLogger* LOGDOMConfigurator::findLogger(const I18NString& name, const I18NString& className) {
+  if (!mayHaveLogger(name)) {
+    return nullptr;
+  }
   if (className.isEmpty()) {
     LOGLogLog::debug("Retrieving an instance of LOGLogger: " + name);
     return LOGManager::getLogger(name);
@@ -471,11 +493,10 @@ void LOGDOMConfigurator::parseRenderer(const ZEBIDOM_Element& element) {
 }
 
 LOGAppenderSkeleton* LOGDOMConfigurator::findAppenderByReference(const ZEBIDOM_Element& reference) {
-  return findAppenderByName(reference.getOwnerDocument(), reference.getAttribute(REF_ATTR));
+  return findAppenderByName(reference.getAttribute(REF_ATTR));
 }
 
-LOGAppenderSkeleton* LOGDOMConfigurator::findAppenderByName(const ZEBIDOM_Document& document,
-                                                            const I18NString& name) {
+LOGAppenderSkeleton* LOGDOMConfigurator::findAppenderByName(const I18NString& name) {
   constexpr const char* PREFIX = "LOGDOMConfigurator::findAppenderByName : ";
   if (LOGAppenderSkeleton* const known = usableAppender(name)) {
     LOGLogLog::debug(PREFIX + ("The appender " + name) +
@@ -484,24 +505,18 @@ LOGAppenderSkeleton* LOGDOMConfigurator::findAppenderByName(const ZEBIDOM_Docume
   }
   LOGLogLog::debug(PREFIX + ("The appender " + name) +
                    " doesn't exist in appender bag or is already stale, parse from dom.");
-  const ZEBIDOM_NodeList candidates = document.getElementsByTagName(APPENDER_TAG);
-  ZEBIDOM_Element element;
-  for (std::size_t i = 0; element.isNull() && i < candidates.getLength(); ++i) {
-    const ZEBIDOM_Element candidate(candidates.item(i));
-    if (candidate.getAttribute(LOG4ZEB_NAME_ATTR) == name) {
-      element = candidate;
-    }
-  }
+  const auto element = m_appenderElements.find(name);
   // An appender that is being built refers to itself, directly or through others.
   const bool isCircle =
       std::find(m_appendersUnderConstruction.begin(), m_appendersUnderConstruction.end(), name) !=
       m_appendersUnderConstruction.end();
-  if (element.isNull() || isCircle || m_appendersUnderConstruction.size() == DEEPEST_REFERENCES) {
+  if (element == m_appenderElements.end() || isCircle ||
+      m_appendersUnderConstruction.size() == DEEPEST_REFERENCES) {
     LOGLogLog::error(PREFIX + ("No appender named [" + name) + "] could be found.");
     return nullptr;
   }
   m_appendersUnderConstruction.push_back(name);
-  LOGAppenderSkeleton* const appender = parseAppender(element);
+  LOGAppenderSkeleton* const appender = parseAppender(element->second);
   m_appendersUnderConstruction.pop_back();
   if (appender != nullptr) {
     LOGLogLog::debug(PREFIX + ("Put appender " + name) + " into the appender bag.");
@@ -681,7 +696,10 @@ void LOGDOMConfigurator::parseErrorHandlerChild(const ZEBIDOM_Element& child,
     handler.setBackupAppender(findAppenderByReference(child));
   } else if (tag == LOGGER_REF) {
     ZEB_ASSERT(m_repository, SOURCE, __LINE__);
-    handler.setLogger(m_repository->getLogger(child.getAttribute(REF_ATTR)));
+    const I18NString name = child.getAttribute(REF_ATTR);
+    if (mayHaveLogger(name)) {
+      handler.setLogger(m_repository->getLogger(name));
+    }
   } else if (tag == ROOT_REF) {
     ZEB_ASSERT(m_repository, SOURCE, __LINE__);
     handler.setLogger(m_repository->getRootLogger());
@@ -748,9 +766,15 @@ std::vector<LOGLogger*> LOGDOMConfigurator::allLoggers() const {
 
 void LOGDOMConfigurator::beginRun(const ZEBIDOM_Element& root) {
   m_retired.clear();
+  m_costOfNames = 0;
+  const ZEBIDOM_NodeList elements = root.getOwnerDocument().getElementsByTagName(APPENDER_TAG);
+  m_appenderElements.clear();
+  for (std::size_t i = 0; i < elements.getLength(); ++i) {
+    const ZEBIDOM_Element element(elements.item(i));
+    m_appenderElements.emplace(element.getAttribute(LOG4ZEB_NAME_ATTR), element);
+  }
   // With room for every name, because a table that grows loses some.
-  const std::size_t names =
-      m_appenders.size() + root.getElementsByTagName(APPENDER_TAG).getLength() + 1;
+  const std::size_t names = m_appenders.size() + elements.getLength() + 1;
   auto bag = std::make_unique<LOGHashtable>(static_cast<int>(2 * names));
   for (const auto& appender : m_appenders) {
     bag->put(appender->getName(), appender.get());
@@ -781,6 +805,7 @@ LOGAppenderSkeleton* LOGDOMConfigurator::usableAppender(const I18NString& name) 
 }
 
 void LOGDOMConfigurator::endRun() {
+  m_appenderElements.clear();
   for (LOGLogger* const logger : allLoggers()) {
     contained([&] {
       // Removal and addition under one lock, so that no event finds neither of them.

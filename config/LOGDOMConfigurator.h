@@ -1,12 +1,15 @@
 #ifndef CONFIG_LOGDOMCONFIGURATOR_H
 #define CONFIG_LOGDOMCONFIGURATOR_H
 
+#include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <vector>
 
 #include "config/LOGConfigurator.h"
 #include "core/LOGHashtable.h"
+#include "platform/ZEBIDOM_Element.h"
 #include "platform/ZEBThreadLockableResource.h"
 
 class LOGAppenderAttachable;
@@ -17,8 +20,6 @@ class LOGLayout;
 class LOGLogger;
 class LOGLoggerFactory;
 class LOGObject;
-class ZEBIDOM_Document;
-class ZEBIDOM_Element;
 class ZEBIDOM_Node;
 class ZEBSharedLibrary;
 
@@ -105,6 +106,7 @@ class LOG4ZEB_EXPORT LOGDOMConfigurator : public LOGConfigurator, public ZEBThre
   void parseCategoryFactory(const ZEBIDOM_Element& element);
   void parseLogger(const ZEBIDOM_Element& element);
   LOGLogger* findLogger(const I18NString& name, const I18NString& className);
+  bool mayHaveLogger(const I18NString& name);
   void parseRoot(const ZEBIDOM_Element& element);
   void parseChildrenOfLoggerElement(const ZEBIDOM_Element& element, LOGLogger* logger, bool isRoot);
   LOGAppenderSkeleton* referencedAppender(const ZEBIDOM_Element& reference,
@@ -113,7 +115,7 @@ class LOG4ZEB_EXPORT LOGDOMConfigurator : public LOGConfigurator, public ZEBThre
   void parseRenderer(const ZEBIDOM_Element& element);
 
   LOGAppenderSkeleton* findAppenderByReference(const ZEBIDOM_Element& reference);
-  LOGAppenderSkeleton* findAppenderByName(const ZEBIDOM_Document& document, const I18NString& name);
+  LOGAppenderSkeleton* findAppenderByName(const I18NString& name);
   LOGAppenderSkeleton* parseAppender(const ZEBIDOM_Element& element);
   LOGAppenderSkeleton* newAppender(const ZEBIDOM_Element& element);
   void parseAppenderChild(const ZEBIDOM_Element& child, LOGAppenderSkeleton& appender);
@@ -159,7 +161,9 @@ class LOG4ZEB_EXPORT LOGDOMConfigurator : public LOGConfigurator, public ZEBThre
   LOGLoggerRepository* m_repository = nullptr;
   int m_procIdFlag = 0;
   int m_procId = 0;
+  std::uint64_t m_costOfNames = 0;  // in this run, of loggers
 
+  std::map<I18NString, ZEBIDOM_Element> m_appenderElements;  // of this run, the first of each name
   std::vector<I18NString> m_appendersUnderConstruction;
   std::vector<Retired> m_retired;
   // What the configurator frees, in the opposite order.

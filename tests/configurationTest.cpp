@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <memory>
 #include <thread>
 
@@ -199,6 +200,36 @@ TEST_F(Configuration, BoundsChainsAndCirclesOfReferences) {
   EXPECT_EQ(Workplace::configure(document), 1);
   EXPECT_EQ(Workplace::diagnosticsWith("could be found."), 2);
   EXPECT_NE(rootAppender("A0"), nullptr);
+}
+
+TEST_F(Configuration, LeavesOutALoggerWhoseAncestorsWouldTakeTheMemory) {
+  std::string name = "deep";
+  for (int i = 0; i < 200000; ++i) {
+    name += ".a";
+  }
+  EXPECT_EQ(
+      Workplace::configure("<logger name='" + name + "'/><appender name='E' " +
+                           "class='LOGConsoleAppender'><errorHandler><logger-ref ref='" + name +
+                           "'/></errorHandler></appender>" +
+                           "<logger name='next'><level value='WARN'/>" + ref("E") + "</logger>"),
+      1);
+  EXPECT_EQ(Workplace::diagnosticsWith("loggers are too deep; left out: \"deep.a.a."), 2);
+  EXPECT_EQ(LOGManager::exists(name), nullptr);
+  ASSERT_NE(LOGManager::exists("next"), nullptr);
+  EXPECT_EQ(LOGManager::getLogger("next")->getLevel()->toInt(), LOGLevel::WARN_RANK);
+}
+
+TEST_F(Configuration, LooksForManyMissingAppendersInLittleTime) {
+  std::string document;
+  std::string references;
+  for (int i = 0; i < 80000; ++i) {
+    document += "<appender name='other'/>";
+    references += i < 5000 ? ref("missing") : "";
+  }
+  const auto begin = std::chrono::steady_clock::now();
+  EXPECT_EQ(Workplace::configure(document + root(references)), 1);
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(15));
+  EXPECT_EQ(Workplace::diagnosticsWith("No appender named [missing]"), 5000);
 }
 
 TEST_F(Configuration, SharesEachOfManyAppenders) {
