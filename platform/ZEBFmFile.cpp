@@ -65,7 +65,10 @@ class ZEBFmFile::Handle {
     std::size_t size;
   };
   Piece endingHere(std::size_t size) const;
-  bool blankOut(const std::vector<Piece>& pieces) const;
+  static bool isApart(const std::vector<Piece>& pieces);
+  std::size_t blankOut(std::vector<Piece>& pieces) const;
+  std::size_t leaveBehind(std::vector<Piece> pieces);
+  int endWhatWasLeft();
 
   const std::unique_ptr<ZEBFmChannel> m_channel;
   bool m_isOpen = true;
@@ -82,6 +85,10 @@ class ZEBFmFile::Handle {
   int m_lostRecords = 0;
   int m_lostError = 0;
 
+  std::mutex m_leftLock;
+  std::vector<Piece> m_left;  // of a lost record, and not blanked out; guarded by m_leftLock
+
+  std::atomic<bool> m_hasLeft{false};
   std::atomic<bool> m_isHolding{false};
   std::atomic<std::size_t> m_lostBytes{0};
 };
@@ -182,6 +189,9 @@ int ZEBFmFile::Handle::writeBuffer() {
   }
   std::size_t written = 0;
   const int error = writeRecord(m_buffer.data(), m_buffer.size(), written);
+  if (error != 0 && written != 0) {
+    m_hasLeft = false;  // what follows in the buffer is the rest of it
+  }
   m_buffer.erase(0, written);
   return error;
 }
@@ -267,11 +277,11 @@ int ZEBFmFile::Handle::writeRecord(const char* bytes, std::size_t size, std::siz
   }
   // A file system without locks still takes the record.
   const bool locked = !m_channel->appendIsAtomic() && lock() == 0;
-  int error = 0;
-  const std::int64_t once = size == 0 ? 0 : m_channel->write(bytes, size);
+  int error = m_hasLeft ? endWhatWasLeft() : 0;
+  const std::int64_t once = size == 0 || error != 0 ? 0 : m_channel->write(bytes, size);
   if (once < 0) {
     error = m_channel->getLastError();
-  } else {
+  } else if (error == 0) {
     written = static_cast<std::size_t>(once);
     if (written < size) {
       error = completeRecord(bytes, size, written);
@@ -285,25 +295,28 @@ int ZEBFmFile::Handle::writeRecord(const char* bytes, std::size_t size, std::siz
 
 /// Goes on after the first part of a record: the disk is full, or the file has reached a limit.
 int ZEBFmFile::Handle::completeRecord(const char* bytes, std::size_t size, std::size_t& written) {
-  // Other processes may take the lock only when they get here themselves, so it keeps second halves
-  // apart, not whole records.
-  const bool locked = lock() == 0;
+  const std::unique_ptr<Handle, void (*)(Handle*)> locked(lock() == 0 ? this : nullptr,
+                                                          [](Handle* handle) { handle->unlock(); });
   std::vector<Piece> pieces = {endingHere(written)};
   int error = 0;
   while (error == 0 && written < size) {
     const std::int64_t more = m_channel->write(bytes + written, size - written);
     if (more < 0) {
       error = m_channel->getLastError();
-    } else {
-      written += static_cast<std::size_t>(more);
-      pieces.push_back(endingHere(static_cast<std::size_t>(more)));
+      break;
+    }
+    written += static_cast<std::size_t>(more);
+    pieces.push_back(endingHere(static_cast<std::size_t>(more)));
+    if (m_channel->isOwned() && isApart(pieces)) {
+      // Other processes take the lock only when they get here themselves: one has appended between
+      // the halves, so the record begins anew behind that.
+      leaveBehind(std::exchange(pieces, {}));
+      written = 0;
+      error = m_hasLeft ? endWhatWasLeft() : 0;
     }
   }
-  if (error != 0 && blankOut(pieces)) {
-    written = 0;
-  }
-  if (locked) {
-    unlock();
+  if (error != 0) {
+    written = leaveBehind(std::move(pieces));
   }
   return error;
 }
@@ -312,18 +325,63 @@ ZEBFmFile::Handle::Piece ZEBFmFile::Handle::endingHere(std::size_t size) const {
   return {m_channel->position() - static_cast<std::int64_t>(size), size};
 }
 
-bool ZEBFmFile::Handle::blankOut(const std::vector<Piece>& pieces) const {
+/// Whether something else stands before the last piece.
+bool ZEBFmFile::Handle::isApart(const std::vector<Piece>& pieces) {
+  if (pieces.size() < 2) {
+    return false;
+  }
+  const Piece& last = pieces.back();
+  const Piece& before = pieces[pieces.size() - 2];
+  const bool areKnown = last.begin >= 0 && before.begin >= 0;
+  return areKnown && last.begin != before.begin + static_cast<std::int64_t>(before.size);
+}
+
+/// Blanks the pieces out from the last to the first and takes them out. Returns how many bytes it
+/// could not.
+std::size_t ZEBFmFile::Handle::blankOut(std::vector<Piece>& pieces) const {
   // Half a record is worse than none. It cannot be cut off, because another process may have
   // appended meanwhile, so a blank line takes its place. A stream of the host program's is left
   // alone: it may not be appending.
-  bool blanked = m_channel->isOwned();
-  for (const Piece& piece : pieces) {
+  while (!pieces.empty() && m_channel->isOwned()) {
+    const Piece& piece = pieces.back();
     std::string blanks(piece.size, ' ');
     blanks.replace(piece.size - std::min<std::size_t>(piece.size, 2), 2,
                    piece.size == 1 ? "\n" : "\r\n");
-    blanked = blanked && m_channel->overwrite(piece.begin, blanks.data(), blanks.size()) == 0;
+    if (m_channel->overwrite(piece.begin, blanks.data(), blanks.size()) != 0) {
+      break;
+    }
+    pieces.pop_back();
   }
-  return blanked;
+  std::size_t left = 0;
+  for (const Piece& piece : pieces) {
+    left += piece.size;
+  }
+  return left;
+}
+
+/// Blanks the beginning of a lost record out. Returns how many bytes of it have to be left; the
+/// next record sees to them.
+std::size_t ZEBFmFile::Handle::leaveBehind(std::vector<Piece> pieces) {
+  const std::size_t left = blankOut(pieces);
+  if (left != 0) {
+    const std::lock_guard<std::mutex> guard(m_leftLock);
+    m_left = std::move(pieces);
+    m_hasLeft = true;
+  }
+  return left;
+}
+
+/// Blanks out what was left of a lost record, or at least ends its line. Returns the error when
+/// neither could be done.
+int ZEBFmFile::Handle::endWhatWasLeft() {
+  const std::lock_guard<std::mutex> guard(m_leftLock);
+  std::size_t ended = 0;
+  const int error = blankOut(m_left) == 0 ? 0 : writeRest("\r\n", 2, ended);
+  if (error == 0) {
+    m_left.clear();
+    m_hasLeft = false;
+  }
+  return error;
 }
 
 int ZEBFmFile::Handle::writeRest(const char* bytes, std::size_t size, std::size_t& written) {
@@ -357,6 +415,9 @@ int ZEBFmFile::Handle::close() {
   }
   const int error = flush();
   setBufferSize(0);
+  if (m_hasLeft) {
+    endWhatWasLeft();
+  }
   if (m_isEntered) {
     BufferedFiles::instance().remove(this);
   }

@@ -1,0 +1,349 @@
+// The file appenders while the operating system's calls fail, one after the other, and on a disk
+// that is full.
+
+#include <gtest/gtest.h>
+#include <sched.h>
+#include <sys/mount.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <iostream>
+#include <memory>
+#include <set>
+#include <thread>
+
+#include "appenders/LOGAsyncAppender.h"
+#include "appenders/LOGRollingFileAppender.h"
+#include "core/LOGLogLog.h"
+#include "core/LOGLogger.h"
+#include "core/LOGManager.h"
+#include "layouts/LOGLayout.h"
+#include "support/FaultyCalls.h"
+#include "support/Workplace.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+using Fault = FaultyCalls::Fault;
+
+constexpr const char* LOST[] = {"Writer::write -- ZEBThrowable exception occurred",
+                                "Attempted to append to closed appender named ["};
+constexpr const char* CLOSE_FAILED = "LOGQuietWriter::close -- ZEBThrowable exception occurred";
+constexpr const char* NOT_RENAMED = "rollOver ---- Could not rename [";
+constexpr const char* NOT_REMOVED = "rollOver ---- Could not remove the file: ";
+constexpr const char* NOT_OPENED = "LOGGING DISABLED -- UNABLE TO OPEN LOG FILE.";
+
+constexpr std::size_t LINE_SIZE = 22;
+constexpr int LINES_IN_FILE = 3;
+constexpr int LINES_IN_BUFFER = 2;
+
+std::string lineNumbered(int number) {
+  const std::string digits = std::to_string(number);
+  return "line " + std::string(4 - digits.size(), '0') + digits + " abcdefghij";
+}
+
+int count(const std::string& text, const std::string& part) {
+  int found = 0;
+  for (std::size_t at = 0; (at = text.find(part, at)) != std::string::npos; at += part.size()) {
+    ++found;
+  }
+  return found;
+}
+
+int lossesIn(const std::string& diagnostics) {
+  return count(diagnostics, LOST[0]) + count(diagnostics, LOST[1]);
+}
+
+/// What is found in log files.
+struct Found {
+  std::multiset<std::string> lines;
+  std::vector<std::string> halves;  // whatever is neither a line nor blank
+  bool inOrder = true;
+
+  void add(const std::string& text) {
+    std::string last;
+    std::size_t begin = 0;
+    while (begin < text.size()) {
+      const std::size_t end = std::min(text.find("\r\n", begin), text.size());
+      const std::string line = text.substr(begin, end - begin);
+      const bool isEnded = end != text.size();
+      begin = end + 2;
+      if (isEnded && line.find_first_not_of(" ") == std::string::npos) {
+        continue;
+      }
+      if (isEnded && line.size() + 2 == LINE_SIZE && line == lineNumbered(std::atoi(&line[5]))) {
+        inOrder = inOrder && last < line;
+        last = line;
+        lines.insert(line);
+      } else if (line != "before") {
+        halves.push_back(line);
+      }
+    }
+  }
+};
+
+struct Scenario {
+  const char* name;
+  bool isRolling;
+  bool isAsync;
+  int append;
+  int buffered;
+  int immediate;
+  int backups;
+};
+
+constexpr int FAULTY_LINES = 10;
+constexpr int LINES = 14;
+
+/// A file appender set up as the scenario says that logs in a directory whose files are faulty for
+/// the first lines.
+class LoggingRun {
+ public:
+  LoggingRun(const Scenario& scenario, const std::vector<Fault>& plan) : m_scenario(scenario) {
+    fs::remove_all("logs");
+    fs::create_directory("logs");
+    Workplace::write("logs/r.log", "before\r\n");
+    Workplace::write("logs/r.log." + std::to_string(scenario.backups), "before\r\n");
+    LOGLogLog::debug("begin");
+    Workplace::clearDiagnostics();
+    FaultyCalls calls(fs::current_path() / "logs", plan);
+    log(calls);
+    made = calls.made();
+    injected = calls.injected();
+    destroyed = calls.destroyed();
+    diagnostics = Workplace::read("log4zeb.log");
+  }
+
+  std::map<std::string, int> made;
+  int injected = 0;
+  std::vector<FaultyCalls::Destroyed> destroyed;
+  std::string diagnostics;
+  std::set<std::string> reported;  // lines whose call was followed by the report of a loss
+
+ private:
+  void log(FaultyCalls& calls) {
+    LOGLayout layout;
+    const auto file = m_scenario.isRolling ? std::make_unique<LOGRollingFileAppender>()
+                                           : std::make_unique<LOGFileAppender>();
+    if (m_scenario.isRolling) {
+      auto& rolling = static_cast<LOGRollingFileAppender&>(*file);
+      rolling.setMaximumFileSize(LINE_SIZE * LINES_IN_FILE);
+      rolling.setMaxBackupIndex(m_scenario.backups);
+    }
+    file->setLayout(&layout);
+    file->setFile("logs/r.log");
+    file->setAppend(m_scenario.append);
+    file->setBufferedIO(m_scenario.buffered);
+    file->setBufferSize(LINE_SIZE * LINES_IN_BUFFER);
+    file->setImmediateFlush(m_scenario.immediate);
+    LOGAsyncAppender async;
+    LOGLogger* const logger = LOGManager::getLogger("faulty");
+    async.addAppender(file.get());
+    logger->addAppender(m_scenario.isAsync ? static_cast<LOGAppenderSkeleton*>(&async)
+                                           : file.get());
+    for (int i = 0; i < LINES; ++i) {
+      if (i == FAULTY_LINES / 2 && !m_scenario.isRolling) {
+        async.flush(10000);
+        file->close();
+        file->setFile("logs/r.log", 1, m_scenario.buffered, LINE_SIZE * LINES_IN_BUFFER);
+      }
+      if (i == FAULTY_LINES) {
+        async.flush(10000);
+        calls.heal();
+      }
+      const std::size_t before = fs::file_size("log4zeb.log");
+      EXPECT_NO_THROW(logger->info(lineNumbered(i)));
+      if (!m_scenario.isAsync && lossesIn(Workplace::read("log4zeb.log").substr(before)) > 0) {
+        reported.insert(lineNumbered(i));
+      }
+    }
+    async.flush(10000);
+    async.close();
+    logger->removeAllAppenders();
+    file->close();
+  }
+
+  const Scenario& m_scenario;
+};
+
+/// Holds the run against the promise, and says what breaks it; empty when nothing does.
+class Verdict {
+ public:
+  Verdict(const Scenario& scenario, const Fault& fault, const LoggingRun& run)
+      : m_scenario(scenario), m_fault(fault), m_run(run) {
+    for (const auto& entry : fs::directory_iterator("logs")) {
+      found.add(Workplace::read(entry.path().string()));
+    }
+    for (const FaultyCalls::Destroyed& destroyed : run.destroyed) {
+      found.add(destroyed.content);
+      if (destroyed.content != "before\r\n" && !mayDestroy(destroyed)) {
+        m_text += " " + destroyed.call + " destroyed " + destroyed.path;
+      }
+    }
+    judgeLines();
+    judgeReports();
+  }
+
+  Found found;
+  std::string text() const {
+    return m_text.empty()
+               ? m_text
+               : std::string(m_scenario.name) + ", " + m_fault.call + " " +
+                     std::to_string(m_fault.first) + " for " + std::to_string(m_fault.count) +
+                     ", error " + std::to_string(m_fault.error) + ":" + m_text + "\n" +
+                     m_run.diagnostics;
+  }
+
+ private:
+  bool mayDestroy(const FaultyCalls::Destroyed& destroyed) const {
+    const std::string oldest = "r.log." + std::to_string(m_scenario.backups);
+    const bool isOldest = fs::path(destroyed.path).filename() == oldest;
+    const bool isReported = count(m_run.diagnostics, NOT_RENAMED) > 0;
+    if (m_fault.call == "stat" && m_fault.error == EACCES) {
+      return true;  // where a name may not be looked up, no file can be renamed either
+    }
+    return destroyed.call == "open" ? m_scenario.backups == 0 || isReported
+                                    : isOldest || (destroyed.call == "rename" && isReported);
+  }
+
+  void expect(bool held, const std::string& what) { m_text += held ? "" : " " + what; }
+
+  void judgeLines() {
+    int missing = 0;
+    for (int i = 0; i < LINES; ++i) {
+      const std::string line = lineNumbered(i);
+      const auto times = found.lines.count(line);
+      const bool isReported = m_run.reported.count(line) != 0;
+      expect(times <= 1, "twice: " + line);
+      expect(times == 0 || !isReported, "reported lost, but there: " + line);
+      expect(i < FAULTY_LINES || times == 1, "not there after the fault: " + line);
+      missing += times == 0 && !isReported ? 1 : 0;
+    }
+    int mayMiss = m_scenario.isAsync ? lossesIn(m_run.diagnostics) : 0;
+    if (m_scenario.buffered == 1) {
+      mayMiss += LINES_IN_BUFFER * count(m_run.diagnostics, CLOSE_FAILED);
+    }
+    expect(missing <= mayMiss, "missing without report: " + std::to_string(missing));
+    expect(found.inOrder, "out of order");
+    for (const std::string& half : found.halves) {
+      expect(false, "torn: '" + half + "'");
+    }
+  }
+
+  /// Each failing event is reported once, and nothing else is.
+  void judgeReports() {
+    const bool isHarmless = m_fault.error <= 0 || m_fault.error == EINTR;
+    const int failed = isHarmless ? 0 : m_run.injected;
+    const std::map<std::string, int> expected = {
+        {"open", m_scenario.isRolling ? failed / 2 : 0},  // opening is tried twice
+        {"close", failed},
+        {"rename", failed},
+        {"unlink", failed}};
+    const std::map<std::string, const char*> texts = {{"open", NOT_OPENED},
+                                                      {"close", CLOSE_FAILED},
+                                                      {"rename", NOT_RENAMED},
+                                                      {"unlink", NOT_REMOVED}};
+    int explained = lossesIn(m_run.diagnostics);
+    for (const auto& [call, text] : texts) {
+      const int reports = count(m_run.diagnostics, text);
+      explained += reports;
+      const bool mayFollow = ((call == "rename" || call == "unlink") && m_fault.call == "stat") ||
+                             (call == "close" && m_fault.call == "write" && m_scenario.buffered);
+      expect(mayFollow || reports == (call == m_fault.call ? expected.at(call) : 0),
+             std::to_string(reports) + " reports of " + call);
+    }
+    if (isHarmless && m_fault.error != FaultyCalls::SHORT_THEN_FULL &&
+        m_fault.error != FaultyCalls::NOTHING) {
+      expect(explained == 0, "reports without a failure");
+    }
+    explained += count(m_run.diagnostics, "LOGQuietWriter::flush -- ZEBThrowable");
+    expect(count(m_run.diagnostics, "log4zeb:ERROR ") == explained, "other reports");
+  }
+
+  const Scenario& m_scenario;
+  const Fault& m_fault;
+  const LoggingRun& m_run;
+  std::string m_text;
+};
+
+/// Sums up many runs.
+class Tally {
+ public:
+  ~Tally() {
+    std::cout << m_runs << " runs, " << m_injected << " calls made to fail, " << m_written
+              << " lines written, " << m_found << " found, " << m_reported << " reported lost\n";
+  }
+  void add(const Scenario& scenario, const Fault& fault, const std::vector<Fault>& plan) {
+    const LoggingRun run(scenario, plan);
+    const Verdict verdict(scenario, fault, run);
+    ++m_runs;
+    m_injected += run.injected;
+    m_written += LINES;
+    m_found += verdict.found.lines.size();
+    m_reported += lossesIn(run.diagnostics);
+    if (!verdict.text().empty() && m_broken.insert({fault.call, fault.error}).second) {
+      ADD_FAILURE() << verdict.text();
+    }
+  }
+
+ private:
+  int m_runs = 0;
+  int m_injected = 0;
+  int m_written = 0;
+  std::size_t m_found = 0;
+  int m_reported = 0;
+  std::set<std::pair<std::string, int>> m_broken;  // of each, one is shown
+};
+
+constexpr Scenario SCENARIOS[] = {
+    {"plain, appending", false, false, 1, 0, 0, 0},
+    {"plain, truncating, flushing each line", false, false, 0, 0, 1, 0},
+    {"plain, buffered", false, false, 1, 1, 0, 0},
+    {"rolling, appending", true, false, 1, 0, 0, 3},
+    {"rolling, truncating, flushing each line", true, false, 0, 0, 1, 3},
+    {"rolling, buffered", true, false, 1, 1, 0, 3},
+    {"rolling, no backups", true, false, 1, 0, 0, 0},
+    {"rolling, many backups", true, false, 1, 0, 0, 100},
+    {"plain, asynchronous", false, true, 1, 0, 0, 0},
+    {"rolling, asynchronous", true, true, 1, 0, 0, 3}};
+
+class FaultTest : public testing::TestWithParam<Scenario> {
+ protected:
+  Workplace workplace;
+  Tally tally;
+};
+
+std::string nameOf(const testing::TestParamInfo<Scenario>& info) {
+  std::string name;
+  for (const char c : std::string(info.param.name)) {
+    name += std::isalpha(static_cast<unsigned char>(c)) != 0 ? std::string(1, c) : "";
+  }
+  return name;
+}
+
+}  // namespace
+
+INSTANTIATE_TEST_SUITE_P(Files, FaultTest, testing::ValuesIn(SCENARIOS), nameOf);
+
+TEST_P(FaultTest, LosesOnlyWhatItReportsWhicheverCallFails) {
+  const LoggingRun healthy(GetParam(), {});
+  ASSERT_GT(healthy.made.at("write"), 0);
+  for (const auto& [call, made] : healthy.made) {
+    std::vector<int> errors = {ENOSPC, EIO, EACCES, EMFILE, EINTR};
+    if (call == "write") {
+      errors.insert(errors.end(),
+                    {FaultyCalls::SHORT, FaultyCalls::SHORT_THEN_FULL, FaultyCalls::NOTHING});
+    }
+    for (const int error : errors) {
+      for (const int times : {1, 2, 5, error == EINTR ? 20 : FaultyCalls::FOR_EVER}) {
+        for (int first = 1; first <= made; ++first) {
+          const Fault fault{call, first, times, error};
+          tally.add(GetParam(), fault, {fault});
+        }
+      }
+    }
+    std::cout << made << " " << call << ", ";
+  }
+}
