@@ -35,6 +35,10 @@ class ZEBFmFile::Handle {
   /// The size with what is buffered, or -1.
   std::int64_t size();
   bool appendIsAtomic() const { return m_channel->appendIsAtomic(); }
+  /// Whether the file was closed behind a half record that could not even be given a line end.
+  bool endsInHalf() const { return m_hasLeft; }
+  /// Has the next record begin on a line of its own.
+  void beginLine() { putLeft({{-1, 1}}); }
   /// Whether records may wait for the end of a batch.
   bool mayHold() const {
     return m_capacity == 0 && m_channel->isOwned() && m_channel->isRegular() &&
@@ -59,7 +63,7 @@ class ZEBFmFile::Handle {
   int writeBuffer();
   void writeHeld();
   void writeHeldOneByOne(std::size_t done);
-  /// A part of a record that is in the file already.
+  /// A part of a record that is in the file already; `begin` is negative when it is not known.
   struct Piece {
     std::int64_t begin;
     std::size_t size;
@@ -68,6 +72,8 @@ class ZEBFmFile::Handle {
   static bool isApart(const std::vector<Piece>& pieces);
   std::size_t blankOut(std::vector<Piece>& pieces) const;
   std::size_t leaveBehind(std::vector<Piece> pieces);
+  void putLeft(std::vector<Piece> pieces);
+  std::vector<Piece> takeLeft();
   int endWhatWasLeft();
 
   const std::unique_ptr<ZEBFmChannel> m_channel;
@@ -79,6 +85,7 @@ class ZEBFmFile::Handle {
   std::mutex m_bufferLock;
   // Guarded by m_bufferLock.
   std::string m_buffer;
+  bool m_bufferGoesOn = false;            // with what m_left stands for
   std::string m_held;                     // whole records, for the end of a batch
   std::vector<std::size_t> m_endsOfHeld;  // of each record in m_held
   int m_holder = 0;                       // the process that holds them
@@ -187,12 +194,17 @@ int ZEBFmFile::Handle::writeBuffer() {
   if (m_buffer.empty()) {
     return 0;
   }
+  // What an attempt had to leave in the file is the beginning of what the buffer holds now.
+  std::vector<Piece> beginning = m_bufferGoesOn ? takeLeft() : std::vector<Piece>();
   std::size_t written = 0;
   const int error = writeRecord(m_buffer.data(), m_buffer.size(), written);
-  if (error != 0 && written != 0) {
-    m_hasLeft = false;  // what follows in the buffer is the rest of it
-  }
   m_buffer.erase(0, written);
+  m_bufferGoesOn = error != 0 && (written != 0 || !beginning.empty());
+  if (error != 0 && !beginning.empty()) {
+    std::vector<Piece> more = takeLeft();
+    beginning.insert(beginning.end(), more.begin(), more.end());
+    putLeft(std::move(beginning));
+  }
   return error;
 }
 
@@ -222,7 +234,8 @@ void ZEBFmFile::Handle::writeHeld() {
   }
   // In the child of a fork they are the parent's.
   if (m_holder == ZEBUtProcess::currentProcessId()) {
-    const std::int64_t once = m_channel->write(m_held.data(), m_held.size());
+    const bool mayWrite = !m_hasLeft || endWhatWasLeft() == 0;
+    const std::int64_t once = mayWrite ? m_channel->write(m_held.data(), m_held.size()) : -1;
     if (once < static_cast<std::int64_t>(m_held.size())) {
       writeHeldOneByOne(once < 0 ? 0 : static_cast<std::size_t>(once));
     }
@@ -322,7 +335,8 @@ int ZEBFmFile::Handle::completeRecord(const char* bytes, std::size_t size, std::
 }
 
 ZEBFmFile::Handle::Piece ZEBFmFile::Handle::endingHere(std::size_t size) const {
-  return {m_channel->position() - static_cast<std::int64_t>(size), size};
+  const std::int64_t end = m_channel->position();
+  return {end < 0 ? -1 : end - static_cast<std::int64_t>(size), size};
 }
 
 /// Whether something else stands before the last piece.
@@ -347,7 +361,7 @@ std::size_t ZEBFmFile::Handle::blankOut(std::vector<Piece>& pieces) const {
     std::string blanks(piece.size, ' ');
     blanks.replace(piece.size - std::min<std::size_t>(piece.size, 2), 2,
                    piece.size == 1 ? "\n" : "\r\n");
-    if (m_channel->overwrite(piece.begin, blanks.data(), blanks.size()) != 0) {
+    if (piece.begin < 0 || m_channel->overwrite(piece.begin, blanks.data(), blanks.size()) != 0) {
       break;
     }
     pieces.pop_back();
@@ -364,11 +378,21 @@ std::size_t ZEBFmFile::Handle::blankOut(std::vector<Piece>& pieces) const {
 std::size_t ZEBFmFile::Handle::leaveBehind(std::vector<Piece> pieces) {
   const std::size_t left = blankOut(pieces);
   if (left != 0) {
-    const std::lock_guard<std::mutex> guard(m_leftLock);
-    m_left = std::move(pieces);
-    m_hasLeft = true;
+    putLeft(std::move(pieces));
   }
   return left;
+}
+
+void ZEBFmFile::Handle::putLeft(std::vector<Piece> pieces) {
+  const std::lock_guard<std::mutex> guard(m_leftLock);
+  m_left = std::move(pieces);
+  m_hasLeft = true;
+}
+
+std::vector<ZEBFmFile::Handle::Piece> ZEBFmFile::Handle::takeLeft() {
+  const std::lock_guard<std::mutex> guard(m_leftLock);
+  m_hasLeft = false;
+  return std::exchange(m_left, {});
 }
 
 /// Blanks out what was left of a lost record, or at least ends its line. Returns the error when
@@ -493,12 +517,17 @@ int ZEBFmFile::succeeded(int error) noexcept {
 
 int ZEBFmFile::open(const I18NString& name, int mode) {
   close();
+  const bool goesOn = m_endsInHalf && m_name == name && mode != TRUNCATE;
   m_name = name;
   ZEBFmChannel::Opened opened = ZEBFmChannel::open(name, mode == TRUNCATE);
   if (opened.error != 0) {
     return succeeded(opened.error);
   }
   m_handle = std::make_shared<Handle>(std::move(opened.channel));
+  m_endsInHalf = false;
+  if (goesOn) {
+    m_handle->beginLine();
+  }
   m_appendIsAtomic = m_handle->appendIsAtomic();
   return 1;
 }
@@ -547,7 +576,12 @@ int ZEBFmFile::flush() {
 
 int ZEBFmFile::close() {
   const std::shared_ptr<Handle> closing = std::move(m_handle);
-  return closing == nullptr ? 0 : succeeded(closing->close());
+  if (closing == nullptr) {
+    return 0;
+  }
+  const int result = succeeded(closing->close());
+  m_endsInHalf = closing->endsInHalf();
+  return result;
 }
 
 void ZEBFmFile::handOver() {

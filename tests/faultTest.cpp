@@ -7,8 +7,10 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
+#include <fstream>
+#include <functional>
 #include <iostream>
+#include <iterator>
 #include <memory>
 #include <set>
 #include <thread>
@@ -38,6 +40,13 @@ constexpr const char* NOT_OPENED = "LOGGING DISABLED -- UNABLE TO OPEN LOG FILE.
 constexpr std::size_t LINE_SIZE = 22;
 constexpr int LINES_IN_FILE = 3;
 constexpr int LINES_IN_BUFFER = 2;
+
+/// Through no wrapped call.
+std::string diagnosticsSince(std::uintmax_t position) {
+  std::ifstream file("log4zeb.log", std::ios::binary);
+  file.seekg(static_cast<std::streamoff>(position));
+  return {std::istreambuf_iterator<char>(file), {}};
+}
 
 std::string lineNumbered(int number) {
   const std::string digits = std::to_string(number);
@@ -153,9 +162,9 @@ class LoggingRun {
         async.flush(10000);
         calls.heal();
       }
-      const std::size_t before = fs::file_size("log4zeb.log");
+      const std::uintmax_t before = fs::file_size("log4zeb.log");
       EXPECT_NO_THROW(logger->info(lineNumbered(i)));
-      if (!m_scenario.isAsync && lossesIn(Workplace::read("log4zeb.log").substr(before)) > 0) {
+      if (!m_scenario.isAsync && lossesIn(diagnosticsSince(before)) > 0) {
         reported.insert(lineNumbered(i));
       }
     }
@@ -171,8 +180,8 @@ class LoggingRun {
 /// Holds the run against the promise, and says what breaks it; empty when nothing does.
 class Verdict {
  public:
-  Verdict(const Scenario& scenario, const Fault& fault, const LoggingRun& run)
-      : m_scenario(scenario), m_fault(fault), m_run(run) {
+  Verdict(const Scenario& scenario, const std::vector<Fault>& plan, const LoggingRun& run)
+      : m_scenario(scenario), m_plan(plan), m_fault(plan.front()), m_run(run) {
     for (const auto& entry : fs::directory_iterator("logs")) {
       found.add(Workplace::read(entry.path().string()));
     }
@@ -188,12 +197,12 @@ class Verdict {
 
   Found found;
   std::string text() const {
-    return m_text.empty()
-               ? m_text
-               : std::string(m_scenario.name) + ", " + m_fault.call + " " +
-                     std::to_string(m_fault.first) + " for " + std::to_string(m_fault.count) +
-                     ", error " + std::to_string(m_fault.error) + ":" + m_text + "\n" +
-                     m_run.diagnostics;
+    std::string text = m_text.empty() ? "" : m_scenario.name;
+    for (const Fault& fault : m_text.empty() ? std::vector<Fault>() : m_plan) {
+      text += ", " + fault.call + " " + std::to_string(fault.first) + " for " +
+              std::to_string(fault.count) + " error " + std::to_string(fault.error);
+    }
+    return m_text.empty() ? "" : text + ":" + m_text + "\n" + m_run.diagnostics;
   }
 
  private:
@@ -223,13 +232,26 @@ class Verdict {
     }
     int mayMiss = m_scenario.isAsync ? lossesIn(m_run.diagnostics) : 0;
     if (m_scenario.buffered == 1) {
-      mayMiss += LINES_IN_BUFFER * count(m_run.diagnostics, CLOSE_FAILED);
+      // With those that a faulty repair took back out of the file.
+      mayMiss += static_cast<int>(m_plan.size()) * LINES_IN_BUFFER *
+                 count(m_run.diagnostics, CLOSE_FAILED);
     }
     expect(missing <= mayMiss, "missing without report: " + std::to_string(missing));
     expect(found.inOrder, "out of order");
     for (const std::string& half : found.halves) {
-      expect(false, "torn: '" + half + "'");
+      expect(mayTear() && isReportedHalf(half), "torn: '" + half + "'");
     }
+  }
+
+  /// Whether what there is of a lost line could not be taken out of the file.
+  bool mayTear() const {
+    return m_plan.size() > 1 && m_plan[1].error > 0 && m_plan[1].error != EINTR &&
+           (m_plan[1].count > 1 || m_plan[1].call == "lseek");
+  }
+
+  bool isReportedHalf(const std::string& half) const {
+    const std::string line = half.size() < 9 ? lineNumbered(0) : lineNumbered(std::atoi(&half[5]));
+    return line.compare(0, half.size(), half) == 0 && found.lines.count(line) == 0;
   }
 
   /// Each failing event is reported once, and nothing else is.
@@ -263,6 +285,7 @@ class Verdict {
   }
 
   const Scenario& m_scenario;
+  const std::vector<Fault>& m_plan;
   const Fault& m_fault;
   const LoggingRun& m_run;
   std::string m_text;
@@ -275,15 +298,15 @@ class Tally {
     std::cout << m_runs << " runs, " << m_injected << " calls made to fail, " << m_written
               << " lines written, " << m_found << " found, " << m_reported << " reported lost\n";
   }
-  void add(const Scenario& scenario, const Fault& fault, const std::vector<Fault>& plan) {
+  void add(const Scenario& scenario, const std::vector<Fault>& plan) {
     const LoggingRun run(scenario, plan);
-    const Verdict verdict(scenario, fault, run);
+    const Verdict verdict(scenario, plan, run);
     ++m_runs;
     m_injected += run.injected;
     m_written += LINES;
     m_found += verdict.found.lines.size();
     m_reported += lossesIn(run.diagnostics);
-    if (!verdict.text().empty() && m_broken.insert({fault.call, fault.error}).second) {
+    if (!verdict.text().empty() && m_broken.insert({plan.back().call, plan.back().error}).second) {
       ADD_FAILURE() << verdict.text();
     }
   }
@@ -339,11 +362,27 @@ TEST_P(FaultTest, LosesOnlyWhatItReportsWhicheverCallFails) {
     for (const int error : errors) {
       for (const int times : {1, 2, 5, error == EINTR ? 20 : FaultyCalls::FOR_EVER}) {
         for (int first = 1; first <= made; ++first) {
-          const Fault fault{call, first, times, error};
-          tally.add(GetParam(), fault, {fault});
+          tally.add(GetParam(), {{call, first, times, error}});
         }
       }
     }
     std::cout << made << " " << call << ", ";
+  }
+}
+
+TEST_P(FaultTest, KeepsLaterLinesWholeWhenTheRepairOfAHalfLineFailsToo) {
+  for (const std::string call : {"fstat", "fstatfs", "flock", "lseek", "reopen", "pwrite"}) {
+    for (const int error : {EMFILE, EINTR, FaultyCalls::SHORT}) {
+      if (error == EMFILE || (error == EINTR && call != "lseek") || call == "pwrite") {
+        for (const int repairs : {1, 2, error == EINTR ? 20 : FaultyCalls::FOR_EVER}) {
+          for (const int times : {2, 4, FaultyCalls::FOR_EVER}) {
+            for (int first = 1; first <= FAULTY_LINES; first += 3) {
+              tally.add(GetParam(), {{"write", first, times, FaultyCalls::SHORT_THEN_FULL},
+                                     {call, 1, repairs, error}});
+            }
+          }
+        }
+      }
+    }
   }
 }

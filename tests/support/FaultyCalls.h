@@ -2,13 +2,14 @@
 #define SUPPORT_FAULTYCALLS_H
 
 #include <cstddef>
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
 
-/// While one lives, the operating system's calls that concern files below a directory are counted,
-/// and those that a plan names fail. What the calls destroy is kept. The program has to be linked
-/// with `-Wl,--wrap` for each call; only those of statically linked code are seen.
+/// While one lives, the operating system's calls that concern a directory, or one file, are
+/// counted, and those that a plan names fail. What the calls destroy is kept. The program has to be
+/// linked with `-Wl,--wrap` for each call; only those of statically linked code are seen.
 class FaultyCalls {
  public:
   /// In place of an error's number: the call writes half of what it is given; it writes half, and
@@ -32,7 +33,10 @@ class FaultyCalls {
     std::string content;
   };
 
-  FaultyCalls(const std::string& directory, std::vector<Fault> plan);
+  /// `afterShort` is run after each write that the plan cut short.
+  FaultyCalls(
+      const std::string& directory, std::vector<Fault> plan,
+      std::function<void()> afterShort = [] {});
   FaultyCalls(const FaultyCalls&) = delete;
   FaultyCalls& operator=(const FaultyCalls&) = delete;
   ~FaultyCalls();

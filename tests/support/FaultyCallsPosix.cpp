@@ -21,6 +21,7 @@ namespace {
 struct State {
   std::string directory;
   std::vector<FaultyCalls::Fault> plan;
+  std::function<void()> afterShort;
   std::map<std::string, int> made;
   int injected = 0;
   std::vector<FaultyCalls::Destroyed> destroyed;
@@ -90,14 +91,20 @@ ssize_t writeFaulty(const char* call, int descriptor, std::size_t size, Write wr
   if (error > 0) {
     return failing(error, ssize_t{-1});
   }
-  return error == 0 ? write(size) : error == FaultyCalls::NOTHING ? 0 : write((size + 1) / 2);
+  if (error >= 0 || error == FaultyCalls::NOTHING) {
+    return error == 0 ? write(size) : 0;
+  }
+  const ssize_t written = write((size + 1) / 2);
+  g_state->afterShort();
+  return written;
 }
 
 }  // namespace
 
-FaultyCalls::FaultyCalls(const std::string& directory, std::vector<Fault> plan) {
+FaultyCalls::FaultyCalls(const std::string& directory, std::vector<Fault> plan,
+                         std::function<void()> afterShort) {
   const std::lock_guard<std::mutex> guard(g_lock);
-  g_state = new State{directory, std::move(plan), {}, 0, {}};
+  g_state = new State{directory, std::move(plan), std::move(afterShort), {}, 0, {}};
 }
 
 FaultyCalls::~FaultyCalls() {
