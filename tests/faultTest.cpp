@@ -4,9 +4,11 @@
 #include <gtest/gtest.h>
 #include <sched.h>
 #include <sys/mount.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <cstring>
 #include <fstream>
 #include <functional>
 #include <iostream>
@@ -103,6 +105,26 @@ struct Scenario {
   int backups;
 };
 
+std::unique_ptr<LOGFileAppender> fileAppender(const Scenario& scenario, LOGLayout& layout,
+                                              const std::string& name) {
+  std::unique_ptr<LOGFileAppender> file;
+  if (scenario.isRolling) {
+    auto rolling = std::make_unique<LOGRollingFileAppender>();
+    rolling->setMaximumFileSize(LINE_SIZE * LINES_IN_FILE);
+    rolling->setMaxBackupIndex(scenario.backups);
+    file = std::move(rolling);
+  } else {
+    file = std::make_unique<LOGFileAppender>();
+  }
+  file->setLayout(&layout);
+  file->setFile(name);
+  file->setAppend(scenario.append);
+  file->setBufferedIO(scenario.buffered);
+  file->setBufferSize(LINE_SIZE * LINES_IN_BUFFER);
+  file->setImmediateFlush(scenario.immediate);
+  return file;
+}
+
 constexpr int FAULTY_LINES = 10;
 constexpr int LINES = 14;
 
@@ -134,19 +156,7 @@ class LoggingRun {
  private:
   void log(FaultyCalls& calls) {
     LOGLayout layout;
-    const auto file = m_scenario.isRolling ? std::make_unique<LOGRollingFileAppender>()
-                                           : std::make_unique<LOGFileAppender>();
-    if (m_scenario.isRolling) {
-      auto& rolling = static_cast<LOGRollingFileAppender&>(*file);
-      rolling.setMaximumFileSize(LINE_SIZE * LINES_IN_FILE);
-      rolling.setMaxBackupIndex(m_scenario.backups);
-    }
-    file->setLayout(&layout);
-    file->setFile("logs/r.log");
-    file->setAppend(m_scenario.append);
-    file->setBufferedIO(m_scenario.buffered);
-    file->setBufferSize(LINE_SIZE * LINES_IN_BUFFER);
-    file->setImmediateFlush(m_scenario.immediate);
+    const auto file = fileAppender(m_scenario, layout, "logs/r.log");
     LOGAsyncAppender async;
     LOGLogger* const logger = LOGManager::getLogger("faulty");
     async.addAppender(file.get());
@@ -338,6 +348,88 @@ class FaultTest : public testing::TestWithParam<Scenario> {
   Tally tally;
 };
 
+/// A file system of its own in a directory, without any space left.
+class FullDisk {
+ public:
+  static constexpr std::size_t PAGE = 4096;
+
+  explicit FullDisk(const std::string& directory) : m_directory(directory) {
+    fs::create_directory(directory);
+    const bool isRoot = geteuid() == 0;
+    const std::string user = std::to_string(geteuid());
+    if (unshare(isRoot ? CLONE_NEWNS : CLONE_NEWNS | CLONE_NEWUSER) != 0) {
+      m_refusal = std::string("no name space of its own: ") + std::strerror(errno);
+      return;
+    }
+    if (!isRoot) {
+      std::ofstream("/proc/self/uid_map") << user << " " << user << " 1";
+    }
+    m_isMounted = mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+                  mount("tmpfs", directory.c_str(), "tmpfs", 0, "size=1m") == 0;
+    if (!m_isMounted) {
+      m_refusal = std::string("no file system of its own: ") + std::strerror(errno);
+      return;
+    }
+    fs::create_directory(directory + "/ballast");
+    for (int i = 0; i < 1024; ++i) {
+      std::ofstream(pieceNumbered(i)) << std::string(PAGE, 'x');
+    }
+  }
+  FullDisk(const FullDisk&) = delete;
+  FullDisk& operator=(const FullDisk&) = delete;
+  ~FullDisk() {
+    if (m_isMounted) {
+      umount2(m_directory.c_str(), MNT_DETACH);
+    }
+  }
+
+  /// Why there is none; empty when there is.
+  const std::string& refusal() const { return m_refusal; }
+  void freeOnePage() { fs::remove(pieceNumbered(m_freed++)); }
+  void freeAll() { fs::remove_all(m_directory + "/ballast"); }
+
+ private:
+  std::string pieceNumbered(int number) const {
+    return m_directory + "/ballast/" + std::to_string(number);
+  }
+
+  const std::string m_directory;
+  std::string m_refusal;
+  bool m_isMounted = false;
+  int m_freed = 0;
+};
+
+class FullDiskTest : public testing::TestWithParam<Scenario> {
+ protected:
+  static constexpr int LINES_EACH = 2500;
+  static constexpr int FREED_AT = 2000;
+  static constexpr int LINES_FOR_EACH_PAGE = 400;  // of 22 bytes, more than fit in
+
+  /// Logs through an appender of its own, into the file that the others write to.
+  static void log(const Scenario& scenario, int thread, FullDisk& disk) {
+    LOGLayout layout;
+    const auto file = fileAppender(scenario, layout, "disk/r.log");
+    LOGAsyncAppender async;
+    async.addAppender(file.get());
+    LOGLogger* const logger = LOGManager::getLogger("thread" + std::to_string(thread));
+    logger->addAppender(scenario.isAsync ? static_cast<LOGAppenderSkeleton*>(&async) : file.get());
+    for (int i = 0; i < LINES_EACH; ++i) {
+      if (thread == 0 && i == FREED_AT) {
+        disk.freeAll();
+      } else if (thread == 0 && i < FREED_AT && i % LINES_FOR_EACH_PAGE == 0) {
+        disk.freeOnePage();
+      }
+      logger->info(lineNumbered(thread * LINES_EACH + i));
+    }
+    async.flush(10000);
+    async.close();
+    logger->removeAllAppenders();
+    file->close();
+  }
+
+  Workplace workplace;
+};
+
 std::string nameOf(const testing::TestParamInfo<Scenario>& info) {
   std::string name;
   for (const char c : std::string(info.param.name)) {
@@ -349,6 +441,11 @@ std::string nameOf(const testing::TestParamInfo<Scenario>& info) {
 }  // namespace
 
 INSTANTIATE_TEST_SUITE_P(Files, FaultTest, testing::ValuesIn(SCENARIOS), nameOf);
+INSTANTIATE_TEST_SUITE_P(Files, FullDiskTest,
+                         testing::Values(SCENARIOS[0], SCENARIOS[2],
+                                         Scenario{"rolling", true, false, 1, 0, 0, 3000},
+                                         SCENARIOS[8]),
+                         nameOf);
 
 TEST_P(FaultTest, LosesOnlyWhatItReportsWhicheverCallFails) {
   const LoggingRun healthy(GetParam(), {});
@@ -385,4 +482,98 @@ TEST_P(FaultTest, KeepsLaterLinesWholeWhenTheRepairOfAHalfLineFailsToo) {
       }
     }
   }
+}
+
+TEST_P(FullDiskTest, LosesOnlyWhatItReportsUntilThereIsSpaceAgain) {
+  FullDisk disk("disk");
+  if (!disk.refusal().empty()) {
+    GTEST_SKIP() << disk.refusal();
+  }
+  // Appenders that roll do not share a file.
+  const int threads = GetParam().isRolling ? 1 : 2;
+  std::thread other;
+  if (threads == 2) {
+    other = std::thread([&] { log(GetParam(), 1, disk); });
+  }
+  log(GetParam(), 0, disk);
+  if (other.joinable()) {
+    other.join();
+  }
+  Found found;
+  std::size_t files = 0;
+  for (const auto& entry : fs::directory_iterator("disk")) {
+    found.add(Workplace::read(entry.path().string()));
+    ++files;
+  }
+  const int reported = lossesIn(diagnosticsSince(0));
+  std::cout << threads * LINES_EACH << " lines written, " << found.lines.size() << " found in "
+            << files << " files, " << reported << " reported lost\n";
+  EXPECT_EQ(found.halves, std::vector<std::string>());
+  EXPECT_EQ(static_cast<int>(found.lines.size()) + reported, threads * LINES_EACH);
+  EXPECT_GT(reported, 0) << "the disk was never full";
+  for (int i = 0; i < threads * LINES_EACH; ++i) {
+    const auto times = found.lines.count(lineNumbered(i));
+    EXPECT_LE(times, 1U) << i;
+    EXPECT_TRUE(times == 1 || i < FREED_AT || i >= LINES_EACH) << i << " came after the freeing";
+  }
+}
+
+TEST(SharedFile, ReceivesALineAnewThatAnotherWriterHasParted) {
+  const Workplace workplace;
+  fs::create_directory("logs");
+  int others = 100;
+  const FaultyCalls calls(fs::current_path() / "logs", {{"write", 1, 3, FaultyCalls::SHORT}}, [&] {
+    std::ofstream("logs/s.log", std::ios::app) << lineNumbered(others++) << "\r\n";
+  });
+  LOGLayout layout;
+  LOGFileAppender appender(&layout, "logs/s.log");
+  LOGLogger* const logger = LOGManager::getLogger("parted");
+  logger->addAppender(&appender);
+  for (int i = 0; i < 3; ++i) {
+    logger->info(lineNumbered(i));
+  }
+  logger->removeAllAppenders();
+  Found found;
+  found.add(Workplace::read("logs/s.log"));
+  EXPECT_EQ(found.lines,
+            (std::multiset<std::string>{lineNumbered(0), lineNumbered(1), lineNumbered(2),
+                                        lineNumbered(100), lineNumbered(101), lineNumbered(102)}));
+  EXPECT_EQ(found.halves, std::vector<std::string>());
+  EXPECT_EQ(lossesIn(diagnosticsSince(0)), 0);
+}
+
+TEST(FaultyDiagnostics, NeitherHarmTheLogNorStayAwayAfterwards) {
+  const Workplace workplace;
+  fs::create_directory("logs");
+  int runs = 0;
+  for (const std::string call : {"open", "write", "stat", "fstat"}) {
+    for (const int error : {EIO, ENOSPC, FaultyCalls::SHORT_THEN_FULL}) {
+      for (const int times : {1, 3, FaultyCalls::FOR_EVER}) {
+        for (int first = 1; first <= 9 && (error > 0 || call == "write"); first += 2, ++runs) {
+          LOGLogLog::shutdown();
+          fs::remove("log4zeb.log");
+          FaultyCalls calls("log4zeb.log", {{call, first, times, error}});
+          LOGLayout layout;
+          LOGRollingFileAppender appender(&layout, "logs/d.log", 0);
+          appender.setMaximumFileSize(LINE_SIZE);
+          appender.setMaxBackupIndex(5);
+          LOGLogger* const logger = LOGManager::getLogger("faulty");
+          logger->addAppender(&appender);
+          for (int i = 0; i < 5; ++i) {
+            EXPECT_NO_THROW(logger->info(lineNumbered(i)));
+          }
+          logger->removeAllAppenders();
+          calls.heal();
+          LOGLogLog::warn("later");
+          EXPECT_EQ(Workplace::diagnosticsEqual("log4zeb:WARN later"), 1) << call << first << error;
+          for (int i = 0; i < 5; ++i) {
+            EXPECT_EQ(Workplace::lines("logs/d.log." + std::to_string(5 - i)),
+                      std::vector<std::string>{lineNumbered(i)})
+                << call << first << error;
+          }
+        }
+      }
+    }
+  }
+  std::cout << runs << " runs\n";
 }
