@@ -105,6 +105,8 @@ struct Scenario {
   int backups;
 };
 
+void PrintTo(const Scenario& scenario, std::ostream* stream) { *stream << scenario.name; }
+
 std::unique_ptr<LOGFileAppender> fileAppender(const Scenario& scenario, LOGLayout& layout,
                                               const std::string& name) {
   std::unique_ptr<LOGFileAppender> file;
@@ -127,6 +129,7 @@ std::unique_ptr<LOGFileAppender> fileAppender(const Scenario& scenario, LOGLayou
 
 constexpr int FAULTY_LINES = 10;
 constexpr int LINES = 14;
+constexpr int MOST_FAILURES = 20 * FAULTY_LINES;  // in a run; some calls for each line
 
 /// A file appender set up as the scenario says that logs in a directory whose files are faulty for
 /// the first lines.
@@ -248,6 +251,7 @@ class Verdict {
     }
     expect(missing <= mayMiss, "missing without report: " + std::to_string(missing));
     expect(found.inOrder, "out of order");
+    expect(m_run.injected < MOST_FAILURES, "calls that fail are made again and again");
     for (const std::string& half : found.halves) {
       expect(mayTear() && isReportedHalf(half), "torn: '" + half + "'");
     }
@@ -355,14 +359,17 @@ class FullDisk {
 
   explicit FullDisk(const std::string& directory) : m_directory(directory) {
     fs::create_directory(directory);
-    const bool isRoot = geteuid() == 0;
-    const std::string user = std::to_string(geteuid());
+    const uid_t user = geteuid();
+    const gid_t group = getegid();
+    const bool isRoot = user == 0;
     if (unshare(isRoot ? CLONE_NEWNS : CLONE_NEWNS | CLONE_NEWUSER) != 0) {
       m_refusal = std::string("no name space of its own: ") + std::strerror(errno);
       return;
     }
     if (!isRoot) {
-      std::ofstream("/proc/self/uid_map") << user << " " << user << " 1";
+      std::ofstream("/proc/self/uid_map") << "0 " << user << " 1";
+      std::ofstream("/proc/self/setgroups") << "deny";
+      std::ofstream("/proc/self/gid_map") << "0 " << group << " 1";
     }
     m_isMounted = mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
                   mount("tmpfs", directory.c_str(), "tmpfs", 0, "size=1m") == 0;
