@@ -5,6 +5,7 @@
 #include <chrono>
 #include <mutex>
 #include <new>
+#include <optional>
 #include <set>
 #include <string>
 #include <system_error>
@@ -57,6 +58,23 @@ class ZEBFmFile::Handle {
   void flushUntil(std::chrono::steady_clock::time_point end);
 
  private:
+  /// Holds the lock, if the file has any.
+  class Turn {
+   public:
+    explicit Turn(Handle& handle) : m_handle(handle), m_isLocked(handle.lock() == 0) {}
+    Turn(const Turn&) = delete;
+    Turn& operator=(const Turn&) = delete;
+    ~Turn() {
+      if (m_isLocked) {
+        m_handle.unlock();
+      }
+    }
+
+   private:
+    Handle& m_handle;
+    const bool m_isLocked;
+  };
+
   int writeRecord(const char* bytes, std::size_t size, std::size_t& written);
   int writeRest(const char* bytes, std::size_t size, std::size_t& written);
   int completeRecord(const char* bytes, std::size_t size, std::size_t& written);
@@ -69,7 +87,8 @@ class ZEBFmFile::Handle {
     std::size_t size;
   };
   Piece endingHere(std::size_t size) const;
-  static bool isApart(const std::vector<Piece>& pieces);
+  static bool isApart(const Piece& piece, const Piece& next);
+  static void add(const Piece& next, std::vector<Piece>& pieces);
   std::size_t blankOut(std::vector<Piece>& pieces) const;
   std::size_t leaveBehind(std::vector<Piece> pieces);
   void putLeft(std::vector<Piece> pieces);
@@ -201,8 +220,9 @@ int ZEBFmFile::Handle::writeBuffer() {
   m_buffer.erase(0, written);
   m_bufferGoesOn = error != 0 && (written != 0 || !beginning.empty());
   if (error != 0 && !beginning.empty()) {
-    std::vector<Piece> more = takeLeft();
-    beginning.insert(beginning.end(), more.begin(), more.end());
+    for (const Piece& piece : takeLeft()) {
+      add(piece, beginning);
+    }
     putLeft(std::move(beginning));
   }
   return error;
@@ -289,7 +309,10 @@ int ZEBFmFile::Handle::writeRecord(const char* bytes, std::size_t size, std::siz
     return writeRest(bytes, size, written);
   }
   // A file system without locks still takes the record.
-  const bool locked = !m_channel->appendIsAtomic() && lock() == 0;
+  std::optional<Turn> turn;
+  if (!m_channel->appendIsAtomic()) {
+    turn.emplace(*this);
+  }
   int error = m_hasLeft ? endWhatWasLeft() : 0;
   const std::int64_t once = size == 0 || error != 0 ? 0 : m_channel->write(bytes, size);
   if (once < 0) {
@@ -300,17 +323,13 @@ int ZEBFmFile::Handle::writeRecord(const char* bytes, std::size_t size, std::siz
       error = completeRecord(bytes, size, written);
     }
   }
-  if (locked) {
-    unlock();
-  }
   return error;
 }
 
 /// Goes on after the first part of a record: the disk is full, or the file has reached a limit.
 int ZEBFmFile::Handle::completeRecord(const char* bytes, std::size_t size, std::size_t& written) {
-  const std::unique_ptr<Handle, void (*)(Handle*)> locked(lock() == 0 ? this : nullptr,
-                                                          [](Handle* handle) { handle->unlock(); });
-  std::vector<Piece> pieces = {endingHere(written)};
+  const Turn turn(*this);
+  Piece piece = endingHere(written);
   int error = 0;
   while (error == 0 && written < size) {
     const std::int64_t more = m_channel->write(bytes + written, size - written);
@@ -318,18 +337,21 @@ int ZEBFmFile::Handle::completeRecord(const char* bytes, std::size_t size, std::
       error = m_channel->getLastError();
       break;
     }
-    written += static_cast<std::size_t>(more);
-    pieces.push_back(endingHere(static_cast<std::size_t>(more)));
-    if (m_channel->isOwned() && isApart(pieces)) {
+    const Piece next = endingHere(static_cast<std::size_t>(more));
+    if (m_channel->isOwned() && isApart(piece, next)) {
       // Other processes take the lock only when they get here themselves: one has appended between
       // the halves, so the record begins anew behind that.
-      leaveBehind(std::exchange(pieces, {}));
+      leaveBehind({piece, next});
+      piece = {next.begin + more, 0};
       written = 0;
       error = m_hasLeft ? endWhatWasLeft() : 0;
+    } else {
+      piece = {written == 0 ? next.begin : piece.begin, piece.size + next.size};
+      written += next.size;
     }
   }
   if (error != 0) {
-    written = leaveBehind(std::move(pieces));
+    written = piece.size == 0 ? 0 : leaveBehind({piece});
   }
   return error;
 }
@@ -339,15 +361,19 @@ ZEBFmFile::Handle::Piece ZEBFmFile::Handle::endingHere(std::size_t size) const {
   return {end < 0 ? -1 : end - static_cast<std::int64_t>(size), size};
 }
 
-/// Whether something else stands before the last piece.
-bool ZEBFmFile::Handle::isApart(const std::vector<Piece>& pieces) {
-  if (pieces.size() < 2) {
-    return false;
+/// Whether something else stands between the pieces.
+bool ZEBFmFile::Handle::isApart(const Piece& piece, const Piece& next) {
+  const bool areKnown = piece.begin >= 0 && next.begin >= 0 && piece.size != 0;
+  return areKnown && next.begin != piece.begin + static_cast<std::int64_t>(piece.size);
+}
+
+/// Adds to the pieces one that was written after them.
+void ZEBFmFile::Handle::add(const Piece& next, std::vector<Piece>& pieces) {
+  if (pieces.empty() || isApart(pieces.back(), next)) {
+    pieces.push_back(next);
+  } else {
+    pieces.back().size += next.size;
   }
-  const Piece& last = pieces.back();
-  const Piece& before = pieces[pieces.size() - 2];
-  const bool areKnown = last.begin >= 0 && before.begin >= 0;
-  return areKnown && last.begin != before.begin + static_cast<std::int64_t>(before.size);
 }
 
 /// Blanks the pieces out from the last to the first and takes them out. Returns how many bytes it
@@ -398,12 +424,14 @@ std::vector<ZEBFmFile::Handle::Piece> ZEBFmFile::Handle::takeLeft() {
 /// Blanks out what was left of a lost record, or at least ends its line. Returns the error when
 /// neither could be done.
 int ZEBFmFile::Handle::endWhatWasLeft() {
-  const std::lock_guard<std::mutex> guard(m_leftLock);
+  std::vector<Piece> pieces = takeLeft();
   std::size_t ended = 0;
-  const int error = blankOut(m_left) == 0 ? 0 : writeRest("\r\n", 2, ended);
-  if (error == 0) {
-    m_left.clear();
-    m_hasLeft = false;
+  const int error = blankOut(pieces) == 0 ? 0 : writeRest("\r\n", 2, ended);
+  if (error != 0) {
+    if (ended != 0) {
+      add(endingHere(ended), pieces);
+    }
+    putLeft(std::move(pieces));
   }
   return error;
 }

@@ -65,15 +65,18 @@ Result failing(int error, Result result) {
   return result;
 }
 
-void keep(const char* call, const std::string& path) {
+/// Makes a call that may destroy what the file holds.
+template <typename Call>
+int keeping(const char* name, const std::string& path, Call call) {
+  std::ifstream file(path, std::ios::binary);
+  const std::string content{std::istreambuf_iterator<char>(file), {}};
+  const int result = call();
+  const int error = errno;
   const std::lock_guard<std::mutex> guard(g_lock);
-  if (g_state != nullptr && isWatched(path)) {
-    std::ifstream file(path, std::ios::binary);
-    const std::string content{std::istreambuf_iterator<char>(file), {}};
-    if (!content.empty()) {
-      g_state->destroyed.push_back({call, path, content});
-    }
+  if (result >= 0 && g_state != nullptr && isWatched(path) && !content.empty()) {
+    g_state->destroyed.push_back({name, path, content});
   }
+  return failing(error, result);
 }
 
 void setWatched(std::intptr_t open, bool watched) {
@@ -178,10 +181,8 @@ int __wrap_open(const char* path, int flags, ...) {
   if (error != 0) {
     return failing(error, -1);
   }
-  if ((flags & O_TRUNC) != 0) {
-    keep("open", name);
-  }
-  const int descriptor = __real_open(path, flags, mode);
+  const auto call = [&] { return __real_open(path, flags, mode); };
+  const int descriptor = (flags & O_TRUNC) != 0 ? keeping("open", name, call) : call();
   if (descriptor >= 0) {
     const std::lock_guard<std::mutex> guard(g_lock);
     if (g_state != nullptr && (isReopening ? isWatched(reopened) : isWatched(name))) {
@@ -245,20 +246,14 @@ int __wrap_stat(const char* path, struct stat* status) {
 
 int __wrap_rename(const char* from, const char* to) {
   const int error = fateOf("rename", std::string(from));
-  if (error != 0) {
-    return failing(error, -1);
-  }
-  keep("rename", to);
-  return __real_rename(from, to);
+  return error != 0 ? failing(error, -1)
+                    : keeping("rename", to, [&] { return __real_rename(from, to); });
 }
 
 int __wrap_unlink(const char* path) {
   const int error = fateOf("unlink", std::string(path));
-  if (error != 0) {
-    return failing(error, -1);
-  }
-  keep("unlink", path);
-  return __real_unlink(path);
+  return error != 0 ? failing(error, -1)
+                    : keeping("unlink", path, [&] { return __real_unlink(path); });
 }
 
 DIR* __wrap_opendir(const char* path) {
