@@ -33,8 +33,7 @@ class ZEBFmDir {
   /// cannot be told.
   static constexpr std::int64_t NO_TIME = INT64_MIN;
   static std::int64_t modificationTime(const I18NString& name);
-  /// The names in a directory, without its path; empty when it cannot be read
-  /// to its end.
+  /// The names in a directory, without its path; empty when it cannot be read to its end.
   static std::vector<std::string> list(const I18NString& directory);
 };
 

@@ -84,7 +84,7 @@ ZEBFmChannel::ZEBFmChannel(std::int64_t handle, bool owned) : m_handle(handle), 
   const int descriptor = descriptorOf(handle);
   struct stat status {};
   const bool isKnown = uninterrupted([&] { return fstat(descriptor, &status); }) == 0;
-  // What opened here without a word on what it is gets the care that log files get.
+  // A file that was opened here gets the care of a log file also when its type cannot be told.
   m_isRegular = isKnown ? S_ISREG(status.st_mode) : owned;
   m_maySignal = !isKnown || maySignal(status);
   m_appends = owned || (fcntl(descriptor, F_GETFL) & O_APPEND) != 0;

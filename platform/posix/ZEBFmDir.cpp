@@ -13,9 +13,10 @@
 
 namespace {
 
+/// Returns 0 or the error.
 int statusOf(const I18NString& name, struct stat& status) {
   const std::string path = name.toStdString();
-  return uninterrupted([&] { return stat(path.c_str(), &status); });
+  return uninterrupted([&] { return stat(path.c_str(), &status); }) == 0 ? 0 : errno;
 }
 
 /// Whether the error of a look at a name means that this process would find nothing there.
@@ -28,8 +29,9 @@ bool meansAbsence(int error) {
 
 int ZEBFmDir::exists(const I18NString& name, int mode) {
   struct stat status {};
-  if (statusOf(name, status) != 0) {
-    return meansAbsence(errno) ? 0 : 1;
+  const int error = statusOf(name, status);
+  if (error != 0) {
+    return meansAbsence(error) ? 0 : 1;
   }
   const auto wanted = static_cast<mode_t>(mode);
   const mode_t permissions = wanted & ~static_cast<mode_t>(S_IFMT);
