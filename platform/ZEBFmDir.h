@@ -16,7 +16,8 @@ class ZEBFmDir {
   static constexpr int DIRECTORY = 16384;
 
   /// 1 when something of the type in `mode` (the type bits of a file mode) exists under the name
-  /// and has all of the permission bits in `mode`, else 0.
+  /// and has all of the permission bits in `mode`, else 0. 1 also when the system fails to tell,
+  /// because whoever takes a file for absent may write over it.
   static int exists(const I18NString& name, int mode);
   /// Splits before the file name: the directory part without its last separator (but "/" whole,
   /// and on Windows "C:" and "C:\"), empty when there is none, and the file part.
@@ -32,7 +33,7 @@ class ZEBFmDir {
   /// cannot be told.
   static constexpr std::int64_t NO_TIME = INT64_MIN;
   static std::int64_t modificationTime(const I18NString& name);
-  /// The names in a directory, without its path; empty when it cannot be read.
+  /// The names in a directory, without its path; empty when it cannot be read to its end.
   static std::vector<std::string> list(const I18NString& directory);
 };
 

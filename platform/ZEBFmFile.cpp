@@ -5,6 +5,7 @@
 #include <chrono>
 #include <mutex>
 #include <new>
+#include <optional>
 #include <set>
 #include <string>
 #include <system_error>
@@ -35,6 +36,10 @@ class ZEBFmFile::Handle {
   /// The size with what is buffered, or -1.
   std::int64_t size();
   bool appendIsAtomic() const { return m_channel->appendIsAtomic(); }
+  /// Whether the file was closed behind a half record that could not even be given a line end.
+  bool endsInHalf() const { return m_hasLeft; }
+  /// Has the next record begin on a line of its own.
+  void beginLine() { putLeft({{-1, 1}}); }
   /// Whether records may wait for the end of a batch.
   bool mayHold() const {
     return m_capacity == 0 && m_channel->isOwned() && m_channel->isRegular() &&
@@ -53,19 +58,42 @@ class ZEBFmFile::Handle {
   void flushUntil(std::chrono::steady_clock::time_point end);
 
  private:
+  /// Holds the lock, if the file has any.
+  class Turn {
+   public:
+    explicit Turn(Handle& handle) : m_handle(handle), m_isLocked(handle.lock() == 0) {}
+    Turn(const Turn&) = delete;
+    Turn& operator=(const Turn&) = delete;
+    ~Turn() {
+      if (m_isLocked) {
+        m_handle.unlock();
+      }
+    }
+
+   private:
+    Handle& m_handle;
+    const bool m_isLocked;
+  };
+
   int writeRecord(const char* bytes, std::size_t size, std::size_t& written);
   int writeRest(const char* bytes, std::size_t size, std::size_t& written);
   int completeRecord(const char* bytes, std::size_t size, std::size_t& written);
   int writeBuffer();
   void writeHeld();
   void writeHeldOneByOne(std::size_t done);
-  /// A part of a record that is in the file already.
+  /// A part of a record that is in the file already; `begin` is negative when it is not known.
   struct Piece {
     std::int64_t begin;
     std::size_t size;
   };
   Piece endingHere(std::size_t size) const;
-  bool blankOut(const std::vector<Piece>& pieces) const;
+  static bool isApart(const Piece& piece, const Piece& next);
+  static void add(const Piece& next, std::vector<Piece>& pieces);
+  std::size_t blankOut(std::vector<Piece>& pieces) const;
+  std::size_t leaveBehind(std::vector<Piece> pieces);
+  void putLeft(std::vector<Piece> pieces);
+  std::vector<Piece> takeLeft();
+  int endWhatWasLeft();
 
   const std::unique_ptr<ZEBFmChannel> m_channel;
   bool m_isOpen = true;
@@ -76,12 +104,17 @@ class ZEBFmFile::Handle {
   std::mutex m_bufferLock;
   // Guarded by m_bufferLock.
   std::string m_buffer;
+  bool m_bufferGoesOn = false;            // with what m_left stands for
   std::string m_held;                     // whole records, for the end of a batch
   std::vector<std::size_t> m_endsOfHeld;  // of each record in m_held
   int m_holder = 0;                       // the process that holds them
   int m_lostRecords = 0;
   int m_lostError = 0;
 
+  std::mutex m_leftLock;
+  std::vector<Piece> m_left;  // of a lost record, and not blanked out; guarded by m_leftLock
+
+  std::atomic<bool> m_hasLeft{false};
   std::atomic<bool> m_isHolding{false};
   std::atomic<std::size_t> m_lostBytes{0};
 };
@@ -180,9 +213,18 @@ int ZEBFmFile::Handle::writeBuffer() {
   if (m_buffer.empty()) {
     return 0;
   }
+  // What an attempt had to leave in the file is the beginning of what the buffer holds now.
+  std::vector<Piece> beginning = m_bufferGoesOn ? takeLeft() : std::vector<Piece>();
   std::size_t written = 0;
   const int error = writeRecord(m_buffer.data(), m_buffer.size(), written);
   m_buffer.erase(0, written);
+  m_bufferGoesOn = error != 0 && (written != 0 || !beginning.empty());
+  if (error != 0 && !beginning.empty()) {
+    for (const Piece& piece : takeLeft()) {
+      add(piece, beginning);
+    }
+    putLeft(std::move(beginning));
+  }
   return error;
 }
 
@@ -212,7 +254,8 @@ void ZEBFmFile::Handle::writeHeld() {
   }
   // In the child of a fork they are the parent's.
   if (m_holder == ZEBUtProcess::currentProcessId()) {
-    const std::int64_t once = m_channel->write(m_held.data(), m_held.size());
+    const bool mayWrite = !m_hasLeft || endWhatWasLeft() == 0;
+    const std::int64_t once = mayWrite ? m_channel->write(m_held.data(), m_held.size()) : -1;
     if (once < static_cast<std::int64_t>(m_held.size())) {
       writeHeldOneByOne(once < 0 ? 0 : static_cast<std::size_t>(once));
     }
@@ -267,64 +310,131 @@ LOG4ZEB_HOT int ZEBFmFile::Handle::writeRecord(const char* bytes, std::size_t si
     return writeRest(bytes, size, written);
   }
   // A file system without locks still takes the record.
-  const bool locked = !m_channel->appendIsAtomic() && lock() == 0;
-  int error = 0;
-  const std::int64_t once = size == 0 ? 0 : m_channel->write(bytes, size);
+  std::optional<Turn> turn;
+  if (!m_channel->appendIsAtomic()) {
+    turn.emplace(*this);
+  }
+  int error = m_hasLeft ? endWhatWasLeft() : 0;
+  const std::int64_t once = size == 0 || error != 0 ? 0 : m_channel->write(bytes, size);
   if (once < 0) {
     error = m_channel->getLastError();
-  } else {
+  } else if (error == 0) {
     written = static_cast<std::size_t>(once);
     if (written < size) {
       error = completeRecord(bytes, size, written);
     }
-  }
-  if (locked) {
-    unlock();
   }
   return error;
 }
 
 /// Goes on after the first part of a record: the disk is full, or the file has reached a limit.
 int ZEBFmFile::Handle::completeRecord(const char* bytes, std::size_t size, std::size_t& written) {
-  // Other processes may take the lock only when they get here themselves, so it keeps second halves
-  // apart, not whole records.
-  const bool locked = lock() == 0;
-  std::vector<Piece> pieces = {endingHere(written)};
+  const Turn turn(*this);
+  Piece piece = endingHere(written);
   int error = 0;
   while (error == 0 && written < size) {
     const std::int64_t more = m_channel->write(bytes + written, size - written);
     if (more < 0) {
       error = m_channel->getLastError();
+      break;
+    }
+    const Piece next = endingHere(static_cast<std::size_t>(more));
+    if (m_channel->isOwned() && isApart(piece, next)) {
+      // Other processes take the lock only when they get here themselves: one has appended between
+      // the halves, so the record begins anew behind that.
+      leaveBehind({piece, next});
+      piece = {next.begin + more, 0};
+      written = 0;
+      error = m_hasLeft ? endWhatWasLeft() : 0;
     } else {
-      written += static_cast<std::size_t>(more);
-      pieces.push_back(endingHere(static_cast<std::size_t>(more)));
+      piece = {written == 0 ? next.begin : piece.begin, piece.size + next.size};
+      written += next.size;
     }
   }
-  if (error != 0 && blankOut(pieces)) {
-    written = 0;
-  }
-  if (locked) {
-    unlock();
+  if (error != 0) {
+    written = piece.size == 0 ? 0 : leaveBehind({piece});
   }
   return error;
 }
 
 ZEBFmFile::Handle::Piece ZEBFmFile::Handle::endingHere(std::size_t size) const {
-  return {m_channel->position() - static_cast<std::int64_t>(size), size};
+  const std::int64_t end = m_channel->position();
+  return {end < 0 ? -1 : end - static_cast<std::int64_t>(size), size};
 }
 
-bool ZEBFmFile::Handle::blankOut(const std::vector<Piece>& pieces) const {
+/// Whether something else stands between the pieces.
+bool ZEBFmFile::Handle::isApart(const Piece& piece, const Piece& next) {
+  const bool areKnown = piece.begin >= 0 && next.begin >= 0 && piece.size != 0;
+  return areKnown && next.begin != piece.begin + static_cast<std::int64_t>(piece.size);
+}
+
+/// Adds to the pieces one that was written after them.
+void ZEBFmFile::Handle::add(const Piece& next, std::vector<Piece>& pieces) {
+  if (pieces.empty() || isApart(pieces.back(), next)) {
+    pieces.push_back(next);
+  } else {
+    pieces.back().size += next.size;
+  }
+}
+
+/// Blanks the pieces out from the last to the first and takes them out. Returns how many bytes it
+/// could not.
+std::size_t ZEBFmFile::Handle::blankOut(std::vector<Piece>& pieces) const {
   // Half a record is worse than none. It cannot be cut off, because another process may have
   // appended meanwhile, so a blank line takes its place. A stream of the host program's is left
   // alone: it may not be appending.
-  bool blanked = m_channel->isOwned();
-  for (const Piece& piece : pieces) {
+  while (!pieces.empty() && m_channel->isOwned()) {
+    const Piece& piece = pieces.back();
     std::string blanks(piece.size, ' ');
     blanks.replace(piece.size - std::min<std::size_t>(piece.size, 2), 2,
                    piece.size == 1 ? "\n" : "\r\n");
-    blanked = blanked && m_channel->overwrite(piece.begin, blanks.data(), blanks.size()) == 0;
+    if (piece.begin < 0 || m_channel->overwrite(piece.begin, blanks.data(), blanks.size()) != 0) {
+      break;
+    }
+    pieces.pop_back();
   }
-  return blanked;
+  std::size_t left = 0;
+  for (const Piece& piece : pieces) {
+    left += piece.size;
+  }
+  return left;
+}
+
+/// Blanks the beginning of a lost record out. Returns how many bytes of it have to be left; the
+/// next record sees to them.
+std::size_t ZEBFmFile::Handle::leaveBehind(std::vector<Piece> pieces) {
+  const std::size_t left = blankOut(pieces);
+  if (left != 0) {
+    putLeft(std::move(pieces));
+  }
+  return left;
+}
+
+void ZEBFmFile::Handle::putLeft(std::vector<Piece> pieces) {
+  const std::lock_guard<std::mutex> guard(m_leftLock);
+  m_left = std::move(pieces);
+  m_hasLeft = true;
+}
+
+std::vector<ZEBFmFile::Handle::Piece> ZEBFmFile::Handle::takeLeft() {
+  const std::lock_guard<std::mutex> guard(m_leftLock);
+  m_hasLeft = false;
+  return std::exchange(m_left, {});
+}
+
+/// Blanks out what was left of a lost record, or at least ends its line. Returns the error when
+/// neither could be done.
+int ZEBFmFile::Handle::endWhatWasLeft() {
+  std::vector<Piece> pieces = takeLeft();
+  std::size_t ended = 0;
+  const int error = blankOut(pieces) == 0 ? 0 : writeRest("\r\n", 2, ended);
+  if (error != 0) {
+    if (ended != 0) {
+      add(endingHere(ended), pieces);
+    }
+    putLeft(std::move(pieces));
+  }
+  return error;
 }
 
 int ZEBFmFile::Handle::writeRest(const char* bytes, std::size_t size, std::size_t& written) {
@@ -358,6 +468,9 @@ int ZEBFmFile::Handle::close() {
   }
   const int error = flush();
   setBufferSize(0);
+  if (m_hasLeft) {
+    endWhatWasLeft();
+  }
   if (m_isEntered) {
     BufferedFiles::instance().remove(this);
   }
@@ -433,12 +546,17 @@ int ZEBFmFile::succeeded(int error) noexcept {
 
 int ZEBFmFile::open(const I18NString& name, int mode) {
   close();
+  const bool goesOn = m_endsInHalf && m_name == name && mode != TRUNCATE;
   m_name = name;
   ZEBFmChannel::Opened opened = ZEBFmChannel::open(name, mode == TRUNCATE);
   if (opened.error != 0) {
     return succeeded(opened.error);
   }
   m_handle = std::make_shared<Handle>(std::move(opened.channel));
+  m_endsInHalf = false;
+  if (goesOn) {
+    m_handle->beginLine();
+  }
   m_appendIsAtomic = m_handle->appendIsAtomic();
   return 1;
 }
@@ -487,7 +605,12 @@ int ZEBFmFile::flush() {
 
 int ZEBFmFile::close() {
   const std::shared_ptr<Handle> closing = std::move(m_handle);
-  return closing == nullptr ? 0 : succeeded(closing->close());
+  if (closing == nullptr) {
+    return 0;
+  }
+  const int result = succeeded(closing->close());
+  m_endsInHalf = closing->endsInHalf();
+  return result;
 }
 
 void ZEBFmFile::handOver() {

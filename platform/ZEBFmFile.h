@@ -95,6 +95,7 @@ class LOG4ZEB_EXPORT ZEBFmFile {
   const char* m_lateFailureText = nullptr;
   int m_lastError = 0;
   bool m_appendIsAtomic = true;
+  bool m_endsInHalf = false;  // the file that was closed last
 };
 
 class ZEBFmFile::Batch {

@@ -16,6 +16,7 @@
 #include <utility>
 
 #include "platform/ZEBFmFile.h"
+#include "platform/posix/Uninterrupted.h"
 
 namespace {
 
@@ -66,7 +67,7 @@ bool appendsAtomically(int descriptor) {
                                           0xFF534D42, 0x01021997, 0x65735546,
                                           0x00C36400, 0x5346414F, 0x0BD00BD0};
   struct statfs status {};
-  if (fstatfs(descriptor, &status) == 0) {
+  if (uninterrupted([&] { return fstatfs(descriptor, &status); }) == 0) {
     for (const long remote : REMOTE_FILE_SYSTEMS) {
       if (static_cast<long>(status.f_type) == remote) {
         return false;
@@ -81,11 +82,18 @@ bool appendsAtomically(int descriptor) {
 ssize_t writeWhenPossible(int descriptor, const char* bytes, std::size_t size) {
   for (;;) {
     const ssize_t written = ::write(descriptor, bytes, size);
-    if (written < 0 && errno == EAGAIN) {
+    if (written > 0 || size == 0) {
+      return written;
+    }
+    if (written == 0) {
+      errno = ENOSPC;  // a file system that takes nothing would else be asked for ever
+      return -1;
+    }
+    if (errno == EAGAIN) {
       pollfd waiting{descriptor, POLLOUT, 0};
       poll(&waiting, 1, -1);
-    } else if (written >= 0 || errno != EINTR) {
-      return written;
+    } else if (errno != EINTR) {
+      return -1;
     }
   }
 }
@@ -100,11 +108,11 @@ ssize_t writeWhenPossible(int descriptor, const char* bytes, std::size_t size) {
 ZEBFmChannel::ZEBFmChannel(std::int64_t handle, bool owned) : m_handle(handle), m_owned(owned) {
   const int descriptor = descriptorOf(handle);
   struct stat status {};
-  if (fstat(descriptor, &status) == 0) {
-    m_isRegular = S_ISREG(status.st_mode);
-    m_maySignal = maySignal(status);
-  }
-  m_appends = (fcntl(descriptor, F_GETFL) & O_APPEND) != 0;
+  const bool isKnown = uninterrupted([&] { return fstat(descriptor, &status); }) == 0;
+  // A file that was opened here gets the care of a log file also when its type cannot be told.
+  m_isRegular = isKnown ? S_ISREG(status.st_mode) : owned;
+  m_maySignal = !isKnown || maySignal(status);
+  m_appends = owned || (fcntl(descriptor, F_GETFL) & O_APPEND) != 0;
   m_appendIsAtomic = !m_isRegular || !owned || appendsAtomically(descriptor);
 }
 
@@ -114,10 +122,7 @@ ZEBFmChannel::Opened ZEBFmChannel::open(const I18NString& name, bool truncate) {
   const int flags = O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | (truncate ? O_TRUNC : 0);
   const std::string path = name.toStdString();
   constexpr mode_t PERMISSIONS = 0666;
-  int descriptor = -1;
-  do {
-    descriptor = ::open(path.c_str(), flags, PERMISSIONS);
-  } while (descriptor < 0 && errno == EINTR);
+  int descriptor = uninterrupted([&] { return ::open(path.c_str(), flags, PERMISSIONS); });
   if (descriptor < 0) {
     return {nullptr, errno};
   }
@@ -161,12 +166,20 @@ LOG4ZEB_HOT std::int64_t ZEBFmChannel::write(const char* bytes, std::size_t size
 int ZEBFmChannel::overwrite(std::int64_t position, const char* bytes, std::size_t size) {
   // Writes through an appending descriptor go to the end, whatever their position.
   const std::string self = "/proc/self/fd/" + std::to_string(m_handle);
-  const int descriptor = ::open(self.c_str(), O_WRONLY | O_CLOEXEC);
+  const int descriptor = uninterrupted([&] { return ::open(self.c_str(), O_WRONLY | O_CLOEXEC); });
   if (descriptor < 0) {
     return failed();
   }
-  const ssize_t written = pwrite(descriptor, bytes, size, position);
-  const int result = written == static_cast<ssize_t>(size) ? 0 : failed();
+  std::size_t written = 0;
+  ssize_t once = 1;
+  while (written < size && once > 0) {
+    once = uninterrupted([&] {
+      return pwrite(descriptor, bytes + written, size - written,
+                    position + static_cast<off_t>(written));
+    });
+    written += once > 0 ? static_cast<std::size_t>(once) : 0;
+  }
+  const int result = written == size ? 0 : failed();
   ::close(descriptor);
   return result;
 }
@@ -180,16 +193,13 @@ int ZEBFmChannel::seek(std::int64_t offset, int origin) {
 
 std::int64_t ZEBFmChannel::size() {
   struct stat status {};
-  return fstat(descriptorOf(m_handle), &status) == 0 ? status.st_size : failed();
+  const int descriptor = descriptorOf(m_handle);
+  return uninterrupted([&] { return fstat(descriptor, &status); }) == 0 ? status.st_size : failed();
 }
 
 int ZEBFmChannel::lock() {
-  while (flock(descriptorOf(m_handle), LOCK_EX) != 0) {
-    if (errno != EINTR) {
-      return failed();
-    }
-  }
-  return 0;
+  const int descriptor = descriptorOf(m_handle);
+  return uninterrupted([&] { return flock(descriptor, LOCK_EX); }) == 0 ? 0 : failed();
 }
 
 void ZEBFmChannel::unlock() noexcept { flock(descriptorOf(m_handle), LOCK_UN); }

@@ -4,14 +4,34 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
 
+#include "platform/posix/Uninterrupted.h"
+
+namespace {
+
+/// Returns 0 or the error.
+int statusOf(const I18NString& name, struct stat& status) {
+  const std::string path = name.toStdString();
+  return uninterrupted([&] { return stat(path.c_str(), &status); }) == 0 ? 0 : errno;
+}
+
+/// Whether the error of a look at a name means that this process would find nothing there.
+bool meansAbsence(int error) {
+  return error == ENOENT || error == ENOTDIR || error == EACCES || error == ELOOP ||
+         error == ENAMETOOLONG;
+}
+
+}  // namespace
+
 int ZEBFmDir::exists(const I18NString& name, int mode) {
   struct stat status {};
-  if (stat(name.toStdString().c_str(), &status) != 0) {
-    return 0;
+  const int error = statusOf(name, status);
+  if (error != 0) {
+    return meansAbsence(error) ? 0 : 1;
   }
   const auto wanted = static_cast<mode_t>(mode);
   const mode_t permissions = wanted & ~static_cast<mode_t>(S_IFMT);
@@ -31,11 +51,14 @@ std::pair<I18NString, I18NString> ZEBFmDir::splitPath(const I18NString& name) {
 }
 
 int ZEBFmDir::removeFile(const I18NString& name) {
-  return unlink(name.toStdString().c_str()) == 0 ? 1 : 0;
+  const std::string path = name.toStdString();
+  return uninterrupted([&] { return unlink(path.c_str()); }) == 0 ? 1 : 0;
 }
 
 int ZEBFmDir::renameFile(const I18NString& from, const I18NString& to) {
-  return std::rename(from.toStdString().c_str(), to.toStdString().c_str()) == 0 ? 1 : 0;
+  const std::string source = from.toStdString();
+  const std::string target = to.toStdString();
+  return uninterrupted([&] { return std::rename(source.c_str(), target.c_str()); }) == 0 ? 1 : 0;
 }
 
 I18NString ZEBFmDir::absolutePath(const I18NString& name) {
@@ -53,7 +76,7 @@ I18NString ZEBFmDir::absolutePath(const I18NString& name) {
 std::int64_t ZEBFmDir::modificationTime(const I18NString& name) {
   constexpr std::int64_t NANOSECONDS = 1000000000;
   struct stat status {};
-  if (stat(name.toStdString().c_str(), &status) != 0) {
+  if (statusOf(name, status) != 0) {
     return NO_TIME;
   }
   return status.st_mtim.tv_sec * NANOSECONDS + status.st_mtim.tv_nsec;
@@ -64,11 +87,16 @@ std::vector<std::string> ZEBFmDir::list(const I18NString& directory) {
   const std::unique_ptr<DIR, int (*)(DIR*)> stream(opendir(directory.toStdString().c_str()),
                                                    &closedir);
   if (stream != nullptr) {
+    errno = 0;
     while (const dirent* const entry = readdir(stream.get())) {
       const std::string name = entry->d_name;
       if (name != "." && name != "..") {
         names.push_back(name);
       }
+      errno = 0;
+    }
+    if (errno != 0) {
+      names.clear();
     }
   }
   return names;
