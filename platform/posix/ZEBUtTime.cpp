@@ -1,6 +1,14 @@
 #include "platform/ZEBUtTime.h"
 
 #include <ctime>
+#include <mutex>
+
+namespace {
+
+/// Reading the zone anew changes its names under those who read them.
+std::mutex g_zone;
+
+}  // namespace
 
 ZEBUtTime::TimeOfDay ZEBUtTime::now() {
   timespec time{};
@@ -19,10 +27,12 @@ std::tm ZEBUtTime::localTime(std::int64_t seconds) {
 
 I18NString ZEBUtTime::format(const char* format, const std::tm& time) {
   char text[256];
+  const std::lock_guard<std::mutex> guard(g_zone);
   return I18NString::fromUtf8({text, std::strftime(text, sizeof text, format, &time)});
 }
 
 I18NString ZEBUtTime::daylightZoneName() {
+  const std::lock_guard<std::mutex> guard(g_zone);
   tzset();
   return I18NString(tzname[1]);
 }

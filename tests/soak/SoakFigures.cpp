@@ -2,12 +2,13 @@
 
 #include <unistd.h>
 
+#include <cstddef>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 
 #if SOAK_UNDER_SANITIZER
-#include <sanitizer/allocator_interface.h>
+extern "C" std::size_t __sanitizer_get_current_allocated_bytes();  // its header is not everywhere
 #else
 #include <malloc.h>
 #endif
