@@ -42,7 +42,7 @@ void SoakDisturber::disturb() {
   } else if (choice < 96) {
     toggle(m_records, m_recordsListen);
   } else {
-    letDirectoryVanish();
+    letDirectoryVanish(m_random.oneIn(2) ? LOST_DIRECTORY : MOVED_DIRECTORY);
   }
   m_random.nap(10);
 }
@@ -116,13 +116,13 @@ void SoakDisturber::toggle(SoakReceiver& daemon, bool& listens) {
   daemon.setListening(listens);
 }
 
-void SoakDisturber::letDirectoryVanish() {
+void SoakDisturber::letDirectoryVanish(const std::string& directory) {
   const fs::path away = "gone." + std::to_string(m_vanishings++);
-  fs::rename(VANISHING_DIRECTORY, away);
+  fs::rename(directory, away);
   m_random.nap(60);
-  if (m_random.oneIn(2)) {
-    fs::rename(away, VANISHING_DIRECTORY);
+  if (directory == MOVED_DIRECTORY && m_random.oneIn(2)) {
+    fs::rename(away, directory);
   } else {
-    fs::create_directory(VANISHING_DIRECTORY);
+    fs::create_directory(directory);
   }
 }

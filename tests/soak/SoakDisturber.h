@@ -2,6 +2,7 @@
 #define SOAK_SOAKDISTURBER_H
 
 #include <memory>
+#include <string>
 #include <vector>
 #include "soak/SoakRandom.h"
 
@@ -14,7 +15,11 @@ class SoakReceiver;
 /// random thing at a time.
 class SoakDisturber {
  public:
-  static constexpr const char* VANISHING_DIRECTORY = "vanish";
+  /// It vanishes, and an empty one comes.
+  static constexpr const char* LOST_DIRECTORY = "lost";
+  /// It vanishes, and it or an empty one comes. Not for files that roll over: one that is full and
+  /// cannot be renamed is emptied, so much may be lost when it is back too soon.
+  static constexpr const char* MOVED_DIRECTORY = "moved";
 
   /// The disturber logs by itself, as that source.
   SoakDisturber(unsigned seed, int source, SoakReceiver& syslog, SoakReceiver& records);
@@ -36,7 +41,7 @@ class SoakDisturber {
   void logThroughAnAddedAppender();
   void addOrRemoveGuest();
   void toggle(SoakReceiver& daemon, bool& listens);
-  void letDirectoryVanish();
+  void letDirectoryVanish(const std::string& directory);
 
   SoakRandom m_random;
   const int m_source;

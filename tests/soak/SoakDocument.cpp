@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <iterator>
 
+#include "platform/ZEBUtProcess.h"
 #include "support/Workplace.h"
 
 namespace {
@@ -48,11 +49,11 @@ std::string appenders(int recordPort, const std::string& pattern) {
                   rolling("roll/all.log", "65536", "100000") +
                       layout("LOGTTCCLayout", param("DateFormat", "ISO8601"))) +
          appender("FEW", "LOGRollingFileAppender", rolling("roll/few.log", "20000", "3") + lines) +
-         appender("VANISH", file, param("File", "vanish/plain.log") + lines) +
-         appender("VROLL", "LOGRollingFileAppender",
-                  rolling("vanish/rolled.log", "30000", "100000") + lines) +
+         appender("MOVED", file, param("File", "moved/plain.log") + lines) +
+         appender("LOST", "LOGRollingFileAppender",
+                  rolling("lost/rolled.log", "30000", "100000") + lines) +
          appender("SYSLOG", "LOGSyslogAppender",
-                  param("Host", SoakDocument::SYSLOG_HOST) + param("Facility", "local3") +
+                  param("Host", SoakDocument::syslogHost()) + param("Facility", "local3") +
                       layout("LOGPatternLayout", param("ConversionPattern", "%p %m"))) +
          appender("RECORDS", "LOGLocalUDPAppender", param("Port", std::to_string(recordPort))) +
          appender("TCP", "LOGTCPSocketAppender", param("RemoteHost", "localhost"));
@@ -61,6 +62,12 @@ std::string appenders(int recordPort, const std::string& pattern) {
 }  // namespace
 
 const char* const SoakDocument::LEVELS[] = {"ALL", "DEBUG", "INFO", "WARN", "ERROR"};
+
+std::string SoakDocument::syslogHost() {
+  const int process = ZEBUtProcess::currentProcessId();
+  return "127.77." + std::to_string(process / 250 % 250 + 1) + "." +
+         std::to_string(process % 250 + 1);
+}
 
 std::string SoakDocument::text(int recordPort, SoakRandom& random) {
   static const char* const PATTERNS[] = {"%m%n", "%d %p [%t] %c{2} %x - %m%n",
@@ -72,12 +79,12 @@ std::string SoakDocument::text(int recordPort, SoakRandom& random) {
          LEVELS[random.below(LEVEL_COUNT)] + "'>\n" +
          appenders(recordPort, PATTERNS[random.below(std::size(PATTERNS))]) +
          "<logger name='soak.even'>" + level() +
-         references({"STEADY", "VANISH", "ASYNC", "CONSOLE", "SYSLOG", "FEW"}) +
+         references({"STEADY", "MOVED", "ASYNC", "CONSOLE", "SYSLOG", "FEW"}) +
          "</logger>\n<logger name='soak.odd' additivity='false'>" + level() +
-         references({"TCP", "VROLL", "RECORDS", "SYSLOG", "FEW", "CONSOLE", "ROLL", "HTML", "XML",
-                     "ASYNC", "VANISH", "STEADY"}) +
+         references({"TCP", "LOST", "RECORDS", "SYSLOG", "FEW", "CONSOLE", "ROLL", "HTML", "XML",
+                     "ASYNC", "MOVED", "STEADY"}) +
          "</logger>\n<root>" + level() +
-         references({"XML", "HTML", "ROLL", "VROLL", "RECORDS", "TCP"}) +
+         references({"XML", "HTML", "ROLL", "LOST", "RECORDS", "TCP"}) +
          "</root>\n</log4j:configuration>\n";
 }
 

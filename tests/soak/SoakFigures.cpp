@@ -24,6 +24,7 @@ long liveHeapBytes() {
 #if SOAK_UNDER_SANITIZER
   return static_cast<long>(__sanitizer_get_current_allocated_bytes());
 #else
+  malloc_trim(0);  // so that the resident size says something too
   const struct mallinfo2 heap = mallinfo2();
   return static_cast<long>(heap.uordblks + heap.hblkhd);
 #endif

@@ -42,7 +42,7 @@ class CountingWatchdog : public LOGXMLWatchdog {
 SoakRound::SoakRound(unsigned seed, long index)
     : m_seed(seed),
       m_index(index),
-      m_syslog(SoakDocument::SYSLOG_HOST, SYSLOG_PORT),
+      m_syslog(SoakDocument::syslogHost(), SYSLOG_PORT),
       m_records("127.0.0.1", 0),
       m_disturber(seed + 1, DISTURBER, m_syslog, m_records) {}
 
@@ -59,7 +59,8 @@ std::vector<std::string> SoakRound::run(std::chrono::milliseconds duration, Tota
 
 void SoakRound::live(std::chrono::milliseconds duration, Totals& totals) {
   fs::create_directory("roll");
-  fs::create_directory(SoakDisturber::VANISHING_DIRECTORY);
+  fs::create_directory(SoakDisturber::LOST_DIRECTORY);
+  fs::create_directory(SoakDisturber::MOVED_DIRECTORY);
   SoakDisturber::prime();
   SoakRandom random(m_seed + 2);
   SoakDocument::replace(SoakDocument::text(m_records.port(), random));
@@ -215,7 +216,7 @@ void SoakRound::judgeFiles(Totals& totals) {
 
 void SoakRound::judgeVanishing(const SoakLedger& steady, Totals& totals) {
   for (const auto& [appender, file] :
-       {std::pair{"VANISH", "plain.log"}, std::pair{"VROLL", "rolled.log"}}) {
+       {std::pair{"MOVED", "plain.log"}, std::pair{"LOST", "rolled.log"}}) {
     SoakLedger& vanishing = ledger(appender);
     vanishing.addFiles(".", file, "", "\r\n");
     const long refused =
@@ -246,11 +247,11 @@ void SoakRound::judgeDatagrams(Totals& totals) {
 
 void SoakRound::judgeDiagnostics() {
   static const char* const EXPECTED[] = {
-      "ERROR Attempted to append to closed appender named [VANISH].",
-      "ERROR Attempted to append to closed appender named [VROLL].",
+      "ERROR Attempted to append to closed appender named [MOVED].",
+      "ERROR Attempted to append to closed appender named [LOST].",
       "ERROR Could not parse the document",
       "ERROR soak.xml",
-      "ERROR LOGRollingFileAppender::rollOver ---- Could not rename [vanish/",
+      "ERROR LOGRollingFileAppender::rollOver ---- Could not rename [lost/",
       "ERROR LOGRollingFileAppender::setFile -- LOGGING DISABLED -- UNABLE TO OPEN LOG FILE.",
       "WARN LOGTCPSocketAppender::activateOptions -- there is no connector",
   };
