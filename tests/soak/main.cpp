@@ -25,10 +25,10 @@ using std::chrono::milliseconds;
 constexpr milliseconds LONGEST_ROUND{15000};
 /// Rounds until the pools, tables and buffers that a process keeps have their size.
 constexpr long WARM_UP_ROUNDS = 2;
-constexpr long HEAP_TOLERANCE = 128 * 1024;
+constexpr long HEAP_TOLERANCE = 64 * 1024;
 /// What a logger that a round created keeps, with its entry and those of its ancestors.
-constexpr long HEAP_PER_LOGGER = 2048;
-constexpr long RESIDENT_TOLERANCE = 48 * 1024 * 1024;
+constexpr long HEAP_PER_LOGGER = 1536;
+constexpr long RESIDENT_TOLERANCE = 16 * 1024 * 1024;
 /// Files, sockets and what the program itself has open at any one moment.
 constexpr long DESCRIPTORS_AT_WORK = 60;
 
