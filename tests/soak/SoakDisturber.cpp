@@ -10,7 +10,6 @@
 #include "platform/ZEBAssertError.h"
 #include "soak/SoakDocument.h"
 #include "soak/SoakLine.h"
-#include "soak/SoakReceiver.h"
 
 namespace fs = std::filesystem;
 
@@ -38,9 +37,9 @@ void SoakDisturber::disturb() {
   } else if (choice < 88) {
     addOrRemoveGuest();
   } else if (choice < 92) {
-    toggle(m_syslog, m_syslogListens);
+    toggle(m_syslog);
   } else if (choice < 96) {
-    toggle(m_records, m_recordsListen);
+    toggle(m_records);
   } else {
     letDirectoryVanish(m_random.oneIn(2) ? LOST_DIRECTORY : MOVED_DIRECTORY);
   }
@@ -108,12 +107,6 @@ void SoakDisturber::addOrRemoveGuest() {
     logger->addAppender(m_guests.back().get());
     m_guestIsAttached = true;
   }
-}
-
-void SoakDisturber::toggle(SoakReceiver& daemon, bool& listens) {
-  m_daemonStops += listens ? 1 : 0;
-  listens = !listens;
-  daemon.setListening(listens);
 }
 
 void SoakDisturber::letDirectoryVanish(const std::string& directory) {

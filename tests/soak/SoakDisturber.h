@@ -4,12 +4,11 @@
 #include <memory>
 #include <string>
 #include <vector>
-#include "soak/SoakRandom.h"
 
 #include "appenders/LOGFileAppender.h"
 #include "layouts/LOGLayout.h"
-
-class SoakReceiver;
+#include "soak/SoakRandom.h"
+#include "soak/SoakReceiver.h"
 
 /// Does to a logging program what its operator, its own code and its machine may do to it, one
 /// random thing at a time.
@@ -40,15 +39,13 @@ class SoakDisturber {
   void resizeQueue();
   void logThroughAnAddedAppender();
   void addOrRemoveGuest();
-  void toggle(SoakReceiver& daemon, bool& listens);
+  void toggle(SoakReceiver& daemon) { m_daemonStops += daemon.toggle() ? 0 : 1; }
   void letDirectoryVanish(const std::string& directory);
 
   SoakRandom m_random;
   const int m_source;
   SoakReceiver& m_syslog;
   SoakReceiver& m_records;
-  bool m_syslogListens = true;
-  bool m_recordsListen = true;
   long m_sent = 0;
   long m_vanishings = 0;
   long m_daemonStops = 0;

@@ -87,8 +87,6 @@ void SoakRound::live(std::chrono::milliseconds duration, Totals& totals) {
   totals.watchedReloads += watchdog.readings;
   totals.atWork = SoakFigures::now();
   LOG4ZEBConfigurator::shutdown();
-  m_syslog.finish();
-  m_records.finish();
 }
 
 void SoakRound::work(int worker) {
@@ -233,12 +231,12 @@ void SoakRound::judgeVanishing(const SoakLedger& steady, Totals& totals) {
 
 void SoakRound::judgeDatagrams(Totals& totals) {
   SoakLedger& syslog = ledger("syslog");
-  for (const std::string& datagram : m_syslog.datagrams()) {
+  for (const std::string& datagram : m_syslog.finish()) {
     syslog.add(datagram);
   }
   totals.syslogDatagrams += syslog.count();
   SoakLedger& records = ledger("records");
-  for (const std::string& datagram : m_records.datagrams()) {
+  for (const std::string& datagram : m_records.finish()) {
     const auto record = RecordDecoder::decode(datagram);
     records.add(record && record->message ? *record->message : "no record");
   }
