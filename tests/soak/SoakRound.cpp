@@ -39,25 +39,26 @@ class CountingWatchdog : public LOGXMLWatchdog {
 
 }  // namespace
 
-SoakRound::SoakRound(unsigned seed, long index)
+SoakRound::SoakRound(unsigned seed, long index, Totals& totals)
     : m_seed(seed),
       m_index(index),
+      m_totals(totals),
       m_syslog(SoakDocument::syslogHost(), SYSLOG_PORT),
       m_records("127.0.0.1", 0),
       m_disturber(seed + 1, DISTURBER, m_syslog, m_records) {}
 
-std::vector<std::string> SoakRound::run(std::chrono::milliseconds duration, Totals& totals) {
-  live(duration, totals);
-  judge(totals);
+std::vector<std::string> SoakRound::run(std::chrono::milliseconds duration) {
+  live(duration);
+  judge();
   std::vector<std::string> complaints;
   for (const SoakLedger& ledger : m_ledgers) {
     complaints.insert(complaints.end(), ledger.complaints().begin(), ledger.complaints().end());
-    totals.found += ledger.count();
+    m_totals.counts["lines found whole and once"] += ledger.count();
   }
   return complaints;
 }
 
-void SoakRound::live(std::chrono::milliseconds duration, Totals& totals) {
+void SoakRound::live(std::chrono::milliseconds duration) {
   fs::create_directory("roll");
   fs::create_directory(SoakDisturber::LOST_DIRECTORY);
   fs::create_directory(SoakDisturber::MOVED_DIRECTORY);
@@ -72,7 +73,7 @@ void SoakRound::live(std::chrono::milliseconds duration, Totals& totals) {
   for (int worker = 0; worker < WORKERS; ++worker) {
     threads.emplace_back([this, worker] { work(worker); });
   }
-  threads.emplace_back([&] { reload(totals.directReloads); });
+  threads.emplace_back([this] { reload(); });
   threads.emplace_back([this] {
     while (!m_stops) {
       m_disturber.disturb();
@@ -84,8 +85,8 @@ void SoakRound::live(std::chrono::milliseconds duration, Totals& totals) {
     thread.join();
   }
   watchdog.stop();
-  totals.watchedReloads += watchdog.readings;
-  totals.atWork = SoakFigures::now();
+  m_totals.counts["reloads by the watchdog"] += watchdog.readings;
+  m_totals.atWork = SoakFigures::now();
   LOG4ZEBConfigurator::shutdown();
 }
 
@@ -139,7 +140,7 @@ std::string SoakRound::anyLoggerName(SoakRandom& random) const {
   }
 }
 
-void SoakRound::reload(long& direct) {
+void SoakRound::reload() {
   SoakRandom random(m_seed + 3);
   while (!m_stops) {
     const std::string text = SoakDocument::text(m_records.port(), random);
@@ -150,7 +151,7 @@ void SoakRound::reload(long& direct) {
     SoakDocument::replace(text);
     if (random.oneIn(2)) {
       LOG4ZEBConfigurator::initialize(SoakDocument::FILE);
-      ++direct;
+      ++m_directReloads;
     }
     random.nap(120);
   }
@@ -169,20 +170,21 @@ SoakLedger& SoakRound::ledgerOfFile(const std::string& name, const std::string& 
   return made;
 }
 
-void SoakRound::judge(Totals& totals) {
+void SoakRound::judge() {
   for (const std::atomic<long>& sent : m_sent) {
-    totals.events += sent;
+    m_totals.counts["events"] += sent;
   }
-  totals.events += m_disturber.sent();
-  totals.vanishings += m_disturber.vanishings();
-  totals.daemonStops += m_disturber.daemonStops();
-  totals.loggers += 2 * FRESH_LOGGERS;
-  judgeFiles(totals);
-  judgeDatagrams(totals);
+  m_totals.counts["events"] += m_disturber.sent();
+  m_totals.counts["times without a directory"] += m_disturber.vanishings();
+  m_totals.counts["stops of a daemon"] += m_disturber.daemonStops();
+  m_totals.counts["direct reloads"] += m_directReloads;
+  m_totals.counts["loggers created"] += 2 * FRESH_LOGGERS;
+  judgeFiles();
+  judgeDatagrams();
   judgeDiagnostics();
 }
 
-void SoakRound::judgeFiles(Totals& totals) {
+void SoakRound::judgeFiles() {
   SoakLedger& steady = ledgerOfFile("steady.log");
   for (int worker = 0; worker < WORKERS; ++worker) {
     steady.requireAllOf(worker);
@@ -199,7 +201,7 @@ void SoakRound::judgeFiles(Totals& totals) {
   }
   ledgerOfFile("async.log").requireSameAs(steady);
   SoakLedger& rolled = ledger("roll/all.log");
-  totals.rollovers += rolled.addFiles("roll", "all.log", "", "\r\n") - 1;
+  m_totals.counts["rollovers"] += rolled.addFiles("roll", "all.log", "", "\r\n") - 1;
   rolled.requireSameAs(steady);
   SoakLedger& few = ledger("roll/few.log");
   if (few.addFiles("roll", "few.log", "", "\r\n") != MOST_BACKUPS_OF_FEW + 1) {
@@ -209,10 +211,10 @@ void SoakRound::judgeFiles(Totals& totals) {
   added.requireAllOf(DISTURBER);
   added.requireOrder();
   ledgerOfFile("guest.log");
-  judgeVanishing(steady, totals);
+  judgeVanishing(steady);
 }
 
-void SoakRound::judgeVanishing(const SoakLedger& steady, Totals& totals) {
+void SoakRound::judgeVanishing(const SoakLedger& steady) {
   for (const auto& [appender, file] :
        {std::pair{"MOVED", "plain.log"}, std::pair{"LOST", "rolled.log"}}) {
     SoakLedger& vanishing = ledger(appender);
@@ -220,7 +222,7 @@ void SoakRound::judgeVanishing(const SoakLedger& steady, Totals& totals) {
     const long refused =
         Workplace::diagnosticsEqual("log4zeb:ERROR Attempted to append to closed appender named [" +
                                     std::string(appender) + "].");
-    totals.refused += refused;
+    m_totals.counts["lines refused with a report"] += refused;
     if (vanishing.count() + refused != steady.count()) {
       vanishing.complain(std::to_string(vanishing.count()) + " lines and " +
                          std::to_string(refused) + " refusals reported for " +
@@ -229,18 +231,18 @@ void SoakRound::judgeVanishing(const SoakLedger& steady, Totals& totals) {
   }
 }
 
-void SoakRound::judgeDatagrams(Totals& totals) {
+void SoakRound::judgeDatagrams() {
   SoakLedger& syslog = ledger("syslog");
   for (const std::string& datagram : m_syslog.finish()) {
     syslog.add(datagram);
   }
-  totals.syslogDatagrams += syslog.count();
+  m_totals.counts["syslog datagrams received"] += syslog.count();
   SoakLedger& records = ledger("records");
   for (const std::string& datagram : m_records.finish()) {
     const auto record = RecordDecoder::decode(datagram);
     records.add(record && record->message ? *record->message : "no record");
   }
-  totals.records += records.count();
+  m_totals.counts["records received"] += records.count();
 }
 
 void SoakRound::judgeDiagnostics() {

@@ -4,7 +4,7 @@
 #include <atomic>
 #include <chrono>
 #include <deque>
-#include <functional>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -18,51 +18,43 @@
 /// accounted for.
 class SoakRound {
  public:
-  /// What happened, to be added up over rounds.
+  /// What happened, counted over all rounds, and what the process used just before a shutdown.
   struct Totals {
-    long events = 0;
-    long watchedReloads = 0;
-    long directReloads = 0;
-    long rollovers = 0;
-    long refused = 0;
-    long found = 0;  // whole lines in all destinations together
-    long syslogDatagrams = 0;
-    long records = 0;
-    long vanishings = 0;
-    long daemonStops = 0;
-    long loggers = 0;
-    SoakFigures atWork;  // just before the last shutdown
+    std::map<std::string, long> counts;
+    SoakFigures atWork;
   };
 
   /// The working directory is empty, and diagnostics are written in it.
-  SoakRound(unsigned seed, long index);
+  SoakRound(unsigned seed, long index, Totals& totals);
 
   /// Returns what is wrong, nothing if all is well.
-  std::vector<std::string> run(std::chrono::milliseconds duration, Totals& totals);
+  std::vector<std::string> run(std::chrono::milliseconds duration);
 
  private:
   static constexpr int WORKERS = 4;
   static constexpr int DISTURBER = 2 * WORKERS;  // as a source; a worker is two
 
-  void live(std::chrono::milliseconds duration, Totals& totals);
+  void live(std::chrono::milliseconds duration);
   void work(int worker);
   void logOne(int worker, SoakRandom& random);
   std::string anyLoggerName(SoakRandom& random) const;
-  void reload(long& direct);
+  void reload();
 
-  void judge(Totals& totals);
+  void judge();
   SoakLedger& ledger(const std::string& name);
   SoakLedger& ledgerOfFile(const std::string& name, const std::string& begin = "",
                            const std::string& end = "\r\n");
-  void judgeFiles(Totals& totals);
-  void judgeVanishing(const SoakLedger& steady, Totals& totals);
-  void judgeDatagrams(Totals& totals);
+  void judgeFiles();
+  void judgeVanishing(const SoakLedger& steady);
+  void judgeDatagrams();
   void judgeDiagnostics();
 
   const unsigned m_seed;
   const long m_index;
+  Totals& m_totals;
   std::atomic<bool> m_stops{false};
   std::atomic<long> m_sent[2 * WORKERS] = {};
+  long m_directReloads = 0;
   SoakReceiver m_syslog;
   SoakReceiver m_records;
   SoakDisturber m_disturber;

@@ -38,8 +38,8 @@ std::vector<std::string> runRound(unsigned seed, long index, milliseconds durati
   const Workplace workplace;
   std::vector<std::string> complaints;
   {
-    SoakRound round(seed + 1000 * static_cast<unsigned>(index), index);
-    complaints = round.run(duration, totals);
+    SoakRound round(seed + 1000 * static_cast<unsigned>(index), index, totals);
+    complaints = round.run(duration);
   }
   if (totals.atWork.descriptors > DESCRIPTORS_AT_WORK) {
     complaints.push_back("too much is open at work: " + totals.atWork.text());
@@ -70,15 +70,12 @@ void compare(const SoakFigures& before, const SoakFigures& after, long loggers,
 
 void summarise(double minutes, long rounds, const SoakRound::Totals& totals,
                const SoakFigures& before, const SoakFigures& after) {
-  std::printf(
-      "%.1f minutes, %ld rounds: %ld events, %ld lines found whole and once, %ld refused with a "
-      "report,\n%ld reloads by the watchdog, %ld direct, %ld rollovers, %ld times without the "
-      "directory, %ld stops of a daemon,\n%ld syslog datagrams, %ld records, %ld loggers created\n"
-      "before: %s\nat work: %s\nafter: %s\n",
-      minutes, rounds, totals.events, totals.found, totals.refused, totals.watchedReloads,
-      totals.directReloads, totals.rollovers, totals.vanishings, totals.daemonStops,
-      totals.syslogDatagrams, totals.records, totals.loggers, before.text().c_str(),
-      totals.atWork.text().c_str(), after.text().c_str());
+  std::printf("%.1f minutes, %ld rounds\n", minutes, rounds);
+  for (const auto& [what, count] : totals.counts) {
+    std::printf("%10ld %s\n", count, what.c_str());
+  }
+  std::printf("before: %s\nat work: %s\nafter: %s\n", before.text().c_str(),
+              totals.atWork.text().c_str(), after.text().c_str());
 }
 
 }  // namespace
@@ -105,13 +102,13 @@ int main(int argumentCount, char** arguments) {
   for (; complaints.empty() && (round <= WARM_UP_ROUNDS || !isOver()); ++round) {
     if (round == WARM_UP_ROUNDS) {
       before = SoakFigures::now();
-      loggersBefore = totals.loggers;
+      loggersBefore = totals.counts["loggers created"];
     }
     complaints = runRound(seed, round, length, totals);
   }
   const SoakFigures after = SoakFigures::now();
   if (complaints.empty()) {
-    compare(before, after, totals.loggers - loggersBefore, complaints);
+    compare(before, after, totals.counts["loggers created"] - loggersBefore, complaints);
   }
   summarise(std::chrono::duration<double>(Clock::now() - begin).count() / 60, round, totals, before,
             after);
