@@ -1,12 +1,13 @@
 #include "platform/ZEBUtTime.h"
 
 #include <ctime>
-#include <mutex>
+
+#include "platform/ZEBThreadGuard.h"
 
 namespace {
 
 /// Reading the zone anew changes its names under those who read them.
-std::mutex g_zone;
+ZEBThreadCriticalSection g_zone;
 
 }  // namespace
 
@@ -27,12 +28,12 @@ std::tm ZEBUtTime::localTime(std::int64_t seconds) {
 
 I18NString ZEBUtTime::format(const char* format, const std::tm& time) {
   char text[256];
-  const std::lock_guard<std::mutex> guard(g_zone);
+  const ZEBThreadGuard guard(g_zone);
   return I18NString::fromUtf8({text, std::strftime(text, sizeof text, format, &time)});
 }
 
 I18NString ZEBUtTime::daylightZoneName() {
-  const std::lock_guard<std::mutex> guard(g_zone);
+  const ZEBThreadGuard guard(g_zone);
   tzset();
   return I18NString(tzname[1]);
 }
