@@ -85,6 +85,9 @@ class LOG4ZEB_EXPORT LOGAppenderSkeleton : public LOGMutex, public LOGAppender, 
   /// Writes the event; called under the appender's lock. Does nothing here.
   virtual void append(LOGLoggingEvent* event);
 
+  /// Says in the diagnostics that an event was refused.
+  void reportClosed() const;
+
   LOGLayout* layout() const { return m_layout; }
   /// The event's text, copied under the layout's lock, because layouts may be shared. Rendering a
   /// message may run any code of the application, also code that closes this appender.
@@ -106,7 +109,6 @@ class LOG4ZEB_EXPORT LOGAppenderSkeleton : public LOGMutex, public LOGAppender, 
   std::atomic<bool> m_isReopening{false};
 
  private:
-  void reportClosed() const;
   bool filtersLetPass(LOGLoggingEvent* event) const;
   std::unique_ptr<LOGErrorHandler> cloneOfErrorHandler() const;
   bool hasEqualErrorHandler(const LOGAppenderSkeleton& other) const;

@@ -190,6 +190,13 @@ LOGFileAppender::OpenResult LOGFileAppender::open(const char* className, const I
   }
 }
 
+I18NString LOGFileAppender::absoluteNameOf(const I18NString& name) const {
+  const I18NString resolved = ZEBConfigurationFactory::getInstance()->resolvePath(name);
+  return m_absoluteName.isEmpty() || m_absoluteNameSource != resolved
+             ? ZEBFmDir::absolutePath(resolved)
+             : m_absoluteName;
+}
+
 void LOGFileAppender::remember(const I18NString& name) {
   if (m_absoluteName.isEmpty() || m_absoluteNameSource != name) {
     m_absoluteName = ZEBFmDir::absolutePath(name);

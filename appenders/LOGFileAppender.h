@@ -84,6 +84,8 @@ class LOG4ZEB_EXPORT LOGFileAppender : public LOGWriterAppender {
   /// is closed and has `name` as its name, so that the next event tries again.
   OpenResult open(const char* className, const I18NString& name, int append, int bufferedSwitch,
                   int size);
+  /// The file that opening that name would open, from the root.
+  I18NString absoluteNameOf(const I18NString& name) const;
   /// Replaces the writer and deletes the one before.
   void replaceWriter(LOGQuietWriter* writer);
   /// setFile() with four arguments; `texts` are what is reported of setFileOptions().

@@ -5,8 +5,10 @@
 #include <limits>
 #include <string>
 #include <typeinfo>
+#include <utility>
 
 #include "appenders/LOGCountingQuietWriter.h"
+#include "appenders/LOGRolledFile.h"
 #include "core/LOGFailures.h"
 #include "platform/ZEBAssertError.h"
 #include "platform/ZEBFmDir.h"
@@ -34,6 +36,27 @@ int plainNumber(const std::string& text) {
   const int number = ZEBUtConvert::toInt(text);
   return number > 0 && ZEBUtConvert::handleCvt(number) == I18NString(text) ? number : 0;
 }
+
+/// The turn at a file while a scope runs; none when the program has set a writer of its own and no
+/// file was opened.
+class OptionalTurn {
+ public:
+  explicit OptionalTurn(std::shared_ptr<LOGRolledFile> file) : m_file(std::move(file)) {
+    if (m_file != nullptr) {
+      m_file->turn().enter();
+    }
+  }
+  OptionalTurn(const OptionalTurn&) = delete;
+  OptionalTurn& operator=(const OptionalTurn&) = delete;
+  ~OptionalTurn() {
+    if (m_file != nullptr) {
+      m_file->turn().leave();
+    }
+  }
+
+ private:
+  const std::shared_ptr<LOGRolledFile> m_file;
+};
 
 /// A rollover goes on whatever a step throws.
 template <typename Step>
@@ -92,6 +115,11 @@ LOGCountingQuietWriter* LOGRollingFileAppender::countingWriter() const {
 void LOGRollingFileAppender::setFileOptions(const I18NString& name, int append, int bufferedSwitch,
                                             int size) {
   logReportingFailures(SET_FILE_TEXTS, [&] {
+    // Another appender must neither roll the file over nor empty it while this one opens it.
+    m_rolledFile =
+        zebTranslate(SOURCE, __LINE__, [&] { return LOGRolledFile::of(absoluteNameOf(name)); });
+    const OptionalTurn turn(m_rolledFile);
+    m_rollovers = m_rolledFile->rollovers();
     const OpenResult result = open(SOURCE, name, append, bufferedSwitch, size);
     if (result == OpenResult::NotOpened) {
       LOGLogLog::error(
@@ -117,11 +145,36 @@ bool LOGRollingFileAppender::isFull() const {
 }
 
 void LOGRollingFileAppender::subappend(LOGLoggingEvent* event) {
+  if (hasBeenRolledOver()) {
+    follow();
+    if (m_closed == 1) {
+      reportClosed();
+      return;
+    }
+  }
   LOGFileAppender::subappend(event);
   if (!fileName.isEmpty() && countingWriter() != nullptr && isFull() &&
       (countingWriter()->settle(m_file.get()), isFull())) {
+    rollOverUnlessDone();
+  }
+}
+
+void LOGRollingFileAppender::rollOverUnlessDone() {
+  const OptionalTurn turn(m_rolledFile);
+  if (hasBeenRolledOver()) {
+    follow();
+  } else {
     rollOver();
   }
+}
+
+bool LOGRollingFileAppender::hasBeenRolledOver() const {
+  return m_rolledFile != nullptr && m_rolledFile->rollovers() != m_rollovers;
+}
+
+void LOGRollingFileAppender::follow() {
+  const Reopening reopening(m_isReopening);
+  setFileOptions(fileName, 1, bufferedIO, bufferSize);
 }
 
 I18NString LOGRollingFileAppender::backupName(const I18NString& base, int index) const {
@@ -186,6 +239,10 @@ void LOGRollingFileAppender::shiftBackups() const {
 
 void LOGRollingFileAppender::rollOver() {
   ZEB_ASSERT(m_qw, SOURCE, 82);
+  const OptionalTurn turn(m_rolledFile);
+  if (m_rolledFile != nullptr) {
+    m_rolledFile->countRollover();
+  }
   const Reopening reopening(m_isReopening);
   attempt([this] {
     const unsigned int count = countingWriter() == nullptr ? 0 : countingWriter()->getCount();

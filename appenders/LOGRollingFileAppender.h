@@ -2,17 +2,20 @@
 #define APPENDERS_LOGROLLINGFILEAPPENDER_H
 
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 #include "appenders/LOGFileAppender.h"
 
 class LOGCountingQuietWriter;
+class LOGRolledFile;
 
 /// A file appender whose file does not grow beyond a size: when the bytes in it reach the maximum,
 /// the file is renamed to its name with ".1" behind it, older backups move up by one, the oldest is
 /// dropped, and a new file is begun. The event that reaches the limit is still in the old file.
 ///
-/// Processes that share a rolling file each roll it over by themselves.
+/// Appenders of one process that share a rolling file go on together in the new one. Processes that
+/// share it each roll it over by themselves.
 class LOG4ZEB_EXPORT LOGRollingFileAppender : public LOGFileAppender {
  public:
   static constexpr std::uint64_t DEFAULT_MAXIMUM_FILE_SIZE = 10485760;
@@ -49,6 +52,11 @@ class LOG4ZEB_EXPORT LOGRollingFileAppender : public LOGFileAppender {
   void setFileOptions(const I18NString& name, int append, int bufferedSwitch, int size) override;
 
  private:
+  /// Whether another appender of this process has, since this one has opened the file.
+  bool hasBeenRolledOver() const;
+  /// Opens the file that the other one has begun.
+  void follow();
+  void rollOverUnlessDone();
   I18NString backupName(const I18NString& base, int index) const;
   std::vector<int> candidateBackups() const;
   void countExistingBytes(std::int64_t bytes);
@@ -62,7 +70,9 @@ class LOG4ZEB_EXPORT LOGRollingFileAppender : public LOGFileAppender {
   std::uint64_t maxFileSize = DEFAULT_MAXIMUM_FILE_SIZE;
   int maxBackupIndex = 1;
   int addProcID = 1;
-  bool m_isBeyondCounting = false;  // the file had 4 GiB or more when it was opened
+  std::shared_ptr<LOGRolledFile> m_rolledFile;  // null until it is opened
+  unsigned int m_rollovers = 0;                 // of that file, when it was opened
+  bool m_isBeyondCounting = false;              // the file had 4 GiB or more when it was opened
 };
 
 #endif

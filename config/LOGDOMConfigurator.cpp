@@ -17,6 +17,7 @@
 #include "core/LOGManager.h"
 #include "filters/LOGDenyAllFilter.h"
 #include "layouts/LOGLayout.h"
+#include "net/LOGLocalUDPAppender.h"
 #include "platform/I18NLocale.h"
 #include "platform/ZEBAssertError.h"
 #include "platform/ZEBIDOM_DOMImplementation.h"
@@ -862,6 +863,11 @@ void LOGDOMConfigurator::closeRetiredAppenders() {
         retired.appender->markAsStale();
       }
       retired.appender->close();
+      // What is stale is kept to the shutdown; without this, a socket would be for each reading.
+      auto* const sender = dynamic_cast<LOGLocalUDPAppender*>(retired.appender);
+      if (sender != nullptr && retired.wasInBag) {
+        sender->release();
+      }
     });
   }
   m_retired.clear();

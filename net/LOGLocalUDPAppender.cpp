@@ -6,6 +6,7 @@
 #include "core/LOGLoggingEvent.h"
 #include "platform/ZEBAssertError.h"
 #include "platform/ZEBThreadGuard.h"
+#include "platform/ZEBTranslate.h"
 #include "rendering/LOGObjectRenderer.h"
 #include "rendering/LOGRendererMap.h"
 
@@ -27,19 +28,6 @@ constexpr int TC_NULL = 0x70;
 constexpr int TC_OBJECT = 0x73;
 constexpr int TC_ENDBLOCKDATA = 0x78;
 constexpr int TC_BLOCKDATALONG = 0x7A;
-
-/// Sets a flag while a scope runs.
-class FlagScope {
- public:
-  explicit FlagScope(bool& flag) : m_flag(flag), m_before(std::exchange(flag, true)) {}
-  FlagScope(const FlagScope&) = delete;
-  FlagScope& operator=(const FlagScope&) = delete;
-  ~FlagScope() { m_flag = m_before; }
-
- private:
-  bool& m_flag;
-  const bool m_before;
-};
 
 /// Writes a whole record and returns whether that was possible.
 bool writeRecord(LOGRecordStream& record, const I18NString& loggerName, LOGObject& message) {
@@ -81,11 +69,11 @@ LOGLocalUDPAppender::LOGLocalUDPAppender(const LOGLocalUDPAppender& other)
 
 LOGLocalUDPAppender& LOGLocalUDPAppender::operator=(const LOGLocalUDPAppender& other) {
   if (this != &other) {
-    const LOGRecordStream record = other.copyOfRecord();
+    std::unique_ptr<LOGRecordStream> record = other.copyOfRecord();
     const ZEBThreadGuard guard(getCriticalSection());
     LOGAppenderSkeleton::operator=(other);
     m_port = other.m_port.load();
-    m_record = record;
+    m_record = std::move(record);
     m_socket.close();
     m_destination = ZEBSocketAddress(ADDRESS_NAME);
     m_nextAttempt = {};
@@ -96,9 +84,9 @@ LOGLocalUDPAppender& LOGLocalUDPAppender::operator=(const LOGLocalUDPAppender& o
 
 LOGLocalUDPAppender::~LOGLocalUDPAppender() = default;
 
-LOGRecordStream LOGLocalUDPAppender::copyOfRecord() const {
+std::unique_ptr<LOGRecordStream> LOGLocalUDPAppender::copyOfRecord() const {
   const ZEBThreadGuard guard(getCriticalSection());
-  return m_record;
+  return m_record == nullptr ? nullptr : std::make_unique<LOGRecordStream>(*m_record);
 }
 
 int LOGLocalUDPAppender::operator==(const LOGLocalUDPAppender& other) const {
@@ -154,6 +142,12 @@ void LOGLocalUDPAppender::close() {
   m_closed = 1;
 }
 
+void LOGLocalUDPAppender::release() {
+  const ZEBThreadGuard guard(getCriticalSection());
+  m_socket.close();
+  m_record.reset();
+}
+
 int LOGLocalUDPAppender::requiresLayout() { return 0; }
 
 void LOGLocalUDPAppender::append(LOGLoggingEvent* event) {
@@ -165,14 +159,16 @@ void LOGLocalUDPAppender::append(LOGLoggingEvent* event) {
   if (m_socket.isOpen() == 0) {
     return;
   }
-  // A message that logs here while it is rendered must not write into the record being made.
-  std::unique_ptr<LOGRecordStream> nested;
-  if (m_isWriting) {
-    nested = std::make_unique<LOGRecordStream>();
+  // Taken out for the time: a message that logs here while it is rendered makes a record of its
+  // own.
+  std::unique_ptr<LOGRecordStream> record = std::move(m_record);
+  if (record == nullptr) {
+    record = zebTranslate(SOURCE, __LINE__, [] { return std::make_unique<LOGRecordStream>(); });
   }
-  LOGRecordStream& record = nested == nullptr ? m_record : *nested;
-  const FlagScope writing(m_isWriting);
-  if (writeRecord(record, event->getLoggerName(), *message) && m_closed != 1) {
-    m_socket.send(record.data(), record.size(), m_destination);
+  if (writeRecord(*record, event->getLoggerName(), *message) && m_closed != 1) {
+    m_socket.send(record->data(), record->size(), m_destination);
+  }
+  if (m_closed != 1) {
+    m_record = std::move(record);
   }
 }

@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <memory>
 
 #include "appenders/LOGAppenderSkeleton.h"
 #include "platform/ZEBDatagramSocket.h"
@@ -27,9 +28,12 @@ class LOG4ZEB_EXPORT LOGLocalUDPAppender : public LOGAppenderSkeleton {
 
   /// Makes the socket, unless there is one or the appender is closed. Takes the appender's lock.
   void activateOptions() override;
-  /// Refuses events from now on. The socket stays open until the appender is destroyed; that is how
-  /// it is meant.
+  /// Refuses events from now on. The socket stays open until release() or the appender's end; that
+  /// is how it is meant.
   void close() override;
+  /// Frees the socket and the memory of an appender that was closed, for an owner that has to keep
+  /// the object. Takes the appender's lock.
+  void release();
   /// 0.
   int requiresLayout() override;
 
@@ -49,15 +53,14 @@ class LOG4ZEB_EXPORT LOGLocalUDPAppender : public LOGAppenderSkeleton {
  private:
   void init();
   bool makeSocket();
-  LOGRecordStream copyOfRecord() const;
+  std::unique_ptr<LOGRecordStream> copyOfRecord() const;
 
   std::atomic<int> m_port{DEFAULT_PORT};
   // All guarded by the appender's lock, but for the atomic.
-  LOGRecordStream m_record;
+  std::unique_ptr<LOGRecordStream> m_record;  // used again and again
   ZEBDatagramSocket m_socket;
   ZEBSocketAddress m_destination;
   std::atomic<int> m_activationPending{1};
-  bool m_isWriting = false;
   std::chrono::steady_clock::time_point m_nextAttempt{};
 };
 

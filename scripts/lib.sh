@@ -88,3 +88,13 @@ build() {
   (cd -- "$ROOT" && cmake --preset "$preset" &&
     cmake --build --preset "$preset" ${1+--target "$@"})
 }
+
+# Prints a prefix for commands that use the thread sanitizer, which does not start where the kernel
+# spreads addresses wider than it was made for.
+fixed_addresses() {
+  local spread=0
+  [[ -r /proc/sys/vm/mmap_rnd_bits ]] && spread=$(</proc/sys/vm/mmap_rnd_bits)
+  if ((spread > 28)) && setarch "$(uname -m)" -R true 2>/dev/null; then
+    printf 'setarch %s -R' "$(uname -m)"
+  fi
+}

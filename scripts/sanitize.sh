@@ -4,16 +4,6 @@
 set -euo pipefail
 source "$(dirname -- "${BASH_SOURCE[0]}")/lib.sh"
 
-# Prints a prefix for commands that use the thread sanitizer, which does not start where the kernel
-# spreads addresses wider than it was made for.
-fixed_addresses() {
-  local spread=0
-  [[ -r /proc/sys/vm/mmap_rnd_bits ]] && spread=$(</proc/sys/vm/mmap_rnd_bits)
-  if ((spread > 28)) && setarch "$(uname -m)" -R true 2>/dev/null; then
-    printf 'setarch %s -R' "$(uname -m)"
-  fi
-}
-
 # run_under PRESET: builds the preset and runs its tests, every report going to a file.
 run_under() {
   local preset=$1 directory="$ROOT/build-$1" prefix=()

@@ -273,6 +273,17 @@ TEST_F(RollingFileAppenderTest, RollsAFileOverThatIsBeyondCounting) {
   EXPECT_GT(fs::file_size("r.log.1"), std::uintmax_t{5} << 30);
 }
 
+TEST_F(RollingFileAppenderTest, GoesOnInTheFileThatAnotherAppenderHasBegun) {
+  LOGRollingFileAppender other(appender);
+  append(other, "1");
+  append(appender, "aaa");
+  append(appender, "b");
+  append(other, "");  // fills it, because it counts what it finds there
+  append(appender, "c");
+  EXPECT_EQ(Workplace::lines("r.log.1"), (Lines{"b", ""}));
+  EXPECT_EQ(Workplace::lines("r.log"), (Lines{"c"}));
+}
+
 TEST_F(RollingFileAppenderTest, StaysClosedWhenClosedDuringRollovers) {
   appender.setMaximumFileSize(1);
   std::thread logging([this] {

@@ -12,6 +12,7 @@
 #include "config/LOGXMLWatchdog.h"
 #include "core/LOGLogger.h"
 #include "core/LOGManager.h"
+#include "support/OpenSockets.h"
 #include "support/Workplace.h"
 
 namespace fs = std::filesystem;
@@ -130,6 +131,22 @@ TEST(Reload, LosesNoLineInTwoHundredEditsWhileFourThreadsLog) {
               expected - static_cast<int>(distinct.size()));
   EXPECT_EQ(static_cast<int>(distinct.size()), expected);
   EXPECT_EQ(lines.size(), distinct.size());
+}
+
+TEST(Reload, LeavesNoSocketOpen) {
+  Workplace workplace;
+  const auto log = [] {
+    Workplace::configure(
+        "<appender name='U' class='LOGLocalUDPAppender'/><appender name='S' "
+        "class='LOGSyslogAppender'><layout class='LOGSimpleLayout'/></appender>"
+        "<root><appender-ref ref='U'/><appender-ref ref='S'/></root>");
+    LOGManager::getLogger("a")->info("1");
+    return OpenSockets::count().open;
+  };
+  const long first = log();
+  for (int i = 0; i < 5; ++i) {
+    EXPECT_EQ(log(), first);
+  }
 }
 
 class AsyncReload : public testing::TestWithParam<bool> {};

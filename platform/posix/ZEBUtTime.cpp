@@ -2,6 +2,15 @@
 
 #include <ctime>
 
+#include "platform/ZEBThreadGuard.h"
+
+namespace {
+
+/// Reading the zone anew changes its names under those who read them.
+ZEBThreadCriticalSection g_zone;
+
+}  // namespace
+
 ZEBUtTime::TimeOfDay ZEBUtTime::now() {
   timespec time{};
   clock_gettime(CLOCK_REALTIME, &time);
@@ -19,10 +28,12 @@ std::tm ZEBUtTime::localTime(std::int64_t seconds) {
 
 I18NString ZEBUtTime::format(const char* format, const std::tm& time) {
   char text[256];
+  const ZEBThreadGuard guard(g_zone);
   return I18NString::fromUtf8({text, std::strftime(text, sizeof text, format, &time)});
 }
 
 I18NString ZEBUtTime::daylightZoneName() {
+  const ZEBThreadGuard guard(g_zone);
   tzset();
   return I18NString(tzname[1]);
 }
