@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <chrono>
+#include <memory>
 #include <new>
 
 #include "core/LOGLogLog.h"
 #include "core/LOGLoggingEvent.h"
+#include "core/LOGPackedEvent.h"
 #include "platform/ZEBThreadGuard.h"
 
 namespace {
@@ -48,15 +50,27 @@ void LOGBoundedFIFO::put(LOGLoggingEvent* event) {
 }
 
 LOG4ZEB_HOT void LOGBoundedFIFO::putCopy(const LOGLoggingEvent& event) {
+  const std::size_t packed = LOGPackedEvent::sizeOf(event);
+  // A message of a class of its own is cloned, which is code of the application: not under the
+  // lock.
+  std::unique_ptr<LOGLoggingEvent> copy;
+  if (packed == 0) {
+    copy = std::make_unique<LOGLoggingEvent>(event);
+  }
   const Lock lock(m_access);
-  m_arriving.addCopy(event);
-  if (!hasSpace()) {
-    m_mayExceed = true;
+  if (packed != 0) {
+    m_arriving.addPacked(event, packed);
+  } else {
+    m_arriving.add(copy.get());
+    copy.release();
   }
   noteArrival();
 }
 
 inline void LOGBoundedFIFO::noteArrival() {
+  if (!hasSpace()) {
+    m_mayExceed = true;
+  }
   // Only this side changes the count, so it needs no atomic addition.
   m_queuedCount.store(m_queuedCount.load(std::memory_order_relaxed) + 1, std::memory_order_release);
   if (m_isEventAwaited) {
@@ -86,9 +100,9 @@ LOG4ZEB_HOT LOGLoggingEvent* LOGBoundedFIFO::get(void*& memory) {
     if (m_leaving.isEmpty()) {
       return nullptr;
     }
+    oldest = m_leaving.take(memory);
     first = first + 1 >= maxSize ? 0 : first + 1;
     m_leftCount.store(m_leftCount.load(std::memory_order_relaxed) + 1);
-    oldest = m_leaving.take(memory);
   }
   if ((m_spaceWaiters > 0 && hasSpace()) || (m_roomWaiters > 0 && hasRoom())) {
     const Lock lock(m_access);
@@ -104,15 +118,21 @@ int LOGBoundedFIFO::wasEmpty() const { return length() == 1 ? 1 : 0; }
 int LOGBoundedFIFO::wasFull() const { return length() + 1 == maxSize ? 1 : 0; }
 
 int LOGBoundedFIFO::length() const {
-  // In this order the difference is never negative.
-  const std::uint64_t left = m_leftCount;
-  return static_cast<int>(m_queuedCount - left);
+  std::uint64_t left = m_leftCount;
+  for (;;) {
+    const std::uint64_t queued = m_queuedCount;
+    const std::uint64_t leftNow = m_leftCount;
+    if (left == leftNow) {
+      return static_cast<int>(queued - left);  // both at one instant
+    }
+    left = leftNow;
+  }
 }
 
 bool LOGBoundedFIFO::hasEvents() const {
   const std::uint64_t left = m_leftCount;
-  if (left != m_queuedAtLeast.load(std::memory_order_relaxed)) {
-    return true;
+  if (left < m_queuedAtLeast.load(std::memory_order_relaxed)) {
+    return true;  // unlike after drop(), which may go beyond what was looked at
   }
   const std::uint64_t queued = m_queuedCount;
   m_queuedAtLeast.store(queued, std::memory_order_relaxed);
@@ -159,11 +179,11 @@ bool LOGBoundedFIFO::hasFewerThan(int events) const {
   const auto isFewer = [&](std::uint64_t left) {
     return static_cast<std::int64_t>(m_queuedCount - left) < events;
   };
-  if (isFewer(m_leftAtLeast.load(std::memory_order_relaxed))) {
+  if (isFewer(m_leftAtLeast.load(std::memory_order_acquire))) {
     return true;  // whatever has left since
   }
   const std::uint64_t left = m_leftCount;
-  m_leftAtLeast.store(left, std::memory_order_relaxed);
+  m_leftAtLeast.store(left, std::memory_order_release);
   return isFewer(left);
 }
 

@@ -31,7 +31,7 @@ class LOG4ZEB_EXPORT LOGBoundedFIFO : public LOGMutex {
   /// Queues a copy of the event whatever the capacity.
   void putCopy(const LOGLoggingEvent& event);
   /// The oldest event, owned by the caller, or null. Throws std::bad_alloc where there is no memory
-  /// for a copy, which is lost then.
+  /// for it; it stays in the queue then.
   LOGLoggingEvent* get();
   /// The same, made in `memory` if it has to be made; `memory` is of one event from operator new,
   /// or null, and is null when it was used.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <new>
 #include <typeinfo>
 #include <utility>
 
@@ -36,6 +37,8 @@ constexpr LOGFailureTexts RUN_TEXTS{"LOGDispatcher::run --- some i18nstring exce
 LOGDispatcher::LOGDispatcher(LOGBoundedFIFO* bf, LOGAsyncAppender* container)
     : m_bf(bf), m_aai(nullptr), m_container(container) {
   ZEB_ASSERT(m_container, SOURCE, 23);
+  // With this, no event but those beyond a queue that was shrunk needs memory to leave the queue.
+  m_memory = ::operator new(sizeof(LOGLoggingEvent));
   m_aai = m_container->getAAI();
 }
 
@@ -133,7 +136,8 @@ void LOGDispatcher::deliverNext(ZEBFmFile::Batch& batch) {
 }
 
 bool LOGDispatcher::mayGoOn(const LOGAsyncAppender::DispatcherTurn& turn) const {
-  return !turn.isLockWanted() && !m_bf->isResizeWaiting() && !hasTaken() && m_bf->hasEvents();
+  return !turn.isLockWanted() && !m_bf->isResizeWaiting() && !hasTaken() && m_bf->hasEvents() &&
+         passesOnToOneFile();  // what was delivered may have changed the list
 }
 
 bool LOGDispatcher::passesOnToOneFile() const {
@@ -178,13 +182,19 @@ void LOGDispatcher::takeOut() {
   const int free = hasTaken() ? std::max(m_bf->getMaxSize(), 1) - m_bf->length() : 0;
   for (int events = m_bf->excess() + (free > 0 ? 0 : 1); events > 0 && m_bf->hasEvents();
        --events) {
+    if (hasTaken() && m_memory == nullptr) {
+      m_memory = ::operator new(sizeof(LOGLoggingEvent), std::nothrow);
+      if (m_memory == nullptr) {
+        return;  // what was taken leaves some
+      }
+    }
     takeOne();
   }
 }
 
 void LOGDispatcher::takeOne() {
-  m_taken.push_back(nullptr);
-  m_taken.back() = m_bf->get(m_memory);
+  m_taken.reserve(m_taken.size() + 1);
+  m_taken.push_back(m_bf->get(m_memory));
   if (LOGLogLog::mayWrite() && m_bf->wasFull() != 0) {
     LOGLogLog::debug("Notifying AsyncAppender about freed space.");
   }

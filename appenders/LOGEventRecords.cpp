@@ -9,31 +9,26 @@
 
 namespace {
 
-constexpr std::size_t SMALLEST_CAPACITY = 4096;
+constexpr std::size_t SMALLEST_CAPACITY = 4096;  // for several events of any size
 
 }  // namespace
 
-LOG4ZEB_HOT void LOGEventRecords::addCopy(const LOGLoggingEvent& event) {
-  const std::size_t packed = LOGPackedEvent::sizeOf(event);
-  if (packed == 0) {
-    auto copy = std::make_unique<LOGLoggingEvent>(event);
-    add(copy.get());
-    copy.release();
-    return;
-  }
-  const std::size_t size = sizeof(Head) + packed;
-  char* const room = makeRoom(size);
-  new (room) Head{size, nullptr};
-  LOGPackedEvent::pack(event, room + sizeof(Head));
-  m_end += size;
+LOG4ZEB_HOT void LOGEventRecords::addPacked(const LOGLoggingEvent& event, std::size_t size) {
+  const Head head{sizeof(Head) + size, nullptr};
+  makeRoom(head.size);
+  std::memcpy(m_memory.get() + m_end, &head, sizeof(head));
+  LOGPackedEvent::pack(event, m_memory.get() + m_end + sizeof(head));
+  m_end += head.size;
 }
 
 void LOGEventRecords::add(LOGLoggingEvent* event) {
-  new (makeRoom(sizeof(Head))) Head{sizeof(Head), event};
-  m_end += sizeof(Head);
+  const Head head{sizeof(Head), event};
+  makeRoom(head.size);
+  std::memcpy(m_memory.get() + m_end, &head, sizeof(head));
+  m_end += head.size;
 }
 
-char* LOGEventRecords::makeRoom(std::size_t size) {
+void LOGEventRecords::makeRoom(std::size_t size) {
   if (isEmpty()) {
     m_begin = m_end = 0;
   }
@@ -47,33 +42,33 @@ char* LOGEventRecords::makeRoom(std::size_t size) {
     m_capacity = capacity;
     m_end -= std::exchange(m_begin, 0);
   }
-  return m_memory.get() + m_end;
 }
 
-LOGEventRecords::Head LOGEventRecords::takeHead() noexcept {
-  const Head head = *reinterpret_cast<const Head*>(m_memory.get() + m_begin);
-  m_begin += head.size;
+LOGEventRecords::Head LOGEventRecords::head() const noexcept {
+  Head head;
+  std::memcpy(&head, m_memory.get() + m_begin, sizeof(head));
   return head;
 }
 
 LOG4ZEB_HOT LOGLoggingEvent* LOGEventRecords::take(void*& memory) {
-  const char* const record = m_memory.get() + m_begin;
-  const Head head = takeHead();
-  if (head.whole != nullptr) {
-    return head.whole;
+  const Head first = head();
+  LOGLoggingEvent* event = first.whole;
+  if (event == nullptr) {
+    if (memory == nullptr) {
+      memory = ::operator new(sizeof(LOGLoggingEvent));
+    }
+    event = LOGPackedEvent::unpack(m_memory.get() + m_begin + sizeof(Head),
+                                   std::exchange(memory, nullptr));
   }
-  if (memory == nullptr) {
-    memory = ::operator new(sizeof(LOGLoggingEvent));
-  }
-  LOGLoggingEvent* const event =
-      reinterpret_cast<const LOGPackedEvent*>(record + sizeof(Head))->unpackInto(memory);
-  memory = nullptr;
+  m_begin += first.size;
   return event;
 }
 
 void LOGEventRecords::clear() noexcept {
   while (!isEmpty()) {
-    delete takeHead().whole;
+    const Head first = head();
+    m_begin += first.size;
+    delete first.whole;
   }
 }
 

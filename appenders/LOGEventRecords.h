@@ -19,13 +19,14 @@ class LOGEventRecords {
   ~LOGEventRecords() { clear(); }
 
   bool isEmpty() const noexcept { return m_begin == m_end; }
-  /// Adds a copy. Throws std::bad_alloc and what a copy throws; nothing is added then.
-  void addCopy(const LOGLoggingEvent& event);
-  /// Adds the event itself and owns it from now on. Throws std::bad_alloc.
+  /// Adds a packed copy. REQUIRES: `size` is LOGPackedEvent::sizeOf(event) and not 0. Throws
+  /// std::bad_alloc; nothing is added then.
+  void addPacked(const LOGLoggingEvent& event, std::size_t size);
+  /// Adds the event itself and owns it from now on. Throws std::bad_alloc; nothing is added then.
   void add(LOGLoggingEvent* event);
   /// Takes the first event out, owned by the caller; there must be one. An event that has to be
-  /// made is made in `memory`, for one event from operator new, which is null then. Whatever this
-  /// throws, the event has gone.
+  /// made is made in `memory`, which is for one event and from operator new, and null then; or in
+  /// memory of its own. Throws std::bad_alloc; the event is left then.
   LOGLoggingEvent* take(void*& memory);
   /// Deletes all events.
   void clear() noexcept;
@@ -38,8 +39,8 @@ class LOGEventRecords {
     LOGLoggingEvent* whole;  // the event, when it is not packed behind this
   };
 
-  char* makeRoom(std::size_t size);
-  Head takeHead() noexcept;
+  void makeRoom(std::size_t size);
+  Head head() const noexcept;
 
   std::unique_ptr<char[]> m_memory;
   std::size_t m_capacity = 0;

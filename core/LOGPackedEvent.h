@@ -10,27 +10,23 @@ class LOGLoggingEvent;
 
 /// An event as it travels from thread to thread: its parts side by side, texts without the room
 /// around them, so that two or three cache lines change hands in place of eight or nine. Only what
-/// nearly all events consist of can travel so; others are passed as they are.
+/// nearly all events consist of can travel so, texts that an I18NString holds without an allocation
+/// among it; other events are passed as they are.
 class LOGPackedEvent {
  public:
-  /// How many bytes `event` takes, header included, a multiple of ALIGNMENT; 0 when it cannot be
-  /// packed.
+  /// How many bytes `event` takes, header included, 0 when it cannot be packed.
   static std::size_t sizeOf(const LOGLoggingEvent& event) noexcept;
-  /// Makes one of sizeOf(event) bytes, which is not 0, in memory aligned to ALIGNMENT.
-  static void pack(const LOGLoggingEvent& event, void* memory) noexcept;
-  /// Makes the event again, in memory for one.
-  LOGLoggingEvent* unpackInto(void* memory) const;
-
-  static constexpr std::size_t ALIGNMENT = alignof(std::int64_t);
+  /// Puts sizeOf(event) bytes, which is not 0, where `bytes` points to.
+  static void pack(const LOGLoggingEvent& event, char* bytes) noexcept;
+  /// Makes the event again from these bytes, in memory for one.
+  static LOGLoggingEvent* unpack(const char* bytes, void* memory) noexcept;
 
  private:
-  LOGPackedEvent() = default;
-
   std::int64_t m_timeStamp;
   LOGLevel* m_level;
   LOGLogger* m_logger;
   std::int32_t m_ndcLookupRequired;
-  // Of the texts behind this object, in this order.
+  // Of the texts behind these members, in this order.
   std::uint32_t m_loggerNameSize;
   std::uint32_t m_threadNameSize;
   std::uint32_t m_ndcSize;

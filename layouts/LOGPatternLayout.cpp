@@ -122,8 +122,7 @@ inline void LOGPatternLayout::append(I18NString& text, LOGLoggingEvent* event, c
   }
 }
 
-[[gnu::flatten]] LOG4ZEB_HOT void LOGPatternLayout::build(I18NString& text,
-                                                          LOGLoggingEvent* event) {
+LOG4ZEB_HOT LOG4ZEB_FLAT void LOGPatternLayout::build(I18NString& text, LOGLoggingEvent* event) {
   if (event == nullptr) {
     LOGLogLog::warn("LOGPatternLayout::format --- Event is NULL.");
     return;

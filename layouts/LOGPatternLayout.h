@@ -32,13 +32,15 @@ class LOG4ZEB_EXPORT LOGPatternLayout : public LOGLayout {
   /// Every failure ends here: it is reported, and the text is returned as far as it was built. A
   /// null event gives an empty text and a warning.
   const I18NString& format(LOGLoggingEvent* event) override;
-  /// The same text in the caller's string, which spares a copy of the line; the text that format()
-  /// returned last stays.
-  void formatInto(I18NString& text, LOGLoggingEvent* event);
   int ignoresThrowable() override;
 
  private:
+  friend class LOGAppenderSkeleton;
   class Walk;
+
+  /// What format() of this very class gives, in the caller's string, which spares a copy of the
+  /// line; the text that format() returned last stays.
+  void formatInto(I18NString& text, LOGLoggingEvent* event);
 
   static std::unique_ptr<LOGPatternParser> createPatternParser(const I18NString& pattern);
 

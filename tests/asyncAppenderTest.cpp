@@ -236,6 +236,52 @@ TEST_F(AsyncAppenderTest, DropsWhatIsQueuedWhenClosedBeforeItEverStarted) {
   EXPECT_EQ(never.flush(1000), 1);
 }
 
+TEST_F(AsyncAppenderTest, EndsWhenClosedAfterMoreCameThanTheDispatcherHasSeen) {
+  async.addAppender(&capture);
+  std::atomic<bool> isInside{false};
+  std::atomic<bool> mayLeave{false};
+  capture.onAppend = [&](LOGLoggingEvent*) {
+    isInside = true;
+    EXPECT_TRUE(eventually([&] { return mayLeave.load(); }));
+  };
+  logger->info("1");
+  ASSERT_TRUE(eventually([&] { return isInside.load(); }));
+  for (int i = 2; i < 6; ++i) {
+    logger->info(std::to_string(i));
+  }
+  std::thread closing([&] { async.close(); });
+  std::this_thread::sleep_for(milliseconds(20));
+  mayLeave = true;
+  closing.join();
+  EXPECT_EQ(capture.messages, (Messages{"1"}));
+  LOGBoundedFIFO fifo(10);
+  fifo.putCopy(TestEvent("fifo", "INFO", "seen"));
+  EXPECT_TRUE(fifo.hasEvents());
+  fifo.putCopy(TestEvent("fifo", "INFO", "not seen"));
+  fifo.drop();
+  EXPECT_FALSE(fifo.hasEvents());
+}
+
+TEST_F(AsyncAppenderTest, TakesMessagesThatLogWhileTheyAreCloned) {
+  class LoggingMessage : public LOGObject {
+   public:
+    explicit LoggingMessage(LOGLogger& logger) : LOGObject("outer"), m_logger(logger) {}
+    LOGObject* clone() const override {
+      m_logger.info("inner");
+      return new LoggingMessage(*this);
+    }
+
+   private:
+    LOGLogger& m_logger;
+  };
+  async.addAppender(&capture);
+  LoggingMessage message(*logger);
+  logger->info(&message);
+  EXPECT_EQ(async.flush(10000), 1);
+  EXPECT_EQ(capture.messages, (Messages{"inner", "inner", "outer"}))
+      << "cloned for event and queue";
+}
+
 TEST_F(AsyncAppenderTest, SurvivesWhatAttachedAppendersThrowAndEvenTheirClosingIt) {
   async.addAppender(&capture);
   int deliveries = 0;
