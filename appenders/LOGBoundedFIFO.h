@@ -71,6 +71,11 @@ class LOG4ZEB_EXPORT LOGBoundedFIFO : public LOGMutex {
   /// Deletes what is queued.
   void drop();
 
+  /// Makes the queue usable in the child of a fork, where nobody waits at it. What is queued are
+  /// the parent's events, until forgetParent() drops them.
+  void renewInChild() noexcept;
+  void forgetParent();
+
  private:
   using Events = std::vector<LOGLoggingEvent*>;
   struct Memory {  // of an event that went
