@@ -64,6 +64,7 @@ bool LOGDispatcher::isLeftByFork() {
 
 void LOGDispatcher::startInChild() {
   forgetTaken();
+  m_notHandedOver = 0;
   start();
 }
 

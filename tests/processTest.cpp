@@ -237,6 +237,9 @@ TEST_P(ForkingProgram, AndItsChildrenGoOnLoggingWithoutLosingOrDoublingALine) {
     thread.join();
   }
   LOG4ZEBConfigurator::shutdown();
+  for (const auto& file : m_files) {
+    file->close();
+  }
 
   for (int file = 0; file < GetParam().files; ++file) {
     const Counted found(fileName(file));
