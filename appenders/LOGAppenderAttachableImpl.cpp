@@ -4,6 +4,8 @@
 #include "core/LOGFailures.h"
 #include "core/LOGHashtable.h"
 #include "platform/ZEBAssertError.h"
+#include "platform/ZEBForkGate.h"
+#include "platform/ZEBThreadGuard.h"
 
 namespace {
 
@@ -12,7 +14,7 @@ constexpr const char* SOURCE = "LOGAppenderAttachableImpl";
 }  // namespace
 
 LOGAppenderAttachableImpl::Walk::Walk(LOGAppenderAttachableImpl& list)
-    : m_list(list), m_next(list.m_appenderList.begin()), m_outer(list.m_innermostWalk) {
+    : m_list(list), m_next(list.m_appenderList.begin()), m_outer(list.innermostWalk()) {
   m_list.m_innermostWalk = this;
 }
 
@@ -67,15 +69,25 @@ LOGAppenderAttachableImpl& LOGAppenderAttachableImpl::operator=(
 LOGAppenderAttachableImpl::~LOGAppenderAttachableImpl() = default;
 
 void LOGAppenderAttachableImpl::add(LOGAppenderSkeleton* appender) {
-  const std::lock_guard<std::mutex> guard(m_access);
+  const ZEBThreadGuard guard(m_access);
   m_appenderList.add(appender);
 }
 
+LOGAppenderAttachableImpl::Walk* LOGAppenderAttachableImpl::innermostWalk() {
+  // A thread that a fork has left behind will not come to the end of its walk.
+  const unsigned epoch = ZEBForkGate::epoch();
+  if (m_epochOfWalks != epoch) {
+    m_epochOfWalks = epoch;
+    m_innermostWalk = nullptr;
+  }
+  return m_innermostWalk;
+}
+
 void LOGAppenderAttachableImpl::remove(Position position) {
-  for (Walk* walk = m_innermostWalk; walk != nullptr; walk = walk->m_outer) {
+  for (Walk* walk = innermostWalk(); walk != nullptr; walk = walk->m_outer) {
     walk->leave(position);
   }
-  const std::lock_guard<std::mutex> guard(m_access);
+  const ZEBThreadGuard guard(m_access);
   m_appenderList.remove(position);
   m_iterator = m_appenderList.begin();
 }
@@ -120,7 +132,7 @@ LOGAppenderSkeleton* LOGAppenderAttachableImpl::getAppender(const I18NString& na
 }
 
 std::vector<LOGAppenderSkeleton*> LOGAppenderAttachableImpl::snapshot() const {
-  const std::lock_guard<std::mutex> guard(m_access);
+  const ZEBThreadGuard guard(m_access);
   return {m_appenderList.begin(), m_appenderList.end()};
 }
 

@@ -2,7 +2,6 @@
 #define APPENDERS_LOGAPPENDERATTACHABLEIMPL_H
 
 #include <atomic>
-#include <mutex>
 #include <vector>
 
 #include "appenders/LOGAppenderAttachable.h"
@@ -89,6 +88,7 @@ class LOG4ZEB_EXPORT LOGAppenderAttachableImpl : public LOGAppenderAttachable, p
     Walk* m_outer;
   };
 
+  Walk* innermostWalk();
   void remove(Position position);
   void add(LOGAppenderSkeleton* appender);
   void addUnlessThere(LOGAppenderSkeleton* newAppender);
@@ -102,7 +102,8 @@ class LOG4ZEB_EXPORT LOGAppenderAttachableImpl : public LOGAppenderAttachable, p
   ZEBList<LOGAppenderSkeleton*> m_appenderList;
   ZEBListIterator<LOGAppenderSkeleton*> m_iterator;
   Walk* m_innermostWalk = nullptr;
-  mutable std::mutex m_access;
+  unsigned m_epochOfWalks = 0;  // of the fork gate
+  mutable ZEBThreadCriticalSection m_access;
 };
 
 #endif

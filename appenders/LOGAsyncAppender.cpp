@@ -10,6 +10,7 @@
 #include "core/LOGFailures.h"
 #include "core/LOGLoggingEvent.h"
 #include "platform/ZEBAssertError.h"
+#include "platform/ZEBForkGate.h"
 #include "platform/ZEBThreadGuard.h"
 #include "platform/ZEBTranslate.h"
 
@@ -100,7 +101,11 @@ void LOGAsyncAppender::activateOptions() {
   if (mayStart()) {
     const std::shared_ptr<Parts> m_dispatcher = parts();
     ZEB_ASSERT(m_dispatcher, SOURCE, 114);
-    m_dispatcher->dispatcher.start();
+    if (m_isLeftByFork) {
+      startInChild();
+    } else {
+      m_dispatcher->dispatcher.start();
+    }
     m_closed = 0;
   }
 }
@@ -145,7 +150,7 @@ int LOGAsyncAppender::requiresLayout() { return 0; }
 
 int LOGAsyncAppender::flush(int milliseconds) {
   const std::shared_ptr<Parts> flushed = parts();
-  if (flushed == nullptr) {
+  if (flushed == nullptr || m_isLeftByFork) {
     return 1;
   }
   const unsigned int time = flushed->dispatcher.isCurrentThread()
@@ -200,6 +205,7 @@ void LOGAsyncAppender::setDispatcherWaits(bool waits) {
 
 void LOGAsyncAppender::waitForTurn() {
   if (m_dispatcherWaits) {
+    const ZEBForkGate::Rest rest;
     std::unique_lock<std::mutex> lock(m_leaf);
     ++m_turnWaiters;
     m_turnTaken.wait(lock, [this] { return !m_dispatcherWaits; });
@@ -230,7 +236,30 @@ void LOGAsyncAppender::append(LOGLoggingEvent* event) {
   logReportingFailures(ADD_TEXTS, [&] { enqueue(*event); });
 }
 
+void LOGAsyncAppender::renewInChild() {
+  ZEBForkHandler::renew(m_leaf);
+  ZEBForkHandler::renew(m_turnTaken);
+  m_turnWaiters = 0;
+  if (m_parts != nullptr) {
+    m_parts->bf.renewInChild();
+    m_isLeftByFork = m_parts->dispatcher.isLeftByFork();
+  }
+  if (m_isLeftByFork) {
+    m_dispatcherWaits = false;
+    m_isDelivering = false;
+  }
+}
+
+void LOGAsyncAppender::startInChild() {
+  m_parts->bf.forgetParent();
+  m_parts->dispatcher.startInChild();
+  m_isLeftByFork = false;
+}
+
 void LOGAsyncAppender::enqueue(LOGLoggingEvent& event) {
+  if (m_isLeftByFork) {
+    startInChild();
+  }
   // Asked for here, these are the thread that logs and its context.
   event.getThreadName();
   event.getNDC();

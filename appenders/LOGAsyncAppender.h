@@ -10,6 +10,7 @@
 #include "appenders/LOGAppenderAttachable.h"
 #include "appenders/LOGAppenderAttachableImpl.h"
 #include "appenders/LOGAppenderSkeleton.h"
+#include "platform/ZEBForkHandler.h"
 
 class LOGBoundedFIFO;
 class LOGDispatcher;
@@ -17,7 +18,8 @@ class LOGDispatcher;
 /// Spares the threads that log the time of slow appenders: it queues copies of events, and a thread
 /// of its own passes them on to the appenders attached to it. A thread that logs waits while the
 /// queue is full. What is queued is lost when the process dies, and when the appender is closed
-/// without flush(); the orderly shutdown of the library flushes.
+/// without flush(); the orderly shutdown of the library flushes. In the child of a fork the queue
+/// is empty, what was in it being the parent's, and the first event starts a thread there.
 ///
 /// Attached appenders are not owned, and not closed with this one.
 class LOG4ZEB_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAppenderAttachable {
@@ -97,6 +99,8 @@ class LOG4ZEB_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
   void waitForTurn();
   bool waitForSpace();
   void warnOfInterruption();
+  void renewInChild();
+  void startInChild();
   bool isListLockedByOthers() const;
   void enqueue(LOGLoggingEvent& event);
   std::shared_ptr<Parts> parts() const;
@@ -115,6 +119,9 @@ class LOG4ZEB_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
   std::atomic<int> m_turnWaiters{0};
   std::atomic<bool> m_dispatcherWaits{false};
   std::atomic<bool> m_isDelivering{false};  // set while the dispatcher holds the list's lock
+  std::atomic<bool> m_isLeftByFork{false};  // queue and dispatcher are still as the parent's were
+  const ZEBForkHandler m_forkHandler{
+      this, [](void* appender) { static_cast<LOGAsyncAppender*>(appender)->renewInChild(); }};
 };
 
 #endif

@@ -8,6 +8,8 @@
 #include "core/LOGLogLog.h"
 #include "core/LOGLoggingEvent.h"
 #include "core/LOGPackedEvent.h"
+#include "platform/ZEBForkGate.h"
+#include "platform/ZEBForkHandler.h"
 #include "platform/ZEBThreadGuard.h"
 
 namespace {
@@ -168,6 +170,7 @@ void LOGBoundedFIFO::resize(int newSize) {
 }
 
 void LOGBoundedFIFO::waitForEvent(unsigned int milliseconds) {
+  const ZEBForkGate::Rest rest;
   Lock lock(m_access);
   m_isEventAwaited = true;
   m_arrived.wait_for(lock, std::chrono::milliseconds(milliseconds),
@@ -192,6 +195,7 @@ bool LOGBoundedFIFO::hasSpace() const { return hasFewerThan(std::max<int>(maxSiz
 bool LOGBoundedFIFO::hasRoom() const { return hasFewerThan(maxSize / 2 + 1); }
 
 void LOGBoundedFIFO::waitForRoom(unsigned int milliseconds) {
+  const ZEBForkGate::Rest rest;
   Lock lock(m_access);
   const Waiter waiter(m_roomWaiters);
   m_freed.wait_for(lock, std::chrono::milliseconds(milliseconds),
@@ -199,6 +203,7 @@ void LOGBoundedFIFO::waitForRoom(unsigned int milliseconds) {
 }
 
 bool LOGBoundedFIFO::waitForSpace(unsigned int milliseconds) {
+  const ZEBForkGate::Rest rest;
   Lock lock(m_access);
   const Waiter waiter(m_spaceWaiters);
   m_freed.wait_for(lock, std::chrono::milliseconds(milliseconds),
@@ -234,6 +239,7 @@ void LOGBoundedFIFO::noteDelivered(int events) {
 }
 
 bool LOGBoundedFIFO::waitUntilDelivered(unsigned int milliseconds) {
+  const ZEBForkGate::Rest rest;
   Lock lock(m_access);
   const Waiter waiter(m_deliveryWaiters);
   const std::uint64_t target = m_queuedCount;
@@ -250,4 +256,23 @@ void LOGBoundedFIFO::drop() {
   older.swap(m_leaving);
   newer.swap(m_arriving);
   m_leftCount = m_queuedCount.load();
+}
+
+void LOGBoundedFIFO::renewInChild() noexcept {
+  ZEBForkHandler::renew(m_access);
+  ZEBForkHandler::renew(m_leavingAccess);
+  for (std::condition_variable* const condition : {&m_arrived, &m_freed, &m_delivered}) {
+    ZEBForkHandler::renew(*condition);
+  }
+  for (std::atomic<int>* const waiters :
+       {&m_resizesWaiting, &m_spaceWaiters, &m_roomWaiters, &m_deliveryWaiters}) {
+    *waiters = 0;
+  }
+  m_isEventAwaited = false;
+}
+
+void LOGBoundedFIFO::forgetParent() {
+  drop();
+  const Lock lock(m_access);
+  m_deliveredCount = m_queuedCount;
 }

@@ -76,6 +76,11 @@ class LOG4ZEB_EXPORT LOGBoundedFIFO : public LOGMutex {
   /// Deletes what is queued.
   void drop();
 
+  /// Makes the queue usable in the child of a fork, where nobody waits at it. What is queued are
+  /// the parent's events, until forgetParent() drops them.
+  void renewInChild() noexcept;
+  void forgetParent();
+
  private:
   static constexpr std::size_t CACHE_LINE = 64;
 

@@ -56,6 +56,22 @@ void LOGDispatcher::close() {
 
 bool LOGDispatcher::isCurrentThread() const { return m_threadId == ZEBThread::currentThreadId(); }
 
+bool LOGDispatcher::isLeftByFork() {
+  // The thread holds the queue's lock whenever it calls something that might fork.
+  if (m_bf->getCriticalSection().isHeldHere()) {
+    m_threadId = ZEBThread::currentThreadId();
+    return false;
+  }
+  m_threadId = 0;
+  return true;
+}
+
+void LOGDispatcher::startInChild() {
+  forgetTaken();
+  m_notHandedOver = 0;
+  start();
+}
+
 void LOGDispatcher::run() {
   ZEB_ASSERT(m_bf, SOURCE, 55);
   m_threadId = ZEBThread::currentThreadId();

@@ -30,6 +30,12 @@ class LOG4ZEB_EXPORT LOGDispatcher : public ZEBThread {
   /// Whether the calling thread is this one.
   bool isCurrentThread() const;
 
+  /// In the child of a fork, whether the thread was left behind in the parent. Where it has forked
+  /// itself it goes on.
+  bool isLeftByFork();
+  /// Starts the thread again in the child, without what it had taken in the parent.
+  void startInChild();
+
  private:
   /// One pass under the queue's lock; false when the thread is to end.
   bool drain();

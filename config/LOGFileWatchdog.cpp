@@ -62,6 +62,11 @@ void LOGFileWatchdog::stop() {
   join();
 }
 
+void LOGFileWatchdog::renewInChild() {
+  ZEBForkHandler::renew(m_stopLock);
+  ZEBForkHandler::renew(m_stopped);
+}
+
 bool LOGFileWatchdog::waitForNextLook() {
   std::unique_lock<std::mutex> lock(m_stopLock);
   return !m_stopped.wait_for(lock, std::chrono::milliseconds(m_delay.load()),

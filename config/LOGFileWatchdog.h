@@ -7,6 +7,7 @@
 #include <mutex>
 
 #include "platform/I18NString.h"
+#include "platform/ZEBForkHandler.h"
 #include "platform/ZEBThread.h"
 
 /// A thread that looks at a file's time of modification again and again, and calls doOnChange()
@@ -14,7 +15,7 @@
 ///
 /// Delay, time last seen and the flag that ends the polling are one set for all watchdogs of the
 /// process, on purpose: a new watchdog resets them for the others too, and a file that cannot be
-/// read ends them all.
+/// read ends them all. In the child of a fork nothing is polled until a watchdog is started there.
 class LOG4ZEB_EXPORT LOGFileWatchdog : public ZEBThread {
  public:
   static constexpr unsigned int DEFAULT_DELAY = 6000;
@@ -44,6 +45,7 @@ class LOG4ZEB_EXPORT LOGFileWatchdog : public ZEBThread {
  private:
   void check();
   bool waitForNextLook();
+  void renewInChild();
 
   static std::atomic<unsigned int> m_delay;
   static std::atomic<std::int64_t> m_lastModified;  // nanoseconds since 1970-01-01 00:00 UTC
@@ -55,6 +57,8 @@ class LOG4ZEB_EXPORT LOGFileWatchdog : public ZEBThread {
   std::mutex m_stopLock;
   std::condition_variable m_stopped;
   bool m_stopRequested = false;  // guarded by m_stopLock
+  const ZEBForkHandler m_forkHandler{
+      this, [](void* watchdog) { static_cast<LOGFileWatchdog*>(watchdog)->renewInChild(); }};
 };
 
 #endif

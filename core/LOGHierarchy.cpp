@@ -10,6 +10,7 @@
 #include "core/LOGLogger.h"
 #include "core/LOGProvisionNode.h"
 #include "platform/ZEBAssertError.h"
+#include "platform/ZEBForkGate.h"
 #include "platform/ZEBThreadGuard.h"
 
 namespace {
@@ -244,6 +245,7 @@ LOGLogger* LOGHierarchy::findParent(LOGLogger* logger) {
 
 LOGLogger* LOGHierarchy::exists(const I18NString& name) {
   ZEB_ASSERT(m_ht, SOURCE, __LINE__);
+  const ZEBForkGate::Stay stay;
   const std::shared_lock<std::shared_mutex> access(m_tableAccess);
   LOGObject* const found = m_ht->get(name);
   return isLogger(found) ? asLogger(found) : nullptr;
@@ -251,6 +253,7 @@ LOGLogger* LOGHierarchy::exists(const I18NString& name) {
 
 ZEBList<LOGObject*> LOGHierarchy::getCurrentLoggers() {
   ZEB_ASSERT(m_ht, SOURCE, __LINE__);
+  const ZEBForkGate::Stay stay;
   const std::shared_lock<std::shared_mutex> access(m_tableAccess);
   ZEBList<LOGObject*> loggers;
   for (LOGObject* const entry : m_ht->elements()) {
@@ -266,6 +269,7 @@ std::vector<LOGLogger*> LOGHierarchy::getAllLoggers() const {
   if (m_root != nullptr) {
     loggers.push_back(m_root);
   }
+  const ZEBForkGate::Stay stay;
   const std::shared_lock<std::shared_mutex> access(m_tableAccess);
   loggers.insert(loggers.end(), m_allLoggers.begin(), m_allLoggers.end());
   return loggers;

@@ -5,7 +5,18 @@
 #include "platform/ZEBFmFile.h"
 #include "platform/ZEBSystemError.h"
 
+ZEBFileLockRW::ZEBFileLockRW() = default;
+
 ZEBFileLockRW::~ZEBFileLockRW() = default;
+
+void ZEBFileLockRW::renewInChild() noexcept {
+  if (m_entry.isLeftByFork()) {
+    m_isWriting = false;
+    m_fileLocked = false;
+  }
+  ZEBForkHandler::renew(m_readersLock);
+  ZEBForkHandler::renew(m_readersLeft);
+}
 
 LOG4ZEB_HOT void ZEBFileLockRW::enter(const char* source) {
   m_entry.enter();

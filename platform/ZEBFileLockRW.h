@@ -4,6 +4,7 @@
 #include <condition_variable>
 #include <mutex>
 
+#include "platform/ZEBForkHandler.h"
 #include "platform/ZEBThreadCriticalSection.h"
 #include "platform/ZEBThreadRWLockableResource.h"
 
@@ -15,7 +16,7 @@ class ZEBFmFile;
 /// writer also holds the file's lock of the operating system.
 class LOG4ZEB_EXPORT ZEBFileLockRW : public ZEBThreadRWLockableResource {
  public:
-  ZEBFileLockRW() = default;
+  ZEBFileLockRW();
   ~ZEBFileLockRW() override;
 
   /// Binds the lock to `file`, which is not owned and must outlive the binding; null unbinds.
@@ -29,6 +30,7 @@ class LOG4ZEB_EXPORT ZEBFileLockRW : public ZEBThreadRWLockableResource {
 
  private:
   void enter(const char* source);
+  void renewInChild() noexcept;
 
   // Held by the writer, and by each reader while it comes in: a writer without readers, which is
   // all that appenders know, needs nothing else.
@@ -40,6 +42,8 @@ class LOG4ZEB_EXPORT ZEBFileLockRW : public ZEBThreadRWLockableResource {
   ZEBFmFile* m_boundFile = nullptr;
   bool m_isWriting = false;   // guarded by m_entry
   bool m_fileLocked = false;  // guarded by m_entry
+  const ZEBForkHandler m_forkHandler{
+      this, [](void* lock) { static_cast<ZEBFileLockRW*>(lock)->renewInChild(); }};
 };
 
 #endif

@@ -64,6 +64,9 @@ class ZEBFmChannel {
   /// do not notice it. lock returns 0 on success.
   int lock();
   void unlock() noexcept;
+  /// In the child of a fork, parts position() and lock() from those of the parent's channel, unless
+  /// the system refuses. Does nothing where the system has no forks.
+  void partFromParent() noexcept;
   /// Returns 0 on success. The channel is closed in any case.
   int close() noexcept;
 

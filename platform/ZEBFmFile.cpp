@@ -14,7 +14,8 @@
 #include <vector>
 
 #include "platform/ZEBFmChannel.h"
-#include "platform/ZEBUtProcess.h"
+#include "platform/ZEBForkGate.h"
+#include "platform/ZEBForkHandler.h"
 
 /// The channel of an open file, with its buffer and with the care for whole records.
 class ZEBFmFile::Handle {
@@ -75,6 +76,7 @@ class ZEBFmFile::Handle {
     const bool m_isLocked;
   };
 
+  void renewInChild();
   int writeRecord(const char* bytes, std::size_t size, std::size_t& written);
   int writeRest(const char* bytes, std::size_t size, std::size_t& written);
   int completeRecord(const char* bytes, std::size_t size, std::size_t& written);
@@ -107,7 +109,6 @@ class ZEBFmFile::Handle {
   bool m_bufferGoesOn = false;            // with what m_left stands for
   std::string m_held;                     // whole records, for the end of a batch
   std::vector<std::size_t> m_endsOfHeld;  // of each record in m_held
-  int m_holder = 0;                       // the process that holds them
   int m_lostRecords = 0;
   int m_lostError = 0;
 
@@ -117,6 +118,8 @@ class ZEBFmFile::Handle {
   std::atomic<bool> m_hasLeft{false};
   std::atomic<bool> m_isHolding{false};
   std::atomic<std::size_t> m_lostBytes{0};
+  const ZEBForkHandler m_forkHandler{
+      this, [](void* file) { static_cast<Handle*>(file)->renewInChild(); }};
 };
 
 namespace {
@@ -141,10 +144,12 @@ class BufferedFiles {
   using Flush = void (*)(void* file, Clock::time_point end);
 
   void add(void* file, Flush flush) {
+    const ZEBForkGate::Stay stay;
     const std::lock_guard<std::mutex> guard(m_lock);
     m_files.insert({file, flush});
   }
   void remove(void* file) {
+    const ZEBForkGate::Stay stay;
     const std::lock_guard<std::mutex> guard(m_lock);
     const auto first = m_files.lower_bound({file, nullptr});
     if (first != m_files.end() && first->first == file) {
@@ -186,6 +191,24 @@ constexpr std::size_t MOST_HELD = std::size_t{64} * 1024;
 thread_local ZEBFmFile::Batch* t_batch = nullptr;
 
 }  // namespace
+
+/// What waits in memory is the parent's to write.
+void ZEBFmFile::Handle::renewInChild() {
+  ZEBForkHandler::renew(m_lockLock);
+  ZEBForkHandler::renew(m_bufferLock);
+  ZEBForkHandler::renew(m_leftLock);
+  m_lockDepth = 0;
+  m_buffer.clear();
+  m_bufferGoesOn = false;
+  m_left.clear();
+  m_hasLeft = false;
+  m_held.clear();
+  m_endsOfHeld.clear();
+  m_lostRecords = 0;
+  m_lostBytes = 0;
+  m_isHolding = false;
+  m_channel->partFromParent();
+}
 
 LOG4ZEB_HOT int ZEBFmFile::Handle::write(const char* bytes, std::size_t size) {
   std::size_t written = 0;
@@ -240,7 +263,6 @@ int ZEBFmFile::Handle::hold(const char* bytes, std::size_t size) {
   }
   if (m_held.empty()) {
     m_held.reserve(MOST_HELD);
-    m_holder = ZEBUtProcess::currentProcessId();
   }
   m_endsOfHeld.push_back(m_held.size() + size);
   m_held.append(bytes, size);
@@ -252,13 +274,10 @@ void ZEBFmFile::Handle::writeHeld() {
   if (m_held.empty()) {
     return;
   }
-  // In the child of a fork they are the parent's.
-  if (m_holder == ZEBUtProcess::currentProcessId()) {
-    const bool mayWrite = !m_hasLeft || endWhatWasLeft() == 0;
-    const std::int64_t once = mayWrite ? m_channel->write(m_held.data(), m_held.size()) : -1;
-    if (once < static_cast<std::int64_t>(m_held.size())) {
-      writeHeldOneByOne(once < 0 ? 0 : static_cast<std::size_t>(once));
-    }
+  const bool mayWrite = !m_hasLeft || endWhatWasLeft() == 0;
+  const std::int64_t once = mayWrite ? m_channel->write(m_held.data(), m_held.size()) : -1;
+  if (once < static_cast<std::int64_t>(m_held.size())) {
+    writeHeldOneByOne(once < 0 ? 0 : static_cast<std::size_t>(once));
   }
   m_held.clear();
   m_endsOfHeld.clear();

@@ -21,8 +21,8 @@ class LOG4ZEB_EXPORT ZEBThread : public ZEBThreadRunnable {
   /// destructor, because its part of the object is gone by now.
   ~ZEBThread() override;
 
-  /// Starts the thread; it can be started once. Throws ZEBSystemError when the operating system
-  /// gives no thread.
+  /// Starts the thread; it can be started once, and once more in the child of a fork, which has
+  /// none of its parent's threads. Throws ZEBSystemError when the operating system gives no thread.
   void start();
   /// Waits until the thread has ended; returns at once when it was not started, was joined before,
   /// or is the calling thread.

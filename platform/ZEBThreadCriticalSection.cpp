@@ -6,6 +6,7 @@
 #include <new>
 #include <system_error>
 
+#include "platform/ZEBForkGate.h"
 #include "platform/ZEBSystemError.h"
 #include "platform/ZEBThreadPlace.h"
 
@@ -26,25 +27,60 @@ ZEBThreadPlace& placeOf(const void* section) {
   return places[reinterpret_cast<std::uintptr_t>(section) % PLACES];
 }
 
-}  // namespace
+thread_local ZEBForkGate::Visitor* t_visitor = nullptr;
 
-ZEBThreadCriticalSection::Mark ZEBThreadCriticalSection::currentThreadMark() noexcept {
-  // Differs from thread to thread, and its lowest bit is free.
-  alignas(2 * OTHERS_WAIT) static thread_local char mark;
-  return reinterpret_cast<Mark>(&mark);
+ZEBForkGate::Visitor& currentVisitor() {
+  if (t_visitor != nullptr) {
+    return *t_visitor;
+  }
+  try {
+    return ZEBForkGate::join(t_visitor);
+  } catch (const std::bad_alloc&) {
+    throw ZEBSystemError("critical section", std::make_error_code(std::errc::not_enough_memory),
+                         "ZEBThreadCriticalSection::enter", __LINE__);
+  }
 }
 
+/// Differs from thread to thread, and its lowest bit is free.
+std::uintptr_t markOf(const ZEBForkGate::Visitor* visitor) {
+  return reinterpret_cast<std::uintptr_t>(visitor);
+}
+
+ZEBForkGate::Visitor* holderIn(std::uintptr_t state) {
+  return reinterpret_cast<ZEBForkGate::Visitor*>(state & ~OTHERS_WAIT);
+}
+
+/// Whether nobody in this process holds a lock in that state.
+bool isFree(std::uintptr_t state) {
+  const ZEBForkGate::Visitor* const holder = holderIn(state);
+  return holder == nullptr || holder->isGone();
+}
+
+}  // namespace
+
 LOG4ZEB_HOT void ZEBThreadCriticalSection::enter() {
-  const Mark self = currentThreadMark();
-  Mark found = 0;
-  if (m_state.compare_exchange_strong(found, self, std::memory_order_acquire,
-                                      std::memory_order_relaxed)) {
+  ZEBForkGate::Visitor& visitor = currentVisitor();
+  const Mark self = markOf(&visitor);
+  for (;;) {
+    // A fork that does not see this yet has closed the gate where it is seen below.
+    visitor.comeIn();
+    Mark found = 0;
+    if (!m_state.compare_exchange_strong(found, self, std::memory_order_seq_cst,
+                                         std::memory_order_relaxed)) {
+      visitor.goOut();
+      if (holderIn(found) == &visitor) {
+        ++m_depth;
+        return;
+      }
+      waitFor(self);
+      visitor.comeIn(std::memory_order_seq_cst);
+    }
     m_depth = 1;
-  } else if ((found & ~OTHERS_WAIT) == self) {
-    ++m_depth;
-  } else {
-    waitFor(self);
-    m_depth = 1;
+    if (!ZEBForkGate::turnsAway(visitor)) {
+      return;
+    }
+    leave();
+    ZEBForkGate::waitUntilOpen();
   }
 }
 
@@ -58,22 +94,8 @@ void ZEBThreadCriticalSection::waitFor(Mark self) {
     }
   }
   try {
-    ZEBThreadPlace& place = placeOf(this);
-    const std::lock_guard<ZEBThreadPlace> lock(place);
-    for (;;) {
-      Mark found = m_state.load(std::memory_order_relaxed);
-      // Whoever slept here may not be the only one.
-      const Mark wanted = found == 0 ? self | OTHERS_WAIT : found | OTHERS_WAIT;
-      if (found != wanted &&
-          !m_state.compare_exchange_strong(found, wanted, std::memory_order_acquire,
-                                           std::memory_order_relaxed)) {
-        continue;
-      }
-      if (found == 0) {
-        return;
-      }
-      place.sleep();
-    }
+    const ZEBForkGate::Rest rest;
+    sleepUntilTaken(self);
   } catch (const std::system_error& refused) {
     throw ZEBSystemError("critical section", refused.code(), "ZEBThreadCriticalSection::enter",
                          __LINE__);
@@ -83,10 +105,40 @@ void ZEBThreadCriticalSection::waitFor(Mark self) {
   }
 }
 
+void ZEBThreadCriticalSection::sleepUntilTaken(Mark self) {
+  ZEBThreadPlace& place = placeOf(this);
+  const std::lock_guard<ZEBThreadPlace> lock(place);
+  for (;;) {
+    Mark found = m_state.load(std::memory_order_relaxed);
+    const bool takes = isFree(found);
+    // Whoever slept here may not be the only one.
+    const Mark wanted = takes ? self | OTHERS_WAIT : found | OTHERS_WAIT;
+    if (found != wanted &&
+        !m_state.compare_exchange_strong(found, wanted, std::memory_order_acquire,
+                                         std::memory_order_relaxed)) {
+      continue;
+    }
+    if (takes) {
+      return;
+    }
+    place.sleep();
+  }
+}
+
 bool ZEBThreadCriticalSection::isHeldElsewhere() const noexcept {
   // Acquired, so that who sees the lock free sees also what was done under it.
-  const Mark holder = m_state.load(std::memory_order_acquire) & ~OTHERS_WAIT;
-  return holder != 0 && holder != currentThreadMark();
+  const Mark state = m_state.load(std::memory_order_acquire);
+  return state != 0 && holderIn(state) != t_visitor && !isFree(state);
+}
+
+bool ZEBThreadCriticalSection::isHeldHere() const noexcept {
+  const Mark state = m_state.load(std::memory_order_relaxed);
+  return state != 0 && holderIn(state) == t_visitor;
+}
+
+bool ZEBThreadCriticalSection::isLeftByFork() const noexcept {
+  const Mark state = m_state.load(std::memory_order_relaxed);
+  return state != 0 && isFree(state);
 }
 
 bool ZEBThreadCriticalSection::isWanted() const noexcept {
@@ -94,9 +146,13 @@ bool ZEBThreadCriticalSection::isWanted() const noexcept {
 }
 
 LOG4ZEB_HOT void ZEBThreadCriticalSection::leave() noexcept {
-  // From the exchange on, another thread may take the lock and destroy it.
-  if (--m_depth == 0 && (m_state.exchange(0, std::memory_order_release) & OTHERS_WAIT) != 0) {
-    wakeWaiting();
+  if (--m_depth == 0) {
+    // From the exchange on, another thread may take the lock and destroy it.
+    const Mark state = m_state.exchange(0, std::memory_order_release);
+    holderIn(state)->goOut();
+    if ((state & OTHERS_WAIT) != 0) {
+      wakeWaiting();
+    }
   }
 }
 

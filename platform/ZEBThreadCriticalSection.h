@@ -8,7 +8,8 @@
 
 /// A lock that its owner may take again; it is free when it was left as often as it was taken.
 /// Constant-initialised, so that an object of static storage works from the first static
-/// initialiser to the last destructor of the process. Nothing orders those who wait.
+/// initialiser to the last destructor of the process. Nothing orders those who wait. In the child
+/// of a fork it is free unless the thread that forked holds it.
 class LOG4ZEB_EXPORT ZEBThreadCriticalSection {
  public:
   /// The argument is kept for callers that pass one; it has no meaning.
@@ -22,18 +23,22 @@ class LOG4ZEB_EXPORT ZEBThreadCriticalSection {
   void leave() noexcept;
   /// Whether another thread holds the lock now.
   bool isHeldElsewhere() const noexcept;
+  bool isHeldHere() const noexcept;
+  /// Whether the lock was held when this process was forked, and not taken since.
+  bool isLeftByFork() const noexcept;
   /// Whether a thread may be sleeping until the lock is left.
   bool isWanted() const noexcept;
 
  private:
   using Mark = std::uintptr_t;
-  static Mark currentThreadMark() noexcept;
 
   void waitFor(Mark self);
+  void sleepUntilTaken(Mark self);
   void wakeWaiting() const noexcept;
 
-  // The holder's mark, with the lowest bit set when others may wait; 0 while the lock is free.
-  // Taking a free lock is one atomic exchange, and so is leaving it while nobody waits.
+  // The holder's visitor of the fork gate as a number, with the lowest bit set when others may
+  // wait; 0 while the lock is free. Taking a free lock is one atomic exchange, and so is leaving it
+  // while nobody waits.
   std::atomic<Mark> m_state{0};
   int m_depth = 0;  // used by the holder only
 };

@@ -18,7 +18,7 @@ class ZEBThreadPlace {
   /// Wakes all that sleep here.
   void wakeAll() noexcept;
 
-  /// Makes all places usable in the child of a fork, where the system has forks and calls this.
+  /// Makes all places usable in the child of a fork, where the system has forks.
   static void renewAfterFork();
 
  private:

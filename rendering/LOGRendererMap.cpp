@@ -4,13 +4,13 @@
 #include <atomic>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <utility>
 #include <vector>
 
 #include "core/LOGLogLog.h"
 #include "core/LOGObject.h"
 #include "platform/ZEBSharedLibrary.h"
+#include "platform/ZEBThreadGuard.h"
 #include "rendering/LOGDefaultRenderer.h"
 
 namespace {
@@ -27,7 +27,7 @@ class RendererTable {
 
   void put(const I18NString& className, LOGObjectRenderer* renderer) {
     Renderer replaced;  // its destructor may be any code, and runs without the lock
-    const std::lock_guard<std::mutex> guard(m_lock);
+    const ZEBThreadGuard guard(m_lock);
     Renderer entered = owner(renderer);
     replaced = std::exchange(m_renderers[className], std::move(entered));
     m_isOriginal = false;
@@ -37,7 +37,7 @@ class RendererTable {
   /// it is kept, so that it is recognised also after it was replaced or cleared.
   void putFromLibrary(const I18NString& className, LOGObjectRenderer* renderer) {
     {
-      const std::lock_guard<std::mutex> guard(m_lock);
+      const ZEBThreadGuard guard(m_lock);
       Renderer entered = owner(renderer);
       if (std::find(m_fromLibraries.begin(), m_fromLibraries.end(), entered) ==
           m_fromLibraries.end()) {
@@ -49,13 +49,13 @@ class RendererTable {
 
   void setDefault(LOGObjectRenderer* renderer) {
     Renderer replaced;
-    const std::lock_guard<std::mutex> guard(m_lock);
+    const ZEBThreadGuard guard(m_lock);
     replaced = std::exchange(m_default, owner(renderer));
     m_isOriginal = false;
   }
 
   Renderer getDefault() const {
-    const std::lock_guard<std::mutex> guard(m_lock);
+    const ZEBThreadGuard guard(m_lock);
     return m_default;
   }
 
@@ -64,7 +64,7 @@ class RendererTable {
     if (m_isOriginal) {
       return m_original;
     }
-    const std::lock_guard<std::mutex> guard(m_lock);
+    const ZEBThreadGuard guard(m_lock);
     const auto found = m_renderers.find(className);
     return found == m_renderers.end() ? m_default : found->second;
   }
@@ -74,7 +74,7 @@ class RendererTable {
 
   void clear() {
     std::map<I18NString, Renderer> dropped;
-    const std::lock_guard<std::mutex> guard(m_lock);
+    const ZEBThreadGuard guard(m_lock);
     dropped.swap(m_renderers);
     m_isOriginal = m_default == m_original;
   }
@@ -100,7 +100,7 @@ class RendererTable {
     return Renderer(renderer);
   }
 
-  mutable std::mutex m_lock;
+  mutable ZEBThreadCriticalSection m_lock;
   const Renderer m_original = std::make_shared<LOGDefaultRenderer>();
   Renderer m_default = m_original;             // guarded by m_lock
   std::map<I18NString, Renderer> m_renderers;  // guarded by m_lock

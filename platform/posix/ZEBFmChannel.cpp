@@ -11,7 +11,9 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <ctime>
+#include <limits>
 #include <string>
 #include <utility>
 
@@ -21,6 +23,13 @@
 namespace {
 
 int descriptorOf(std::int64_t handle) { return static_cast<int>(handle); }
+
+/// Opens the file of a descriptor, whatever its name is by now. Returns a new descriptor or -1.
+int openAgain(std::int64_t handle, int flags) {
+  char self[sizeof("/proc/self/fd/") + std::numeric_limits<int>::digits10 + 1];
+  std::snprintf(self, sizeof(self), "/proc/self/fd/%d", descriptorOf(handle));
+  return uninterrupted([&] { return ::open(self, O_WRONLY | O_CLOEXEC | flags); });
+}
 
 /// Keeps a signal from ending the process while it writes to a pipe that nobody reads any more, or
 /// beyond the size that the process may give a file; the write then fails like any other.
@@ -165,8 +174,7 @@ LOG4ZEB_HOT std::int64_t ZEBFmChannel::write(const char* bytes, std::size_t size
 
 int ZEBFmChannel::overwrite(std::int64_t position, const char* bytes, std::size_t size) {
   // Writes through an appending descriptor go to the end, whatever their position.
-  const std::string self = "/proc/self/fd/" + std::to_string(m_handle);
-  const int descriptor = uninterrupted([&] { return ::open(self.c_str(), O_WRONLY | O_CLOEXEC); });
+  const int descriptor = openAgain(m_handle, 0);
   if (descriptor < 0) {
     return failed();
   }
@@ -203,6 +211,17 @@ int ZEBFmChannel::lock() {
 }
 
 void ZEBFmChannel::unlock() noexcept { flock(descriptorOf(m_handle), LOCK_UN); }
+
+void ZEBFmChannel::partFromParent() noexcept {
+  if (!m_owned || !m_isRegular || m_handle == CLOSED) {
+    return;
+  }
+  const int descriptor = openAgain(m_handle, O_APPEND);
+  if (descriptor >= 0) {
+    dup3(descriptor, descriptorOf(m_handle), O_CLOEXEC);
+    ::close(descriptor);
+  }
+}
 
 int ZEBFmChannel::close() noexcept {
   const int descriptor = descriptorOf(std::exchange(m_handle, CLOSED));

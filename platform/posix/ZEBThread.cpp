@@ -10,11 +10,16 @@
 #include <climits>
 #include <thread>
 
+#include "platform/ZEBForkGate.h"
 #include "platform/ZEBSystemError.h"
 
 class ZEBThread::Handle {
  public:
   pthread_t thread{};
+  const pid_t process = getpid();
+
+  /// Whether the thread was left behind in the process that this one was forked from.
+  bool isGone() const { return process != getpid(); }
 };
 
 namespace {
@@ -45,13 +50,13 @@ ZEBThread::ZEBThread(ZEBThreadRunnable* runnable, std::size_t stackSize)
 
 ZEBThread::~ZEBThread() {
   join();
-  if (m_handle != nullptr) {
+  if (m_handle != nullptr && !m_handle->isGone()) {
     pthread_detach(m_handle->thread);  // the thread destroys its own object and cannot be awaited
   }
 }
 
 void ZEBThread::start() {
-  if (m_handle != nullptr) {
+  if (m_handle != nullptr && !m_handle->isGone()) {
     return;
   }
   // Complete before the thread runs, which may ask for it.
@@ -71,10 +76,14 @@ void ZEBThread::start() {
 }
 
 void ZEBThread::join() {
-  if (m_handle != nullptr && pthread_equal(m_handle->thread, pthread_self()) == 0) {
-    pthread_join(m_handle->thread, nullptr);
-    m_handle.reset();
+  if (m_handle == nullptr || pthread_equal(m_handle->thread, pthread_self()) != 0) {
+    return;
   }
+  if (!m_handle->isGone()) {
+    const ZEBForkGate::Rest rest;
+    pthread_join(m_handle->thread, nullptr);
+  }
+  m_handle.reset();
 }
 
 void ZEBThread::run() {}

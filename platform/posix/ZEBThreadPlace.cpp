@@ -1,7 +1,5 @@
 #include "platform/ZEBThreadPlace.h"
 
-#include <pthread.h>
-
 #include <atomic>
 #include <condition_variable>
 #include <mutex>
@@ -32,13 +30,6 @@ class ZEBThreadPlace::Handle {
 };
 
 std::atomic<ZEBThreadPlace::Handle*> ZEBThreadPlace::Handle::g_all{nullptr};
-
-namespace {
-
-[[maybe_unused]] const int FORK_HANDLER =
-    pthread_atfork(nullptr, nullptr, &ZEBThreadPlace::renewAfterFork);
-
-}  // namespace
 
 ZEBThreadPlace::ZEBThreadPlace() : m_handle(new Handle) {}
 

@@ -165,6 +165,8 @@ void ZEBFmChannel::unlock() noexcept {
   UnlockFileEx(systemHandle(m_handle), 0, 1, 0, &place);
 }
 
+void ZEBFmChannel::partFromParent() noexcept {}
+
 int ZEBFmChannel::close() noexcept {
   const std::int64_t handle = std::exchange(m_handle, CLOSED);
   return handle != CLOSED && m_owned && CloseHandle(systemHandle(handle)) == 0 ? failed() : 0;

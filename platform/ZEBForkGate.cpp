@@ -1,0 +1,186 @@
+#include "platform/ZEBForkGate.h"
+
+#include <chrono>
+#include <mutex>
+#include <new>
+#include <thread>
+
+#include "platform/ZEBForkHandler.h"
+#include "platform/ZEBThreadPlace.h"
+
+namespace {
+
+using Visitor = ZEBForkGate::Visitor;
+
+/// How long a fork waits for threads that hold locks.
+constexpr std::chrono::milliseconds PATIENCE(500);
+constexpr std::chrono::microseconds BETWEEN_LOOKS(20);
+
+std::atomic<Visitor*> g_visitors{nullptr};
+std::atomic<const Visitor*> g_forking{nullptr};  // while the gate is closed
+
+/// Held by a thread while it forks.
+std::mutex& forkLock() {
+  static auto* const lock = new std::mutex;  // destructors of static objects fork, too
+  return *lock;
+}
+
+/// Where threads wait at the closed gate.
+ZEBThreadPlace& waitingRoom() {
+  static auto* const room = new ZEBThreadPlace;
+  return *room;
+}
+
+[[maybe_unused]] const bool IS_WATCHING = ZEBForkGate::watchForks();
+
+thread_local Visitor* t_self = nullptr;
+thread_local bool t_hasEnded = false;
+
+}  // namespace
+
+std::atomic<bool> ZEBForkGate::s_isClosed{false};
+std::atomic<unsigned> ZEBForkGate::s_epoch{0};
+
+/// Leaves the thread's visitor to another thread. Destructors that run later in this one get
+/// another visitor, and keep it.
+class ZEBForkGate::ThreadEnd {
+ public:
+  ThreadEnd() = default;
+  ThreadEnd(const ThreadEnd&) = delete;
+  ThreadEnd& operator=(const ThreadEnd&) = delete;
+  ~ThreadEnd() {
+    t_hasEnded = true;
+    Visitor* const self = t_self;
+    t_self = nullptr;
+    *m_cache = nullptr;
+    if (self->m_locks.load() == 0) {
+      self->m_isUsed.store(false, std::memory_order_release);
+    }
+  }
+
+  static void arm(Visitor*& cache) {
+    static thread_local ThreadEnd t_instance;
+    t_instance.m_cache = &cache;
+  }
+
+ private:
+  Visitor** m_cache = nullptr;
+};
+
+ZEBForkGate::Visitor* ZEBForkGate::findUnused() noexcept {
+  for (Visitor* visitor = g_visitors.load(); visitor != nullptr; visitor = visitor->m_next) {
+    bool isUsed = false;
+    if (!visitor->m_isUsed.load(std::memory_order_relaxed) &&
+        visitor->m_isUsed.compare_exchange_strong(isUsed, true)) {
+      return visitor;
+    }
+  }
+  return nullptr;
+}
+
+ZEBForkGate::Visitor& ZEBForkGate::join(Visitor*& cache) {
+  if (t_self == nullptr) {
+    t_self = findUnused();
+  }
+  if (t_self == nullptr) {
+    auto* const made = new Visitor;
+    made->m_next = g_visitors.load();
+    while (!g_visitors.compare_exchange_weak(made->m_next, made)) {
+    }
+    t_self = made;
+  }
+  if (!t_hasEnded) {
+    ThreadEnd::arm(cache);
+  }
+  cache = t_self;
+  return *t_self;
+}
+
+ZEBForkGate::Visitor& ZEBForkGate::self() { return t_self != nullptr ? *t_self : join(t_self); }
+
+bool ZEBForkGate::mustWait(const Visitor& visitor) noexcept {
+  return visitor.m_locks.load(std::memory_order_relaxed) == 1 && g_forking.load() != &visitor;
+}
+
+void ZEBForkGate::waitUntilOpen() {
+  ZEBThreadPlace& room = waitingRoom();
+  const std::lock_guard<ZEBThreadPlace> lock(room);
+  while (s_isClosed.load()) {
+    room.sleep();
+  }
+}
+
+ZEBForkGate::Stay::Stay() : m_visitor(self()) {
+  m_visitor.comeIn(std::memory_order_seq_cst);
+  while (turnsAway(m_visitor)) {
+    m_visitor.goOut();
+    waitUntilOpen();
+    m_visitor.comeIn(std::memory_order_seq_cst);
+  }
+}
+
+ZEBForkGate::Rest::Rest() : m_visitor(self()), m_locks(m_visitor.m_locks.load()) {
+  m_visitor.m_locks.store(0);
+}
+
+ZEBForkGate::Rest::~Rest() {
+  m_visitor.m_locks.store(m_locks);
+  while (m_locks != 0 && s_isClosed.load() && g_forking.load() != &m_visitor) {
+    m_visitor.m_locks.store(0);
+    waitUntilOpen();
+    m_visitor.m_locks.store(m_locks);
+  }
+}
+
+void ZEBForkGate::waitUntilAllRest(const Visitor& forking) {
+  const auto end = std::chrono::steady_clock::now() + PATIENCE;
+  for (const Visitor* visitor = g_visitors.load(); visitor != nullptr; visitor = visitor->m_next) {
+    while (visitor != &forking && !visitor->isGone() && visitor->m_locks.load() != 0 &&
+           std::chrono::steady_clock::now() < end) {
+      std::this_thread::sleep_for(BETWEEN_LOOKS);
+    }
+  }
+}
+
+void ZEBForkGate::beforeFork() {
+  Visitor& forking = self();
+  {
+    const Rest rest;  // for another thread that forks
+    forkLock().lock();
+  }
+  waitingRoom();
+  g_forking = &forking;
+  s_isClosed = true;
+  waitUntilAllRest(forking);
+  ZEBForkHandler::beforeFork();
+}
+
+void ZEBForkGate::open() noexcept {
+  g_forking = nullptr;
+  ZEBThreadPlace& room = waitingRoom();
+  const std::lock_guard<ZEBThreadPlace> lock(room);
+  s_isClosed = false;
+  room.wakeAll();
+}
+
+void ZEBForkGate::afterForkInParent() noexcept {
+  ZEBForkHandler::afterForkInParent();
+  open();
+  forkLock().unlock();
+}
+
+void ZEBForkGate::afterForkInChild() noexcept {
+  ZEBThreadPlace::renewAfterFork();
+  const Visitor* const forking = g_forking.load();
+  for (Visitor* visitor = g_visitors.load(); visitor != nullptr; visitor = visitor->m_next) {
+    if (visitor != forking && visitor->m_isUsed.load()) {
+      visitor->m_isGone = true;
+    }
+  }
+  if (forking->m_locks.load() == 0) {
+    ++s_epoch;
+  }
+  ZEBForkHandler::afterForkInChild();
+  open();
+  new (&forkLock()) std::mutex;
+}

@@ -1,0 +1,3 @@
+#include "platform/ZEBForkGate.h"
+
+bool ZEBForkGate::watchForks() noexcept { return false; }

@@ -1,0 +1,350 @@
+// Several processes: those that share a log file, and those that a program forks while it logs.
+
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <functional>
+#include <future>
+#include <iostream>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "appenders/LOGAsyncAppender.h"
+#include "appenders/LOGFileAppender.h"
+#include "config/LOG4ZEBConfigurator.h"
+#include "config/LOGFileWatchdog.h"
+#include "layouts/LOGPatternLayout.h"
+#include "support/CapturingAppender.h"
+#include "support/ChildProcess.h"
+#include "support/TestEvent.h"
+#include "support/Workplace.h"
+
+using namespace std::chrono_literals;
+
+namespace {
+const pid_t TEST_PROCESS = getpid();
+}
+
+// Asked by the leak checker. What only the stacks of its parent's threads knew is lost to a child.
+extern "C" int __lsan_is_turned_off();
+extern "C" int __lsan_is_turned_off() { return getpid() == TEST_PROCESS ? 0 : 1; }
+
+namespace {
+
+/// What stood in files of lines "WHO NUMBER", where each WHO counts from 0.
+class Counted {
+ public:
+  explicit Counted(const std::string& fileName) {
+    for (const std::string& line : Workplace::lines(fileName)) {
+      const std::size_t blank = line.rfind(' ');
+      const std::string who = line.substr(0, blank);
+      if (blank == std::string::npos || line.substr(blank + 1) != std::to_string(m_next[who])) {
+        ADD_FAILURE() << "torn, lost or doubled: '" << line << "' after " << m_next[who];
+        return;
+      }
+      ++m_next[who];
+      ++m_lines;
+    }
+  }
+  long of(const std::string& who) const {
+    const auto found = m_next.find(who);
+    return found == m_next.end() ? 0 : found->second;
+  }
+  long lines() const { return m_lines; }
+
+ private:
+  std::map<std::string, long> m_next;
+  long m_lines = 0;
+};
+
+void logLines(const std::string& logger, const std::string& who, int lines) {
+  for (int number = 0; number < lines; ++number) {
+    LOGManager::getLogger(logger)->info(who + " " + std::to_string(number));
+  }
+}
+
+/// Forks, and has the child run `body`, which ends the process. Returns its number.
+pid_t forkAndRun(const std::function<void()>& body) {
+  std::fflush(nullptr);  // the child's exit() would write it again
+  const pid_t child = fork();
+  if (child == 0) {
+    body();
+    _exit(99);
+  }
+  return child;
+}
+
+/// Waits for the child, which is ended should it hang. Returns how it ended as waitpid() does.
+int waitFor(pid_t child) {
+  int status = 0;
+  const auto end = std::chrono::steady_clock::now() + 15s;
+  while (waitpid(child, &status, WNOHANG) == 0) {
+    if (std::chrono::steady_clock::now() > end) {
+      kill(child, SIGKILL);
+    }
+    std::this_thread::sleep_for(1ms);
+  }
+  return status;
+}
+
+}  // namespace
+
+TEST(Processes, LoseTearAndDoubleNoLineOfOneFileWhenTheyAreKilled) {
+  constexpr int PROCESSES = 16;
+  constexpr int KILLED_EARLY = 6;
+  const Workplace workplace;
+  std::vector<std::unique_ptr<ChildProcess>> processes;
+  std::vector<std::thread> readers;
+  for (int i = 0; i < PROCESSES; ++i) {
+    const std::string document = "process" + std::to_string(i) + ".xml";
+    Workplace::write(document,
+                     "<log4j:configuration><appender name='F' class='LOGFileAppender'>"
+                     "<param name='File' value='shared.log'/><layout class='LOGPatternLayout'>"
+                     "<param name='ConversionPattern' value='" +
+                         std::to_string(i) +
+                         "%m%n'/></layout></appender><root><appender-ref ref='F'/></root>"
+                         "</log4j:configuration>");
+    processes.push_back(std::make_unique<ChildProcess>(LOG4ZEB_ACKNOWLEDGING_LOGGER,
+                                                       std::vector<std::string>{document}));
+    // Acknowledgements are taken all the time, because a full pipe would stop the process.
+    readers.emplace_back([&process = *processes.back()] { process.receive(); });
+  }
+  std::mt19937 random(std::random_device{}());
+  std::this_thread::sleep_for(500ms);
+  processes.back()->signal(SIGSTOP);
+  for (int i = 0; i < KILLED_EARLY; ++i) {
+    std::this_thread::sleep_for(std::chrono::microseconds(random() % 200'000));
+    processes[static_cast<std::size_t>(i)]->kill();
+  }
+  processes.back()->signal(SIGCONT);
+  std::this_thread::sleep_for(500ms);
+  for (const auto& process : processes) {
+    process->kill();
+  }
+  long acknowledged = 0;
+  std::vector<long> returned;
+  for (std::size_t i = 0; i < processes.size(); ++i) {
+    readers[i].join();
+    EXPECT_EQ(processes[i]->wait().signal, SIGKILL);
+    const std::string& received = processes[i]->receive();
+    returned.push_back(std::count(received.begin(), received.end(), '\n'));
+    acknowledged += returned.back();
+  }
+
+  const Counted found("shared.log");
+  for (int i = 0; i < PROCESSES; ++i) {
+    const long lines = found.of(std::to_string(i) + "line");
+    EXPECT_GE(lines, returned[static_cast<std::size_t>(i)]) << "of process " << i;
+    EXPECT_LE(lines, returned[static_cast<std::size_t>(i)] + 1) << "one more was under way";
+  }
+  EXPECT_GT(acknowledged, 1000);
+  std::cout << "lines acknowledged by " << PROCESSES << " processes: " << acknowledged
+            << ", found: " << found.lines() << '\n';
+}
+
+namespace {
+
+/// Where a program logs to that forks.
+struct Destination {
+  const char* name;
+  int bufferedIO;
+  int files;
+  bool isAsynchronous;
+};
+
+std::ostream& operator<<(std::ostream& out, const Destination& to) { return out << to.name; }
+
+class ForkingProgram : public testing::TestWithParam<Destination> {
+ protected:
+  ForkingProgram() {
+    auto* const root = LOGManager::getRootLogger();
+    for (int i = 0; i < GetParam().files; ++i) {
+      m_files.push_back(std::make_unique<LOGFileAppender>(&m_layout, fileName(i), 1,
+                                                          GetParam().bufferedIO, 8192));
+      m_files.back()->setName(fileName(i));
+      if (GetParam().isAsynchronous) {
+        m_async.addAppender(m_files.back().get());
+      } else {
+        root->addAppender(m_files.back().get());
+      }
+    }
+    if (GetParam().isAsynchronous) {
+      root->addAppender(&m_async);
+    }
+  }
+
+  static std::string fileName(int number) { return "forks" + std::to_string(number) + ".log"; }
+
+  /// What each child does: it logs through a logger that the parent's threads use, and, on another
+  /// thread, through one of its own. Two of three children end in an orderly way.
+  static constexpr int LINES = 50;
+  static void runChild(int round) {
+    const std::string who = "child" + std::to_string(round);
+    std::thread other(logLines, "only.in." + who, who + "b", LINES);
+    logLines("shared", who, LINES);
+    other.join();
+    if (isOrderly(round)) {
+      LOG4ZEBConfigurator::shutdown();
+    }
+    if (skipsDestructors(round)) {
+      _exit(0);
+    }
+    exit(0);
+  }
+  static bool isOrderly(int round) { return round % 3 != 2; }
+  static bool skipsDestructors(int round) { return round % 3 == 1; }
+  /// What is queued needs an orderly end, which leaves the files of an asynchronous appender open;
+  /// what is buffered in an open file needs exit().
+  static bool mayLose(int round) {
+    return GetParam().isAsynchronous &&
+           (!isOrderly(round) || (GetParam().bufferedIO != 0 && skipsDestructors(round)));
+  }
+
+  const Workplace m_workplace;
+  LOGPatternLayout m_layout{"%m%n"};
+  std::vector<std::unique_ptr<LOGFileAppender>> m_files;
+  LOGAsyncAppender m_async;
+};
+
+}  // namespace
+
+TEST_P(ForkingProgram, AndItsChildrenGoOnLoggingWithoutLosingOrDoublingALine) {
+  constexpr int ROUNDS = 30;
+  std::atomic<bool> ends{false};
+  std::array<long, 3> logged{};
+  std::vector<std::thread> threads;
+  for (std::size_t i = 0; i < logged.size(); ++i) {
+    threads.emplace_back([&ends, &count = logged[i], i] {
+      for (; !ends; ++count) {
+        LOGManager::getLogger(i == 0 ? "other" : "shared")
+            ->info("parent" + std::to_string(i) + " " + std::to_string(count));
+      }
+    });
+  }
+  std::chrono::microseconds longest{0};
+  for (int round = 0; round < ROUNDS; ++round) {
+    const auto begin = std::chrono::steady_clock::now();
+    const pid_t child = forkAndRun([round] { runChild(round); });
+    longest = std::max(longest, std::chrono::duration_cast<std::chrono::microseconds>(
+                                    std::chrono::steady_clock::now() - begin));
+    EXPECT_EQ(waitFor(child), 0) << "round " << round;
+  }
+  ends = true;
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+  LOG4ZEBConfigurator::shutdown();
+  for (const auto& file : m_files) {
+    file->close();
+  }
+
+  for (int file = 0; file < GetParam().files; ++file) {
+    const Counted found(fileName(file));
+    for (std::size_t i = 0; i < logged.size(); ++i) {
+      EXPECT_EQ(found.of("parent" + std::to_string(i)), logged[i]);
+      EXPECT_GT(logged[i], 0);
+    }
+    for (int round = 0; round < ROUNDS; ++round) {
+      for (const char* const thread : {"", "b"}) {
+        const long lines = found.of("child" + std::to_string(round) + thread);
+        EXPECT_TRUE(lines == LINES || mayLose(round)) << round << ": " << lines;
+      }
+    }
+    std::cout << GetParam() << ": lines logged by the parent: " << logged[0] + logged[1] + logged[2]
+              << ", found with those of " << ROUNDS << " children: " << found.lines()
+              << "; longest fork: " << longest.count() << " us\n";
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Destinations, ForkingProgram,
+                         testing::Values(Destination{"File", 0, 1, false},
+                                         Destination{"BufferedFile", 1, 1, false},
+                                         Destination{"AsyncToFile", 0, 1, true},
+                                         Destination{"AsyncToTwoFiles", 0, 2, true},
+                                         Destination{"AsyncToBufferedFile", 1, 1, true}),
+                         [](const auto& test) { return test.param.name; });
+
+// An appender that waits, under the library's locks, for something that the thread that forks will
+// never give it: the fork does not wait for it, and the child finds no lock that nobody leaves.
+TEST(ForkedChild, LogsThoughAnotherThreadIsStuckInAnAppender) {
+  for (const bool isAsynchronous : {false, true}) {
+    const Workplace workplace;
+    CapturingAppender stuck;
+    LOGAsyncAppender async;
+    async.setBufferSize(1);
+    async.addAppender(&stuck);
+    LOGManager::getRootLogger()->addAppender(
+        isAsynchronous ? static_cast<LOGAppenderSkeleton*>(&async) : &stuck);
+    std::promise<void> entered;
+    std::promise<void> mayGoOn;
+    const std::shared_future<void> goingOn = mayGoOn.get_future().share();
+    std::once_flag once;
+    const pid_t parent = getpid();
+    stuck.onAppend = [&](LOGLoggingEvent*) {
+      if (getpid() == parent) {
+        std::call_once(once, [&] { entered.set_value(); });
+        goingOn.wait();
+      }
+    };
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+      threads.emplace_back(logLines, "thread" + std::to_string(i), "parent", 1);
+    }
+    entered.get_future().wait();
+    std::this_thread::sleep_for(100ms);  // the queue is full, and the others wait, by now
+
+    const pid_t child = forkAndRun([&] {
+      stuck.messages.clear();
+      logLines("thread0", "child", 3);
+      LOGManager::getRootLogger()->removeAppender("nobody");
+      async.flush(20'000);
+      LOG4ZEBConfigurator::shutdown();
+      const std::vector<std::string> expected{"child 0", "child 1", "child 2"};
+      _exit(stuck.messages == expected ? 0 : 1);
+    });
+    EXPECT_EQ(waitFor(child), 0) << isAsynchronous;
+    mayGoOn.set_value();
+    for (std::thread& thread : threads) {
+      thread.join();
+    }
+    async.flush(20'000);
+    EXPECT_EQ(stuck.messages, std::vector<std::string>(4, "parent 0"));
+    LOGManager::getRootLogger()->removeAllAppenders();
+  }
+}
+
+TEST(ForkedChild, StartsItsOwnWatchdogThread) {
+  struct Watchdog : LOGFileWatchdog {
+    using LOGFileWatchdog::LOGFileWatchdog;
+    Watchdog(const Watchdog&) = delete;
+    Watchdog& operator=(const Watchdog&) = delete;
+    ~Watchdog() override { stop(); }
+    void doOnChange() override { changed.set_value(); }
+    std::promise<void> changed;
+  };
+  const Workplace workplace;
+  Workplace::write("watched", "");
+  auto watchdog = std::make_unique<Watchdog>("watched");
+  LOGFileWatchdog::setDelay(10);
+  watchdog->start();
+  std::this_thread::sleep_for(30ms);
+  const pid_t child = forkAndRun([&] {
+    watchdog->start();
+    std::filesystem::last_write_time("watched", std::filesystem::last_write_time("watched") + 10s);
+    watchdog->changed.get_future().wait();
+    watchdog.reset();
+    _exit(0);
+  });
+  EXPECT_EQ(waitFor(child), 0);
+}
