@@ -78,6 +78,13 @@ constexpr int ELEMENT_NODE = 1;
 // stack.
 constexpr std::size_t DEEPEST_REFERENCES = 64;
 
+// Each is compared with all others of its logger.
+constexpr std::size_t MOST_APPENDERS = 1000;
+
+// The table of loggers keeps each beginning of a name that ends before a dot.
+constexpr std::size_t LONGEST_LOGGER_NAME = 1024;
+constexpr std::ptrdiff_t MOST_DOTS = 64;
+
 /// The first lock of all: it serialises runs and shutdowns.
 ZEBThreadCriticalSection g_runLock;
 
@@ -97,6 +104,25 @@ void contained(Operation operation) noexcept {
 bool isSet(const I18NString& attribute) { return !attribute.isEmpty() && attribute != NULL_WORD; }
 
 I18NString quoted(const I18NString& text) { return "\"" + text + "\""; }
+
+/// Reports a name that is not.
+bool isReasonableLoggerName(const I18NString& name) {
+  const std::string bytes = name.toStdString();
+  const bool isReasonable = name.length() <= LONGEST_LOGGER_NAME &&
+                            std::count(bytes.begin(), bytes.end(), '.') <= MOST_DOTS;
+  if (!isReasonable) {
+    LOGLogLog::error("A logger's name is longer than 1024 characters or has more than 64 dots: [" +
+                     name.substring(0, 80) + "...]");
+  }
+  return isReasonable;
+}
+
+void reportUnlessBaseName(const I18NString& library) {
+  if (!library.isEmpty() && !ZEBSharedLibrary::isBaseName(library)) {
+    LOGLogLog::error("The library [" + library +
+                     "] is not loaded: a document names libraries without their path.");
+  }
+}
 
 /// The file and, where the parser knows them, the line and column.
 I18NString placeOfError(const I18NString& fileName, const ZEBIDOM_Parser& parser) {
@@ -317,6 +343,7 @@ void LOGDOMConfigurator::parseCategoryFactory(const ZEBIDOM_Element& element) {
     return;
   }
   LOGLogLog::debug("Desired category factory: [" + className + "]");
+  reportUnlessBaseName(className);
   // The element's params are accepted and mean nothing.
   if (m_hFactInst.load(className) == 0) {
     return;
@@ -355,6 +382,9 @@ void LOGDOMConfigurator::parseLogger(const ZEBIDOM_Element& element) {
 }
 
 LOGLogger* LOGDOMConfigurator::findLogger(const I18NString& name, const I18NString& className) {
+  if (!isReasonableLoggerName(name)) {
+    return nullptr;
+  }
   if (className.isEmpty()) {
     LOGLogLog::debug("Retrieving an instance of LOGLogger: " + name);
     return LOGManager::getLogger(name);
@@ -462,6 +492,7 @@ void LOGDOMConfigurator::parseRenderer(const ZEBIDOM_Element& element) {
       "LOGDOMConfigurator::parseRenderer -- An unknown exception has occurred"};
   logContainingFailures(TEXTS, [&] {
     const ZEBThreadGuard guard(*this);
+    reportUnlessBaseName(element.getAttribute(RENDERING_CLASS_ATTR));
     auto* const renderers = dynamic_cast<LOGRendererSupport*>(m_repository);
     if (renderers != nullptr) {
       renderers->getRendererMap()->load(element.getAttribute(RENDERED_CLASS_ATTR),
@@ -471,11 +502,10 @@ void LOGDOMConfigurator::parseRenderer(const ZEBIDOM_Element& element) {
 }
 
 LOGAppenderSkeleton* LOGDOMConfigurator::findAppenderByReference(const ZEBIDOM_Element& reference) {
-  return findAppenderByName(reference.getOwnerDocument(), reference.getAttribute(REF_ATTR));
+  return findAppenderByName(reference.getAttribute(REF_ATTR));
 }
 
-LOGAppenderSkeleton* LOGDOMConfigurator::findAppenderByName(const ZEBIDOM_Document& document,
-                                                            const I18NString& name) {
+LOGAppenderSkeleton* LOGDOMConfigurator::findAppenderByName(const I18NString& name) {
   constexpr const char* PREFIX = "LOGDOMConfigurator::findAppenderByName : ";
   if (LOGAppenderSkeleton* const known = usableAppender(name)) {
     LOGLogLog::debug(PREFIX + ("The appender " + name) +
@@ -484,24 +514,24 @@ LOGAppenderSkeleton* LOGDOMConfigurator::findAppenderByName(const ZEBIDOM_Docume
   }
   LOGLogLog::debug(PREFIX + ("The appender " + name) +
                    " doesn't exist in appender bag or is already stale, parse from dom.");
-  const ZEBIDOM_NodeList candidates = document.getElementsByTagName(APPENDER_TAG);
-  ZEBIDOM_Element element;
-  for (std::size_t i = 0; element.isNull() && i < candidates.getLength(); ++i) {
-    const ZEBIDOM_Element candidate(candidates.item(i));
-    if (candidate.getAttribute(LOG4ZEB_NAME_ATTR) == name) {
-      element = candidate;
-    }
-  }
+  const auto found = m_appenderElements.find(name);
   // An appender that is being built refers to itself, directly or through others.
   const bool isCircle =
       std::find(m_appendersUnderConstruction.begin(), m_appendersUnderConstruction.end(), name) !=
       m_appendersUnderConstruction.end();
-  if (element.isNull() || isCircle || m_appendersUnderConstruction.size() == DEEPEST_REFERENCES) {
+  if (found == m_appenderElements.end() || isCircle ||
+      m_appendersUnderConstruction.size() == DEEPEST_REFERENCES) {
     LOGLogLog::error(PREFIX + ("No appender named [" + name) + "] could be found.");
     return nullptr;
   }
+  if (m_appendersOfRun == MOST_APPENDERS) {
+    LOGLogLog::error("A document has no more than 1000 appenders in use; left out is [" + name +
+                     "]");
+    return nullptr;
+  }
+  ++m_appendersOfRun;
   m_appendersUnderConstruction.push_back(name);
-  LOGAppenderSkeleton* const appender = parseAppender(element);
+  LOGAppenderSkeleton* const appender = parseAppender(found->second);
   m_appendersUnderConstruction.pop_back();
   if (appender != nullptr) {
     LOGLogLog::debug(PREFIX + ("Put appender " + name) + " into the appender bag.");
@@ -681,7 +711,10 @@ void LOGDOMConfigurator::parseErrorHandlerChild(const ZEBIDOM_Element& child,
     handler.setBackupAppender(findAppenderByReference(child));
   } else if (tag == LOGGER_REF) {
     ZEB_ASSERT(m_repository, SOURCE, __LINE__);
-    handler.setLogger(m_repository->getLogger(child.getAttribute(REF_ATTR)));
+    const I18NString name = child.getAttribute(REF_ATTR);
+    if (isReasonableLoggerName(name)) {
+      handler.setLogger(m_repository->getLogger(name));
+    }
   } else if (tag == ROOT_REF) {
     ZEB_ASSERT(m_repository, SOURCE, __LINE__);
     handler.setLogger(m_repository->getRootLogger());
@@ -748,9 +781,15 @@ std::vector<LOGLogger*> LOGDOMConfigurator::allLoggers() const {
 
 void LOGDOMConfigurator::beginRun(const ZEBIDOM_Element& root) {
   m_retired.clear();
+  m_appendersOfRun = 0;
+  m_appenderElements.clear();
+  const ZEBIDOM_NodeList elements = root.getOwnerDocument().getElementsByTagName(APPENDER_TAG);
+  for (std::size_t i = 0; i < elements.getLength(); ++i) {
+    const ZEBIDOM_Element element(elements.item(i));
+    m_appenderElements.emplace(element.getAttribute(LOG4ZEB_NAME_ATTR), element);
+  }
   // With room for every name, because a table that grows loses some.
-  const std::size_t names =
-      m_appenders.size() + root.getElementsByTagName(APPENDER_TAG).getLength() + 1;
+  const std::size_t names = m_appenders.size() + elements.getLength() + 1;
   auto bag = std::make_unique<LOGHashtable>(static_cast<int>(2 * names));
   for (const auto& appender : m_appenders) {
     bag->put(appender->getName(), appender.get());
@@ -781,6 +820,7 @@ LOGAppenderSkeleton* LOGDOMConfigurator::usableAppender(const I18NString& name) 
 }
 
 void LOGDOMConfigurator::endRun() {
+  m_appenderElements.clear();
   for (LOGLogger* const logger : allLoggers()) {
     contained([&] {
       // Removal and addition under one lock, so that no event finds neither of them.

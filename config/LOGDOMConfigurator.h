@@ -1,12 +1,16 @@
 #ifndef CONFIG_LOGDOMCONFIGURATOR_H
 #define CONFIG_LOGDOMCONFIGURATOR_H
 
+#include <cstddef>
 #include <functional>
+#include <map>
 #include <memory>
 #include <vector>
 
 #include "config/LOGConfigurator.h"
 #include "core/LOGHashtable.h"
+#include "platform/I18NString.h"
+#include "platform/ZEBIDOM_Element.h"
 #include "platform/ZEBThreadLockableResource.h"
 
 class LOGAppenderAttachable;
@@ -17,9 +21,6 @@ class LOGLayout;
 class LOGLogger;
 class LOGLoggerFactory;
 class LOGObject;
-class ZEBIDOM_Document;
-class ZEBIDOM_Element;
-class ZEBIDOM_Node;
 class ZEBSharedLibrary;
 
 /// Reads a configuration document and builds what it describes into a repository: appenders with
@@ -113,7 +114,7 @@ class LOG4ZEB_EXPORT LOGDOMConfigurator : public LOGConfigurator, public ZEBThre
   void parseRenderer(const ZEBIDOM_Element& element);
 
   LOGAppenderSkeleton* findAppenderByReference(const ZEBIDOM_Element& reference);
-  LOGAppenderSkeleton* findAppenderByName(const ZEBIDOM_Document& document, const I18NString& name);
+  LOGAppenderSkeleton* findAppenderByName(const I18NString& name);
   LOGAppenderSkeleton* parseAppender(const ZEBIDOM_Element& element);
   LOGAppenderSkeleton* newAppender(const ZEBIDOM_Element& element);
   void parseAppenderChild(const ZEBIDOM_Element& child, LOGAppenderSkeleton& appender);
@@ -160,6 +161,8 @@ class LOG4ZEB_EXPORT LOGDOMConfigurator : public LOGConfigurator, public ZEBThre
   int m_procIdFlag = 0;
   int m_procId = 0;
 
+  std::map<I18NString, ZEBIDOM_Element> m_appenderElements;  // the first of each name
+  std::size_t m_appendersOfRun = 0;
   std::vector<I18NString> m_appendersUnderConstruction;
   std::vector<Retired> m_retired;
   // What the configurator frees, in the opposite order.
