@@ -27,7 +27,8 @@ namespace {
 constexpr const char* SOURCE = "ZEBIDOM_Parser";
 
 constexpr std::size_t MEBIBYTE = 1024UL * 1024;
-constexpr std::size_t MAX_FILE_SIZE = 16 * MEBIBYTE;
+// What a document asks for may take a hundred times its size, such as a pattern of many specifiers.
+constexpr std::size_t MAX_FILE_SIZE = 4 * MEBIBYTE;
 // Documents in use nest below ten deep.
 constexpr std::size_t MAX_DEPTH = 256;
 // Ten thousand loggers with levels and appenders, and more than there is reason to wait for.
@@ -80,7 +81,7 @@ std::string readFile(const I18NString& fileName) {
     file.read(&bytes[had], CHUNK);
     bytes.resize(had + static_cast<std::size_t>(file.gcount()));
     if (bytes.size() > MAX_FILE_SIZE) {
-      refuse("the file is larger than 16 MiB");
+      refuse("the file is larger than 4 MiB");
     }
   }
   if (file.bad()) {

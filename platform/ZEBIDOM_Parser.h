@@ -10,7 +10,7 @@ class ZEBIDOM_Document;
 /// or in an attribute, is refused. Namespaces mean nothing, so a prefix needs no declaration. Known
 /// encodings: UTF-8, UTF-16, ISO-8859-1 and US-ASCII.
 ///
-/// What a document can cost is bounded. Refused are files above 16 MiB, elements nested more than
+/// What a document can cost is bounded. Refused are files above 4 MiB, elements nested more than
 /// 256 deep, more than 250,000 nodes, attributes above 64 KiB, more than 256 entity and attribute
 /// declarations, and entities or default attributes that multiply the size of the document.
 class LOG4ZEB_EXPORT ZEBIDOM_Parser {
