@@ -27,7 +27,8 @@ namespace {
 constexpr const char* SOURCE = "ZEBIDOM_Parser";
 
 constexpr std::size_t MEBIBYTE = 1024UL * 1024;
-// What a document asks for may take a hundred times its size, such as a pattern of many specifiers.
+// What a document asks for may take two hundred times its size, such as a pattern of many
+// specifiers.
 constexpr std::size_t MAX_FILE_SIZE = 4 * MEBIBYTE;
 // Documents in use nest below ten deep.
 constexpr std::size_t MAX_DEPTH = 256;
