@@ -2,8 +2,8 @@
 #define LOG4ZEB_H
 
 // What an application includes to log: the manager that hands out loggers, the loggers, the nested
-// diagnostic context, the entry that sets everything up from a document, and macros that build a
-// message only when it is wanted.
+// diagnostic context, the entry that sets everything up from a document, macros that build a
+// message only when it is wanted, and what makes text from outside safe in a message.
 
 #include "config/LOG4ZEBConfigurator.h"
 #include "core/LOG4ZEBVersion.h"
@@ -12,9 +12,11 @@
 #include "core/LOGManager.h"
 #include "core/LOGMessageStream.h"
 #include "core/LOGNDC.h"
+#include "core/LOGUntrustedText.h"
 
 /// Logs what is streamed, as in LOG4ZEB_INFO(logger, "user " << id). The expression is evaluated
-/// only when the level is enabled; `logger` is evaluated once.
+/// only when the level is enabled; `logger` is evaluated once. Text is written as it is, line
+/// breaks included: stream what comes from outside as LOGUntrustedText::escaped(name).
 #define LOG4ZEB_DEBUG(logger, expr) LOG4ZEB_LOG_IF_ENABLED(logger, debug, DEBUG_RANK, expr)
 #define LOG4ZEB_INFO(logger, expr) LOG4ZEB_LOG_IF_ENABLED(logger, info, INFO_RANK, expr)
 #define LOG4ZEB_WARN(logger, expr) LOG4ZEB_LOG_IF_ENABLED(logger, warn, WARN_RANK, expr)

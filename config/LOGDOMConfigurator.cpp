@@ -78,9 +78,13 @@ constexpr int ELEMENT_NODE = 1;
 // Appenders refer to others two or three deep; a document that goes on and on would overflow the
 // stack.
 constexpr std::size_t DEEPEST_REFERENCES = 64;
-// A logger may take an entry for each of its ancestors, with the name of that. All names of a large
-// document together come to some megabytes; a single one could come to more than there is.
-constexpr std::uint64_t MAX_COST_OF_NAMES = 256ULL * 1024 * 1024;
+
+// Each is compared with all others of its logger.
+constexpr std::size_t MOST_APPENDERS = 1000;
+
+// The table of loggers keeps each beginning of a name that ends before a dot.
+constexpr std::size_t LONGEST_LOGGER_NAME = 1024;
+constexpr std::ptrdiff_t MOST_DOTS = 64;
 
 /// The first lock of all: it serialises runs and shutdowns.
 ZEBThreadCriticalSection g_runLock;
@@ -101,6 +105,25 @@ void contained(Operation operation) noexcept {
 bool isSet(const I18NString& attribute) { return !attribute.isEmpty() && attribute != NULL_WORD; }
 
 I18NString quoted(const I18NString& text) { return "\"" + text + "\""; }
+
+/// Reports a name that is not.
+bool isReasonableLoggerName(const I18NString& name) {
+  const std::string bytes = name.toStdString();
+  const bool isReasonable = name.length() <= LONGEST_LOGGER_NAME &&
+                            std::count(bytes.begin(), bytes.end(), '.') <= MOST_DOTS;
+  if (!isReasonable) {
+    LOGLogLog::error("A logger's name is longer than 1024 characters or has more than 64 dots: [" +
+                     name.substring(0, 80) + "...]");
+  }
+  return isReasonable;
+}
+
+void reportUnlessBaseName(const I18NString& library) {
+  if (!library.isEmpty() && !ZEBSharedLibrary::isBaseName(library)) {
+    LOGLogLog::error("The library [" + library +
+                     "] is not loaded: a document names libraries without their path.");
+  }
+}
 
 /// The file and, where the parser knows them, the line and column.
 I18NString placeOfError(const I18NString& fileName, const ZEBIDOM_Parser& parser) {
@@ -321,6 +344,7 @@ void LOGDOMConfigurator::parseCategoryFactory(const ZEBIDOM_Element& element) {
     return;
   }
   LOGLogLog::debug("Desired category factory: [" + className + "]");
+  reportUnlessBaseName(className);
   // The element's params are accepted and mean nothing.
   if (m_hFactInst.load(className) == 0) {
     return;
@@ -358,24 +382,8 @@ void LOGDOMConfigurator::parseLogger(const ZEBIDOM_Element& element) {
   });
 }
 
-bool LOGDOMConfigurator::mayHaveLogger(const I18NString& name) {
-  constexpr std::size_t SHOWN = 80;
-  std::uint64_t ancestors = 0;
-  for (const char c : name.toStdString()) {
-    ancestors += c == '.' ? 1 : 0;
-  }
-  const std::uint64_t cost = ancestors * name.length();
-  if (cost > MAX_COST_OF_NAMES - m_costOfNames) {
-    LOGLogLog::error("The names of the document's loggers are too deep; left out: " +
-                     quoted(name.substring(0, SHOWN)));
-    return false;
-  }
-  m_costOfNames += cost;
-  return true;
-}
-
 LOGLogger* LOGDOMConfigurator::findLogger(const I18NString& name, const I18NString& className) {
-  if (!mayHaveLogger(name)) {
+  if (!isReasonableLoggerName(name)) {
     return nullptr;
   }
   if (className.isEmpty()) {
@@ -485,6 +493,7 @@ void LOGDOMConfigurator::parseRenderer(const ZEBIDOM_Element& element) {
       "LOGDOMConfigurator::parseRenderer -- An unknown exception has occurred"};
   logContainingFailures(TEXTS, [&] {
     const ZEBThreadGuard guard(*this);
+    reportUnlessBaseName(element.getAttribute(RENDERING_CLASS_ATTR));
     auto* const renderers = dynamic_cast<LOGRendererSupport*>(m_repository);
     if (renderers != nullptr) {
       renderers->getRendererMap()->load(element.getAttribute(RENDERED_CLASS_ATTR),
@@ -506,18 +515,24 @@ LOGAppenderSkeleton* LOGDOMConfigurator::findAppenderByName(const I18NString& na
   }
   LOGLogLog::debug(PREFIX + ("The appender " + name) +
                    " doesn't exist in appender bag or is already stale, parse from dom.");
-  const auto element = m_appenderElements.find(name);
+  const auto found = m_appenderElements.find(name);
   // An appender that is being built refers to itself, directly or through others.
   const bool isCircle =
       std::find(m_appendersUnderConstruction.begin(), m_appendersUnderConstruction.end(), name) !=
       m_appendersUnderConstruction.end();
-  if (element == m_appenderElements.end() || isCircle ||
+  if (found == m_appenderElements.end() || isCircle ||
       m_appendersUnderConstruction.size() == DEEPEST_REFERENCES) {
     LOGLogLog::error(PREFIX + ("No appender named [" + name) + "] could be found.");
     return nullptr;
   }
+  if (m_appendersOfRun == MOST_APPENDERS) {
+    LOGLogLog::error("A document has no more than 1000 appenders in use; left out is [" + name +
+                     "]");
+    return nullptr;
+  }
+  ++m_appendersOfRun;
   m_appendersUnderConstruction.push_back(name);
-  LOGAppenderSkeleton* const appender = parseAppender(element->second);
+  LOGAppenderSkeleton* const appender = parseAppender(found->second);
   m_appendersUnderConstruction.pop_back();
   if (appender != nullptr) {
     LOGLogLog::debug(PREFIX + ("Put appender " + name) + " into the appender bag.");
@@ -698,7 +713,7 @@ void LOGDOMConfigurator::parseErrorHandlerChild(const ZEBIDOM_Element& child,
   } else if (tag == LOGGER_REF) {
     ZEB_ASSERT(m_repository, SOURCE, __LINE__);
     const I18NString name = child.getAttribute(REF_ATTR);
-    if (mayHaveLogger(name)) {
+    if (isReasonableLoggerName(name)) {
       handler.setLogger(m_repository->getLogger(name));
     }
   } else if (tag == ROOT_REF) {
@@ -767,9 +782,9 @@ std::vector<LOGLogger*> LOGDOMConfigurator::allLoggers() const {
 
 void LOGDOMConfigurator::beginRun(const ZEBIDOM_Element& root) {
   m_retired.clear();
-  m_costOfNames = 0;
-  const ZEBIDOM_NodeList elements = root.getOwnerDocument().getElementsByTagName(APPENDER_TAG);
+  m_appendersOfRun = 0;
   m_appenderElements.clear();
+  const ZEBIDOM_NodeList elements = root.getOwnerDocument().getElementsByTagName(APPENDER_TAG);
   for (std::size_t i = 0; i < elements.getLength(); ++i) {
     const ZEBIDOM_Element element(elements.item(i));
     m_appenderElements.emplace(element.getAttribute(LOG4ZEB_NAME_ATTR), element);

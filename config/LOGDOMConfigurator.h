@@ -1,7 +1,7 @@
 #ifndef CONFIG_LOGDOMCONFIGURATOR_H
 #define CONFIG_LOGDOMCONFIGURATOR_H
 
-#include <cstdint>
+#include <cstddef>
 #include <functional>
 #include <map>
 #include <memory>
@@ -9,6 +9,7 @@
 
 #include "config/LOGConfigurator.h"
 #include "core/LOGHashtable.h"
+#include "platform/I18NString.h"
 #include "platform/ZEBIDOM_Element.h"
 #include "platform/ZEBThreadLockableResource.h"
 
@@ -20,7 +21,6 @@ class LOGLayout;
 class LOGLogger;
 class LOGLoggerFactory;
 class LOGObject;
-class ZEBIDOM_Node;
 class ZEBSharedLibrary;
 
 /// Reads a configuration document and builds what it describes into a repository: appenders with
@@ -106,7 +106,6 @@ class LOG4ZEB_EXPORT LOGDOMConfigurator : public LOGConfigurator, public ZEBThre
   void parseCategoryFactory(const ZEBIDOM_Element& element);
   void parseLogger(const ZEBIDOM_Element& element);
   LOGLogger* findLogger(const I18NString& name, const I18NString& className);
-  bool mayHaveLogger(const I18NString& name);
   void parseRoot(const ZEBIDOM_Element& element);
   void parseChildrenOfLoggerElement(const ZEBIDOM_Element& element, LOGLogger* logger, bool isRoot);
   LOGAppenderSkeleton* referencedAppender(const ZEBIDOM_Element& reference,
@@ -161,9 +160,9 @@ class LOG4ZEB_EXPORT LOGDOMConfigurator : public LOGConfigurator, public ZEBThre
   LOGLoggerRepository* m_repository = nullptr;
   int m_procIdFlag = 0;
   int m_procId = 0;
-  std::uint64_t m_costOfNames = 0;  // in this run, of loggers
 
-  std::map<I18NString, ZEBIDOM_Element> m_appenderElements;  // of this run, the first of each name
+  std::map<I18NString, ZEBIDOM_Element> m_appenderElements;  // the first of each name
+  std::size_t m_appendersOfRun = 0;
   std::vector<I18NString> m_appendersUnderConstruction;
   std::vector<Retired> m_retired;
   // What the configurator frees, in the opposite order.

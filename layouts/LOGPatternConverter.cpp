@@ -1,5 +1,6 @@
 #include "layouts/LOGPatternConverter.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <utility>
 
@@ -16,7 +17,7 @@ constexpr std::string_view LOGPatternConverter::SPACES[6] = {
 
 LOGPatternConverter::LOGPatternConverter(LOGFormattingInfo* fi) {
   ZEB_ASSERT(fi, "LOGPatternParserUtils", __LINE__);
-  m_min = LOGFormattingInfo::m_min.load();
+  m_min = std::min(LOGFormattingInfo::m_min.load(), LARGEST_MINIMUM);
   m_max = LOGFormattingInfo::m_max.load();
   m_leftAlign = LOGFormattingInfo::m_leftAlign.load();
 }

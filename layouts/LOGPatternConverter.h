@@ -47,6 +47,8 @@ class LOG4ZEB_EXPORT LOGPatternConverter {
   struct LOG4ZEB_EXPORT ChainDeleter {
     void operator()(LOGPatternConverter* head) const noexcept;
   };
+  /// A larger minimum width counts as this one, because every event would fill memory.
+  static constexpr int LARGEST_MINIMUM = 4096;
   /// Owns a converter and all that follow it.
   using Chain = std::unique_ptr<LOGPatternConverter, ChainDeleter>;
 

@@ -61,7 +61,8 @@ LOGPatternParser::LOGPatternParser(const I18NString& pattern)
     : m_patternLength(static_cast<int>(pattern.length())),
       m_formattingInfo(
           zebTranslate(SOURCE, __LINE__, [] { return std::make_unique<LOGFormattingInfo>(); })),
-      m_pattern(pattern) {}
+      m_pattern(pattern.toUtf16()),
+      m_lastBrace(m_pattern.rfind(u'}')) {}
 
 LOGPatternParser::~LOGPatternParser() = default;
 
@@ -69,7 +70,7 @@ LOGPatternConverter* LOGPatternParser::parse() {
   const ZEBThreadGuard guard(g_parseLock);
   return zebTranslate(SOURCE, __LINE__, [this] {
     while (m_i < m_patternLength) {
-      const I18NString ch = m_pattern.substring(m_i, m_i + 1);
+      const I18NString ch(&m_pattern[static_cast<std::size_t>(m_i)], 1);
       ++m_i;
       if (m_state == LITERAL_STATE) {
         parseLiteral(ch);
@@ -90,7 +91,7 @@ void LOGPatternParser::parseLiteral(const I18NString& ch) {
     m_currentLiteral.append(ch);
     return;
   }
-  switch (m_pattern.at(m_i)) {
+  switch (m_pattern[static_cast<std::size_t>(m_i)]) {
     case u'%':
       m_currentLiteral.append(1, '%');
       ++m_i;
@@ -135,6 +136,10 @@ void LOGPatternParser::parseSpecifier(const I18NString& ch) {
 
 void LOGPatternParser::finalizeConverter(const I18NString& ch) {
   zebTranslate(SOURCE, __LINE__, [this, &ch] {
+    if (LOGFormattingInfo::m_min > LOGPatternConverter::LARGEST_MINIMUM) {
+      LOGLogLog::error("A minimum width in a conversion pattern is larger than 4096: [" +
+                       m_currentLiteral + "]");
+    }
     std::unique_ptr<LOGPatternConverter> converter = createConverter(ch.at(0));
     if (converter == nullptr) {
       LOGLogLog::error("Unexpected char [" + ch + "] at position " + ZEBUtConvert::handleCvt(m_i) +
@@ -219,14 +224,16 @@ void LOGPatternParser::addToList(LOGPatternConverter* converter) {
 }
 
 I18NString* LOGPatternParser::extractOption() {
-  if (m_i >= m_patternLength || m_pattern.at(m_i) != u'{') {
+  const auto begin = static_cast<std::size_t>(m_i) + 1;
+  if (m_i >= m_patternLength || m_pattern[begin - 1] != u'{' ||
+      m_lastBrace == std::u16string::npos || m_lastBrace <= begin) {
     return nullptr;
   }
-  const long end = m_pattern.indexOf("}", m_i);
-  if (end <= m_i + 1) {
+  const std::size_t end = m_pattern.find(u'}', begin);
+  if (end == begin) {
     return nullptr;
   }
-  auto option = std::make_unique<I18NString>(m_pattern.substring(m_i + 1, end));
+  auto option = std::make_unique<I18NString>(&m_pattern[begin], end - begin);
   m_i = static_cast<int>(end) + 1;
   return option.release();
 }

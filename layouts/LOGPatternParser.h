@@ -1,7 +1,9 @@
 #ifndef LAYOUTS_LOGPATTERNPARSER_H
 #define LAYOUTS_LOGPATTERNPARSER_H
 
+#include <cstddef>
 #include <memory>
+#include <string>
 
 #include "layouts/LOGPatternConverter.h"
 #include "platform/I18NString.h"
@@ -81,7 +83,8 @@ class LOG4ZEB_EXPORT LOGPatternParser {
   LOGPatternConverter::Chain m_head;
   LOGPatternConverter* m_tail = nullptr;
   std::unique_ptr<LOGFormattingInfo> m_formattingInfo;
-  I18NString m_pattern;
+  const std::u16string m_pattern;
+  const std::size_t m_lastBrace;  // the last closing one, npos without
 };
 
 #endif

@@ -7,13 +7,16 @@
 #include <exception>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <memory>
 #include <new>
+#include <set>
 #include <string>
 #include <string_view>
 #include <system_error>
 #include <utility>
 
+#include "platform/I18NConverter.h"
 #include "platform/ZEBAssertError.h"
 #include "platform/ZEBIDOM_Document.h"
 #include "platform/ZEBIDOM_DocumentData.h"
@@ -24,11 +27,15 @@ namespace {
 constexpr const char* SOURCE = "ZEBIDOM_Parser";
 
 constexpr std::size_t MEBIBYTE = 1024UL * 1024;
-constexpr std::size_t MAX_FILE_SIZE = 64 * MEBIBYTE;
+// What a document asks for may take two hundred times its size, such as a pattern of many
+// specifiers.
+constexpr std::size_t MAX_FILE_SIZE = 4 * MEBIBYTE;
 // Documents in use nest below ten deep.
 constexpr std::size_t MAX_DEPTH = 256;
-// At some hundred bytes each, the nodes take no more memory than the text may.
-constexpr std::size_t MAX_ENTRIES = 1000000;
+// Ten thousand loggers with levels and appenders, and more than there is reason to wait for.
+constexpr std::size_t MAX_ENTRIES = 250000;
+// No path, pattern or name comes near; what reads a value may take many times its memory.
+constexpr std::size_t MAX_ATTRIBUTE = 65536;
 // The XML reader recurses through entities that name each other, and its work on attribute
 // declarations grows with the square of their number.
 constexpr int MAX_DECLARATIONS = 256;
@@ -38,6 +45,8 @@ constexpr unsigned long long AMPLIFICATION_THRESHOLD = MEBIBYTE;
 // Text may double when it becomes UTF-8; the rest is for entities and default attributes.
 constexpr std::size_t MAX_TEXT_PER_BYTE = 4;
 constexpr std::size_t FREE_TEXT = MEBIBYTE;
+
+constexpr const char* OUTSIDE = "an entity outside of the document is not read: ";
 
 /// Why a document is not read.
 struct Refusal {
@@ -73,7 +82,7 @@ std::string readFile(const I18NString& fileName) {
     file.read(&bytes[had], CHUNK);
     bytes.resize(had + static_cast<std::size_t>(file.gcount()));
     if (bytes.size() > MAX_FILE_SIZE) {
-      refuse("the file is larger than 64 MiB");
+      refuse("the file is larger than 4 MiB");
     }
   }
   if (file.bad()) {
@@ -101,11 +110,17 @@ class TreeBuilder {
   template <typename Operation>
   static void guarded(void* self, Operation operation) noexcept;
   void setHandlers();
+  void setDtdHandlers();
 
   void startElement(const char* name, const char** attributes);
   void endElement();
   void addText(std::string_view text);
   void countDeclaration();
+  void addEntity(const char* name, std::string_view value);
+  void checkDefault() const;
+  void endDtd();
+  void refuseUndeclared(const std::string& text) const;
+  std::string fromDocument(std::string_view bytes) const;
   /// Adds a node below the element that is open; the result is valid until the next is added.
   Entry& add(int type, std::string_view name, std::string_view value);
   void countText(std::size_t bytes);
@@ -121,6 +136,10 @@ class TreeBuilder {
   std::size_t m_depth = 0;
   std::size_t m_textSize = 0;
   int m_declarations = 0;
+  bool m_hasDtd = false;
+  std::string m_encoding = "utf-8";
+  std::set<std::string, std::less<>> m_entities;  // the names of those declared in the document
+  std::string m_entityValues;
   std::exception_ptr m_thrown;  // by a handler
 };
 
@@ -173,24 +192,50 @@ void TreeBuilder::setHandlers() {
       builder.addText({text, static_cast<std::size_t>(size)});
     });
   });
-  XML_SetEntityDeclHandler(parser, [](void* self, const char*, int, const char*, int, const char*,
-                                      const char*, const char*, const char*) {
-    guarded(self, [](TreeBuilder& builder) { builder.countDeclaration(); });
+  XML_SetXmlDeclHandler(parser, [](void* self, const char*, const char* encoding, int) {
+    guarded(self, [&](TreeBuilder& builder) {
+      builder.m_encoding = encoding == nullptr ? builder.m_encoding : encoding;
+    });
   });
-  XML_SetAttlistDeclHandler(
-      parser, [](void* self, const char*, const char*, const char*, const char*, int) {
-        guarded(self, [](TreeBuilder& builder) { builder.countDeclaration(); });
-      });
+  setDtdHandlers();
   // Gets what no other handler does. In an element that is a reference whose entity is external, or
   // can only be declared in a DTD that is not loaded: reading it as nothing would lose content.
   XML_SetDefaultHandlerExpand(parser, [](void* self, const char* text, int size) {
     guarded(self, [&](TreeBuilder& builder) {
       if (builder.m_depth > 0 && size > 0 && text[0] == '&') {
-        refuse("an entity outside of the document is not read: " +
-               quoted({text, static_cast<std::size_t>(size)}));
+        refuse(OUTSIDE + quoted({text, static_cast<std::size_t>(size)}));
       }
     });
   });
+}
+
+void TreeBuilder::setDtdHandlers() {
+  const XML_Parser parser = m_parser.get();
+  XML_SetDoctypeDeclHandler(
+      parser,
+      [](void* self, const char*, const char*, const char*, int) {
+        guarded(self, [](TreeBuilder& builder) { builder.m_hasDtd = true; });
+      },
+      [](void* self) { guarded(self, [](TreeBuilder& builder) { builder.endDtd(); }); });
+  XML_SetEntityDeclHandler(
+      parser, [](void* self, const char* name, int isParameter, const char* value, int size,
+                 const char*, const char*, const char*, const char*) {
+        guarded(self, [&](TreeBuilder& builder) {
+          builder.countDeclaration();
+          if (isParameter == 0 && value != nullptr) {
+            builder.addEntity(name, {value, static_cast<std::size_t>(size)});
+          }
+        });
+      });
+  XML_SetAttlistDeclHandler(
+      parser, [](void* self, const char*, const char*, const char*, const char* byDefault, int) {
+        guarded(self, [&](TreeBuilder& builder) {
+          builder.countDeclaration();
+          if (byDefault != nullptr) {
+            builder.checkDefault();
+          }
+        });
+      });
 }
 
 std::shared_ptr<const ZEBIDOM_DocumentData> TreeBuilder::build() {
@@ -229,6 +274,12 @@ void TreeBuilder::startElement(const char* name, const char** attributes) {
   if (m_depth == MAX_DEPTH) {
     refuse("elements are nested more than 256 deep");
   }
+  if (m_hasDtd) {
+    const XML_Parser parser = m_parser.get();
+    refuseUndeclared(
+        fromDocument(m_bytes.substr(static_cast<std::size_t>(XML_GetCurrentByteIndex(parser)),
+                                    static_cast<std::size_t>(XML_GetCurrentByteCount(parser)))));
+  }
   const auto index = static_cast<std::uint32_t>(m_data->entries.size());
   add(ZEBIDOM_Node::ELEMENT_NODE, name, "");
   m_open = index;
@@ -259,7 +310,10 @@ void TreeBuilder::addText(std::string_view text) {
 ZEBIDOM_DocumentData::Entry& TreeBuilder::add(int type, std::string_view name,
                                               std::string_view value) {
   if (m_data->entries.size() == MAX_ENTRIES) {
-    refuse("the document has more than 1000000 nodes");
+    refuse("the document has more than 250000 nodes");
+  }
+  if (type == ZEBIDOM_Node::ATTRIBUTE_NODE && value.size() > MAX_ATTRIBUTE) {
+    refuse("the attribute " + quoted(name) + " is longer than 64 KiB");
   }
   countText(name.size() + value.size());
   Entry& entry = m_data->entries.emplace_back();
@@ -284,6 +338,52 @@ void TreeBuilder::countDeclaration() {
   if (++m_declarations > MAX_DECLARATIONS) {
     refuse("the document declares more than 256 entities and attributes");
   }
+}
+
+void TreeBuilder::addEntity(const char* name, std::string_view value) {
+  m_entities.insert(name);
+  m_entityValues.append(value).append(1, '\n');
+}
+
+/// A default value is a token in quotes, at which the reader stands.
+void TreeBuilder::checkDefault() const {
+  const auto begin = static_cast<std::size_t>(XML_GetCurrentByteIndex(m_parser.get()));
+  const std::string token = fromDocument(m_bytes.substr(begin, 2 * MAX_ATTRIBUTE));
+  refuseUndeclared(token.substr(0, token.find(token.front(), 1)));
+}
+
+/// The values are looked at here because they may name entities that are declared later.
+void TreeBuilder::endDtd() { refuseUndeclared(std::exchange(m_entityValues, {})); }
+
+/// The XML reader takes a reference in an attribute for nothing when only a DTD that is not read
+/// can declare the entity, and calls no handler; so references are looked for in what is written.
+void TreeBuilder::refuseUndeclared(const std::string& text) const {
+  static const std::set<std::string_view> PREDEFINED{"amp", "apos", "gt", "lt", "quot"};
+  for (std::size_t at = text.find('&'); at != std::string::npos; at = text.find('&', at + 1)) {
+    const std::size_t end = text.find_first_of("&;<>\"' \t\r\n", at + 1);
+    if (end == std::string::npos || text[end] != ';' || text[at + 1] == '#') {
+      continue;
+    }
+    const std::string_view name(&text[at + 1], end - at - 1);
+    if (PREDEFINED.count(name) == 0 && m_entities.find(name) == m_entities.end()) {
+      refuse(OUTSIDE + quoted({&text[at], end - at + 1}));
+    }
+  }
+}
+
+/// A part of the document as UTF-8.
+std::string TreeBuilder::fromDocument(std::string_view bytes) const {
+  const bool isBig = m_bytes.front() == '\xFE' || m_bytes.front() == '\0';
+  if (!isBig && m_bytes.front() != '\xFF' && m_bytes[1] != '\0') {
+    return I18NConverter(m_encoding.c_str()).toText(bytes).toStdString();
+  }
+  std::u16string units;
+  for (std::size_t i = 0; i + 1 < bytes.size(); i += 2) {
+    const auto first = static_cast<unsigned char>(bytes[i]);
+    const auto second = static_cast<unsigned char>(bytes[i + 1]);
+    units += static_cast<char16_t>(isBig ? first << 8 | second : second << 8 | first);
+  }
+  return I18NString(units.data(), units.size()).toStdString();
 }
 
 }  // namespace

@@ -6,13 +6,13 @@
 class ZEBIDOM_Document;
 
 /// Reads an XML file into a document. Nothing but the named file is ever opened: an external DTD
-/// that the document names is passed over, and a document that uses an external entity is refused.
-/// Namespaces mean nothing, so a prefix needs no declaration. Known encodings: UTF-8, UTF-16,
-/// ISO-8859-1 and US-ASCII.
+/// that the document names is passed over, and a document that uses an entity from outside, in text
+/// or in an attribute, is refused. Namespaces mean nothing, so a prefix needs no declaration. Known
+/// encodings: UTF-8, UTF-16, ISO-8859-1 and US-ASCII.
 ///
-/// What a document can cost is bounded. Refused are files above 64 MiB, elements nested more than
-/// 256 deep, more than 1,000,000 nodes, more than 256 entity and attribute declarations, and
-/// entities or default attributes that multiply the size of the document.
+/// What a document can cost is bounded. Refused are files above 4 MiB, elements nested more than
+/// 256 deep, more than 250,000 nodes, attributes above 64 KiB, more than 256 entity and attribute
+/// declarations, and entities or default attributes that multiply the size of the document.
 class LOG4ZEB_EXPORT ZEBIDOM_Parser {
  public:
   /// REQUIRES: validation == 0, there is no validation. Throws ZEBAssertError otherwise.

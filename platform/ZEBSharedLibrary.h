@@ -13,9 +13,14 @@ class ZEBSharedLibrary {
 
   /// Loads the library of that base name, without the system's prefix and suffix, from where the
   /// system looks for libraries: libNAME.so or else NAME.so, on Windows NAME.dll or else
-  /// libNAME.dll. Runs the library's initialisers. Returns 1, or 0 when there is no such library or
-  /// it cannot be loaded: then nothing is loaded here, whatever was before.
+  /// libNAME.dll. Runs the library's initialisers. Returns 1, or 0 when there is no such library,
+  /// it cannot be loaded or `name` is no base name: then nothing is loaded here, whatever was
+  /// before.
   int load(const I18NString& name);
+  /// Whether `name` stays where the system looks: it is not empty and has nothing of a path in it.
+  static bool isBaseName(const I18NString& name) {
+    return !name.isEmpty() && name.toStdString().find_first_of("/\\:") == std::string::npos;
+  }
   /// Whether the last load() succeeded.
   int isLoaded() const noexcept { return m_handle != nullptr ? 1 : 0; }
   /// The library's function exported with C linkage under `name`; null when there is none or

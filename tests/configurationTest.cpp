@@ -202,23 +202,6 @@ TEST_F(Configuration, BoundsChainsAndCirclesOfReferences) {
   EXPECT_NE(rootAppender("A0"), nullptr);
 }
 
-TEST_F(Configuration, LeavesOutALoggerWhoseAncestorsWouldTakeTheMemory) {
-  std::string name = "deep";
-  for (int i = 0; i < 200000; ++i) {
-    name += ".a";
-  }
-  EXPECT_EQ(
-      Workplace::configure("<logger name='" + name + "'/><appender name='E' " +
-                           "class='LOGConsoleAppender'><errorHandler><logger-ref ref='" + name +
-                           "'/></errorHandler></appender>" +
-                           "<logger name='next'><level value='WARN'/>" + ref("E") + "</logger>"),
-      1);
-  EXPECT_EQ(Workplace::diagnosticsWith("loggers are too deep; left out: \"deep.a.a."), 2);
-  EXPECT_EQ(LOGManager::exists(name), nullptr);
-  ASSERT_NE(LOGManager::exists("next"), nullptr);
-  EXPECT_EQ(LOGManager::getLogger("next")->getLevel()->toInt(), LOGLevel::WARN_RANK);
-}
-
 TEST_F(Configuration, LooksForManyMissingAppendersInLittleTime) {
   std::string document;
   std::string references;

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "support/ChildProcess.h"
 #include "support/Workplace.h"
 
@@ -28,4 +30,27 @@ TEST(LoadedLibraries, AreFoundByNameAndUsedAgainByEveryRun) {
             2);
   EXPECT_EQ(Workplace::diagnosticsEqual("log4zeb: Desired category factory: [loggerFactory]"), 2);
   EXPECT_EQ(Workplace::diagnosticsWith("noSuchLibrary"), 2);
+}
+
+TEST(LoadedLibraries, AreNotLoadedFromAPathThatADocumentNames) {
+  Workplace workplace;
+  std::filesystem::create_directory("evil");
+  // What would be found, whatever the system puts around a base name.
+  for (const char* const name : {"evil/good.so", "evil/good.dll"}) {
+    std::filesystem::copy_file(LOG4ZEB_RENDERER_LIBRARY, name);
+  }
+  Workplace::configure("");
+  const std::string here = std::filesystem::current_path().string();
+  for (const std::string& name : {std::string("evil/good"), std::string("./evil/good"),
+                                  std::string("evil\\good"), here + "/evil/good"}) {
+    Workplace::clearDiagnostics();
+    EXPECT_EQ(Workplace::configure("<categoryFactory class='" + name + "'/>" +
+                                   "<renderer renderedClass='Order' renderingClass='" + name +
+                                   "'/><logger name='made' class='a.Loud'/>"),
+              1);
+    EXPECT_EQ(Workplace::diagnosticsWith("is not loaded: a document names libraries without"), 2);
+    EXPECT_EQ(Workplace::diagnosticsWith("no renderer from library [" + name + "]"), 1);
+    EXPECT_EQ(Workplace::diagnosticsWith("Logger Factory missing"), 1);
+    EXPECT_EQ(Workplace::diagnosticsWith("An unknown exception"), 0) << "a library without factory";
+  }
 }

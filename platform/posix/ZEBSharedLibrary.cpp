@@ -6,7 +6,7 @@
 
 int ZEBSharedLibrary::load(const I18NString& name) {
   m_handle = nullptr;
-  if (name.isEmpty()) {
+  if (!isBaseName(name)) {
     return 0;
   }
   const std::string base = name.toStdString();

@@ -6,7 +6,7 @@
 
 int ZEBSharedLibrary::load(const I18NString& name) {
   m_handle = nullptr;
-  if (name.isEmpty()) {
+  if (!isBaseName(name)) {
     return 0;
   }
   for (const I18NString& file : {name + ".dll", "lib" + name + ".dll"}) {
