@@ -274,5 +274,5 @@ void LOGBoundedFIFO::renewInChild() noexcept {
 void LOGBoundedFIFO::forgetParent() {
   drop();
   const Lock lock(m_access);
-  m_deliveredCount = m_queuedCount;
+  m_deliveredCount = m_queuedCount.load();
 }
