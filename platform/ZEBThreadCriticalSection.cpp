@@ -88,7 +88,7 @@ void ZEBThreadCriticalSection::waitFor(Mark self) {
   for (int i = 0; i < ATTEMPTS_AWAKE; ++i) {
     Mark nobody = 0;
     if (m_state.load(std::memory_order_relaxed) == 0 &&
-        m_state.compare_exchange_strong(nobody, self, std::memory_order_acquire,
+        m_state.compare_exchange_strong(nobody, self, std::memory_order_acq_rel,
                                         std::memory_order_relaxed)) {
       return;
     }
@@ -109,12 +109,12 @@ void ZEBThreadCriticalSection::sleepUntilTaken(Mark self) {
   ZEBThreadPlace& place = placeOf(this);
   const std::lock_guard<ZEBThreadPlace> lock(place);
   for (;;) {
-    Mark found = m_state.load(std::memory_order_relaxed);
+    Mark found = m_state.load(std::memory_order_acquire);  // with what its holder made of itself
     const bool takes = isFree(found);
     // Whoever slept here may not be the only one.
     const Mark wanted = takes ? self | OTHERS_WAIT : found | OTHERS_WAIT;
     if (found != wanted &&
-        !m_state.compare_exchange_strong(found, wanted, std::memory_order_acquire,
+        !m_state.compare_exchange_strong(found, wanted, std::memory_order_acq_rel,
                                          std::memory_order_relaxed)) {
       continue;
     }
@@ -137,7 +137,7 @@ bool ZEBThreadCriticalSection::isHeldHere() const noexcept {
 }
 
 bool ZEBThreadCriticalSection::isLeftByFork() const noexcept {
-  const Mark state = m_state.load(std::memory_order_relaxed);
+  const Mark state = m_state.load(std::memory_order_acquire);
   return state != 0 && isFree(state);
 }
 

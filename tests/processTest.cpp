@@ -192,6 +192,8 @@ class ForkingProgram : public testing::TestWithParam<Destination> {
     }
   }
 
+  ~ForkingProgram() override { LOGManager::getRootLogger()->removeAllAppenders(); }
+
   static std::string fileName(int number) { return "forks" + std::to_string(number) + ".log"; }
 
   /// What each child does: it logs through a logger that the parent's threads use, and, on another
