@@ -22,7 +22,7 @@ _log4zeb() {
       log) words='--config --logger --level --level-from-line --watch --watch-delay' ;;
       listen) words='--records --syslog --address --count --json' ;;
       page) words='--title --location-info --output' ;;
-      check) words='--json' ;;
+      check) words='--directory --json --quiet' ;;
     esac
     mapfile -t COMPREPLY < <(compgen -W "$words --help" -- "$word")
   elif [[ $subcommand != listen ]]; then
