@@ -1,6 +1,7 @@
 #ifndef CORE_LOGMESSAGESTREAM_H
 #define CORE_LOGMESSAGESTREAM_H
 
+#include <climits>
 #include <cstddef>
 #include <ostream>
 #include <streambuf>
@@ -25,6 +26,9 @@ class LOGMessageStream {
    protected:
     int_type overflow(int_type c) override {
       const std::size_t size = bytes().size();
+      if (size > INT_MAX) {
+        return traits_type::eof();  // pbump() counts no further
+      }
       std::string larger(2 * size, '\0');
       bytes().copy(larger.data(), size);
       m_large.swap(larger);
