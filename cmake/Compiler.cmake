@@ -8,8 +8,9 @@ if(PROJECT_IS_TOP_LEVEL)
 endif()
 
 # In what is delivered the compiler sees the whole way of an event at once, which makes it a tenth
-# shorter: after a system call the processor has forgotten it, and less code is read back faster.
-if(NOT WIN32)
+# shorter: after a system call the processor has forgotten it, and less code is read back faster. Not
+# in a static library, which another compiler could not read then.
+if(NOT WIN32 AND BUILD_SHARED_LIBS)
   include(CheckIPOSupported)
   check_ipo_supported(RESULT LOG4ZEB_IPO_SUPPORTED OUTPUT LOG4ZEB_IPO_REASON LANGUAGES CXX)
   set(CMAKE_INTERPROCEDURAL_OPTIMIZATION_RELEASE ${LOG4ZEB_IPO_SUPPORTED})

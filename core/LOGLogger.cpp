@@ -125,6 +125,15 @@ LOG4ZEB_HOT void LOGLogger::logEnabled(int rank, const I18NString& message) {
   }
 }
 
+void LOGLogger::logThrown(int rank, const I18NString& message, const I18NString& throwable) {
+  LOGLevel* const level = wouldLog(rank) ? LOGLevel::toLevel(rank, nullptr) : nullptr;
+  if (level != nullptr) {
+    LOGLoggingEvent event(this, level, LOGMessageText{message});
+    zebTranslate(SOURCE, __LINE__, [&] { event.setThrowableStrRep(throwable); });
+    callAppenders(&event);
+  }
+}
+
 bool LOGLogger::passesRepositoryAndLevel(const LOGLevel* level) const {
   LOGLoggerRepository* const repository = getRepository();
   return repository != nullptr && level != nullptr && repository->isDisabled(level->toInt()) != 1 &&

@@ -79,6 +79,10 @@ class LOG4ZEB_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
     requestText(LOGLevel::FATAL_RANK, message);
   }
 
+  /// Logs `message` at the level of that rank, when it is enabled, in an event whose throwable text
+  /// is `throwable`: see LOGThrowableText. REQUIRES: a rank of LOGLevel.
+  void logThrown(int rank, const I18NString& message, const I18NString& throwable);
+
   /// Whether debug(), info(), ... with the level of that rank would log now.
   bool wouldLog(int rank) const {
     // Two loads, whatever the depth of the logger: the lowest rank that logs is remembered until a

@@ -28,6 +28,7 @@ NEEDED=(
 TEST_NEEDED=(
   'chromium command:chromium'
   'default-jdk-headless command:javac'
+  'libfmt-dev header:fmt/format.h'
   'rsyslog command:/usr/sbin/rsyslogd'
 )
 
