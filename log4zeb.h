@@ -28,7 +28,9 @@
     if (log4zebLogger->wouldLog(LOGLevel::rank)) {                    \
       LOGMessageStream log4zebMessage;                                \
       log4zebMessage.stream() << expr; /* NOLINT(bugprone-macro-*) */ \
-      log4zebLogger->method(log4zebMessage.text());                   \
+      if (log4zebMessage.finish()) {                                  \
+        log4zebLogger->method(log4zebMessage.text());                 \
+      }                                                               \
     }                                                                 \
   } while (false)
 

@@ -197,5 +197,7 @@ I18NString LOGAppenderSkeleton::format(LOGLayout& layout, LOGLoggingEvent* event
 
 void LOGAppenderSkeleton::format(LOGLayout& layout, LOGLoggingEvent* event, I18NString& text) {
   const ZEBThreadGuard guard(layout.getCriticalSection());
+  const unsigned memoryFailures = logMemoryFailures();
   text = layout.format(event);
+  logRequireMemorySince(memoryFailures);  // half a line is worse than none
 }

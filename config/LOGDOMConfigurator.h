@@ -142,6 +142,8 @@ class LOG4ZEB_EXPORT LOGDOMConfigurator : public LOGConfigurator, public ZEBThre
                                 const std::vector<LOGAppenderSkeleton*>& attached) const;
   void closeRetiredAppenders();
   void detachFromLoggers(LOGAppenderSkeleton* appender) const;
+  template <typename Operation>
+  void forEachAppender(Operation operation) const;
 
   static LOGDOMConfigurator* m_domConfig;    // guarded by the run lock, like all below
   static LOGLoggerFactory* m_loggerFactory;  // belongs to its library
@@ -159,6 +161,9 @@ class LOG4ZEB_EXPORT LOGDOMConfigurator : public LOGConfigurator, public ZEBThre
   LOGLoggerRepository* m_repository = nullptr;
   int m_procIdFlag = 0;
   int m_procId = 0;
+  // What this run has made, or the last one when it lacked memory: they may be half read, and the
+  // next run makes them anew.
+  std::vector<LOGAppenderSkeleton*> m_doubtful;
 
   std::vector<I18NString> m_appendersUnderConstruction;
   std::vector<Retired> m_retired;

@@ -99,6 +99,7 @@ void LOGPatternLayout::build(I18NString& text, LOGLoggingEvent* event) {
       text.append(step->literal);
     }
   } catch (...) {
+    logNoteFailure();
     LOGLogLog::error("LOGPatternLayout::format --- An unknown error occurred.");
   }
 }
