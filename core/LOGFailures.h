@@ -81,7 +81,8 @@ struct LOGFailureTexts {
 };
 
 /// Runs `operation`. Exceptions of the library's family are reported and end here, and a failed
-/// allocation counts as one of them; anything else is reported and goes on to the caller. Returns whether the operation came to its end.
+/// allocation counts as one of them; anything else is reported and goes on to the caller. Returns
+/// whether the operation came to its end.
 template <typename Operation>
 bool logReportingFailures(const LOGFailureTexts& texts, Operation&& operation) {
   try {

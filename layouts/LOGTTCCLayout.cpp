@@ -4,8 +4,8 @@
 #include <string_view>
 #include <utility>
 
-#include "core/LOGLevel.h"
 #include "core/LOGFailures.h"
+#include "core/LOGLevel.h"
 #include "core/LOGLoggingEvent.h"
 #include "platform/ZEBAssertError.h"
 

@@ -35,7 +35,12 @@ using Mode = FailingHeap::Mode;
 using Lines = std::vector<std::string>;
 
 constexpr const char* LONG_TEXT = "a message that is longer than what a text holds without memory";
-constexpr int PATIENCE = 5000;  // milliseconds
+constexpr int PATIENCE = 10000;  // milliseconds
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr long CONFIGURATION_STEP = 7;
+#else
+constexpr long CONFIGURATION_STEP = 1;
+#endif
 
 /// One run of an operation: what it needs is made by the constructor and gone with the destructor.
 class Round {
@@ -68,7 +73,7 @@ bool callKeepsToItsWord(Round& round, Throws throws) {
 /// A lock that the call has left held would stop another thread for ever.
 void againOnAnotherThread(Round& round) {
   auto done = std::async(std::launch::async, [&] { round.again(); });
-  if (done.wait_for(std::chrono::milliseconds(2 * PATIENCE)) != std::future_status::ready) {
+  if (done.wait_for(std::chrono::milliseconds(PATIENCE)) != std::future_status::ready) {
     ADD_FAILURE() << "another thread waits for ever";
     std::cout.flush();
     std::_Exit(EXIT_FAILURE);
@@ -116,20 +121,19 @@ void sweep(const std::string& name, Throws throws, Make make, long step = 1) {
 /// A fresh hierarchy that the manager hands out.
 class OwnHierarchy : public Round {
  protected:
-  OwnHierarchy() : m_usual(LOGManager::getLoggerRepository()) {
-    LOGManager::setRepositorySelector(&m_selector, &m_root);
-  }
+  OwnHierarchy() { LOGManager::setRepositorySelector(&m_selector, &m_root); }
   ~OwnHierarchy() override {
     LOG4ZEBConfigurator::shutdown();
-    static LOGDefaultRepositorySelector usual(m_usual);
-    LOGManager::setRepositorySelector(&usual, &m_root);
+    static LOGRootLogger root(nullptr);
+    static LOGHierarchy lasting(&root);
+    static LOGDefaultRepositorySelector selector(&lasting);
+    LOGManager::setRepositorySelector(&selector, &root);
   }
 
   LOGRootLogger m_root{nullptr};
   LOGHierarchy m_hierarchy{&m_root};
 
  private:
-  LOGLoggerRepository* const m_usual;
   LOGDefaultRepositorySelector m_selector{&m_hierarchy};
 };
 
@@ -159,8 +163,15 @@ class LoggersRound : public OwnHierarchy {
     }
     m_before = m_hierarchy.getAllLoggers().size();
   }
-  void call() override { askForAll(m_hierarchy); }
+  ~LoggersRound() override { LOGNDC::remove(); }
+  void call() override {
+    LOGNDC::push(LONG_TEXT);
+    LOGNDC::push(LONG_TEXT);
+    askForAll(m_hierarchy);
+  }
   void again() override {
+    LOGNDC::push(LONG_TEXT);
+    EXPECT_EQ(LOGNDC::get(), LONG_TEXT);
     askForAll(m_hierarchy);
     m_hierarchy.getLogger("application")->setLevel(LOGLevel::toLevel("WARN"));
     EXPECT_STREQ(m_hierarchy.getLogger(NAMES[0])->getChainedLevel()->toString(), "WARN");
@@ -363,14 +374,19 @@ class LinesRound : public DocumentRound {
       expected.push_back(text.toStdString());
     }
     expectLines(lines, expected, 2);
+    if (isReported && lines.size() < expected.size()) {
+      EXPECT_GT(Workplace::diagnosticsWith("ERROR"), 0) << "lost without a word";
+    }
   }
 
  private:
   void log(std::size_t begin, std::size_t end) {
     for (std::size_t i = begin; i < end; ++i) {
       if (m_usesMacro) {
-        LOG4ZEB_INFO(m_logger, static_cast<char>('0' + i) << "a message longer " << "than what a "
-                                                          << "stream holds without " << "memory");
+        LOG4ZEB_INFO(m_logger, static_cast<char>('0' + i) << "a message longer "
+                                                          << "than what a "
+                                                          << "stream holds without "
+                                                          << "memory");
       } else {
         m_logger->info(m_texts[i]);
       }
@@ -391,8 +407,8 @@ class LinesRound : public DocumentRound {
 
 const std::string EVERYTHING =
     file("simple", layout("LOGSimpleLayout")) +
-    file("ttcc", "<layout class=\"LOGTTCCLayout\">" + param("DateFormat", "ISO8601") +
-                     "</layout>") +
+    file("ttcc",
+         "<layout class=\"LOGTTCCLayout\">" + param("DateFormat", "ISO8601") + "</layout>") +
     file("xml", layout("LOGXMLLayout")) + file("html", layout("LOGHTMLLayout")) +
     appender("rolling", "LOGRollingFileAppender",
              param("File", "rolling-with-a-name-that-needs-memory.out") +
@@ -451,9 +467,15 @@ class ConfigureRound : public DocumentRound {
   }
   void expect(Outputs outputs) override {
     shapes = shapesOf(std::move(outputs));
-    if (!m_allowed.empty()) {
-      EXPECT_EQ(shapes, m_allowed);
+    if (m_allowed.empty()) {
+      return;
     }
+    Outputs allowed = m_allowed;
+    const std::string queued = "queued-with-a-name-that-needs-memory.out";
+    if (m_fails == Fails::ShuttingDown && shapes[queued].empty()) {
+      allowed[queued].clear();  // the dispatcher may have met the lack of memory with the event
+    }
+    EXPECT_EQ(shapes, allowed);
   }
 
  private:
@@ -471,8 +493,8 @@ void sweepConfiguration(const std::string& name, Fails fails, long step) {
     allowed = round.shapes;
   }
   ASSERT_GT(allowed.size(), 5U);
-  sweep(name, Throws::Never, [&] { return std::make_unique<ConfigureRound>(fails, allowed); },
-        step);
+  sweep(
+      name, Throws::Never, [&] { return std::make_unique<ConfigureRound>(fails, allowed); }, step);
 }
 
 }  // namespace
@@ -515,8 +537,7 @@ TEST(AllocationFault, LosesNoMoreThanTheEventAndNeverThrows) {
   const std::string host = "127.0.0.61";
   DatagramReceiver syslog(host, 514);
   DatagramReceiver udp;
-  for (const char* name :
-       {"LOGSimpleLayout", "LOGTTCCLayout", "LOGXMLLayout", "LOGHTMLLayout"}) {
+  for (const char* name : {"LOGSimpleLayout", "LOGTTCCLayout", "LOGXMLLayout", "LOGHTMLLayout"}) {
     sweepEvent(std::string("file, ") + name, file("all", layout(name)) + root({"all"}));
   }
   sweepEvent("file, LOGPatternLayout", file("all", PATTERN) + root({"all"}));
@@ -552,12 +573,12 @@ TEST(AllocationFault, NeitherTearsNorRepeatsALine) {
 
 TEST(AllocationFault, LetsTheNextConfigurationSucceed) {
   const Workplace workplace;
-  sweepConfiguration("configuration", Fails::Configuring, 1);
+  sweepConfiguration("configuration", Fails::Configuring, CONFIGURATION_STEP);
 }
 
 TEST(AllocationFault, LetsTheNextReloadSucceed) {
   const Workplace workplace;
-  sweepConfiguration("reload", Fails::Reloading, 1);
+  sweepConfiguration("reload", Fails::Reloading, CONFIGURATION_STEP);
 }
 
 TEST(AllocationFault, ShutsDownAllTheSame) {

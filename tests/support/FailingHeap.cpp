@@ -1,14 +1,12 @@
 #include "support/FailingHeap.h"
 
+#include <expat.h>
+
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <new>
-
-#ifdef LOG4ZEB_WRAPPED_MALLOC
-#include <expat.h>
-#endif
 
 namespace {
 
@@ -119,23 +117,21 @@ void operator delete[](void* memory, Align, const std::nothrow_t&) noexcept {
   releaseAligned(memory);
 }
 
-#ifdef LOG4ZEB_WRAPPED_MALLOC
 // The linker leads the calls here that it finds in the library; calls in here go to the real ones.
 extern "C" {
 void* __real_malloc(std::size_t bytes);
 void* __wrap_malloc(std::size_t bytes) { return mustFail() ? nullptr : __real_malloc(bytes); }
 
 XML_Parser __wrap_XML_ParserCreate(const XML_Char* encoding) {
-  static const XML_Memory_Handling_Suite SUITE = {
-      allocate,
-      [](void* memory, std::size_t bytes) -> void* {
-        if (memory == nullptr) {
-          return allocate(bytes);
-        }
-        return mustFail() ? nullptr : std::realloc(memory, bytes);
-      },
-      release};
+  static const XML_Memory_Handling_Suite SUITE = {allocate,
+                                                  [](void* memory, std::size_t bytes) -> void* {
+                                                    if (memory == nullptr) {
+                                                      return allocate(bytes);
+                                                    }
+                                                    return mustFail() ? nullptr
+                                                                      : std::realloc(memory, bytes);
+                                                  },
+                                                  release};
   return XML_ParserCreate_MM(encoding, &SUITE, nullptr);
 }
 }
-#endif

@@ -2,8 +2,8 @@
 #define TESTS_SUPPORT_FAILINGHEAP_H
 
 /// The heap of a test program whose allocations can be made to fail, for all threads: every form of
-/// operator new and, where the linker lets them be replaced, the library's calls of malloc and the
-/// memory of its XML reader. An executable that has this file replaces all of them.
+/// operator new, the library's calls of malloc and the memory of its XML reader. An executable that
+/// has this file, and tells the linker so, replaces all of them.
 class FailingHeap {
  public:
   enum class Mode {
