@@ -219,18 +219,22 @@ bool LOGBoundedFIFO::waitUntilDelivered(unsigned int milliseconds) {
 }
 
 void LOGBoundedFIFO::drop() {
-  Events dropped;
+  // Without memory, too: a dispatcher ends only when nothing is queued.
+  Events left;
+  Events arrived;
+  std::size_t next = 0;
   {
     const Lock leaving(m_leavingAccess);
     const Lock lock(m_access);
-    dropped.assign(m_leaving.begin() + static_cast<std::ptrdiff_t>(m_nextLeaving), m_leaving.end());
-    dropped.insert(dropped.end(), m_arriving.begin(), m_arriving.end());
-    m_leaving.clear();
-    m_nextLeaving = 0;
-    m_arriving.clear();
+    left.swap(m_leaving);
+    arrived.swap(m_arriving);
+    next = std::exchange(m_nextLeaving, 0);
     numElements = 0;
   }
-  for (LOGLoggingEvent* const event : dropped) {
+  for (; next < left.size(); ++next) {
+    delete left[next];
+  }
+  for (LOGLoggingEvent* const event : arrived) {
     delete event;
   }
 }
