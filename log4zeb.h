@@ -67,7 +67,9 @@
     if (log4zebLogger->wouldLog(LOGLevel::rank)) {                    \
       LOGMessageStream log4zebMessage;                                \
       log4zebMessage.stream() << expr; /* NOLINT(bugprone-macro-*) */ \
-      log4zebLogger->method(log4zebMessage.text());                   \
+      if (log4zebMessage.finish()) {                                  \
+        log4zebLogger->method(log4zebMessage.text());                 \
+      }                                                               \
     }                                                                 \
   } while (false)
 
@@ -80,15 +82,17 @@
     }                                                        \
   } while (false)
 
-#define LOG4ZEB_LOG_THROWN(logger, rank, expr, thrown)                \
-  do {                                                                \
-    LOGLogger* const log4zebLogger = (logger);                        \
-    if (log4zebLogger->wouldLog(LOGLevel::rank)) {                    \
-      LOGMessageStream log4zebMessage;                                \
-      log4zebMessage.stream() << expr; /* NOLINT(bugprone-macro-*) */ \
-      log4zebLogger->logThrown(LOGLevel::rank, log4zebMessage.text(), \
-                               LOGThrowableText::of(thrown));         \
-    }                                                                 \
+#define LOG4ZEB_LOG_THROWN(logger, rank, expr, thrown)                  \
+  do {                                                                  \
+    LOGLogger* const log4zebLogger = (logger);                          \
+    if (log4zebLogger->wouldLog(LOGLevel::rank)) {                      \
+      LOGMessageStream log4zebMessage;                                  \
+      log4zebMessage.stream() << expr; /* NOLINT(bugprone-macro-*) */   \
+      if (log4zebMessage.finish()) {                                    \
+        log4zebLogger->logThrown(LOGLevel::rank, log4zebMessage.text(), \
+                                 LOGThrowableText::of(thrown));         \
+      }                                                                 \
+    }                                                                   \
   } while (false)
 
 #define LOG4ZEB_JOINED(a, b) LOG4ZEB_JOINED_EXPANDED(a, b)

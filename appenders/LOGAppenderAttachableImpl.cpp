@@ -136,6 +136,16 @@ std::vector<LOGAppenderSkeleton*> LOGAppenderAttachableImpl::snapshot() const {
   return {m_appenderList.begin(), m_appenderList.end()};
 }
 
+LOGAppenderSkeleton* LOGAppenderAttachableImpl::at(std::size_t position) const {
+  const std::lock_guard<std::mutex> guard(m_access);
+  for (LOGAppenderSkeleton* const appender : m_appenderList) {
+    if (position-- == 0) {
+      return appender;
+    }
+  }
+  return nullptr;
+}
+
 int LOGAppenderAttachableImpl::isAttached(LOGAppenderSkeleton* appender) {
   const std::vector<LOGAppenderSkeleton*> attached = snapshot();
   if (attached.empty()) {

@@ -58,6 +58,8 @@ class LOG4ZEB_EXPORT LOGAppenderAttachableImpl : public LOGAppenderAttachable, p
   LOGAppenderSkeleton* first() const { return *m_appenderList.begin(); }
   /// The appenders as they are now. May be called without the owner's lock.
   std::vector<LOGAppenderSkeleton*> snapshot() const;
+  /// One of them by number, null beyond the last; the same.
+  LOGAppenderSkeleton* at(std::size_t position) const;
   /// Calls `operation` with each appender in order; the operation may change the list.
   template <typename Operation>
   void forEach(Operation operation) {

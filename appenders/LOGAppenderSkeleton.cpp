@@ -199,9 +199,11 @@ I18NString LOGAppenderSkeleton::format(LOGLayout& layout, LOGLoggingEvent* event
 LOG4ZEB_HOT void LOGAppenderSkeleton::format(LOGLayout& layout, LOGLoggingEvent* event,
                                              I18NString& text) {
   const ZEBThreadGuard guard(layout.getCriticalSection());
+  const unsigned memoryFailures = logMemoryFailures();
   if (typeid(layout) == typeid(LOGPatternLayout)) {
     static_cast<LOGPatternLayout&>(layout).formatInto(text, event);
   } else {
     text = layout.format(event);
   }
+  logRequireMemorySince(memoryFailures);  // half a line is worse than none
 }

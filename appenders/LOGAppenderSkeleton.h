@@ -31,8 +31,8 @@ class LOG4ZEB_EXPORT LOGAppenderSkeleton : public LOGMutex, public LOGAppender, 
   virtual void activateOptions();
 
   /// Appends the event if the appender is open and threshold and filters let it pass. Failures of
-  /// the library's family are reported and end here; others are reported and go to the caller.
-  /// Throws ZEBAssertError when an open appender is given null.
+  /// the library's family, and failed allocations, are reported and end here; others are reported
+  /// and go to the caller. Throws ZEBAssertError when an open appender is given null.
   void doAppend(LOGLoggingEvent* event) override;
   /// Does nothing here; a concrete appender sets m_closed to 1 and frees its destination.
   void close() override;

@@ -49,13 +49,13 @@ constexpr LOGFailureTexts REMOVE_TEXTS{
 
 /// Has file appenders hand over what a dispatcher has held back for them, before they leave its
 /// list.
-void handOver(const LOGAppenderAttachableImpl& list) {
-  for (LOGAppenderSkeleton* const appender : list.snapshot()) {
-    auto* const file = dynamic_cast<LOGFileAppender*>(appender);
+void handOver(LOGAppenderAttachableImpl& list) {
+  list.forEach([](LOGAppenderSkeleton& appender) {
+    auto* const file = dynamic_cast<LOGFileAppender*>(&appender);
     if (file != nullptr) {
       file->handOver();
     }
-  }
+  });
 }
 
 /// Runs `operation` under the list's lock.

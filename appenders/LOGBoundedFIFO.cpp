@@ -249,7 +249,9 @@ bool LOGBoundedFIFO::waitUntilDelivered(unsigned int milliseconds) {
 }
 
 void LOGBoundedFIFO::drop() {
-  LOGEventRecords older;  // both are deleted without the locks
+  // Without memory, too: a dispatcher ends only when nothing is queued. What was is deleted without
+  // the locks.
+  LOGEventRecords older;
   LOGEventRecords newer;
   const Lock leaving(m_leavingAccess);
   const Lock lock(m_access);

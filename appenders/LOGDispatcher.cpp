@@ -28,6 +28,10 @@ constexpr Clock::duration LONGEST_HELD = std::chrono::milliseconds(1);
 constexpr Clock::duration SOON = std::chrono::microseconds(100);
 constexpr int MOST_EVENTS_BETWEEN_LOOKS = 32;
 
+/// As many as are taken at once from a queue that was not shrunk can be taken without an
+/// allocation.
+constexpr std::size_t TAKEN_WITHOUT_MEMORY = 4;
+
 constexpr LOGFailureTexts RUN_TEXTS{"LOGDispatcher::run --- some i18nstring exception occurred",
                                     "LOGDispatcher::run --- some ZEBThrowable exception occurred",
                                     "LOGDispatcher::run --- An unknown exception has occurred."};
@@ -40,6 +44,7 @@ LOGDispatcher::LOGDispatcher(LOGBoundedFIFO* bf, LOGAsyncAppender* container)
   // With this, no event but those beyond a queue that was shrunk needs memory to leave the queue.
   m_memory = ::operator new(sizeof(LOGLoggingEvent));
   m_aai = m_container->getAAI();
+  m_taken.reserve(TAKEN_WITHOUT_MEMORY);
 }
 
 LOGDispatcher::~LOGDispatcher() {

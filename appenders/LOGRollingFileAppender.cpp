@@ -250,11 +250,18 @@ void LOGRollingFileAppender::rollOver() {
     LOGLogLog::debug("LOGRollingFileAppender::rollOver maxBackupIndex " +
                      ZEBUtConvert::handleCvt(maxBackupIndex));
   });
+  int append = 0;
   if (maxBackupIndex >= 1) {
+    const unsigned memoryFailures = logMemoryFailures();
+    const auto hasLackedMemory = [=] { return logMemoryFailures() != memoryFailures; };
     attempt([this] { removeOldestBackup(); });
     attempt([this] { shiftBackups(); });
+    if (hasLackedMemory()) {
+      return;  // the file goes on, and the next event tries again
+    }
     attempt([this] { closeFile(); });
     attempt([this] { renameReporting(0, 1); });
+    append = hasLackedMemory() ? 1 : 0;
   }
-  setFileOptions(fileName, 0, bufferedIO, bufferSize);
+  setFileOptions(fileName, append, bufferedIO, bufferSize);
 }

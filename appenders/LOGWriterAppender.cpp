@@ -76,8 +76,9 @@ void LOGWriterAppender::takeIntoUse(LOGErrorHandler* handler) {
       return;
     }
   }
+  std::unique_ptr<LOGErrorHandler> owned(handler);  // from here on, whatever fails
   m_replacedErrorHandlers.push_back(std::move(m_errorHandler));
-  m_errorHandler.reset(handler);
+  m_errorHandler = std::move(owned);
 }
 
 int LOGWriterAppender::requiresLayout() { return 0; }

@@ -9,7 +9,8 @@ class LOG4ZEB_EXPORT LOG4ZEBConfigurator {
  public:
   virtual ~LOG4ZEBConfigurator();
   /// Reads the configuration document at `path` and applies it. Returns 1, or 0 when the document
-  /// cannot be read; then nothing has changed, and the diagnostics say why.
+  /// cannot be read; then nothing has changed, and the diagnostics say why. Also returns 0 when
+  /// there was no memory for a part of it; the next call makes everything anew.
   static int initialize(const I18NString& path);
   /// Closes every appender and frees what the configuration made. Loggers stay valid; what is
   /// logged through them reaches nothing until the next initialize(). Not to be called by a message

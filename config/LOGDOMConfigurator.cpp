@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <memory>
 #include <string>
 #include <utility>
 
@@ -151,20 +152,27 @@ void forEachChildElement(const ZEBIDOM_Element& parent, Visitor visit) {
 LOGDOMConfigurator::LOGDOMConfigurator() : m_appenderBag(std::make_unique<LOGHashtable>()) {}
 
 LOGDOMConfigurator::~LOGDOMConfigurator() {
-  std::move(m_staleAppenders.begin(), m_staleAppenders.end(), std::back_inserter(m_appenders));
-  m_staleAppenders.clear();
   // Asynchronous ones first: they end threads that use the others.
-  std::stable_partition(m_appenders.begin(), m_appenders.end(), [](const auto& appender) {
-    return dynamic_cast<const LOGAsyncAppender*>(appender.get()) != nullptr;
-  });
-  for (const auto& appender : m_appenders) {
-    contained([&] { appender->close(); });
+  for (const bool isAsync : {true, false}) {
+    forEachAppender([isAsync](LOGAppenderSkeleton& appender) {
+      if ((dynamic_cast<const LOGAsyncAppender*>(&appender) != nullptr) == isAsync) {
+        contained([&] { appender.close(); });
+      }
+    });
   }
-  for (const auto& appender : m_appenders) {
-    contained([&] { detachFromLoggers(appender.get()); });
-  }
+  forEachAppender(
+      [this](LOGAppenderSkeleton& appender) { contained([&] { detachFromLoggers(&appender); }); });
   m_appenderBag->forget();
   m_objectTable.forget();
+}
+
+template <typename Operation>
+void LOGDOMConfigurator::forEachAppender(Operation operation) const {
+  for (const auto* const appenders : {&m_appenders, &m_staleAppenders}) {
+    for (const auto& appender : *appenders) {
+      operation(*appender);
+    }
+  }
 }
 
 void LOGDOMConfigurator::initialize() {
@@ -276,6 +284,7 @@ bool LOGDOMConfigurator::parse(const ZEBIDOM_Element& root) {
   if (!hasConfigurationTag(root)) {
     return false;
   }
+  const unsigned memoryFailures = logMemoryFailures();
   applyRootAttributes(root);
   beginRun(root);
   // Logger factories first, wherever they stand, because loggers may need them.
@@ -298,6 +307,10 @@ bool LOGDOMConfigurator::parse(const ZEBIDOM_Element& root) {
     }
   });
   endRun();
+  if (logMemoryFailures() != memoryFailures) {
+    return false;
+  }
+  m_doubtful.clear();
   return true;
 }
 
@@ -575,7 +588,13 @@ LOGAppenderSkeleton* LOGDOMConfigurator::newAppender(const ZEBIDOM_Element& elem
     rolling->setAddProcID(I18NLocale::equalIgnoreCase(addProcId, "false") ? 0 : 1);
   }
   appender->setName(element.getAttribute(LOG4ZEB_NAME_ATTR));
-  m_appenders.push_back(std::move(appender));
+  m_doubtful.push_back(appender.get());
+  try {
+    m_appenders.push_back(std::move(appender));
+  } catch (...) {
+    m_doubtful.pop_back();
+    throw;
+  }
   return m_appenders.back().get();
 }
 
@@ -684,7 +703,7 @@ LOGFilter* LOGDOMConfigurator::newDyeTraceFilter() {
   const bool isKnown = std::any_of(m_filters.begin(), m_filters.end(),
                                    [&](const auto& known) { return known.get() == filter; });
   if (filter != nullptr && !isKnown) {
-    m_filters.emplace_back(filter);
+    m_filters.push_back(std::unique_ptr<LOGFilter>(filter));
   }
   return filter;
 }
@@ -782,6 +801,9 @@ std::vector<LOGLogger*> LOGDOMConfigurator::allLoggers() const {
 
 void LOGDOMConfigurator::beginRun(const ZEBIDOM_Element& root) {
   m_retired.clear();
+  for (LOGAppenderSkeleton* const appender : m_doubtful) {
+    m_retired.push_back({appender, true});
+  }
   m_appendersOfRun = 0;
   m_appenderElements.clear();
   const ZEBIDOM_NodeList elements = root.getOwnerDocument().getElementsByTagName(APPENDER_TAG);
@@ -792,11 +814,19 @@ void LOGDOMConfigurator::beginRun(const ZEBIDOM_Element& root) {
   // With room for every name, because a table that grows loses some.
   const std::size_t names = m_appenders.size() + elements.getLength() + 1;
   auto bag = std::make_unique<LOGHashtable>(static_cast<int>(2 * names));
-  for (const auto& appender : m_appenders) {
-    bag->put(appender->getName(), appender.get());
+  try {
+    const unsigned memoryFailures = logMemoryFailures();
+    for (const auto& appender : m_appenders) {
+      bag->put(appender->getName(), appender.get());
+    }
+    logRequireMemorySince(memoryFailures);
+  } catch (...) {
+    bag->forget();
+    throw;
   }
   m_appenderBag->forget();
   m_appenderBag = std::move(bag);
+  m_doubtful.clear();
 }
 
 void LOGDOMConfigurator::retireAppendersOf(const LOGLogger& logger) {
@@ -839,6 +869,7 @@ void LOGDOMConfigurator::endRun() {
     }
   }
   closeRetiredAppenders();
+  m_staleAppenders.reserve(m_staleAppenders.size() + m_appenders.size());
   const auto firstStale =
       std::stable_partition(m_appenders.begin(), m_appenders.end(),
                             [](const auto& appender) { return appender->isStale() == 0; });
@@ -889,13 +920,23 @@ void LOGDOMConfigurator::closeRetiredAppenders() {
 }
 
 void LOGDOMConfigurator::detachFromLoggers(LOGAppenderSkeleton* appender) const {
-  for (LOGLogger* const logger : allLoggers()) {
-    const ZEBThreadGuard guard(logger->getCriticalSection());
-    logger->removeAppender(appender);
-    for (LOGAppenderSkeleton* const attached : logger->snapshotOfAppenders()) {
+  const auto detachFrom = [appender](LOGLogger& logger) {
+    const ZEBThreadGuard guard(logger.getCriticalSection());
+    logger.removeAppender(appender);
+    for (std::size_t i = 0; LOGAppenderSkeleton* const attached = logger.appenderAt(i); ++i) {
       if (auto* const holder = dynamic_cast<LOGAppenderAttachable*>(attached)) {
         holder->removeAppender(appender);
       }
     }
+  };
+  if (const auto* const hierarchy = dynamic_cast<const LOGHierarchy*>(m_repository)) {
+    // Without a copy of the list: who still had the appender would use it after its end.
+    for (std::size_t i = 0; LOGLogger* const logger = hierarchy->loggerAt(i); ++i) {
+      detachFrom(*logger);
+    }
+    return;
+  }
+  for (LOGLogger* const logger : allLoggers()) {
+    detachFrom(*logger);
   }
 }

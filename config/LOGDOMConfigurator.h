@@ -143,6 +143,8 @@ class LOG4ZEB_EXPORT LOGDOMConfigurator : public LOGConfigurator, public ZEBThre
                                 const std::vector<LOGAppenderSkeleton*>& attached) const;
   void closeRetiredAppenders();
   void detachFromLoggers(LOGAppenderSkeleton* appender) const;
+  template <typename Operation>
+  void forEachAppender(Operation operation) const;
 
   static LOGDOMConfigurator* m_domConfig;    // guarded by the run lock, like all below
   static LOGLoggerFactory* m_loggerFactory;  // belongs to its library
@@ -160,6 +162,9 @@ class LOG4ZEB_EXPORT LOGDOMConfigurator : public LOGConfigurator, public ZEBThre
   LOGLoggerRepository* m_repository = nullptr;
   int m_procIdFlag = 0;
   int m_procId = 0;
+  // What this run has made, or the last one when it lacked memory: they may be half read, and the
+  // next run makes them anew.
+  std::vector<LOGAppenderSkeleton*> m_doubtful;
 
   std::map<I18NString, ZEBIDOM_Element> m_appenderElements;  // the first of each name
   std::size_t m_appendersOfRun = 0;

@@ -4,15 +4,49 @@
 // How the library reports what goes wrong while it works for an application: each pattern stands
 // here once, the operations only supply their texts.
 
+#include <new>
 #include <utility>
 
 #include "core/LOGLogLog.h"
 #include "platform/I18NRuntimeError.h"
+#include "platform/ZEBOutOfMemoryError.h"
 #include "platform/ZEBThrowable.h"
+
+/// How often the calling thread has met a lack of memory that was reported and went no further. Who
+/// needs a whole result compares it before and after.
+inline unsigned& logMemoryFailures() noexcept {
+  static thread_local unsigned t_failures = 0;
+  return t_failures;
+}
+
+/// Counts the exception that is being handled if it is a lack of memory.
+inline void logNoteFailure() noexcept {
+  try {
+    throw;
+  } catch (const ZEBOutOfMemoryError&) {
+    ++logMemoryFailures();
+  } catch (const std::bad_alloc&) {
+    ++logMemoryFailures();
+  } catch (...) {
+    // It is not.
+  }
+}
+
+/// Throws std::bad_alloc if the calling thread has met a lack of memory since the count was
+/// `before`.
+inline void logRequireMemorySince(unsigned before) {
+  if (logMemoryFailures() != before) {
+    throw std::bad_alloc();
+  }
+}
 
 /// Writes `text` to the diagnostics as an error, records that in `failure`, and returns: the
 /// failure ends here. A failure of the diagnostics themselves ends here too.
-inline void logReportSwallowed(const I18NString& text, ZEBThrowable& failure) noexcept {
+template <typename Text>
+void logReportSwallowed(const Text& text, ZEBThrowable& failure) noexcept {
+  if (dynamic_cast<const ZEBOutOfMemoryError*>(&failure) != nullptr) {
+    ++logMemoryFailures();
+  }
   try {
     LOGLogLog::error(text, failure);
   } catch (const std::exception&) {
@@ -29,6 +63,12 @@ inline void logReport(const char* text) noexcept {
   }
 }
 
+/// The same for an allocation that failed without an exception of the library's family.
+inline void logReportOutOfMemory(const char* text) noexcept {
+  ++logMemoryFailures();
+  logReport(text);
+}
+
 /// What an operation reports for a text that could not be converted, for another exception of the
 /// library's family, and for anything else.
 struct LOGFailureTexts {
@@ -40,8 +80,9 @@ struct LOGFailureTexts {
   static constexpr LOGFailureTexts same(const char* text) { return {text, text, text}; }
 };
 
-/// Runs `operation`. Exceptions of the library's family are reported and end here; anything else is
-/// reported and goes on to the caller. Returns whether the operation came to its end.
+/// Runs `operation`. Exceptions of the library's family are reported and end here, and a failed
+/// allocation counts as one of them; anything else is reported and goes on to the caller. Returns
+/// whether the operation came to its end.
 template <typename Operation>
 bool logReportingFailures(const LOGFailureTexts& texts, Operation&& operation) {
   try {
@@ -51,6 +92,8 @@ bool logReportingFailures(const LOGFailureTexts& texts, Operation&& operation) {
     logReportSwallowed(texts.stringError, failure);
   } catch (ZEBThrowable& failure) {
     logReportSwallowed(texts.throwable, failure);
+  } catch (const std::bad_alloc&) {
+    logReportOutOfMemory(texts.throwable);
   } catch (...) {
     logReport(texts.other);
     throw;
@@ -65,6 +108,19 @@ bool logContainingFailures(const LOGFailureTexts& texts, Operation&& operation) 
     return logReportingFailures(texts, std::forward<Operation>(operation));
   } catch (...) {
     return false;  // reported already
+  }
+}
+
+/// Runs `operation`. A lack of memory is reported with `text` and ends here; anything else goes on
+/// to the caller as it is.
+template <typename Operation>
+void logContainingLackOfMemory(const char* text, Operation&& operation) {
+  try {
+    std::forward<Operation>(operation)();
+  } catch (ZEBOutOfMemoryError& failure) {
+    logReportSwallowed(text, failure);
+  } catch (const std::bad_alloc&) {
+    logReportOutOfMemory(text);
   }
 }
 

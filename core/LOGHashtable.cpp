@@ -7,7 +7,7 @@
 #include <new>
 #include <utility>
 
-#include "core/LOGLogLog.h"
+#include "core/LOGFailures.h"
 #include "core/LOGObject.h"
 
 namespace {
@@ -44,7 +44,10 @@ LOGHashtable::Node** LOGHashtable::newBuckets(int capacity, int headsPerBucket) 
 void LOGHashtable::allocateBuckets(int capacity, int headsPerBucket) {
   if (capacity > 0) {
     m_buckets = newBuckets(capacity, headsPerBucket);
-    m_capacity = m_buckets == nullptr ? 0 : capacity;
+    if (m_buckets == nullptr) {
+      throw std::bad_alloc();
+    }
+    m_capacity = capacity;
   }
 }
 
@@ -58,7 +61,7 @@ bool LOGHashtable::makeRoom() {
 int LOGHashtable::link(std::unique_ptr<LOGLoggerKey> key, LOGObject* value) {
   auto* const memory = static_cast<Node*>(std::malloc(sizeof(Node)));
   if (memory == nullptr) {
-    LOGLogLog::error("LOGHashtable::put ---- Could not allocate memory");
+    logReportOutOfMemory("LOGHashtable::put ---- Could not allocate memory");
     return 0;
   }
   Node*& head = m_buckets[key->hashCode() % static_cast<std::uint32_t>(m_capacity)];
@@ -110,7 +113,12 @@ int LOGHashtable::containsKey(const LOGLoggerKey* key) const { return get(key) !
 int LOGHashtable::contains(const I18NString& name) const { return get(name) != nullptr ? 1 : 0; }
 
 int LOGHashtable::remove(const LOGLoggerKey* key) {
-  Node** const link = key == nullptr ? nullptr : findLink(key->getString(), key->hashCode());
+  return unlink(key == nullptr ? nullptr : findLink(key->getString(), key->hashCode()));
+}
+
+int LOGHashtable::remove(const I18NString& name) { return unlink(findLink(name, name.hash())); }
+
+int LOGHashtable::unlink(Node** link) {
   if (link == nullptr) {
     return -1;
   }
@@ -118,11 +126,6 @@ int LOGHashtable::remove(const LOGLoggerKey* key) {
   *link = node->next;
   deleteNode(node);
   return --m_count;
-}
-
-int LOGHashtable::remove(const I18NString& name) {
-  const LOGLoggerKey key(name);
-  return remove(&key);
 }
 
 void LOGHashtable::removeLost(const LOGObject* value) {
@@ -170,7 +173,7 @@ void LOGHashtable::reSize() {
                            ? nullptr
                            : newBuckets(m_capacity * 2, HEADS_REQUESTED_PER_BUCKET);
   if (grown == nullptr) {
-    LOGLogLog::error("LOGHashtable::reSize ---- Could not allocate memory");
+    logReportOutOfMemory("LOGHashtable::reSize ---- Could not allocate memory");
     return;
   }
   const auto newCapacity = static_cast<std::uint32_t>(m_capacity) * 2;

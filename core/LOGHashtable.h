@@ -18,7 +18,7 @@ class LOGObject;
 /// the table.
 class LOG4ZEB_EXPORT LOGHashtable : public LOGMutex {
  public:
-  /// 200 buckets.
+  /// 200 buckets. Each constructor throws std::bad_alloc.
   LOGHashtable();
   /// The load factor is stored and never consulted. A capacity below 1 gives a table without
   /// buckets, which takes nothing.
@@ -69,6 +69,8 @@ class LOG4ZEB_EXPORT LOGHashtable : public LOGMutex {
   bool makeRoom();
   int link(std::unique_ptr<LOGLoggerKey> key, LOGObject* value);
   Node** findLink(const I18NString& name, std::uint32_t hash) const;
+  /// Deletes the entry at `link`; the result is that of remove().
+  int unlink(Node** link);
   void allocateBuckets(int capacity, int headsPerBucket);
   static Node** newBuckets(int capacity, int headsPerBucket);
   static void deleteNode(Node* node);

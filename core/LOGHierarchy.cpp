@@ -25,6 +25,14 @@ bool isLogger(const LOGObject* object) {
 
 LOGLogger* asLogger(LOGObject* object) { return static_cast<LOGLogger*>(object); }
 
+/// Lets the next element be added without a failure.
+template <typename List>
+void makeRoomForOneMore(List& list) {
+  if (list.size() == list.capacity()) {
+    list.reserve(2 * list.size() + 1);
+  }
+}
+
 }  // namespace
 
 LOGHierarchy::LOGHierarchy()
@@ -73,8 +81,10 @@ LOGLevel* LOGHierarchy::getThreshold() { return m_threshold; }
 void LOGHierarchy::emitNoAppenderWarning(LOGLogger* logger) {
   if (m_emittedNoAppenderWarning.load() == 0) {
     ZEB_ASSERT(logger, SOURCE, __LINE__);
+    const I18NString warning =
+        "No appenders could be found for logger (" + logger->getName() + ").";
     if (m_emittedNoAppenderWarning.exchange(1) == 0) {
-      LOGLogLog::warn("No appenders could be found for logger (" + logger->getName() + ").");
+      LOGLogLog::warn(warning);
     }
   }
 }
@@ -139,14 +149,43 @@ std::unique_ptr<LOGLogger> LOGHierarchy::createLogger(const I18NString& name,
 }
 
 bool LOGHierarchy::enter(const I18NString& name, std::unique_ptr<LOGLogger> logger) {
-  m_notInTable.push_back(std::move(logger));
-  m_allLoggers.push_back(m_notInTable.back().get());
-  if (putIntoTable(name, m_allLoggers.back()) == 0) {
-    return false;
+  // Room first, so that nothing fails once the table has the logger.
+  makeRoomForOneMore(m_notInTable);
+  makeRoomForOneMore(m_allLoggers);
+  const bool isInTable = putIntoTable(name, logger.get()) != 0;
+  m_allLoggers.push_back(logger.get());
+  if (isInTable) {
+    static_cast<void>(logger.release());
+  } else {
+    m_notInTable.push_back(std::move(logger));
   }
-  static_cast<void>(m_notInTable.back().release());
-  m_notInTable.pop_back();
-  return true;
+  return isInTable;
+}
+
+void LOGHierarchy::withdraw(const I18NString& name, LOGLogger* logger) noexcept {
+  m_allLoggers.pop_back();
+  if (!m_notInTable.empty() && m_notInTable.back().get() == logger) {
+    m_notInTable.pop_back();
+  } else if (m_ht->get(name) == static_cast<LOGObject*>(logger)) {
+    m_ht->remove(name);
+  } else {
+    m_ht->removeLost(logger);
+  }
+}
+
+template <typename Operation>
+void LOGHierarchy::linking(const I18NString& name, LOGLogger* logger, Operation operation) {
+  try {
+    operation();
+  } catch (...) {
+    for (LOGProvisionNode* const node : m_waitedAt) {
+      node->removeLastElement();
+    }
+    m_waitedAt.clear();
+    withdraw(name, logger);
+    throw;
+  }
+  m_waitedAt.clear();
 }
 
 int LOGHierarchy::putIntoTable(const I18NString& name, LOGObject* object) {
@@ -164,14 +203,19 @@ LOGLogger* LOGHierarchy::replaceProvision(const I18NString& name, LOGLoggerFacto
   LOGLogger* const logger = made.get();
   const std::unique_lock<std::shared_mutex> access(m_tableAccess);
   // The provision node stays behind the new entry, which shadows it.
-  enter(name, std::move(made));
+  const bool isInTable = enter(name, std::move(made));
   // The new logger is linked upwards before anything is linked to it, so that other threads never
   // walk over a logger whose parent is not settled.
-  const std::vector<LOGLogger*> children = findChildren(&provision, logger);
-  logger->setParent(findParent(logger));
-  for (LOGLogger* const child : children) {
-    child->setParent(logger);
-  }
+  linking(name, logger, [&] {
+    if (!isInTable) {
+      throw std::bad_alloc();  // the next look-up would meet the provision again
+    }
+    const std::vector<LOGLogger*> children = findChildren(&provision, logger);
+    logger->setParent(findParent(logger));
+    for (LOGLogger* const child : children) {
+      child->setParent(logger);
+    }
+  });
   return logger;
 }
 
@@ -188,10 +232,13 @@ LOGLogger* LOGHierarchy::addNew(const I18NString& name, LOGLoggerFactory* factor
   std::unique_ptr<LOGLogger> made = createLogger(name, factory);
   LOGLogger* const logger = made.get();
   const std::unique_lock<std::shared_mutex> access(m_tableAccess);
-  if (!enter(name, std::move(made))) {
-    LOGLogLog::error("LOGHierrachy::getLogger ---- Could not put Logger in LOGHashtable");
-  }
-  logger->setParent(findParent(logger));
+  const bool isInTable = enter(name, std::move(made));
+  linking(name, logger, [&] {
+    if (!isInTable) {
+      LOGLogLog::error("LOGHierrachy::getLogger ---- Could not put Logger in LOGHashtable");
+    }
+    logger->setParent(findParent(logger));
+  });
   return logger;
 }
 
@@ -228,11 +275,15 @@ LOGLogger* LOGHierarchy::findParent(LOGLogger* logger) {
     if (found == nullptr) {
       LOGLogLog::debug("Creating a new provision [" + prefix + "] for LOGLogger [" + name + "].");
       auto provision = std::make_unique<LOGProvisionNode>(logger);
-      if (putIntoTable(prefix, provision.get()) != 0) {
-        static_cast<void>(provision.release());
+      makeRoomForOneMore(m_waitedAt);
+      if (putIntoTable(prefix, provision.get()) == 0) {
+        throw std::bad_alloc();  // a later logger of that name would not become an ancestor
       }
+      m_waitedAt.push_back(provision.release());
     } else if (found->instanceOf() == PROVISION_TAG) {
+      makeRoomForOneMore(m_waitedAt);
       static_cast<LOGProvisionNode*>(found)->addElement(logger);
+      m_waitedAt.push_back(static_cast<LOGProvisionNode*>(found));
     } else {
       LOGLogLog::error(
           "LOGHierarchy::updateParents --- Could not find a logger parent neither a provision for "
@@ -275,9 +326,18 @@ std::vector<LOGLogger*> LOGHierarchy::getAllLoggers() const {
   return loggers;
 }
 
+LOGLogger* LOGHierarchy::loggerAt(std::size_t position) const {
+  const std::shared_lock<std::shared_mutex> access(m_tableAccess);
+  if (m_root != nullptr && position-- == 0) {
+    return m_root;
+  }
+  return position < m_allLoggers.size() ? m_allLoggers[position] : nullptr;
+}
+
 template <typename Operation>
 void LOGHierarchy::forEachLogger(Operation operation) const {
-  for (LOGLogger* const logger : getAllLoggers()) {
+  // Not over a copy: a shutdown must not need memory.
+  for (std::size_t i = 0; LOGLogger* const logger = loggerAt(i); ++i) {
     operation(*logger);
   }
 }
@@ -288,18 +348,23 @@ void LOGHierarchy::shutdown() {
 }
 
 void LOGHierarchy::shutdownExclusively() {
-  std::vector<LOGAppenderSkeleton*> appenders;
-  forEachLogger([&](LOGLogger& logger) {
-    const std::vector<LOGAppenderSkeleton*> attached = logger.snapshotOfAppenders();
-    appenders.insert(appenders.end(), attached.begin(), attached.end());
+  logContainingLackOfMemory("LOGHierarchy::shutdown -- no memory to flush in order", [this] {
+    std::vector<LOGAppenderSkeleton*> appenders;
+    forEachLogger([&](LOGLogger& logger) {
+      const std::vector<LOGAppenderSkeleton*> attached = logger.snapshotOfAppenders();
+      appenders.insert(appenders.end(), attached.begin(), attached.end());
+    });
+    LOGAsyncAppender::flushReachable(appenders, LOGAsyncAppender::LONGEST_FINAL_FLUSH);
   });
-  LOGAsyncAppender::flushReachable(appenders, LOGAsyncAppender::LONGEST_FINAL_FLUSH);
   // Closing one waits for its thread, which may be logging: not under a logger's lock, as below.
-  for (LOGAppenderSkeleton* const appender : appenders) {
-    if (dynamic_cast<LOGAsyncAppender*>(appender) != nullptr) {
-      appender->close();
+  forEachLogger([](LOGLogger& logger) {
+    for (std::size_t i = 0; LOGAppenderSkeleton* const appender = logger.appenderAt(i); ++i) {
+      if (auto* const async = dynamic_cast<LOGAsyncAppender*>(appender)) {
+        async->flush(LOGAsyncAppender::LONGEST_FINAL_FLUSH);
+        async->close();
+      }
     }
-  }
+  });
   forEachLogger([](LOGLogger& logger) { logger.closeNestedAppenders(); });
   forEachLogger([](LOGLogger& logger) { logger.removeAllAppenders(); });
   LOGLogLog::shutdown();

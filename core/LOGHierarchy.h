@@ -2,6 +2,7 @@
 #define CORE_LOGHIERARCHY_H
 
 #include <atomic>
+#include <cstddef>
 #include <memory>
 #include <shared_mutex>
 #include <vector>
@@ -60,6 +61,8 @@ class LOG4ZEB_EXPORT LOGHierarchy : public LOGMutex,
   /// The root and every logger that was ever made here, also those that the table of names lost or
   /// refused.
   std::vector<LOGLogger*> getAllLoggers() const;
+  /// One of them by number, null beyond the last.
+  LOGLogger* loggerAt(std::size_t position) const;
 
   /// Lets asynchronous appenders pass on what they have queued, up to two seconds each; closes and
   /// removes all appenders; then shuts down the diagnostics and the configurator.
@@ -83,6 +86,12 @@ class LOG4ZEB_EXPORT LOGHierarchy : public LOGMutex,
   std::unique_ptr<LOGLogger> createLogger(const I18NString& name, LOGLoggerFactory* factory);
   /// Takes ownership; returns whether the table took the logger too.
   bool enter(const I18NString& name, std::unique_ptr<LOGLogger> logger);
+  /// Deletes the logger that was entered last, under that name.
+  void withdraw(const I18NString& name, LOGLogger* logger) noexcept;
+  /// Runs `operation`, which links the logger that was entered last. What it throws leaves nothing
+  /// behind that knows the logger, which is deleted, and goes on to the caller.
+  template <typename Operation>
+  void linking(const I18NString& name, LOGLogger* logger, Operation operation);
   /// Puts into the table of names; the result is the table's.
   int putIntoTable(const I18NString& name, LOGObject* object);
   void remember(LOGLogger* logger) noexcept;
@@ -113,6 +122,8 @@ class LOG4ZEB_EXPORT LOGHierarchy : public LOGMutex,
   LOGLoggerIndex m_index;
   std::vector<LOGLogger*> m_allLoggers;                  // guarded like the table
   std::vector<std::unique_ptr<LOGLogger>> m_notInTable;  // guarded like the table
+  // The nodes where the logger being linked waits. Changed under the table's own lock.
+  std::vector<LOGProvisionNode*> m_waitedAt;
 };
 
 #endif

@@ -1,5 +1,6 @@
 #include "core/LOGLogLog.h"
 
+#include <cstddef>
 #include <fstream>
 #include <memory>
 #include <new>
@@ -15,6 +16,7 @@ namespace {
 
 constexpr const char* SETTINGS_FILE = "../configuration/logdebug.ini";
 constexpr const char* DEFAULT_DEBUG_FILE = "log4zeb.log";
+constexpr std::size_t LONGEST_FILE_NAME = 4096;
 constexpr const char* PREFIX = "log4zeb: ";
 constexpr const char* ERR_PREFIX = "log4zeb:ERROR ";
 constexpr const char* WARN_PREFIX = "log4zeb:WARN ";
@@ -107,6 +109,7 @@ void LOGLogLog::initLocked() {
   }
   std::string debugWord;
   std::string fileName;
+  fileName.reserve(LONGEST_FILE_NAME);  // a stream would keep a lack of memory to itself
   settings >> debugWord >> fileName;
   m_debugEnabled = debugWord == "1" ? 1 : 0;
   // The settings know no word for quiet mode: reading them always ends it.

@@ -17,6 +17,7 @@
 namespace {
 
 constexpr const char* SOURCE = "LOGLogger";
+constexpr const char* EVENT_LOST = "LOGLogger -- no memory for an event, which is lost";
 
 /// Runs `operation` under the logger's lock; a failure is reported with `text` and goes on.
 template <typename Operation>
@@ -120,19 +121,25 @@ void LOGLogger::logEnabled(int rank, LOGObject* message) {
 LOG4ZEB_HOT void LOGLogger::logEnabled(int rank, const I18NString& message) {
   LOGLevel* const level = LOGLevel::toLevel(rank);
   if (level != nullptr) {
-    LOGLoggingEvent event(this, level, LOGMessageText{message});
-    callAppenders(&event);
+    logContainingLackOfMemory(EVENT_LOST, [&] {
+      LOGLoggingEvent event(this, level, LOGMessageText{message});
+      callAppenders(&event);
+    });
   }
 }
 
 void LOGLogger::logThrown(int rank, const I18NString& message, const I18NString& throwable) {
   LOGLevel* const level = wouldLog(rank) ? LOGLevel::toLevel(rank, nullptr) : nullptr;
   if (level != nullptr) {
-    LOGLoggingEvent event(this, level, LOGMessageText{message});
-    zebTranslate(SOURCE, __LINE__, [&] { event.setThrowableStrRep(throwable); });
-    callAppenders(&event);
+    logContainingLackOfMemory(EVENT_LOST, [&] {
+      LOGLoggingEvent event(this, level, LOGMessageText{message});
+      zebTranslate(SOURCE, __LINE__, [&] { event.setThrowableStrRep(throwable); });
+      callAppenders(&event);
+    });
   }
 }
+
+void LOGLogger::reportLostEvent() noexcept { logReportOutOfMemory(EVENT_LOST); }
 
 bool LOGLogger::passesRepositoryAndLevel(const LOGLevel* level) const {
   LOGLoggerRepository* const repository = getRepository();
@@ -148,8 +155,10 @@ void LOGLogger::log(LOGLevel* level, LOGObject* message) {
 
 void LOGLogger::log(LOGLevel* level, const I18NString& message) {
   if (passesRepositoryAndLevel(level)) {
-    LOGObject object(message);
-    forcedLog(m_FQCN, level, &object);
+    logContainingLackOfMemory(EVENT_LOST, [&] {
+      LOGObject object(message);
+      forcedLog(m_FQCN, level, &object);
+    });
   }
 }
 
@@ -160,8 +169,10 @@ void LOGLogger::l7dlog(LOGLevel* level, const I18NString& key) {
   ZEB_ASSERT(level, SOURCE, 376);
   if (passesRepositoryAndLevel(level)) {
     const I18NString& text = getResourceBundleString(key);
-    LOGObject message(text.isEmpty() ? key : text);
-    forcedLog(m_FQCN, level, &message);
+    logContainingLackOfMemory(EVENT_LOST, [&] {
+      LOGObject message(text.isEmpty() ? key : text);
+      forcedLog(m_FQCN, level, &message);
+    });
   }
 }
 
@@ -169,14 +180,15 @@ void LOGLogger::l7dlog(LOGLevel* level, const I18NString& key, LOGObject*) { l7d
 
 void LOGLogger::assertLog(int assertion, const I18NString& msg) {
   if (assertion == 0) {
-    LOGObject message(msg);
-    error(&message);
+    error(msg);
   }
 }
 
 void LOGLogger::forcedLog(const I18NString& fqn, LOGLevel* level, LOGObject* message) {
-  LOGLoggingEvent event(fqn, this, level, message);
-  callAppenders(&event);
+  logContainingLackOfMemory(EVENT_LOST, [&] {
+    LOGLoggingEvent event(fqn, this, level, message);
+    callAppenders(&event);
+  });
 }
 
 LOG4ZEB_HOT void LOGLogger::callAppenders(LOGLoggingEvent* event) {

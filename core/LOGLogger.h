@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <new>
 #include <type_traits>
 #include <vector>
 
@@ -39,7 +40,8 @@ class LOG4ZEB_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   LOGObject* clone() const override;
 
   /// Each logs `message` when its level is enabled. The message stays the caller's and may be null.
-  /// These requests also work while the logger has no repository.
+  /// These requests also work while the logger has no repository. Without memory for the event it
+  /// is lost and the diagnostics say so, here and in all other requests to log.
   void debug(LOGObject* message) { request(LOGLevel::DEBUG_RANK, message); }
   void info(LOGObject* message) { request(LOGLevel::INFO_RANK, message); }
   void warn(LOGObject* message) { request(LOGLevel::WARN_RANK, message); }
@@ -151,6 +153,8 @@ class LOG4ZEB_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   void removeAppender(LOGAppenderSkeleton* appender) override;
   /// The appenders as they are now, without taking the logger's lock.
   std::vector<LOGAppenderSkeleton*> snapshotOfAppenders() const { return m_aai.snapshot(); }
+  /// One of them by number, null beyond the last.
+  LOGAppenderSkeleton* appenderAt(std::size_t position) const { return m_aai.at(position); }
   /// Attaches these appenders in place of those there, which are not closed, in one step: no event
   /// meets a part of either set.
   void replaceAppenders(const std::vector<LOGAppenderSkeleton*>& appenders);
@@ -192,11 +196,17 @@ class LOG4ZEB_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   template <typename Text>
   void requestText(int rank, const Text& message) {
     if (wouldLog(rank)) {
-      logEnabled(rank, I18NString(message));
+      try {
+        logEnabled(rank, I18NString(message));
+      } catch (const std::bad_alloc&) {
+        reportLostEvent();
+      }
     }
   }
   void logEnabled(int rank, LOGObject* message);
   void logEnabled(int rank, const I18NString& message);
+  /// Reports that there was no memory for an event.
+  static void reportLostEvent() noexcept;
   LOGLevel* keptCopyOf(const LOGLevel& level);
   void storeLevel(const LOGLevel* level);
 

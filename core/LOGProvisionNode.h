@@ -13,6 +13,8 @@ class LOG4ZEB_EXPORT LOGProvisionNode : public LOGObject {
   /// Throws ZEBAssertError when `logger` is null. Loggers are not owned.
   explicit LOGProvisionNode(LOGLogger* logger);
   void addElement(LOGLogger* logger) { m_elements.add(logger); }
+  /// REQUIRES: there is one.
+  void removeLastElement() { m_elements.remove(m_elements.last()); }
   const ZEBList<LOGLogger*>& getElements() const noexcept { return m_elements; }
 
  private:

@@ -3,6 +3,7 @@
 #include <typeinfo>
 #include <utility>
 
+#include "core/LOGFailures.h"
 #include "core/LOGLoggingEvent.h"
 #include "layouts/LOGAbsoluteTimeDateFormat.h"
 #include "layouts/LOGDateTimeDateFormat.h"
@@ -50,7 +51,10 @@ LOG4ZEB_HOT bool LOGDatePatternConverter::appendText(I18NString& text, LOGLoggin
   if (!m_isKnownFormat || m_text.isEmpty() || m_date.getTime() != event->getTimeStamp()) {
     m_text.clear();
     m_date.setTime(event->getTimeStamp());
-    m_text = m_dateFormat->format(&m_date);
+    const unsigned memoryFailures = logMemoryFailures();
+    const I18NString& date = m_dateFormat->format(&m_date);
+    logRequireMemorySince(memoryFailures);
+    m_text = date;
   }
   text.append(m_text);
   return true;

@@ -138,6 +138,7 @@ LOG4ZEB_HOT LOG4ZEB_FLAT void LOGPatternLayout::build(I18NString& text, LOGLoggi
       text.append(step->literal);
     }
   } catch (...) {
+    logNoteFailure();
     LOGLogLog::error("LOGPatternLayout::format --- An unknown error occurred.");
   }
 }

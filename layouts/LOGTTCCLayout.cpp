@@ -4,8 +4,8 @@
 #include <string_view>
 #include <utility>
 
+#include "core/LOGFailures.h"
 #include "core/LOGLevel.h"
-#include "core/LOGLogLog.h"
 #include "core/LOGLoggingEvent.h"
 #include "platform/ZEBAssertError.h"
 
@@ -35,6 +35,7 @@ const I18NString& LOGTTCCLayout::format(LOGLoggingEvent* event) {
   try {
     buildLine(line, *event);
   } catch (...) {
+    logNoteFailure();
     LOGLogLog::debug("LOGTTCCLayout:format --- an unknown error has occurred.");
   }
   return keep(std::move(line));

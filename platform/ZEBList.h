@@ -61,6 +61,10 @@ class ZEBList {
   bool isEmpty() const noexcept { return m_count == 0; }
 
   ZEBListIterator<T> begin() const noexcept { return {0, &m_sentinel, m_sentinel.getNext()}; }
+  /// REQUIRES: the list is not empty.
+  ZEBListIterator<T> last() const noexcept {
+    return {m_count - 1, &m_sentinel, m_sentinel.getPrevious()};
+  }
   ZEBListIterator<T> end() const noexcept { return {m_count, &m_sentinel, &m_sentinel}; }
 
  private:

@@ -1,0 +1,587 @@
+// What the library does when there is no memory: each allocation that an operation makes fails once
+// alone, and once together with all that follow.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <future>
+#include <iostream>
+#include <map>
+#include <memory>
+#include <new>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "core/LOGDefaultRepositorySelector.h"
+#include "core/LOGHierarchy.h"
+#include "core/LOGRootLogger.h"
+#include "log4zeb.h"
+#include "platform/ZEBOutOfMemoryError.h"
+#include "support/DatagramReceiver.h"
+#include "support/FailingHeap.h"
+#include "support/RedirectedStream.h"
+#include "support/TestEvent.h"
+#include "support/Workplace.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+using Mode = FailingHeap::Mode;
+using Lines = std::vector<std::string>;
+
+constexpr const char* LONG_TEXT = "a message that is longer than what a text holds without memory";
+constexpr int PATIENCE = 10000;  // milliseconds
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr long CONFIGURATION_STEP = 7;
+#else
+constexpr long CONFIGURATION_STEP = 1;
+#endif
+
+/// One run of an operation: what it needs is made by the constructor and gone with the destructor.
+class Round {
+ public:
+  virtual ~Round() = default;
+  /// Runs while memory fails.
+  virtual void call() = 0;
+  /// Does the same again with enough memory, on another thread, and expects that it is right.
+  virtual void again() = 0;
+  /// Whether there was memory to report what was lost.
+  bool isReported = false;
+};
+
+enum class Throws { Never, OutOfMemory };
+
+/// Whether the call threw what it may.
+bool callKeepsToItsWord(Round& round, Throws throws) {
+  try {
+    round.call();
+    return true;
+  } catch (const std::bad_alloc&) {
+    return throws == Throws::OutOfMemory;
+  } catch (const ZEBOutOfMemoryError&) {
+    return throws == Throws::OutOfMemory;
+  } catch (...) {
+    return false;
+  }
+}
+
+/// A lock that the call has left held would stop another thread for ever.
+void againOnAnotherThread(Round& round) {
+  auto done = std::async(std::launch::async, [&] { round.again(); });
+  if (done.wait_for(std::chrono::milliseconds(PATIENCE)) != std::future_status::ready) {
+    ADD_FAILURE() << "another thread waits for ever";
+    std::cout.flush();
+    std::_Exit(EXIT_FAILURE);
+  }
+  done.get();
+}
+
+/// Runs a round for the first, the second, ... allocation of its call that fails, `step` apart, and
+/// expects that nothing is left of any.
+template <typename Make>
+void sweep(const std::string& name, Throws throws, Make make, long step = 1) {
+  for (int i = 0; i < 2; ++i) {  // fills what is kept for good
+    const auto round = make();
+    ASSERT_TRUE(callKeepsToItsWord(*round, Throws::Never)) << name;
+    againOnAnotherThread(*round);
+  }
+  for (const Mode mode : {Mode::One, Mode::AllFrom}) {
+    long positions = 0;
+    bool hasFailed = true;
+    for (long n = 1; hasFailed; n += step) {
+      SCOPED_TRACE(name + (mode == Mode::One ? ", one: " : ", all from: ") + std::to_string(n));
+      if (fs::exists("log4zeb.log")) {
+        Workplace::clearDiagnostics();
+      }
+      const long live = FailingHeap::live();
+      auto round = make();
+      round->isReported = mode == Mode::One;
+      FailingHeap::fail(n, mode);
+      const bool isRight = callKeepsToItsWord(*round, throws);
+      hasFailed = FailingHeap::end();
+      EXPECT_TRUE(isRight) << "threw";
+      againOnAnotherThread(*round);
+      round.reset();
+      EXPECT_EQ(FailingHeap::live() - live, 0);
+      if (testing::Test::HasFailure()) {
+        return;
+      }
+      positions += hasFailed ? 1 : 0;
+    }
+    std::cout << name << (mode == Mode::One ? ", one fails: " : ", all from one on fail: ")
+              << positions << " positions\n";
+  }
+}
+
+/// A fresh hierarchy that the manager hands out.
+class OwnHierarchy : public Round {
+ protected:
+  OwnHierarchy() { LOGManager::setRepositorySelector(&m_selector, &m_root); }
+  ~OwnHierarchy() override {
+    LOG4ZEBConfigurator::shutdown();
+    static LOGRootLogger root(nullptr);
+    static LOGHierarchy lasting(&root);
+    static LOGDefaultRepositorySelector selector(&lasting);
+    LOGManager::setRepositorySelector(&selector, &root);
+  }
+
+  LOGRootLogger m_root{nullptr};
+  LOGHierarchy m_hierarchy{&m_root};
+
+ private:
+  LOGDefaultRepositorySelector m_selector{&m_hierarchy};
+};
+
+/// The lines are some of the expected ones in their order, and the last `required` of them.
+void expectLines(const Lines& lines, const Lines& expected, std::size_t required) {
+  auto next = expected.begin();
+  for (const std::string& line : lines) {
+    next = std::find(next, expected.end(), line);
+    ASSERT_TRUE(next != expected.end()) << "unexpected or twice: " << line;
+    ++next;
+  }
+  ASSERT_GE(lines.size(), required);
+  EXPECT_TRUE(std::equal(expected.end() - static_cast<std::ptrdiff_t>(required), expected.end(),
+                         lines.end() - static_cast<std::ptrdiff_t>(required)));
+}
+
+// ---- loggers
+
+const Lines NAMES = {"application.subsystem.component.part", "application.subsystem",
+                     "application.subsystem.component.other", "application", "application.x"};
+
+class LoggersRound : public OwnHierarchy {
+ public:
+  explicit LoggersRound(int others) {
+    for (int i = 0; i < others; ++i) {
+      m_hierarchy.getLogger("other" + std::to_string(i));
+    }
+    m_before = m_hierarchy.getAllLoggers().size();
+  }
+  ~LoggersRound() override { LOGNDC::remove(); }
+  void call() override {
+    LOGNDC::push(LONG_TEXT);
+    LOGNDC::push(LONG_TEXT);
+    askForAll(m_hierarchy);
+  }
+  void again() override {
+    LOGNDC::push(LONG_TEXT);
+    EXPECT_EQ(LOGNDC::get(), LONG_TEXT);
+    askForAll(m_hierarchy);
+    m_hierarchy.getLogger("application")->setLevel(LOGLevel::toLevel("WARN"));
+    EXPECT_STREQ(m_hierarchy.getLogger(NAMES[0])->getChainedLevel()->toString(), "WARN");
+    if (Workplace::diagnosticsWith("Could not put Logger") > 0) {
+      return;  // one logger more, which nobody finds, waits with the others
+    }
+    EXPECT_EQ(m_hierarchy.getAllLoggers().size(), m_before + NAMES.size());
+    LOGRootLogger root(nullptr);
+    LOGHierarchy fresh(&root);
+    askForAll(fresh);
+    for (const std::string& name : NAMES) {
+      ASSERT_NE(m_hierarchy.exists(name), nullptr) << name;
+      EXPECT_EQ(m_hierarchy.exists(name)->getParent()->getName(),
+                fresh.exists(name)->getParent()->getName())
+          << name;
+    }
+  }
+
+ private:
+  static void askForAll(LOGHierarchy& hierarchy) {
+    for (const std::string& name : NAMES) {
+      hierarchy.getLogger(name);
+    }
+  }
+
+  std::size_t m_before = 0;
+};
+
+// ---- documents and events
+
+const std::string PATTERN = R"(<layout class="LOGPatternLayout"><param name="ConversionPattern"
+  value="%d{ISO8601} %d{HH:mm:ss,SSS} %-20.30c{2} %p %t %x %m %l %F %L %M %C %r%n"/></layout>)";
+const std::string PLAIN = R"(<layout class="LOGPatternLayout">
+  <param name="ConversionPattern" value="%m%n"/></layout>)";
+
+std::string layout(const std::string& name) { return "<layout class=\"" + name + "\"/>"; }
+
+std::string appender(const std::string& name, const std::string& className,
+                     const std::string& children) {
+  return "<appender name=\"" + name + "\" class=\"" + className + "\">" + children + "</appender>";
+}
+
+std::string param(const std::string& name, const std::string& value) {
+  return "<param name=\"" + name + "\" value=\"" + value + "\"/>";
+}
+
+std::string file(const std::string& name, const std::string& layoutElement) {
+  return appender(name, "LOGFileAppender",
+                  param("File", name + "-with-a-name-that-needs-memory.out") + layoutElement);
+}
+
+std::string root(const Lines& references) {
+  std::string element = "<root><level value=\"info\"/>";
+  for (const std::string& reference : references) {
+    element += "<appender-ref ref=\"" + reference + "\"/>";
+  }
+  return element + "</root>";
+}
+
+/// What a document's appenders have put out, by name of the file; takes it away.
+using Outputs = std::map<std::string, std::string>;
+
+Outputs takeOutputs() {
+  Outputs outputs;
+  for (const auto& entry : fs::directory_iterator(".")) {
+    const std::string name = entry.path().filename().string();
+    if (name.find(".out") != std::string::npos) {
+      outputs[name] = Workplace::read(name);
+      fs::remove(entry.path());
+    }
+  }
+  return outputs;
+}
+
+Outputs shapesOf(Outputs outputs) {
+  for (auto& [name, text] : outputs) {
+    for (const char inSomeNumbers : {',', '-'}) {
+      text.erase(std::remove(text.begin(), text.end(), inSomeNumbers), text.end());
+    }
+    text = shapeOf(text);
+  }
+  return outputs;
+}
+
+/// Logs through a configured hierarchy; standard output is captured.
+class DocumentRound : public OwnHierarchy {
+ public:
+  void again() override {
+    runAgain();
+    LOG4ZEBConfigurator::shutdown();
+    m_standardOutput.reset();
+    expect(takeOutputs());
+  }
+
+ protected:
+  virtual void runAgain() = 0;
+  virtual void expect(Outputs outputs) = 0;
+
+  static void configure(const std::string& children) {
+    Workplace::write(Workplace::DOCUMENT,
+                     "<log4j:configuration>" + children + "</log4j:configuration>");
+    EXPECT_EQ(LOG4ZEBConfigurator::initialize(Workplace::DOCUMENT), 1);
+  }
+  static void logLine(int number) {
+    LOGManager::getLogger(NAMES[0])->info(std::to_string(number) + LONG_TEXT);
+  }
+
+ private:
+  std::optional<RedirectedStream> m_standardOutput{std::in_place, 1, "console.out"};
+};
+
+/// One event fails, the next does not.
+class EventRound : public DocumentRound {
+ public:
+  /// What comes of both events and of the second alone.
+  struct Allowed {
+    Outputs both;
+    Outputs second;
+  };
+
+  EventRound(const std::string& document, const Allowed& allowed, DatagramReceiver* receiver)
+      : m_allowed(allowed), m_receiver(receiver) {
+    configure(document);
+    m_logger = LOGManager::getLogger(NAMES[0]);
+    LOGNDC::push(LONG_TEXT);
+  }
+  ~EventRound() override { LOGNDC::remove(); }
+  void call() override { m_logger->info(m_text); }
+  Outputs shapes;
+
+ protected:
+  void runAgain() override { m_logger->info(m_text); }
+  void expect(Outputs outputs) override {
+    while (m_receiver != nullptr) {
+      const auto datagram = m_receiver->next(0);
+      if (!datagram) {
+        break;
+      }
+      outputs["datagrams"] += *datagram;
+    }
+    shapes = shapesOf(std::move(outputs));
+    if (!m_allowed.both.empty()) {
+      EXPECT_TRUE(shapes == m_allowed.both || shapes == m_allowed.second)
+          << testing::PrintToString(shapes);
+      if (isReported && shapes != m_allowed.both) {
+        EXPECT_GT(Workplace::diagnosticsWith("ERROR"), 0) << "lost without a word";
+      }
+    }
+  }
+
+ private:
+  const Allowed& m_allowed;
+  DatagramReceiver* const m_receiver;
+  LOGLogger* m_logger = nullptr;
+  const I18NString m_text = LONG_TEXT;
+};
+
+void sweepEvent(const std::string& name, const std::string& document,
+                DatagramReceiver* receiver = nullptr) {
+  EventRound::Allowed allowed;
+  Outputs seen[2];
+  for (const bool callsBoth : {false, true}) {
+    EventRound round(document, allowed, receiver);
+    if (callsBoth) {
+      round.call();
+    }
+    againOnAnotherThread(round);
+    seen[callsBoth ? 1 : 0] = round.shapes;
+  }
+  ASSERT_NE(seen[0], seen[1]) << testing::PrintToString(seen[0]);
+  allowed = {seen[1], seen[0]};
+  sweep(name, Throws::Never,
+        [&] { return std::make_unique<EventRound>(document, allowed, receiver); });
+}
+
+/// Several events are logged while memory fails, and more after that; each line is there once at
+/// most, whole, and none of the later ones is missing.
+class LinesRound : public DocumentRound {
+ public:
+  LinesRound(const std::string& document, bool usesMacro) : m_usesMacro(usesMacro) {
+    configure(document);
+    m_logger = LOGManager::getLogger(NAMES[0]);
+  }
+  void call() override { log(0, 3); }
+
+ protected:
+  void runAgain() override { log(3, 5); }
+  void expect(Outputs outputs) override {
+    Lines lines;
+    outputs.erase("console.out");
+    // Backups first, from the highest number.
+    for (auto output = outputs.rbegin(); output != outputs.rend(); ++output) {
+      Workplace::write("lines", output->second);
+      for (const std::string& line : Workplace::lines("lines")) {
+        lines.push_back(line);
+      }
+    }
+    Lines expected;
+    for (const I18NString& text : m_texts) {
+      expected.push_back(text.toStdString());
+    }
+    expectLines(lines, expected, 2);
+    if (isReported && lines.size() < expected.size()) {
+      EXPECT_GT(Workplace::diagnosticsWith("ERROR"), 0) << "lost without a word";
+    }
+  }
+
+ private:
+  void log(std::size_t begin, std::size_t end) {
+    for (std::size_t i = begin; i < end; ++i) {
+      if (m_usesMacro) {
+        LOG4ZEB_INFO(m_logger, static_cast<char>('0' + i) << "a message longer "
+                                                          << "than what a "
+                                                          << "stream holds without "
+                                                          << "memory");
+      } else {
+        m_logger->info(m_texts[i]);
+      }
+    }
+  }
+
+  const bool m_usesMacro;
+  LOGLogger* m_logger = nullptr;
+  std::vector<I18NString> m_texts = [] {
+    std::vector<I18NString> texts;
+    for (char c = '0'; c < '5'; ++c) {
+      texts.emplace_back(std::string(1, c) +
+                         "a message longer than what a stream holds without memory");
+    }
+    return texts;
+  }();
+};
+
+const std::string EVERYTHING =
+    file("simple", layout("LOGSimpleLayout")) +
+    file("ttcc",
+         "<layout class=\"LOGTTCCLayout\">" + param("DateFormat", "ISO8601") + "</layout>") +
+    file("xml", layout("LOGXMLLayout")) + file("html", layout("LOGHTMLLayout")) +
+    appender("rolling", "LOGRollingFileAppender",
+             param("File", "rolling-with-a-name-that-needs-memory.out") +
+                 param("MaxBackupIndex", "3") + param("MaximumFileSize", "100000") + PATTERN) +
+    appender("console", "LOGConsoleAppender",
+             layout("LOGSimpleLayout") + "<filter class=\"LOGLevelRangeFilter\">" +
+                 param("LevelMin", "INFO") + param("LevelMax", "FATAL") +
+                 "</filter><filter class=\"LOGStringMatchFilter\">" +
+                 param("StringToMatch", LONG_TEXT) +
+                 "</filter><errorHandler class=\"LOGOnlyOnceErrorHandler\"><root-ref/>"
+                 "<logger-ref ref=\"application.subsystem.handler\"/>"
+                 "<appender-ref ref=\"backup\"/></errorHandler>") +
+    file("backup", PLAIN) + file("queued", PATTERN) +
+    appender("async", "LOGAsyncAppender", "<appender-ref ref=\"queued\"/>") +
+    appender("udp", "LOGLocalUDPAppender", param("Port", "9")) +
+    "<logger name=\"application.subsystem\" additivity=\"true\"><level value=\"info\"/>"
+    "<appender-ref ref=\"simple\"/><appender-ref ref=\"async\"/></logger>" +
+    root({"ttcc", "xml", "html", "rolling", "console", "udp"});
+
+enum class Fails { Configuring, Reloading, ShuttingDown };
+
+/// Configures or shuts down everything while memory fails.
+class ConfigureRound : public DocumentRound {
+ public:
+  ConfigureRound(Fails fails, const Outputs& allowed) : m_fails(fails), m_allowed(allowed) {
+    if (m_fails == Fails::Reloading) {
+      configure(file("simple", PATTERN) + file("old", PLAIN) +
+                "<logger name=\"application.subsystem\"><appender-ref ref=\"simple\"/></logger>" +
+                root({"old"}));
+    } else if (m_fails == Fails::ShuttingDown) {
+      configure(EVERYTHING);
+      logLine(1);
+    }
+    Workplace::write(Workplace::DOCUMENT,
+                     "<log4j:configuration>" + EVERYTHING + "</log4j:configuration>");
+  }
+  void call() override {
+    if (m_fails == Fails::ShuttingDown) {
+      LOG4ZEBConfigurator::shutdown();
+    } else {
+      LOG4ZEBConfigurator::initialize(m_document);
+    }
+  }
+  Outputs shapes;
+
+ protected:
+  void runAgain() override {
+    if (m_fails == Fails::ShuttingDown) {
+      logLine(2);  // reaches nobody
+      EXPECT_TRUE(m_root.snapshotOfAppenders().empty());
+      LOG4ZEBConfigurator::shutdown();
+    } else {
+      EXPECT_EQ(LOG4ZEBConfigurator::initialize(m_document), 1);
+      logLine(1);
+    }
+  }
+  void expect(Outputs outputs) override {
+    shapes = shapesOf(std::move(outputs));
+    if (m_allowed.empty()) {
+      return;
+    }
+    Outputs allowed = m_allowed;
+    const std::string queued = "queued-with-a-name-that-needs-memory.out";
+    if (m_fails == Fails::ShuttingDown && shapes[queued].empty()) {
+      allowed[queued].clear();  // the dispatcher may have met the lack of memory with the event
+    }
+    EXPECT_EQ(shapes, allowed);
+  }
+
+ private:
+  const Fails m_fails;
+  const Outputs& m_allowed;
+  const I18NString m_document = Workplace::DOCUMENT;
+};
+
+void sweepConfiguration(const std::string& name, Fails fails, long step) {
+  Outputs allowed;
+  {
+    ConfigureRound round(fails, allowed);
+    round.call();
+    againOnAnotherThread(round);
+    allowed = round.shapes;
+  }
+  ASSERT_GT(allowed.size(), 5U);
+  sweep(
+      name, Throws::Never, [&] { return std::make_unique<ConfigureRound>(fails, allowed); }, step);
+}
+
+}  // namespace
+
+TEST(AllocationFault, LetsTheFirstUseBeTriedAgain) {
+  const Workplace workplace;
+  LOGLogger* logger = nullptr;
+  long n = 0;
+  for (bool hasFailed = true; hasFailed;) {
+    FailingHeap::fail(++n, Mode::One);
+    try {
+      LOGNDC::push(LONG_TEXT);
+      logger = LOGManager::getLogger(NAMES[0]);
+    } catch (const std::bad_alloc&) {
+      logger = nullptr;
+    } catch (const ZEBOutOfMemoryError&) {
+      logger = nullptr;
+    }
+    hasFailed = FailingHeap::end();
+  }
+  std::cout << "first use: " << n - 1 << " positions\n";
+  ASSERT_NE(logger, nullptr);
+  EXPECT_EQ(LOGManager::exists(NAMES[0]), logger);
+  EXPECT_EQ(Workplace::configure(file("all", PLAIN) + root({"all"})), 1);
+  logger->info(LONG_TEXT);
+  EXPECT_EQ(takeOutputs().begin()->second, LONG_TEXT + std::string("\r\n"));
+}
+
+TEST(AllocationFault, LeavesTheTreeOfLoggersWhole) {
+  const Workplace workplace;
+  const auto make = [](int others) {
+    return [others] { return std::make_unique<LoggersRound>(others); };
+  };
+  sweep("loggers", Throws::OutOfMemory, make(0));
+  sweep("loggers of a table that grows", Throws::OutOfMemory, make(198));
+}
+
+TEST(AllocationFault, LosesNoMoreThanTheEventAndNeverThrows) {
+  const Workplace workplace;
+  const std::string host = "127.0.0.61";
+  DatagramReceiver syslog(host, 514);
+  DatagramReceiver udp;
+  for (const char* name : {"LOGSimpleLayout", "LOGTTCCLayout", "LOGXMLLayout", "LOGHTMLLayout"}) {
+    sweepEvent(std::string("file, ") + name, file("all", layout(name)) + root({"all"}));
+  }
+  sweepEvent("file, LOGPatternLayout", file("all", PATTERN) + root({"all"}));
+  sweepEvent("rolling file",
+             appender("all", "LOGRollingFileAppender", param("File", "all.out") + PATTERN) +
+                 root({"all"}));
+  sweepEvent("console", appender("all", "LOGConsoleAppender", PATTERN) + root({"all"}));
+  sweepEvent("syslog",
+             appender("all", "LOGSyslogAppender", param("Host", host) + PATTERN) + root({"all"}),
+             &syslog);
+  sweepEvent("local UDP",
+             appender("all", "LOGLocalUDPAppender", param("Port", std::to_string(udp.port()))) +
+                 root({"all"}),
+             &udp);
+}
+
+TEST(AllocationFault, NeitherTearsNorRepeatsALine) {
+  const Workplace workplace;
+  const auto make = [](const std::string& document, bool usesMacro) {
+    return [=] { return std::make_unique<LinesRound>(document + root({"all"}), usesMacro); };
+  };
+  sweep("macro", Throws::Never, make(file("all", PLAIN), true));
+  sweep("asynchronous", Throws::Never,
+        make(file("queued", PLAIN) +
+                 appender("all", "LOGAsyncAppender", "<appender-ref ref=\"queued\"/>"),
+             false));
+  sweep("rollover", Throws::Never,
+        make(appender("all", "LOGRollingFileAppender",
+                      param("File", "all.out") + param("MaxBackupIndex", "9") +
+                          param("MaximumFileSize", "1") + PLAIN),
+             false));
+}
+
+TEST(AllocationFault, LetsTheNextConfigurationSucceed) {
+  const Workplace workplace;
+  sweepConfiguration("configuration", Fails::Configuring, CONFIGURATION_STEP);
+}
+
+TEST(AllocationFault, LetsTheNextReloadSucceed) {
+  const Workplace workplace;
+  sweepConfiguration("reload", Fails::Reloading, CONFIGURATION_STEP);
+}
+
+TEST(AllocationFault, ShutsDownAllTheSame) {
+  const Workplace workplace;
+  sweepConfiguration("shutdown", Fails::ShuttingDown, 1);
+}
