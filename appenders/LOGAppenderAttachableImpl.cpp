@@ -137,7 +137,7 @@ std::vector<LOGAppenderSkeleton*> LOGAppenderAttachableImpl::snapshot() const {
 }
 
 LOGAppenderSkeleton* LOGAppenderAttachableImpl::at(std::size_t position) const {
-  const std::lock_guard<std::mutex> guard(m_access);
+  const ZEBThreadGuard guard(m_access);
   for (LOGAppenderSkeleton* const appender : m_appenderList) {
     if (position-- == 0) {
       return appender;
