@@ -165,7 +165,7 @@ void CheckDeliveryRules::checkFilters(const Appender& appender) {
       warn("filter-never-asked", elements[i], "",
            "this filter is never asked: those before it decide about every event",
            "leave it out, or put it before them");
-      return;
+      break;
     }
     acceptsSome = checkFilter(appender, i, elements[i], arriving) || acceptsSome;
   }
@@ -279,6 +279,10 @@ bool CheckDeliveryRules::passesTheRest(const Appender& appender, std::size_t ind
 }
 
 void CheckDeliveryRules::checkReached(const Appender& appender) {
+  const auto* const async = dynamic_cast<const LOGAsyncAppender*>(appender.appender);
+  if (async != nullptr && !CheckedDocument::children(appender.element, "appender-ref").empty()) {
+    return;  // said of those behind it
+  }
   bool isAttached = false;
   bool passesAny = false;
   for (const std::string& name : CheckWords::eventLevels()) {
