@@ -56,8 +56,8 @@ void CheckDeliveryRules::checkAll() {
   checkCircles();
   for (const Appender& appender : m_rehearsal.appenders()) {
     checkFilters(appender);
-    checkReached(appender);
   }
+  checkReached();
   checkWidths();
 }
 
@@ -135,16 +135,17 @@ void CheckDeliveryRules::checkDuplicates(const Logger& logger) {
 }
 
 void CheckDeliveryRules::checkCircles() {
-  const std::vector<Appender>& appenders = m_rehearsal.appenders();
-  for (const Appender& appender : appenders) {
+  std::set<std::string> built;
+  for (const Appender& appender : m_rehearsal.appenders()) {
+    built.insert(appender.name);
+  }
+  for (const Appender& appender : m_rehearsal.appenders()) {
     auto* const async = dynamic_cast<LOGAsyncAppender*>(appender.appender);
     for (const ZEBIDOM_Element& reference :
          CheckedDocument::children(appender.element, "appender-ref")) {
       const std::string name = CheckedDocument::attribute(reference, "ref");
-      const bool wasBuilt = std::any_of(appenders.begin(), appenders.end(),
-                                        [&](const Appender& known) { return known.name == name; });
       // One that was built and is not there was being built when this reference was read.
-      if (async != nullptr && wasBuilt && async->getAppender(name) == nullptr) {
+      if (async != nullptr && built.count(name) > 0 && async->getAppender(name) == nullptr) {
         warn("circle", reference, "ref",
              "the appender " + CheckWords::quoted(name) +
                  " leads back to this one, so the reference is left out",
@@ -278,31 +279,32 @@ bool CheckDeliveryRules::passesTheRest(const Appender& appender, std::size_t ind
   return m_rehearsal.decide(appender, index, CheckRehearsal::level(level), ignored) == Passes::Yes;
 }
 
-void CheckDeliveryRules::checkReached(const Appender& appender) {
-  const auto* const async = dynamic_cast<const LOGAsyncAppender*>(appender.appender);
-  if (async != nullptr && !CheckedDocument::children(appender.element, "appender-ref").empty()) {
-    return;  // said of those behind it
-  }
-  bool isAttached = false;
-  bool passesAny = false;
-  for (const std::string& name : CheckWords::eventLevels()) {
-    LOGLevel& level = CheckRehearsal::level(name);
-    std::string ignored;
-    passesAny = passesAny || m_rehearsal.decide(appender, 0, level, ignored) != Passes::No;
-    for (const Logger& logger : m_rehearsal.loggers()) {
+void CheckDeliveryRules::checkReached() {
+  std::set<const LOGAppenderSkeleton*> reached;
+  for (const Logger& logger : m_rehearsal.loggers()) {
+    for (const std::string& name : CheckWords::eventLevels()) {
+      LOGLevel& level = CheckRehearsal::level(name);
       for (const CheckRehearsal::Delivery& way : m_rehearsal.deliveries(*logger.logger, level)) {
-        const auto begin = way.path.begin();
-        isAttached =
-            isAttached || std::find(begin, way.path.end(), appender.appender) != way.path.end();
+        reached.insert(way.path.begin(), way.path.end());
       }
     }
   }
-  // An appender whose own filters deny everything is reported for that.
-  if (!isAttached && passesAny) {
-    warn("never-reached", appender.element, "",
-         "no event reaches the appender " + CheckWords::quoted(appender.name) +
-             ": the levels of its loggers and the filters have none in common",
-         "another level in the loggers that refer to it, or in the filters");
+  for (const Appender& appender : m_rehearsal.appenders()) {
+    // Of an asynchronous appender it is said of those behind it, and one whose own filters deny
+    // everything is reported for that.
+    const bool passesOn = dynamic_cast<const LOGAsyncAppender*>(appender.appender) != nullptr &&
+                          !CheckedDocument::children(appender.element, "appender-ref").empty();
+    const std::vector<std::string>& levels = CheckWords::eventLevels();
+    const bool passesAny = std::any_of(levels.begin(), levels.end(), [&](const std::string& level) {
+      std::string ignored;
+      return m_rehearsal.decide(appender, 0, CheckRehearsal::level(level), ignored) != Passes::No;
+    });
+    if (reached.count(appender.appender) == 0 && !passesOn && passesAny) {
+      warn("never-reached", appender.element, "",
+           "no event reaches the appender " + CheckWords::quoted(appender.name) +
+               ": the levels of its loggers and the filters have none in common",
+           "another level in the loggers that refer to it, or in the filters");
+    }
   }
 }
 

@@ -34,7 +34,7 @@ class CheckDeliveryRules {
                   std::vector<std::string>& arriving);
   bool hasReportedParam(const ZEBIDOM_Element& filter) const;
   bool passesTheRest(const Appender& appender, std::size_t index, const std::string& level) const;
-  void checkReached(const Appender& appender);
+  void checkReached();
   void checkWidths();
   void warn(const char* rule, const ZEBIDOM_Element& element, const char* attribute,
             const std::string& text, const std::string& instead);

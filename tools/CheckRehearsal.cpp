@@ -22,6 +22,7 @@ namespace {
 
 constexpr const char* LOADED_FILTER = "LOGLogUVDDyeTraceFilter";
 constexpr const char* SAMPLE_MESSAGE = "an example message";
+constexpr std::size_t MOST_WAYS = 1000;
 
 bool isLogger(const std::string& tag) { return tag == "logger" || tag == "category"; }
 
@@ -32,7 +33,9 @@ std::vector<LOGAppenderSkeleton*> attachedTo(LOGAppenderSkeleton& appender) {
 
 void addWays(LOGAppenderSkeleton& appender, std::vector<LOGAppenderSkeleton*> path,
              std::vector<CheckRehearsal::Delivery>& ways) {
-  const bool isCircle = std::find(path.begin(), path.end(), &appender) != path.end();
+  if (ways.size() >= MOST_WAYS || std::find(path.begin(), path.end(), &appender) != path.end()) {
+    return;
+  }
   path.push_back(&appender);
   const std::vector<LOGAppenderSkeleton*> attached = attachedTo(appender);
   if (attached.empty()) {
@@ -40,9 +43,7 @@ void addWays(LOGAppenderSkeleton& appender, std::vector<LOGAppenderSkeleton*> pa
     return;
   }
   for (LOGAppenderSkeleton* const next : attached) {
-    if (!isCircle) {
-      addWays(*next, path, ways);
-    }
+    addWays(*next, path, ways);
   }
 }
 
@@ -155,9 +156,7 @@ void CheckRehearsal::collectAppender(const CheckedDocument& document, const std:
       }
     }
   }
-  const auto known = std::find_if(m_appenders.begin(), m_appenders.end(),
-                                  [&](const Appender& other) { return other.name == name; });
-  if (appender == nullptr || known != m_appenders.end()) {
+  if (appender == nullptr || !m_positions.emplace(appender, m_appenders.size()).second) {
     return;
   }
   m_appenders.push_back({element, appender, name});
@@ -165,10 +164,8 @@ void CheckRehearsal::collectAppender(const CheckedDocument& document, const std:
 }
 
 const CheckRehearsal::Appender* CheckRehearsal::find(const LOGAppenderSkeleton* appender) const {
-  const auto found =
-      std::find_if(m_appenders.begin(), m_appenders.end(),
-                   [appender](const Appender& known) { return known.appender == appender; });
-  return found == m_appenders.end() ? nullptr : &*found;
+  const auto found = m_positions.find(appender);
+  return found == m_positions.end() ? nullptr : &m_appenders[found->second];
 }
 
 std::vector<CheckRehearsal::Delivery> CheckRehearsal::ways(const LOGLogger& logger) {

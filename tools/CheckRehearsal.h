@@ -1,6 +1,7 @@
 #ifndef TOOLS_CHECKREHEARSAL_H
 #define TOOLS_CHECKREHEARSAL_H
 
+#include <map>
 #include <set>
 #include <string>
 #include <vector>
@@ -47,11 +48,13 @@ class CheckRehearsal {
   const std::vector<Appender>& appenders() const { return m_appenders; }
   /// Elements of layouts in the order in which the library reads them.
   const std::vector<ZEBIDOM_Element>& layoutsInOrder() const { return m_layouts; }
+  /// Null for an appender that is not among them.
   const Appender* find(const LOGAppenderSkeleton* appender) const;
 
   /// Where an event of that logger and level goes; nothing when the level is not enabled.
   std::vector<Delivery> deliveries(LOGLogger& logger, LOGLevel& level) const;
-  /// The ways from one logger's own appenders to destinations, whatever the filters say.
+  /// The ways from one logger's own appenders to destinations, whatever the filters say. A document
+  /// can make more ways than can be followed; the first thousand stand for all.
   static std::vector<Delivery> ways(const LOGLogger& logger);
   /// What the filters decide about a level, from one of them on.
   Passes decide(const Appender& appender, std::size_t firstFilter, LOGLevel& level,
@@ -74,6 +77,7 @@ class CheckRehearsal {
 
   std::vector<Logger> m_loggers;
   std::vector<Appender> m_appenders;
+  std::map<const LOGAppenderSkeleton*, std::size_t> m_positions;  // in m_appenders
   std::vector<ZEBIDOM_Element> m_layouts;
   std::set<std::string> m_visited;
   bool m_hasFactory;

@@ -341,7 +341,7 @@ void CheckStructureRules::checkLevel(const ZEBIDOM_Element& level, bool isRoot) 
 void CheckStructureRules::checkAppender(const ZEBIDOM_Element& element) {
   const std::string name = CheckedDocument::attribute(element, "name");
   const bool counts = m_document.appender(name) == element;
-  if (!name.empty() && counts && !isReferredTo(name)) {
+  if (!name.empty() && counts && m_referredTo.count(name) == 0) {
     warn("unused-appender", element, "",
          "the appender " + CheckWords::quoted(name) +
              " is never built: no <appender-ref> of a logger or of an asynchronous appender names "
@@ -357,15 +357,16 @@ void CheckStructureRules::checkAppender(const ZEBIDOM_Element& element) {
   }
 }
 
-bool CheckStructureRules::isReferredTo(const std::string& appender) const {
-  const auto references = m_document.elements("appender-ref");
-  return std::any_of(references.begin(), references.end(), [&](const ZEBIDOM_Element& reference) {
+void CheckStructureRules::collectReferences() {
+  for (const ZEBIDOM_Element& reference : m_document.elements("appender-ref")) {
     const ZEBIDOM_Element holder(reference.getParentNode());
-    const bool isItself = CheckedDocument::tag(holder) == "appender" &&
-                          CheckedDocument::attribute(holder, "name") == appender;
-    return CheckedDocument::attribute(reference, "ref") == appender && !isItself &&
-           CheckedDocument::tag(holder) != "errorHandler";
-  });
+    const std::string name = CheckedDocument::attribute(reference, "ref");
+    const std::string tag = CheckedDocument::tag(holder);
+    const bool isItself = tag == "appender" && CheckedDocument::attribute(holder, "name") == name;
+    if (tag != "errorHandler" && !isItself) {
+      m_referredTo.insert(name);
+    }
+  }
 }
 
 void CheckStructureRules::checkReference(const ZEBIDOM_Element& reference,

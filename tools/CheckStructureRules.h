@@ -1,6 +1,7 @@
 #ifndef TOOLS_CHECKSTRUCTURERULES_H
 #define TOOLS_CHECKSTRUCTURERULES_H
 
+#include <set>
 #include <string>
 
 #include "tools/CheckFindings.h"
@@ -11,7 +12,9 @@
 class CheckStructureRules {
  public:
   CheckStructureRules(const CheckedDocument& document, CheckFindings& findings)
-      : m_document(document), m_findings(findings) {}
+      : m_document(document), m_findings(findings) {
+    collectReferences();
+  }
 
   /// Returns false when the document cannot be used at all; the finding tells why.
   bool checkRoot();
@@ -32,12 +35,13 @@ class CheckStructureRules {
                   const std::string& consequence);
   void checkTruthValue(const ZEBIDOM_Element& element, const char* attribute);
   void checkLibraries(const ZEBIDOM_Element& element, const std::string& tag);
-  bool isReferredTo(const std::string& appender) const;
+  void collectReferences();
   void warn(const char* rule, const ZEBIDOM_Element& element, const char* attribute,
             const std::string& text, const std::string& instead);
 
   const CheckedDocument& m_document;
   CheckFindings& m_findings;
+  std::set<std::string> m_referredTo;  // appenders that others than error handlers refer to
 };
 
 #endif

@@ -158,8 +158,13 @@ CheckSummary::CheckSummary(const CheckedDocument& document, const CheckRehearsal
   const LOGLevel* const threshold = LOGManager::getLoggerRepository()->getThreshold();
   m_threshold = threshold == nullptr ? "ALL" : threshold->toString();
   addLoggers(rehearsal);
+  std::map<std::pair<int, int>, const CheckRehearsal::Appender*> built;
+  for (const CheckRehearsal::Appender& known : rehearsal.appenders()) {
+    built[{known.element.getLine(), known.element.getColumn()}] = &known;
+  }
   for (const ZEBIDOM_Element& element : document.elements("appender")) {
-    addAppender(element, rehearsal);
+    const auto known = built.find({element.getLine(), element.getColumn()});
+    addAppender(element, known == built.end() ? nullptr : known->second);
   }
 }
 
@@ -200,6 +205,7 @@ std::vector<CheckSummary::Route> CheckSummary::routesOf(LOGLogger& logger,
     Route route{{name}, {}, logger.isEnabledFor(&level) != 0};
     for (const CheckRehearsal::Delivery& delivery : rehearsal.deliveries(logger, level)) {
       route.destinations.push_back(inWords(delivery));
+      proposeSample(delivery.path.back(), logger, level);
     }
     const bool isAsBefore = !routes.empty() && routes.back().destinations == route.destinations &&
                             routes.back().isEnabled == route.isEnabled;
@@ -212,39 +218,36 @@ std::vector<CheckSummary::Route> CheckSummary::routesOf(LOGLogger& logger,
   return routes;
 }
 
-void CheckSummary::addAppender(const ZEBIDOM_Element& element, const CheckRehearsal& rehearsal) {
+/// An event of a logger with a name, and of the level INFO, shows best what a layout does.
+void CheckSummary::proposeSample(const LOGAppenderSkeleton* appender, LOGLogger& logger,
+                                 LOGLevel& level) {
+  const int fitness =
+      (logger.getParent() == nullptr ? 0 : 2) + (level.toInt() == LOGLevel::INFO_RANK ? 1 : 0);
+  Sample& chosen = m_samples[appender];
+  if (fitness > chosen.fitness) {
+    chosen = {&logger, &level, fitness};
+  }
+}
+
+void CheckSummary::addAppender(const ZEBIDOM_Element& element,
+                               const CheckRehearsal::Appender* known) {
   Appender appender{};
   appender.name = CheckedDocument::attribute(element, "name");
   appender.className = CheckedDocument::classOf(element);
   appender.line = element.getLine();
-  for (const CheckRehearsal::Appender& known : rehearsal.appenders()) {
-    if (known.element == element) {
-      appender.isBuilt = true;
-      appender.destination = destinationOf(known);
-      appender.layout = layoutOf(*known.appender, element);
-      appender.sample = sampleOf(known, rehearsal);
-      for (LOGFilter* const filter : CheckRehearsal::filters(known)) {
-        appender.filters.push_back(inWords(filter));
-      }
-      const LOGLevel* const threshold = known.appender->getThreshold();
-      appender.threshold = threshold == nullptr ? "" : threshold->toString();
+  if (known != nullptr) {
+    appender.isBuilt = true;
+    appender.destination = destinationOf(*known);
+    appender.layout = layoutOf(*known->appender, element);
+    const Sample& sample = m_samples[known->appender];
+    if (sample.logger != nullptr) {
+      appender.sample = CheckRehearsal::sample(*known->appender, *sample.logger, *sample.level);
     }
+    for (LOGFilter* const filter : CheckRehearsal::filters(*known)) {
+      appender.filters.push_back(inWords(filter));
+    }
+    const LOGLevel* const threshold = known->appender->getThreshold();
+    appender.threshold = threshold == nullptr ? "" : threshold->toString();
   }
   m_appenders.push_back(std::move(appender));
-}
-
-/// Of the first event that arrives.
-std::string CheckSummary::sampleOf(const CheckRehearsal::Appender& appender,
-                                   const CheckRehearsal& rehearsal) {
-  for (const char* const name : {"INFO", "WARN", "ERROR", "FATAL", "DEBUG"}) {
-    LOGLevel& level = CheckRehearsal::level(name);
-    for (auto known = rehearsal.loggers().rbegin(); known != rehearsal.loggers().rend(); ++known) {
-      for (const CheckRehearsal::Delivery& delivery : rehearsal.deliveries(*known->logger, level)) {
-        if (delivery.path.back() == appender.appender) {
-          return CheckRehearsal::sample(*appender.appender, *known->logger, level);
-        }
-      }
-    }
-  }
-  return "";
 }

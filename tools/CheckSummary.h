@@ -1,6 +1,7 @@
 #ifndef TOOLS_CHECKSUMMARY_H
 #define TOOLS_CHECKSUMMARY_H
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -47,11 +48,17 @@ class CheckSummary {
 
  private:
   void addLoggers(const CheckRehearsal& rehearsal);
-  static std::vector<Route> routesOf(LOGLogger& logger, const CheckRehearsal& rehearsal);
-  void addAppender(const ZEBIDOM_Element& element, const CheckRehearsal& rehearsal);
-  static std::string sampleOf(const CheckRehearsal::Appender& appender,
-                              const CheckRehearsal& rehearsal);
+  std::vector<Route> routesOf(LOGLogger& logger, const CheckRehearsal& rehearsal);
+  void addAppender(const ZEBIDOM_Element& element, const CheckRehearsal::Appender* known);
+  void proposeSample(const LOGAppenderSkeleton* appender, LOGLogger& logger, LOGLevel& level);
 
+  /// The event that shows what an appender's layout writes.
+  struct Sample {
+    LOGLogger* logger = nullptr;
+    LOGLevel* level = nullptr;
+    int fitness = -1;
+  };
+  std::map<const LOGAppenderSkeleton*, Sample> m_samples;
   std::string m_threshold;
   std::vector<Logger> m_loggers;
   std::vector<Appender> m_appenders;

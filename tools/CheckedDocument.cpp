@@ -30,6 +30,9 @@ CheckedDocument::CheckedDocument(const std::string& fileName)
   std::ifstream file(std::filesystem::u8path(fileName), std::ios::binary);
   m_text.assign(std::istreambuf_iterator<char>(file), {});
   splitIntoLines();
+  for (const ZEBIDOM_Element& element : elements("appender")) {
+    m_appenders.emplace(attribute(element, "name"), element);
+  }
 }
 
 void CheckedDocument::splitIntoLines() {
@@ -74,12 +77,8 @@ std::vector<ZEBIDOM_Element> CheckedDocument::elements(const char* tagName) cons
 }
 
 ZEBIDOM_Element CheckedDocument::appender(const std::string& name) const {
-  for (const ZEBIDOM_Element& element : elements("appender")) {
-    if (attribute(element, "name") == name) {
-      return element;
-    }
-  }
-  return {};
+  const auto known = m_appenders.find(name);
+  return known == m_appenders.end() ? ZEBIDOM_Element() : known->second;
 }
 
 CheckPlace CheckedDocument::placeOf(const ZEBIDOM_Node& node) {

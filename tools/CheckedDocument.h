@@ -1,6 +1,7 @@
 #ifndef TOOLS_CHECKEDDOCUMENT_H
 #define TOOLS_CHECKEDDOCUMENT_H
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -53,6 +54,7 @@ class CheckedDocument {
   CheckPlace m_errorPlace;
   std::string m_text;
   std::vector<std::size_t> m_lineStarts;
+  std::map<std::string, ZEBIDOM_Element> m_appenders;  // the first one of each name
 };
 
 #endif
