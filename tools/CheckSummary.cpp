@@ -32,9 +32,7 @@ std::string destinationOf(LOGRollingFileAppender& appender) {
   const std::string size = std::to_string(appender.getMaximumFileSize());
   const int backups = appender.getMaxBackupIndex();
   std::string text = "; at " + size + " bytes ";
-  text += backups < 1 ? "it is emptied"
-                      : "it becomes the first of " + std::to_string(backups) + " backup" +
-                            (backups == 1 ? "" : "s");
+  text += backups < 1 ? "it is emptied" : "it becomes backup 1 of " + std::to_string(backups);
   if (appender.getAddProcID() == 1) {
     text += "; the process id goes into the name when the program configures with process ids";
   }

@@ -70,7 +70,7 @@ void CheckTextReport::write(const std::string& fileName, const CheckFindings& fi
           << (isError ? styled(Style::Error, "error:") : styled(Style::Warning, "warning:")) << ' '
           << printable(finding.text) << " [" << finding.rule << "]\n";
     if (!finding.instead.empty()) {
-      m_out << "    write " << printable(finding.instead) << '\n';
+      m_out << "    instead: " << printable(finding.instead) << '\n';
     }
   }
   const std::size_t errors = findings.count(CheckFinding::Severity::Error);
