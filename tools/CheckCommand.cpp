@@ -8,6 +8,7 @@
 #include "platform/ZEBUtTerminal.h"
 #include "tools/CheckComponentRules.h"
 #include "tools/CheckDeliveryRules.h"
+#include "tools/CheckFileRules.h"
 #include "tools/CheckFindings.h"
 #include "tools/CheckJsonReport.h"
 #include "tools/CheckRehearsal.h"
@@ -63,7 +64,7 @@ int CheckCommand::run() const {
 
 int CheckCommand::check() const {
   const CheckedDocument document(m_document);
-  CheckFindings findings;
+  CheckFindings findings(document);
   if (!document.isParsed()) {
     findings.fail("unreadable", document.errorPlace(), document.errorReason(), "");
     report(findings, UNUSABLE, nullptr);
@@ -75,7 +76,8 @@ int CheckCommand::check() const {
     return UNUSABLE;
   }
   structure.checkAll();
-  CheckComponentRules(document, m_directory, findings).checkAll();
+  CheckComponentRules(document, findings).checkAll();
+  CheckFileRules(document, m_directory, findings).checkAll();
   const CheckRehearsal rehearsal(document);
   CheckDeliveryRules(document, rehearsal, findings).checkAll();
   findings.sort();

@@ -41,12 +41,6 @@ bool reachesAny(const LOGLogger& logger) {
 
 }  // namespace
 
-void CheckDeliveryRules::warn(const char* rule, const ZEBIDOM_Element& element,
-                              const char* attribute, const std::string& text,
-                              const std::string& instead) {
-  m_findings.warn(rule, m_document.placeOf(element, attribute), text, instead);
-}
-
 void CheckDeliveryRules::checkAll() {
   checkLoggersWithoutAppender();
   for (const Logger& logger : m_rehearsal.loggers()) {
@@ -68,15 +62,15 @@ void CheckDeliveryRules::checkLoggersWithoutAppender() {
       continue;
     }
     if (logger.isRoot) {
-      warn(
+      m_findings.warn(
           "no-appender", logger.element.isNull() ? m_document.root() : logger.element, "",
           "the root logger has no appender: events of loggers that have none of their own are lost",
           "<appender-ref ref=\"...\"/> in <root>");
     } else if (logger.logger->getAdditivity() == 0 || !rootHasNone) {
-      warn("no-appender", logger.element, "",
-           "events of " + nameOf(logger) +
-               " reach no appender: it has none, and its additivity is off",
-           "an <appender-ref>, or additivity=\"true\"");
+      m_findings.warn("no-appender", logger.element, "",
+                      "events of " + nameOf(logger) +
+                          " reach no appender: it has none, and its additivity is off",
+                      "an <appender-ref>, or additivity=\"true\"");
     }
   }
 }
@@ -92,11 +86,11 @@ void CheckDeliveryRules::checkThreshold(const Logger& logger) {
     const std::string tag = CheckedDocument::tag(child);
     // ALL sets no bound of its own, so that it contradicts nothing.
     if ((tag == "level" || tag == "priority") && level->toInt() != LOGLevel::ALL_RANK) {
-      warn("below-threshold", child, "value",
-           std::string("the level ") + level->toString() + " of " + nameOf(logger) +
-               " is below the threshold " + threshold->toString() +
-               " of the document, which no event below passes",
-           std::string("threshold=\"") + level->toString() + "\" in the root element");
+      m_findings.warn("below-threshold", child, "value",
+                      std::string("the level ") + level->toString() + " of " + nameOf(logger) +
+                          " is below the threshold " + threshold->toString() +
+                          " of the document, which no event below passes",
+                      std::string("threshold=\"") + level->toString() + "\" in the root element");
       return;
     }
   }
@@ -126,11 +120,12 @@ void CheckDeliveryRules::checkDuplicates(const Logger& logger) {
     for (const ZEBIDOM_Element& child : CheckedDocument::children(logger.element, "appender-ref")) {
       reference = CheckedDocument::attribute(child, "ref") == first ? child : reference;
     }
-    warn("twice", reference, "ref",
-         "events of " + nameOf(logger) + " reach the appender " +
-             CheckWords::quoted(way.path.back()->getName().toStdString()) + " twice: " +
-             (isTwiceHere ? "by two references here" : "here, and through a logger above it"),
-         isTwiceHere ? "one reference" : "additivity=\"false\", or no reference here");
+    m_findings.warn(
+        "twice", reference, "ref",
+        "events of " + nameOf(logger) + " reach the appender " +
+            CheckWords::quoted(way.path.back()->getName().toStdString()) + " twice: " +
+            (isTwiceHere ? "by two references here" : "here, and through a logger above it"),
+        isTwiceHere ? "one reference" : "additivity=\"false\", or no reference here");
   }
 }
 
@@ -146,10 +141,10 @@ void CheckDeliveryRules::checkCircles() {
       const std::string name = CheckedDocument::attribute(reference, "ref");
       // One that was built and is not there was being built when this reference was read.
       if (async != nullptr && built.count(name) > 0 && async->getAppender(name) == nullptr) {
-        warn("circle", reference, "ref",
-             "the appender " + CheckWords::quoted(name) +
-                 " leads back to this one, so the reference is left out",
-             "no reference in a circle");
+        m_findings.warn("circle", reference, "ref",
+                        "the appender " + CheckWords::quoted(name) +
+                            " leads back to this one, so the reference is left out",
+                        "no reference in a circle");
       }
     }
   }
@@ -163,22 +158,22 @@ void CheckDeliveryRules::checkFilters(const Appender& appender) {
   bool acceptsSome = false;
   for (std::size_t i = 0; i < chain.size(); ++i) {
     if (arriving.empty()) {
-      warn("filter-never-asked", elements[i], "",
-           "this filter is never asked: those before it decide about every event",
-           "leave it out, or put it before them");
+      m_findings.warn("filter-never-asked", elements[i], "",
+                      "this filter is never asked: those before it decide about every event",
+                      "leave it out, or put it before them");
       break;
     }
     acceptsSome = checkFilter(appender, i, elements[i], arriving) || acceptsSome;
   }
   const bool hasUnknown =
       std::any_of(elements.begin(), elements.end(), [this](const ZEBIDOM_Element& element) {
-        const CheckPlace place = m_document.placeOf(element, "class");
-        return m_findings.has("unknown-class", place.line);
+        return m_findings.has("unknown-class", element, "class");
       });
   if (arriving.empty() && !acceptsSome && !hasUnknown && !chain.empty()) {
-    warn("denies-all", elements.front(), "",
-         "the filters of the appender " + CheckWords::quoted(appender.name) + " deny every event",
-         "a filter before LOGDenyAllFilter that accepts what is to pass");
+    m_findings.warn(
+        "denies-all", elements.front(), "",
+        "the filters of the appender " + CheckWords::quoted(appender.name) + " deny every event",
+        "a filter before LOGDenyAllFilter that accepts what is to pass");
   }
 }
 
@@ -203,14 +198,14 @@ bool CheckDeliveryRules::checkFilter(const Appender& appender, std::size_t index
   const LOGLevel* const most = range->getLevelMax();
   const bool isEmpty = least != nullptr && most != nullptr && least->toInt() > most->toInt();
   if (least == nullptr && most == nullptr && !hasReportedParam(element)) {
-    warn("filter-without-effect", element, "",
-         "the filter has neither LevelMin nor LevelMax, so it lets every event through",
-         "<param name=\"LevelMin\" value=\"...\"/> inside of it");
+    m_findings.warn("filter-without-effect", element, "",
+                    "the filter has neither LevelMin nor LevelMax, so it lets every event through",
+                    "<param name=\"LevelMin\" value=\"...\"/> inside of it");
   } else if (isEmpty) {
-    warn("empty-range", element, "",
-         std::string("LevelMin ") + least->toString() + " is above LevelMax " + most->toString() +
-             ": the filter denies every event",
-         "the two the other way round");
+    m_findings.warn("empty-range", element, "",
+                    std::string("LevelMin ") + least->toString() + " is above LevelMax " +
+                        most->toString() + ": the filter denies every event",
+                    "the two the other way round");
   }
   const auto isOutside = [&](const std::string& name) {
     const int rank = CheckRehearsal::level(name).toInt();
@@ -234,9 +229,9 @@ bool CheckDeliveryRules::checkMatch(const Appender& appender, std::size_t index,
     matching = {isSet ? name->toStdString() : ""};
     const auto known = std::find(arriving.begin(), arriving.end(), matching.front());
     if (isSet && known == arriving.end()) {
-      warn("never-matches", element, "",
-           "no event of the level " + matching.front() + " comes to this filter",
-           "another level, or leave it out");
+      m_findings.warn("never-matches", element, "",
+                      "no event of the level " + matching.front() + " comes to this filter",
+                      "another level, or leave it out");
       return false;
     }
     if (isSet) {
@@ -247,9 +242,9 @@ bool CheckDeliveryRules::checkMatch(const Appender& appender, std::size_t index,
   }
   if (!isSet) {
     if (!hasReportedParam(element)) {
-      warn("filter-without-effect", element, "",
-           "the filter has no " + param + " that it knows, so it decides nothing",
-           "<param name=\"" + param + "\" value=\"...\"/> inside of it");
+      m_findings.warn("filter-without-effect", element, "",
+                      "the filter has no " + param + " that it knows, so it decides nothing",
+                      "<param name=\"" + param + "\" value=\"...\"/> inside of it");
     }
     return false;
   }
@@ -257,9 +252,10 @@ bool CheckDeliveryRules::checkMatch(const Appender& appender, std::size_t index,
     return passesTheRest(appender, index + 1, level);
   });
   if (isVain) {
-    warn("match-without-deny", element, "",
-         "the filter accepts what would pass without it too: what does not match passes as well",
-         "<filter class=\"LOGDenyAllFilter\"/> behind it");
+    m_findings.warn(
+        "match-without-deny", element, "",
+        "the filter accepts what would pass without it too: what does not match passes as well",
+        "<filter class=\"LOGDenyAllFilter\"/> behind it");
   }
   return true;
 }
@@ -267,9 +263,9 @@ bool CheckDeliveryRules::checkMatch(const Appender& appender, std::size_t index,
 bool CheckDeliveryRules::hasReportedParam(const ZEBIDOM_Element& filter) const {
   const auto params = CheckedDocument::children(filter, "param");
   return std::any_of(params.begin(), params.end(), [this](const ZEBIDOM_Element& param) {
-    return m_findings.has("ignored-param", m_document.placeOf(param, "name").line) ||
-           m_findings.has("empty-param", m_document.placeOf(param, "").line) ||
-           m_findings.has("unknown-level", m_document.placeOf(param, "value").line);
+    return m_findings.has("ignored-param", param, "name") ||
+           m_findings.has("empty-param", param, "") ||
+           m_findings.has("unknown-level", param, "value");
   });
 }
 
@@ -300,10 +296,10 @@ void CheckDeliveryRules::checkReached() {
       return m_rehearsal.decide(appender, 0, CheckRehearsal::level(level), ignored) != Passes::No;
     });
     if (reached.count(appender.appender) == 0 && !passesOn && passesAny) {
-      warn("never-reached", appender.element, "",
-           "no event reaches the appender " + CheckWords::quoted(appender.name) +
-               ": the levels of its loggers and the filters have none in common",
-           "another level in the loggers that refer to it, or in the filters");
+      m_findings.warn("never-reached", appender.element, "",
+                      "no event reaches the appender " + CheckWords::quoted(appender.name) +
+                          ": the levels of its loggers and the filters have none in common",
+                      "another level in the loggers that refer to it, or in the filters");
     }
   }
 }
@@ -339,16 +335,17 @@ void CheckDeliveryRules::checkWidths() {
     }
     const std::string text = CheckWords::quoted(use.specifier.text);
     const bool isInForce = i + 1 == uses.size() && !last.isNull();
-    warn("widths", use.param, "value",
-         isInForce ? "the width of " + text +
-                         " is that of every specifier of every pattern in the process, because it "
-                         "is the last that is read"
-                   : "the width of " + text +
-                         " is not used: the last specifier that is read sets the width of all, "
-                         "which is " +
-                         (last.isNull() ? "\"%m\" of a default pattern"
-                                        : CheckWords::quoted(uses.back().specifier.text) +
-                                              " in line " + std::to_string(last.getLine())),
-         "\"%" + std::string(1, use.specifier.letter) + "\", without a width");
+    m_findings.warn(
+        "widths", use.param, "value",
+        isInForce ? "the width of " + text +
+                        " is that of every specifier of every pattern in the process, because it "
+                        "is the last that is read"
+                  : "the width of " + text +
+                        " is not used: the last specifier that is read sets the width of all, "
+                        "which is " +
+                        (last.isNull() ? "\"%m\" of a default pattern"
+                                       : CheckWords::quoted(uses.back().specifier.text) +
+                                             " in line " + std::to_string(last.getLine())),
+        "\"%" + std::string(1, use.specifier.letter) + "\", without a width");
   }
 }

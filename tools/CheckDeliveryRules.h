@@ -36,8 +36,6 @@ class CheckDeliveryRules {
   bool passesTheRest(const Appender& appender, std::size_t index, const std::string& level) const;
   void checkReached();
   void checkWidths();
-  void warn(const char* rule, const ZEBIDOM_Element& element, const char* attribute,
-            const std::string& text, const std::string& instead);
 
   const CheckedDocument& m_document;
   const CheckRehearsal& m_rehearsal;

@@ -4,10 +4,12 @@
 #include <tuple>
 #include <utility>
 
-void CheckFindings::warn(const char* rule, CheckPlace place, std::string text,
-                         std::string instead) {
-  m_all.push_back(
-      {CheckFinding::Severity::Warning, rule, place, std::move(text), std::move(instead)});
+#include "tools/CheckedDocument.h"
+
+void CheckFindings::warn(const char* rule, const ZEBIDOM_Element& element, const char* attribute,
+                         std::string text, std::string instead) {
+  m_all.push_back({CheckFinding::Severity::Warning, rule, m_document.placeOf(element, attribute),
+                   std::move(text), std::move(instead)});
 }
 
 void CheckFindings::fail(const char* rule, CheckPlace place, std::string text,
@@ -28,7 +30,9 @@ std::size_t CheckFindings::count(CheckFinding::Severity severity) const {
       [severity](const CheckFinding& finding) { return finding.severity == severity; }));
 }
 
-bool CheckFindings::has(const std::string& rule, int line) const {
+bool CheckFindings::has(const char* rule, const ZEBIDOM_Element& element,
+                        const char* attribute) const {
+  const int line = m_document.placeOf(element, attribute).line;
   return std::any_of(m_all.begin(), m_all.end(), [&](const CheckFinding& finding) {
     return finding.rule == rule && finding.place.line == line;
   });

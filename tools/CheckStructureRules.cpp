@@ -76,12 +76,6 @@ std::string assignment(const std::string& name, const std::string& value) {
 
 }  // namespace
 
-void CheckStructureRules::warn(const char* rule, const ZEBIDOM_Element& element,
-                               const char* attribute, const std::string& text,
-                               const std::string& instead) {
-  m_findings.warn(rule, m_document.placeOf(element, attribute), text, instead);
-}
-
 bool CheckStructureRules::checkRoot() {
   const ZEBIDOM_Element root = m_document.root();
   const std::string tag = CheckedDocument::tag(root);
@@ -90,7 +84,7 @@ bool CheckStructureRules::checkRoot() {
   }
   const CheckPlace place = CheckedDocument::placeOf(root);
   if (tag == "configuration") {
-    m_findings.warn("old-root", place, "the root element <configuration> is out of date",
+    m_findings.warn("old-root", root, "", "the root element <configuration> is out of date",
                     inAngles(ROOT_ELEMENT));
     return true;
   }
@@ -119,9 +113,10 @@ void CheckStructureRules::checkAll() {
   checkNames("logger", loggers, "the appenders given here replace those given before");
   const auto roots = CheckedDocument::children(m_document.root(), "root");
   for (std::size_t i = 1; i < roots.size(); ++i) {
-    warn("duplicate-root", roots[i], "",
-         "there is a <root> before this one; the appenders given here replace those given there",
-         "one <root> with everything in it");
+    m_findings.warn(
+        "duplicate-root", roots[i], "",
+        "there is a <root> before this one; the appenders given here replace those given there",
+        "one <root> with everything in it");
   }
 }
 
@@ -130,21 +125,22 @@ void CheckStructureRules::checkElement(const ZEBIDOM_Element& element, const std
   const Entry* const entry = entryOf(tag);
   if (entry == nullptr) {
     const auto meant = CheckWords::nearest(tag, childrenOf(parent));
-    warn("unknown-element", element, "",
-         "the element " + inAngles(tag) + " is not known: it is skipped with all that is in it",
-         meant ? inAngles(*meant) : "one of " + CheckWords::either(childrenOf(parent)));
+    m_findings.warn(
+        "unknown-element", element, "",
+        "the element " + inAngles(tag) + " is not known: it is skipped with all that is in it",
+        meant ? inAngles(*meant) : "one of " + CheckWords::either(childrenOf(parent)));
     return;
   }
   if (!contains(entry->parents, parent)) {
     const bool isFoundAnyway = tag == "appender";
-    warn("misplaced-element", element, "",
-         "the element " + inAngles(tag) +
-             (isFoundAnyway ? " is found, but belongs elsewhere than"
-                            : " is skipped with all that is in it: it is not read") +
-             " in " + inAngles(parent),
-         entry->parents.empty()
-             ? "leave it out"
-             : inAngles(tag) + " inside of " + inAngles(CheckWords::either(entry->parents)));
+    m_findings.warn("misplaced-element", element, "",
+                    "the element " + inAngles(tag) +
+                        (isFoundAnyway ? " is found, but belongs elsewhere than"
+                                       : " is skipped with all that is in it: it is not read") +
+                        " in " + inAngles(parent),
+                    entry->parents.empty() ? "leave it out"
+                                           : inAngles(tag) + " inside of " +
+                                                 inAngles(CheckWords::either(entry->parents)));
     if (!isFoundAnyway) {
       return;
     }
@@ -190,23 +186,23 @@ void CheckStructureRules::checkAttribute(const ZEBIDOM_Element& element,
     } else if (CheckWords::lower(name) == "threshold") {
       instead = "a <filter class=\"LOGLevelRangeFilter\"> with LevelMin";
     }
-    warn("unknown-attribute", element, name.c_str(),
-         "the attribute " + CheckWords::quoted(name) + " is ignored: " + inAngles(tag) +
-             " has none of that name",
-         instead);
+    m_findings.warn("unknown-attribute", element, name.c_str(),
+                    "the attribute " + CheckWords::quoted(name) + " is ignored: " + inAngles(tag) +
+                        " has none of that name",
+                    instead);
     return;
   }
   if (value.find("${") != std::string::npos) {
-    warn("variable", element, name.c_str(),
-         "nothing is put in the place of a variable: " + CheckWords::quoted(value) +
-             " is taken as it stands",
-         "the text that is meant");
+    m_findings.warn("variable", element, name.c_str(),
+                    "nothing is put in the place of a variable: " + CheckWords::quoted(value) +
+                        " is taken as it stands",
+                    "the text that is meant");
   }
   const bool isName = name == "name" && tag != "param";
   if ((isName || name == "ref") && CheckWords::trimmed(value) != value) {
-    warn("blanks", element, name.c_str(),
-         "the blanks around " + CheckWords::quoted(value) + " are part of the name",
-         assignment(name, CheckWords::trimmed(value)));
+    m_findings.warn("blanks", element, name.c_str(),
+                    "the blanks around " + CheckWords::quoted(value) + " are part of the name",
+                    assignment(name, CheckWords::trimmed(value)));
   }
 }
 
@@ -219,7 +215,7 @@ void CheckStructureRules::checkText(const ZEBIDOM_Element& element) {
       const Entry* const entry = entryOf(tag);
       const bool hasValue = entry != nullptr && contains(entry->attributes, "value");
       m_findings.warn(
-          "text", CheckedDocument::placeOf(element),
+          "text", element, "",
           "the text " + CheckWords::quoted(text) + " in " + inAngles(tag) +
               " is ignored: only attributes and elements are read",
           hasValue ? "<" + tag + " " + assignment("value", text) + "/>" : "a comment, or nothing");
@@ -231,41 +227,44 @@ void CheckStructureRules::checkRootAttributes() {
   const ZEBIDOM_Element root = m_document.root();
   const std::string debug = CheckedDocument::attribute(root, "debug");
   if (contains({"false", "no", "off", "0"}, CheckWords::lower(CheckWords::trimmed(debug)))) {
-    warn("debug", root, "debug",
-         assignment("debug", debug) +
-             " turns the library's internal debugging on: every value does but an empty one and "
-             "\"null\"",
-         "no attribute debug");
+    m_findings.warn(
+        "debug", root, "debug",
+        assignment("debug", debug) +
+            " turns the library's internal debugging on: every value does but an empty one and "
+            "\"null\"",
+        "no attribute debug");
   }
   const std::string configDebug = CheckedDocument::attribute(root, "configDebug");
   if (!configDebug.empty() && configDebug != "null") {
-    warn("debug", root, "configDebug",
-         "the attribute \"configDebug\" is out of date, and turns internal debugging on whatever "
-         "it says",
-         "debug=\"true\", or nothing");
+    m_findings.warn(
+        "debug", root, "configDebug",
+        "the attribute \"configDebug\" is out of date, and turns internal debugging on whatever "
+        "it says",
+        "debug=\"true\", or nothing");
   }
   const std::string threshold = CheckedDocument::attribute(root, "threshold");
   if (!threshold.empty() && threshold != "null" && !CheckWords::isLevel(threshold)) {
-    warn("unknown-level", root, "threshold",
-         CheckWords::quoted(threshold) +
-             " is no level: the threshold stays what it was, at first ALL",
-         assignment("threshold", CheckWords::probableLevel(threshold).value_or("INFO")));
+    m_findings.warn("unknown-level", root, "threshold",
+                    CheckWords::quoted(threshold) +
+                        " is no level: the threshold stays what it was, at first ALL",
+                    assignment("threshold", CheckWords::probableLevel(threshold).value_or("INFO")));
   }
 }
 
 void CheckStructureRules::checkTruthValue(const ZEBIDOM_Element& element, const char* attribute) {
   const std::string value = CheckedDocument::attribute(element, attribute);
   if (!value.empty() && !CheckWords::isTruthValue(value)) {
-    warn("truth-value", element, attribute,
-         assignment(attribute, value) + " means true: everything does but \"false\"",
-         assignment(attribute, "true") + " or " + assignment(attribute, "false"));
+    m_findings.warn("truth-value", element, attribute,
+                    assignment(attribute, value) + " means true: everything does but \"false\"",
+                    assignment(attribute, "true") + " or " + assignment(attribute, "false"));
   }
 }
 
 void CheckStructureRules::checkLogger(const ZEBIDOM_Element& element) {
   checkLevels(element);
   for (const ZEBIDOM_Element& param : CheckedDocument::children(element, "param")) {
-    warn("param-without-effect", param, "", "a param of a logger has no effect", "leave it out");
+    m_findings.warn("param-without-effect", param, "", "a param of a logger has no effect",
+                    "leave it out");
   }
   if (CheckedDocument::tag(element) == "root") {
     return;
@@ -273,29 +272,32 @@ void CheckStructureRules::checkLogger(const ZEBIDOM_Element& element) {
   checkTruthValue(element, "additivity");
   const std::string name = CheckedDocument::attribute(element, "name");
   if (name == "root") {
-    warn("logger-named-root", element, "name",
-         "this is a logger of the name \"root\" below the root logger, not the root logger itself",
-         "<root>");
+    m_findings.warn(
+        "logger-named-root", element, "name",
+        "this is a logger of the name \"root\" below the root logger, not the root logger itself",
+        "<root>");
   }
   if (name.find('*') != std::string::npos) {
-    warn("logger-name", element, "name",
-         "a \"*\" in the name of a logger stands for itself; a logger's settings go to those below "
-         "it anyway",
-         assignment("name", name.substr(0, name.find_first_of("*"))));
+    m_findings.warn(
+        "logger-name", element, "name",
+        "a \"*\" in the name of a logger stands for itself; a logger's settings go to those below "
+        "it anyway",
+        assignment("name", name.substr(0, name.find_first_of("*"))));
   } else if (!name.empty() &&
              (name.front() == '.' || name.back() == '.' || name.find("..") != std::string::npos)) {
-    warn("logger-name", element, "name",
-         "the dots in " + CheckWords::quoted(name) +
-             " enclose an empty component, so that it is above no logger that it seems to be above",
-         "a name whose components have a dot between them");
+    m_findings.warn(
+        "logger-name", element, "name",
+        "the dots in " + CheckWords::quoted(name) +
+            " enclose an empty component, so that it is above no logger that it seems to be above",
+        "a name whose components have a dot between them");
   }
   const std::string className = CheckedDocument::classOf(element);
   if (!className.empty() &&
       CheckedDocument::children(m_document.root(), "categoryFactory").empty()) {
-    warn("logger-class", element, "class",
-         "the element is skipped: a logger of class " + CheckWords::quoted(className) +
-             " needs a <categoryFactory>, and the document has none",
-         "no attribute class");
+    m_findings.warn("logger-class", element, "class",
+                    "the element is skipped: a logger of class " + CheckWords::quoted(className) +
+                        " needs a <categoryFactory>, and the document has none",
+                    "no attribute class");
   }
 }
 
@@ -309,8 +311,8 @@ void CheckStructureRules::checkLevels(const ZEBIDOM_Element& logger) {
     }
     checkLevel(child, isRoot);
     if (!isFirst) {
-      warn("duplicate-level", child, "", "there is a level before this one; the last one counts",
-           "one <level>");
+      m_findings.warn("duplicate-level", child, "",
+                      "there is a level before this one; the last one counts", "one <level>");
     }
     isFirst = false;
   }
@@ -319,11 +321,12 @@ void CheckStructureRules::checkLevels(const ZEBIDOM_Element& logger) {
 void CheckStructureRules::checkLevel(const ZEBIDOM_Element& level, bool isRoot) {
   const std::string value = CheckedDocument::attribute(level, "value");
   if (!CheckedDocument::attribute(level, "class").empty()) {
-    warn("level-class", level, "class", "the class of a level has no effect", "no attribute class");
+    m_findings.warn("level-class", level, "class", "the class of a level has no effect",
+                    "no attribute class");
   }
   if (value == "inherited" || value == "null") {
     if (isRoot) {
-      warn(
+      m_findings.warn(
           "root-level", level, "value",
           "the root logger has nobody to inherit from: its level stays what it was, at first DEBUG",
           assignment("value", "INFO"));
@@ -331,10 +334,10 @@ void CheckStructureRules::checkLevel(const ZEBIDOM_Element& level, bool isRoot) 
   } else if (!CheckWords::isLevel(value)) {
     const std::string word = CheckWords::lower(CheckWords::trimmed(value));
     const bool isInherited = !isRoot && (word == "inherited" || word == "null");
-    warn("unknown-level", level, "value",
-         CheckWords::quoted(value) + " is no level: it means DEBUG",
-         assignment("value",
-                    isInherited ? word : CheckWords::probableLevel(value).value_or("DEBUG")));
+    m_findings.warn(
+        "unknown-level", level, "value", CheckWords::quoted(value) + " is no level: it means DEBUG",
+        assignment("value",
+                   isInherited ? word : CheckWords::probableLevel(value).value_or("DEBUG")));
   }
 }
 
@@ -342,18 +345,19 @@ void CheckStructureRules::checkAppender(const ZEBIDOM_Element& element) {
   const std::string name = CheckedDocument::attribute(element, "name");
   const bool counts = m_document.appender(name) == element;
   if (!name.empty() && counts && m_referredTo.count(name) == 0) {
-    warn("unused-appender", element, "",
-         "the appender " + CheckWords::quoted(name) +
-             " is never built: no <appender-ref> of a logger or of an asynchronous appender names "
-             "it",
-         "<appender-ref ref=" + CheckWords::quoted(name) + "/> in <root> or a <logger>");
+    m_findings.warn(
+        "unused-appender", element, "",
+        "the appender " + CheckWords::quoted(name) +
+            " is never built: no <appender-ref> of a logger or of an asynchronous appender names "
+            "it",
+        "<appender-ref ref=" + CheckWords::quoted(name) + "/> in <root> or a <logger>");
   }
   checkTruthValue(element, "addProcID");
   const std::string className = CheckedDocument::classOf(element);
   if (element.hasAttribute("addProcID") && className != "LOGRollingFileAppender") {
-    warn("attribute-without-effect", element, "addProcID",
-         "addProcID has no effect: only LOGRollingFileAppender reads it",
-         "class=\"LOGRollingFileAppender\", or no addProcID");
+    m_findings.warn("attribute-without-effect", element, "addProcID",
+                    "addProcID has no effect: only LOGRollingFileAppender reads it",
+                    "class=\"LOGRollingFileAppender\", or no addProcID");
   }
 }
 
@@ -374,9 +378,10 @@ void CheckStructureRules::checkReference(const ZEBIDOM_Element& reference,
   const std::string name = CheckedDocument::attribute(reference, "ref");
   const ZEBIDOM_Element holder(reference.getParentNode());
   if (parent == "appender" && CheckedDocument::classOf(holder) != "LOGAsyncAppender") {
-    warn("misplaced-element", reference, "",
-         "the reference is ignored: only LOGAsyncAppender passes events on to other appenders",
-         "class=\"LOGAsyncAppender\", or the reference in a logger");
+    m_findings.warn(
+        "misplaced-element", reference, "",
+        "the reference is ignored: only LOGAsyncAppender passes events on to other appenders",
+        "class=\"LOGAsyncAppender\", or the reference in a logger");
     return;
   }
   if (m_document.appender(name).isNull()) {
@@ -385,9 +390,10 @@ void CheckStructureRules::checkReference(const ZEBIDOM_Element& reference,
       names.push_back(CheckedDocument::attribute(appender, "name"));
     }
     const auto meant = CheckWords::nearest(name, names);
-    warn("unknown-appender", reference, "ref",
-         "there is no appender " + CheckWords::quoted(name) + ", so the reference is left out",
-         meant ? assignment("ref", *meant) : "the name of an appender of this document");
+    m_findings.warn(
+        "unknown-appender", reference, "ref",
+        "there is no appender " + CheckWords::quoted(name) + ", so the reference is left out",
+        meant ? assignment("ref", *meant) : "the name of an appender of this document");
     return;
   }
   const auto siblings = CheckedDocument::children(holder, "appender-ref");
@@ -396,9 +402,10 @@ void CheckStructureRules::checkReference(const ZEBIDOM_Element& reference,
       break;
     }
     if (CheckedDocument::attribute(sibling, "ref") == name) {
-      warn("duplicate-reference", reference, "ref",
-           "the appender " + CheckWords::quoted(name) + " is referred to before; once counts",
-           "one reference");
+      m_findings.warn(
+          "duplicate-reference", reference, "ref",
+          "the appender " + CheckWords::quoted(name) + " is referred to before; once counts",
+          "one reference");
       break;
     }
   }
@@ -410,16 +417,17 @@ void CheckStructureRules::checkNames(const char* what, const std::vector<ZEBIDOM
   for (const ZEBIDOM_Element& element : elements) {
     const std::string name = CheckedDocument::attribute(element, "name");
     if (name.empty()) {
-      warn("no-name", element, "", std::string("the ") + what + " has no name", "name=\"...\"");
+      m_findings.warn("no-name", element, "", std::string("the ") + what + " has no name",
+                      "name=\"...\"");
       continue;
     }
     const auto [known, isNew] = lines.insert({name, element.getLine()});
     if (!isNew) {
-      warn("duplicate-name", element, "name",
-           std::string("there is a") + (*what == 'a' ? "n " : " ") + what + " " +
-               CheckWords::quoted(name) + " in line " + std::to_string(known->second) +
-               " already; " + consequence,
-           "another name, or one element");
+      m_findings.warn("duplicate-name", element, "name",
+                      std::string("there is a") + (*what == 'a' ? "n " : " ") + what + " " +
+                          CheckWords::quoted(name) + " in line " + std::to_string(known->second) +
+                          " already; " + consequence,
+                      "another name, or one element");
     }
   }
 }
@@ -428,13 +436,14 @@ void CheckStructureRules::checkLibraries(const ZEBIDOM_Element& element, const s
   if (tag == "renderer") {
     for (const char* const name : {"renderedClass", "renderingClass"}) {
       if (CheckedDocument::attribute(element, name).empty()) {
-        warn("no-class", element, "",
-             std::string("the renderer is not registered: it has no ") + name,
-             std::string(name) + "=\"...\"");
+        m_findings.warn("no-class", element, "",
+                        std::string("the renderer is not registered: it has no ") + name,
+                        std::string(name) + "=\"...\"");
       }
     }
   } else if (tag == "categoryFactory" && CheckedDocument::classOf(element).empty()) {
-    warn("no-class", element, "", "the factory has no class, so no logger factory is loaded",
-         "class=\"NAME_OF_THE_LIBRARY\"");
+    m_findings.warn("no-class", element, "",
+                    "the factory has no class, so no logger factory is loaded",
+                    "class=\"NAME_OF_THE_LIBRARY\"");
   }
 }

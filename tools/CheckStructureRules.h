@@ -36,8 +36,6 @@ class CheckStructureRules {
   void checkTruthValue(const ZEBIDOM_Element& element, const char* attribute);
   void checkLibraries(const ZEBIDOM_Element& element, const std::string& tag);
   void collectReferences();
-  void warn(const char* rule, const ZEBIDOM_Element& element, const char* attribute,
-            const std::string& text, const std::string& instead);
 
   const CheckedDocument& m_document;
   CheckFindings& m_findings;

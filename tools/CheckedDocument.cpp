@@ -8,6 +8,7 @@
 #include "platform/ZEBIDOM_DOMImplementation.h"
 #include "platform/ZEBIDOM_NodeList.h"
 #include "platform/ZEBIDOM_Parser.h"
+#include "tools/CheckWords.h"
 
 namespace {
 
@@ -134,6 +135,20 @@ std::vector<ZEBIDOM_Element> CheckedDocument::children(const ZEBIDOM_Element& el
   for (const ZEBIDOM_Element& child : children(element)) {
     if (tag(child) == tagName) {
       found.push_back(child);
+    }
+  }
+  return found;
+}
+
+ZEBIDOM_Element CheckedDocument::paramOf(const ZEBIDOM_Element& component, const std::string& name,
+                                         bool isInAnyCase) {
+  ZEBIDOM_Element found;
+  for (const ZEBIDOM_Element& param : children(component, "param")) {
+    const std::string given = attribute(param, "name");
+    const bool isIt =
+        isInAnyCase ? CheckWords::lower(given) == CheckWords::lower(name) : given == name;
+    if (isIt && !attribute(param, "value").empty()) {
+      found = param;
     }
   }
   return found;

@@ -39,6 +39,9 @@ class CheckedDocument {
   static std::vector<ZEBIDOM_Element> children(const ZEBIDOM_Element& element);
   /// Those of one name.
   static std::vector<ZEBIDOM_Element> children(const ZEBIDOM_Element& element, const char* tag);
+  /// The param that a component takes under the name: the last one with a value, or null.
+  static ZEBIDOM_Element paramOf(const ZEBIDOM_Element& component, const std::string& name,
+                                 bool isInAnyCase = false);
   /// The class attribute from behind its last dot, as the library reads it.
   static std::string classOf(const ZEBIDOM_Element& element);
 
