@@ -10,8 +10,11 @@
 #include <string>
 #include <vector>
 
+#include "layouts/LOGPatternLayout.h"
 #include "support/ChildProcess.h"
+#include "support/TestEvent.h"
 #include "support/Workplace.h"
+#include "tools/CheckPattern.h"
 
 namespace {
 
@@ -268,7 +271,50 @@ const Mistake MISTAKES[] = {
      "filter-never-asked", "never asked", "before them", 2},
 };
 
+/// The lines that are indented between two texts of a page.
+Words indentedLines(const std::string& page, const std::string& from, const std::string& to) {
+  std::istringstream part(page.substr(page.find(from), page.find(to) - page.find(from)));
+  Words lines;
+  for (std::string line; std::getline(part, line);) {
+    if (line.empty() || line.compare(0, 4, "    ") == 0) {
+      lines.push_back(line.substr(std::min<std::size_t>(4, line.size())));
+    }
+  }
+  return lines;
+}
+
 }  // namespace
+
+TEST(CheckPattern, SeesWhatTheLibrarysParserSees) {
+  const Workplace workplace;
+  const std::string alphabet = "%-.5mnq{";
+  std::vector<std::string> patterns{""};
+  for (std::size_t begin = 0, length = 1; length <= 4; ++length) {
+    const std::size_t end = patterns.size();
+    for (; begin < end; ++begin) {
+      for (const char c : alphabet) {
+        patterns.push_back(patterns[begin] + c);
+      }
+    }
+  }
+  for (const std::string& pattern : patterns) {
+    const std::ptrdiff_t before = Workplace::diagnosticsWith("Unexpected char");
+    LOGPatternLayout layout(pattern);
+    const CheckPattern seen(pattern);
+    EXPECT_EQ(Workplace::diagnosticsWith("Unexpected char") - before,
+              static_cast<std::ptrdiff_t>(seen.unknown().size()))
+        << pattern;
+    // Every specifier is the message here.
+    TestEvent event("app", "INFO", "M");
+    const std::string text = layout.format(&event).toStdString();
+    EXPECT_EQ(static_cast<std::size_t>(std::count(text.begin(), text.end(), 'M')),
+              seen.specifiers().size())
+        << pattern;
+    EXPECT_EQ(mentions(text, "\r\n"), seen.hasLineEnd()) << pattern;
+    EXPECT_EQ(text.size() > 1 && text.substr(text.size() - 2) == "\r\n", seen.endsWithLineEnd())
+        << pattern;
+  }
+}
 
 TEST(CheckCommand, NamesEveryMistakeAtItsLineAndSaysWhatToWrite) {
   const Workplace workplace;
@@ -464,4 +510,27 @@ TEST(CheckCommand, HasNothingToComplainOfInTheExamplesAndTheDocumentation) {
     }
   }
   EXPECT_GE(samples, 2);
+}
+
+TEST(CheckCommand, PrintsWhatTheDocumentationShows) {
+  const Workplace workplace;
+  const std::string page = Workplace::read(LOG4ZEB_SOURCES "/docs/check.md");
+  std::string document;
+  for (const std::string& line : indentedLines(page, "    <?xml", "and prints")) {
+    document += line + "\n";
+  }
+  Workplace::write("server.xml", document);
+  std::istringstream output(check({"server.xml"}).output);
+  Words printed;
+  for (std::string line; std::getline(output, line);) {
+    printed.push_back(line);
+  }
+  Words shown = indentedLines(page, "    server.xml:", "A finding begins");
+  shown.pop_back();  // the empty line behind
+  ASSERT_EQ(shown.size(), printed.size());
+  for (std::size_t i = 0; i < shown.size(); ++i) {
+    if (!mentions(shown[i], "sample")) {  // it holds the time
+      EXPECT_EQ(shown[i], printed[i]);
+    }
+  }
 }
