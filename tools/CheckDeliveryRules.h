@@ -26,6 +26,7 @@ class CheckDeliveryRules {
   void checkLoggersWithoutAppender();
   void checkThreshold(const Logger& logger);
   void checkDuplicates(const Logger& logger);
+  void checkOutOfUse(const Logger& logger);
   void checkCircles();
   void checkFilters(const Appender& appender);
   bool checkFilter(const Appender& appender, std::size_t index, const ZEBIDOM_Element& element,

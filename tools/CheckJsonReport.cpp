@@ -3,6 +3,8 @@
 #include <cstdio>
 #include <vector>
 
+#include "platform/I18NString.h"
+
 namespace {
 
 std::string text(const std::string& value) {
@@ -71,7 +73,8 @@ std::string toJson(const CheckSummary::Appender& appender) {
 
 std::string CheckJsonReport::make(const std::string& fileName, const CheckFindings& findings,
                                   int exitCode, const CheckSummary* summary) {
-  std::string json = "{\"document\":" + text(fileName) +
+  // The name is what the user typed; all else comes from parsed text.
+  std::string json = "{\"document\":" + text(I18NString::fromUtf8(fileName).toStdString()) +
                      ",\"exitCode\":" + std::to_string(exitCode) + ",\"findings\":" +
                      list(findings.all(), [](const CheckFinding& item) { return toJson(item); });
   if (summary != nullptr) {

@@ -74,10 +74,12 @@ std::string probableDateFormat(const std::string& text) {
 void CheckParamRules::checkParams(const ZEBIDOM_Element& component) {
   std::map<std::string, int> lines;
   for (const ZEBIDOM_Element& param : CheckedDocument::children(component, "param")) {
-    checkParam(param, CheckedDocument::classOf(component));
+    if (!checkParam(param, CheckedDocument::classOf(component))) {
+      continue;
+    }
     const std::string name = CheckWords::lower(CheckedDocument::attribute(param, "name"));
     const auto [known, isNew] = lines.insert({name, param.getLine()});
-    if (!isNew && !name.empty()) {
+    if (!isNew) {
       m_findings.warn("duplicate-param", param, "name",
                       "the param is set in line " + std::to_string(known->second) +
                           " already; the last value counts",
@@ -86,7 +88,8 @@ void CheckParamRules::checkParams(const ZEBIDOM_Element& component) {
   }
 }
 
-void CheckParamRules::checkParam(const ZEBIDOM_Element& param, const std::string& className) {
+/// Returns whether the component takes the param.
+bool CheckParamRules::checkParam(const ZEBIDOM_Element& param, const std::string& className) {
   const std::string given = CheckedDocument::attribute(param, "name");
   for (const LOGParameterTable::Param& known : LOGParameterTable::paramsOf(className)) {
     const bool isIt = known.isInAnyCase ? CheckWords::lower(given) == CheckWords::lower(known.name)
@@ -95,14 +98,15 @@ void CheckParamRules::checkParam(const ZEBIDOM_Element& param, const std::string
       m_findings.warn("empty-param", param, "",
                       "the param " + CheckWords::quoted(given) + " is ignored: its value is empty",
                       "value=\"...\", or no such param");
-      return;
+      return false;
     }
     if (isIt) {
       checkValue(param, className, known.name);
-      return;
+      return true;
     }
   }
   warnOfIgnored(param, className);
+  return false;
 }
 
 void CheckParamRules::warnOfIgnored(const ZEBIDOM_Element& param, const std::string& className) {

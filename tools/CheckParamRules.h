@@ -18,7 +18,7 @@ class CheckParamRules {
   void warnOfIgnored(const ZEBIDOM_Element& param, const std::string& className);
 
  private:
-  void checkParam(const ZEBIDOM_Element& param, const std::string& className);
+  bool checkParam(const ZEBIDOM_Element& param, const std::string& className);
   void checkValue(const ZEBIDOM_Element& param, const std::string& className,
                   const std::string& name);
   void checkNumber(const ZEBIDOM_Element& param, const std::string& name);

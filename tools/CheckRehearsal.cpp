@@ -168,6 +168,10 @@ const CheckRehearsal::Appender* CheckRehearsal::find(const LOGAppenderSkeleton* 
   return found == m_positions.end() ? nullptr : &m_appenders[found->second];
 }
 
+bool CheckRehearsal::isOutOfUse(const LOGAppenderSkeleton& appender) {
+  return appender.isStale() != 0 || appender.isClosedForGood();
+}
+
 std::vector<CheckRehearsal::Delivery> CheckRehearsal::ways(const LOGLogger& logger) {
   std::vector<Delivery> found;
   for (LOGAppenderSkeleton* const appender : logger.snapshotOfAppenders()) {
@@ -187,7 +191,7 @@ std::vector<CheckRehearsal::Delivery> CheckRehearsal::deliveries(LOGLogger& logg
       for (LOGAppenderSkeleton* const appender : way.path) {
         const Appender* const known = find(appender);
         std::string condition;
-        const Passes passes = known == nullptr ? Passes::Yes : decide(*known, 0, level, condition);
+        const Passes passes = known == nullptr ? Passes::No : decide(*known, 0, level, condition);
         way.passes = std::min(way.passes, passes);
         way.condition += (way.condition.empty() || condition.empty() ? "" : " and ") + condition;
       }
@@ -218,7 +222,7 @@ std::vector<LOGFilter*> CheckRehearsal::filters(const Appender& appender) {
 
 CheckRehearsal::Passes CheckRehearsal::decide(const Appender& appender, std::size_t firstFilter,
                                               LOGLevel& level, std::string& condition) const {
-  if (appender.appender->isAsSevereAsThreshold(&level) == 0) {
+  if (appender.appender->isAsSevereAsThreshold(&level) == 0 || isOutOfUse(*appender.appender)) {
     return Passes::No;
   }
   std::vector<std::string> accepting;

@@ -278,11 +278,11 @@ void CheckStructureRules::checkLogger(const ZEBIDOM_Element& element) {
         "<root>");
   }
   if (name.find('*') != std::string::npos) {
-    m_findings.warn(
-        "logger-name", element, "name",
-        "a \"*\" in the name of a logger stands for itself; a logger's settings go to those below "
-        "it anyway",
-        assignment("name", name.substr(0, name.find_first_of("*"))));
+    const std::string above = name.substr(0, name.find_last_not_of(".*") + 1);
+    m_findings.warn("logger-name", element, "name",
+                    "a \"*\" in the name of a logger stands for itself; a logger's settings go to "
+                    "those below it anyway",
+                    above.empty() ? "<root>" : assignment("name", above));
   } else if (!name.empty() &&
              (name.front() == '.' || name.back() == '.' || name.find("..") != std::string::npos)) {
     m_findings.warn(
