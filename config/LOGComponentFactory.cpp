@@ -68,6 +68,15 @@ std::unique_ptr<Base> find(const Entry<Base> (&entries)[COUNT], const I18NString
   return nullptr;
 }
 
+template <typename Base, std::size_t COUNT>
+std::vector<std::string> namesIn(const Entry<Base> (&entries)[COUNT]) {
+  std::vector<std::string> names;
+  for (const Entry<Base>& entry : entries) {
+    names.emplace_back(entry.className);
+  }
+  return names;
+}
+
 }  // namespace
 
 std::unique_ptr<LOGAppenderSkeleton> LOGComponentFactory::newAppender(const I18NString& className) {
@@ -84,4 +93,14 @@ std::unique_ptr<LOGFilter> LOGComponentFactory::newFilter(const I18NString& clas
 
 std::unique_ptr<LOGErrorHandler> LOGComponentFactory::newErrorHandler(const I18NString& className) {
   return find(ERROR_HANDLERS, className);
+}
+
+std::vector<std::string> LOGComponentFactory::appenderClasses() { return namesIn(APPENDERS); }
+
+std::vector<std::string> LOGComponentFactory::layoutClasses() { return namesIn(LAYOUTS); }
+
+std::vector<std::string> LOGComponentFactory::filterClasses() { return namesIn(FILTERS); }
+
+std::vector<std::string> LOGComponentFactory::errorHandlerClasses() {
+  return namesIn(ERROR_HANDLERS);
 }

@@ -156,3 +156,13 @@ void LOGParameterTable::apply(LOGObject& object, const I18NString& name, const I
     row->set(object, value, resolveFileName);
   }
 }
+
+std::vector<LOGParameterTable::Param> LOGParameterTable::paramsOf(const std::string& className) {
+  std::vector<Param> params;
+  for (const Row& row : ROWS) {
+    if (className == row.className) {
+      params.push_back({row.name, row.nameCase == NameCase::Any});
+    }
+  }
+  return params;
+}

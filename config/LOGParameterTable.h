@@ -2,6 +2,8 @@
 #define CONFIG_LOGPARAMETERTABLE_H
 
 #include <functional>
+#include <string>
+#include <vector>
 
 #include "platform/I18NString.h"
 
@@ -9,7 +11,7 @@ class LOGObject;
 
 /// The params that each class of component takes from a configuration document; a new one is one
 /// line in the table.
-class LOGParameterTable {
+class LOG4ZEB_EXPORT LOGParameterTable {
  public:
   /// Gives a file name the process id, when the configuration asks for it.
   using FileNameResolver = std::function<I18NString(const I18NString&)>;
@@ -18,6 +20,14 @@ class LOGParameterTable {
   /// and an empty value, is ignored.
   static void apply(LOGObject& object, const I18NString& name, const I18NString& value,
                     const FileNameResolver& resolveFileName);
+
+  /// A param that a class takes, and whether its name may be written in any case.
+  struct Param {
+    std::string name;
+    bool isInAnyCase;
+  };
+  /// What apply() takes for a class, found by its tag.
+  static std::vector<Param> paramsOf(const std::string& className);
 };
 
 #endif

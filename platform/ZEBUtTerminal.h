@@ -4,15 +4,19 @@
 #include <string>
 #include <vector>
 
-/// What a command needs to know of the terminal that it was started on, and how it was started.
-/// Part of the command, not of the library.
+/// What a command needs to know of the terminal that it was started on, how it was started, and
+/// what it may do there. Part of the command, not of the library.
 class ZEBUtTerminal {
  public:
   static bool isStandardError();
+  static bool isStandardOutput();
   /// Makes the standard streams pass every byte as it is, line ends too.
   static void passBytesUnchanged();
   /// What main() was given, in UTF-8.
   static std::vector<std::string> arguments(int count, char** given);
+  /// Whether this process may write to the file, or make files in the directory, of that name in
+  /// UTF-8; false when there is none. Nothing is opened.
+  static bool mayWrite(const std::string& name);
 };
 
 #endif

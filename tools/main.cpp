@@ -10,6 +10,7 @@
 
 #include "core/LOG4ZEBVersion.h"
 #include "platform/ZEBUtTerminal.h"
+#include "tools/CheckCommand.h"
 #include "tools/ListenCommand.h"
 #include "tools/LogCommand.h"
 #include "tools/PageCommand.h"
@@ -26,6 +27,7 @@ int run(std::vector<std::string> arguments) {
   const LogCommand log(app);
   const ListenCommand listen(app);
   const PageCommand page(app);
+  const CheckCommand check(app);
   // The parser takes them from the end, without the name of the program.
   std::reverse(arguments.begin(), arguments.end());
   if (!arguments.empty()) {
@@ -36,6 +38,9 @@ int run(std::vector<std::string> arguments) {
   } catch (const CLI::ParseError& end) {
     // Help and version end here too, with the code 0.
     return app.exit(end) == 0 ? 0 : BAD_ARGUMENTS;
+  }
+  if (app.got_subcommand("check")) {
+    return check.run();
   }
   if (app.got_subcommand("listen")) {
     return listen.run();

@@ -9,10 +9,18 @@
 
 #include "platform/windows/ZEBWindowsName.h"
 
-bool ZEBUtTerminal::isStandardError() {
+namespace {
+
+bool isConsole(DWORD stream) {
   DWORD mode = 0;
-  return GetConsoleMode(GetStdHandle(STD_ERROR_HANDLE), &mode) != 0;
+  return GetConsoleMode(GetStdHandle(stream), &mode) != 0;
 }
+
+}  // namespace
+
+bool ZEBUtTerminal::isStandardError() { return isConsole(STD_ERROR_HANDLE); }
+
+bool ZEBUtTerminal::isStandardOutput() { return isConsole(STD_OUTPUT_HANDLE); }
 
 void ZEBUtTerminal::passBytesUnchanged() {
   for (FILE* const stream : {stdin, stdout, stderr}) {
@@ -30,4 +38,9 @@ std::vector<std::string> ZEBUtTerminal::arguments(int, char**) {
   }
   LocalFree(words);
   return found;
+}
+
+bool ZEBUtTerminal::mayWrite(const std::string& name) {
+  constexpr int WRITE = 2;
+  return _waccess(ZEBWindowsName::toWide(name).c_str(), WRITE) == 0;
 }

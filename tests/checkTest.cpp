@@ -1,0 +1,536 @@
+// The command log4zeb check, run as processes on documents with one mistake each.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "layouts/LOGPatternLayout.h"
+#include "support/ChildProcess.h"
+#include "support/TestEvent.h"
+#include "support/Workplace.h"
+#include "tools/CheckPattern.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using Words = std::vector<std::string>;
+
+constexpr const char* DOCUMENT = "log.xml";
+
+// Without a mistake; its first line is empty, so that the indexes are the numbers of the lines.
+const Words CLEAN{
+    "",
+    R"(<?xml version="1.0" encoding="UTF-8"?>)",
+    R"(<log4j:configuration xmlns:log4j="urn:x" threshold="DEBUG">)",
+    R"(  <appender name="FILE" class="LOGRollingFileAppender" addProcID="false">)",
+    R"(    <param name="File" value="out.log"/>)",
+    R"(    <param name="MaximumFileSize" value="10485760"/>)",
+    R"(    <layout class="LOGPatternLayout">)",
+    R"(      <param name="ConversionPattern" value="%d %p %c{2} - %m%n"/>)",
+    R"(    </layout>)",
+    R"(    <filter class="LOGLevelRangeFilter">)",
+    R"(      <param name="LevelMin" value="INFO"/>)",
+    R"(    </filter>)",
+    R"(  </appender>)",
+    R"(  <appender name="CONSOLE" class="LOGConsoleAppender">)",
+    R"(    <layout class="LOGTTCCLayout"><param name="DateFormat" value="ISO8601"/></layout>)",
+    R"(  </appender>)",
+    R"(  <appender name="ASYNC" class="LOGAsyncAppender">)",
+    R"(    <appender-ref ref="FILE"/>)",
+    R"(  </appender>)",
+    R"(  <logger name="shop" additivity="false">)",
+    R"(    <level value="INFO"/>)",
+    R"(    <appender-ref ref="CONSOLE"/>)",
+    R"(  </logger>)",
+    R"(  <root>)",
+    R"(    <level value="WARN"/>)",
+    R"(    <appender-ref ref="ASYNC"/>)",
+    R"(  </root>)",
+    R"(</log4j:configuration>)"};
+
+std::string text(const Words& lines) {
+  std::string result;
+  for (std::size_t i = 1; i < lines.size(); ++i) {
+    result += lines[i] + "\n";
+  }
+  return result;
+}
+
+struct Outcome {
+  int exitCode;
+  std::string output;
+};
+
+Outcome check(const Words& arguments) {
+  Words words{"check"};
+  words.insert(words.end(), arguments.begin(), arguments.end());
+  ChildProcess command(LOG4ZEB_COMMAND, words);
+  const std::string output = command.receive();
+  return {command.wait().exitCode, output + command.errors()};
+}
+
+Outcome checkText(const std::string& document, Words arguments = {"--quiet"}) {
+  Workplace::write(DOCUMENT, document);
+  arguments.emplace_back(DOCUMENT);
+  return check(arguments);
+}
+
+bool mentions(const std::string& whole, const std::string& part) {
+  return whole.find(part) != std::string::npos;
+}
+
+std::ptrdiff_t count(const std::string& whole, const std::string& part) {
+  std::ptrdiff_t found = 0;
+  for (std::size_t at = whole.find(part); at != std::string::npos; at = whole.find(part, at + 1)) {
+    ++found;
+  }
+  return found;
+}
+
+/// One line of the clean document, the mistake in its place, and what is to be said of it.
+struct Mistake {
+  std::size_t line;
+  const char* instead;
+  const char* rule;
+  const char* words;
+  const char* advice;
+  std::ptrdiff_t findings = 1;  // some mistakes have consequences elsewhere
+  std::size_t namedAt = 0;      // where it is to be named, if not at the line
+};
+
+const Mistake MISTAKES[] = {
+    // The root element.
+    {2, R"(<log4j:configuration debug="false">)", "debug",
+     "turns the library's internal debugging on", "no attribute debug"},
+    {2, R"(<log4j:configuration configDebug="true">)", "debug", "out of date", "debug=\"true\""},
+    {2, R"(<log4j:configuration threshold="DEBUGG">)", "unknown-level", "stays what it was",
+     "threshold=\"DEBUG\""},
+    {2, R"(<log4j:configuration treshold="INFO">)", "unknown-attribute", "is ignored",
+     "threshold=\"INFO\""},
+    {2, R"(<log4j:configuration threshold="ERROR">)", "below-threshold",
+     "below the threshold ERROR", "threshold=\"INFO\"", 2, 20},
+    // Elements and texts.
+    {12, R"(</appender><Appender name="B" class="LOGConsoleAppender"/>)", "unknown-element",
+     "skipped with all that is in it", "<appender>"},
+    {22, R"(<level value="INFO"/><logger name="a"/></logger>)", "misplaced-element",
+     "not read in <logger>", "<logger> inside of <log4j:configuration>", 2},
+    {20, "<level>INFO</level>", "text", "the text \"INFO\" in <level> is ignored",
+     "<level value=\"INFO\"/>", 2},
+    {12, R"(<layout class="LOGSimpleLayout"/></appender>)", "duplicate-layout",
+     "the last one counts", "one <layout>", 1, 6},
+    {23, R"(<root level="INFO">)", "unknown-attribute", "<root> has none",
+     "<level value=\"INFO\"/>"},
+    // Classes.
+    {3, R"(<appender name="FILE" class="LOGRolingFileAppender">)", "unknown-class",
+     "references to it are left out", "class=\"LOGRollingFileAppender\""},
+    {14, R"(<layout class="LOGPaternLayout"/>)", "unknown-class", "the appender has no layout",
+     "class=\"LOGPatternLayout\""},
+    {9, R"(<filter class="LOGLevelRangefilter">)", "unknown-class", "denies every event",
+     "class=\"LOGLevelRangeFilter\""},
+    {12, R"(<errorHandler class="LOGOnlyOnceErrorHandler"/></appender>)", "error-handler",
+     "never call an error handler", "leave it out"},
+    {19, R"(<logger name="shop" additivity="false" class="x.MyLogger">)", "logger-class",
+     "needs a <categoryFactory>", "no attribute class"},
+    // Names and references.
+    {13, R"(<appender name="FILE" class="LOGConsoleAppender">)", "duplicate-name",
+     "an appender \"FILE\" in line 3 already", "another name", 3},
+    {21, R"(<appender-ref ref="CONSOL"/>)", "unknown-appender", "no appender \"CONSOL\"",
+     "ref=\"CONSOLE\"", 3},
+    {21, R"(<appender-ref ref="FILE"/>)", "unused-appender", "\"CONSOLE\" is never built",
+     "<appender-ref ref=\"CONSOLE\"/>", 1, 13},
+    {25, R"(<appender-ref ref="ASYNC"/><appender-ref ref="FILE"/>)", "twice",
+     "reach the appender \"FILE\" twice", "one reference"},
+    {19, R"(<logger name="shop"><appender-ref ref="FILE"/>)", "twice", "through a logger above it",
+     "additivity=\"false\""},
+    {17, R"(<appender-ref ref="FILE"/><appender-ref ref="ASYNC"/>)", "circle", "leads back",
+     "no reference in a circle"},
+    {15, R"(<appender-ref ref="FILE"/></appender>)", "misplaced-element",
+     "only LOGAsyncAppender passes events on", "class=\"LOGAsyncAppender\""},
+    {17, "", "async-without-appender", "passes events on to no appender", "<appender-ref", 2, 16},
+    {21, "", "no-appender", "\"shop\" reach no appender", "additivity=\"true\"", 2, 19},
+    {25, "", "no-appender", "the root logger has no appender", "in <root>", 2, 23},
+    {19, R"(<logger name="root" additivity="false">)", "logger-named-root",
+     "not the root logger itself", "<root>"},
+    {19, R"(<logger name="shop.*" additivity="false">)", "logger-name", "stands for itself",
+     "name=\"shop\""},
+    {19, R"(<logger name="shop " additivity="false">)", "blanks", "are part of the name",
+     "name=\"shop\""},
+    {22, R"(</logger><logger name="shop"/>)", "duplicate-name", "replace those given before",
+     "one element"},
+    {22, R"(</logger><logger name="a"><appender-ref ref="CONSOLE"/></logger><logger name="a"/>)",
+     "closed", "takes no events", "one element for each logger", 2, 21},
+    // Levels and truth values.
+    {20, R"(<level value="WARNING"/>)", "unknown-level", "it means DEBUG", "value=\"WARN\""},
+    {20, R"(<level value=" INFO"/>)", "unknown-level", "\" INFO\" is no level", "value=\"INFO\""},
+    {20, R"(<level value="Inherited"/>)", "unknown-level", "it means DEBUG", "value=\"inherited\""},
+    {20, R"(<level value="INFO" class="a.B"/>)", "level-class", "no effect", "no attribute class"},
+    {20, R"(<level value="INFO"/><priority value="WARN"/>)", "duplicate-level",
+     "the last one counts", "one <level>"},
+    {24, R"(<level value="inherited"/>)", "root-level", "nobody to inherit from", "value=\"INFO\""},
+    {19, R"(<logger name="shop" additivity="no">)", "truth-value", "means true",
+     "additivity=\"false\""},
+    {13, R"(<appender name="CONSOLE" class="LOGConsoleAppender" addProcID="true">)",
+     "attribute-without-effect", "only LOGRollingFileAppender reads it", "no addProcID"},
+    // Params.
+    {4, R"(<param name="file" value="out.log"/>)", "ignored-param", "case and blanks count",
+     "name=\"File\"", 2},
+    {5, R"(<param name="MaxFileSize" value="1048576"/>)", "ignored-param",
+     "reads none of that name", "name=\"MaximumFileSize\", in bytes"},
+    {5, R"(<param name="MaximumFileSize" value="10MB"/>)", "file-size", "\"10MB\" means 10 bytes",
+     "value=\"10485760\""},
+    {5, R"(<param name="MaximumFileSize" value="5000000000"/>)", "file-size",
+     "means 2147483647 bytes", "value=\"2147483647\""},
+    {5, R"(<param name="MaximumFileSize" value="-1"/>)", "file-size", "never reached", "value="},
+    {5, R"(<param name="MaxBackupIndex" value="0"/>)", "no-backup", "a full file is emptied",
+     "value=\"1\" or more"},
+    {5, R"(<param name="MaxBackupIndex" value="many"/>)", "number", "read as the number 0",
+     "value="},
+    {5, R"(<param name="Append" value="no"/>)", "truth-value", "means true", "value=\"false\""},
+    {5, R"(<param name="Append" value=""/>)", "empty-param", "its value is empty", "value="},
+    {5, R"(<param name="File" value="b.log"/>)", "duplicate-param", "the last value counts",
+     "one <param>"},
+    {5, R"(<param name="Threshold" value="WARN"/>)", "ignored-param", "reads none of that name",
+     "LevelMin; a threshold that a program sets is an upper bound"},
+    {5, R"(<param name="BufferedIO" value="true"/>)", "ignored-param", "reads none of that name",
+     "loses what is in the buffer when it is killed"},
+    {17, R"(<param name="BufferSize" value="0"/><appender-ref ref="FILE"/>)", "ignored-param",
+     "reads none of that name", "a queue holds 128"},
+    {20, R"(<param name="x" value="y"/><level value="INFO"/>)", "param-without-effect", "no effect",
+     "leave it out"},
+    // Files.
+    {4, "", "no-file", "nothing is opened", "name=\"File\"", 1, 3},
+    {4, R"(<param name="File" value="logs/out.log"/>)", "directory",
+     "the directory \"logs\" does not exist", "make it before"},
+    {4, R"(<param name="File" value="."/>)", "directory", "is a directory, not a file", "a file"},
+    {4, R"(<param name="File" value="${HOME}.log"/>)", "variable", "place of a variable",
+     "the text that is meant"},
+    {4, R"(<param name="File" value="out-%d.log"/>)", "file-name", "taken as it stands",
+     "the name of the file"},
+    {15,
+     R"(</appender><appender name="A" class="LOGFileAppender"><param name="File" value="./out.log"/>)"
+     R"(<layout class="LOGSimpleLayout"/></appender>)",
+     "shared-file", "\"FILE\" writes to the same file", "a file of its own", 2},
+    // Layouts and patterns.
+    {14, "", "no-layout", "it writes nothing", "<layout", 1, 13},
+    {16, R"(<appender name="ASYNC" class="LOGAsyncAppender"><layout class="LOGSimpleLayout"/>)",
+     "layout-without-effect", "no effect in LOGAsyncAppender",
+     "in the appenders that it refers to"},
+    {14, R"(<layout class="LOGTTCCLayout"><param name="DateFormat" value="HH:mm"/></layout>)",
+     "unknown-date-format", "no date is written", "value="},
+    {7, R"(<param name="ConversionPattern" value="%q %m%n"/>)", "unknown-specifier",
+     "\"%q\" is no specifier", "one of the letters"},
+    {7, R"(<param name="ConversionPattern" value="%5.x %m%n%-5"/>)", "unknown-specifier",
+     "\"%5.x\" is the beginning of a specifier", "a letter at its end", 2},
+    {7, R"(<param name="ConversionPattern" value="%m\n"/>)", "backslash",
+     "a backslash and a letter", "%n", 2},
+    {7, R"(<param name="ConversionPattern" value="%d{absolute} %m%n"/>)", "unknown-date-format",
+     "no date format of a pattern", "%d{ABSOLUTE}"},
+    {7, R"(<param name="ConversionPattern" value="%X %m%n"/>)", "pattern-without-key",
+     "the layout is not made", "%x"},
+    {7, R"(<param name="ConversionPattern" value="%F:%m%n"/>)", "nothing-to-show", "shows \"?\"",
+     "leave it out"},
+    {7, R"(<param name="ConversionPattern" value="%c{0} %m%n"/>)", "precision", "the whole name",
+     "%c"},
+    {7, R"(<param name="ConversionPattern" value="%-5p %m%n"/>)", "widths", "\"%m\" in line 7",
+     "without a width"},
+    {7, R"(<param name="ConversionPattern" value="%p %-20m%n"/>)", "widths",
+     "that of every specifier of every pattern", "without a width"},
+    {7, R"(<param name="ConversionPattern" value="%p %m"/>)", "no-line-end", "become one line",
+     "%n"},
+    {13,
+     R"(<appender name="CONSOLE" class="LOGSyslogAppender"><param name="Facility" value="locale1"/>)",
+     "unknown-facility", "it means user", "value=\"local1\"", 2},
+    {13, R"(<appender name="CONSOLE" class="LOGSyslogAppender">)", "syslog-line-end",
+     "a datagram is one message", "without %n", 1, 14},
+    {13, R"(<appender name="CONSOLE" class="LOGTCPSocketAppender">)", "sends-nothing",
+     "every event is lost", "LOGSyslogAppender", 2},
+    // Filters.
+    {10, R"(<param name="LevelMin" value="INF"/>)", "unknown-level", "LevelMin becomes DEBUG",
+     "value=\"INFO\""},
+    {10, R"(<param name="LevelMin" value="ERROR"/><param name="LevelMax" value="INFO"/>)",
+     "empty-range", "LevelMin ERROR is above LevelMax INFO", "the other way round", 1, 9},
+    {10, R"(<param name="LevelMax" value="INFO"/>)", "never-reached", "no event reaches",
+     "another level", 1, 3},
+    {10, "", "filter-without-effect", "neither LevelMin nor LevelMax", "LevelMin", 1, 9},
+    {10, R"(<param name="AcceptOnMatch" value="false"/>)", "ignored-param", "reads none",
+     "cannot make a filter deny"},
+    {11, R"(</filter><filter class="LOGDenyAllFilter"/>)", "denies-all", "deny every event",
+     "a filter before LOGDenyAllFilter", 1, 9},
+    {12,
+     R"(<filter class="LOGStringMatchFilter"><param name="StringToMatch" value="x"/></filter></appender>)",
+     "match-without-deny", "what does not match passes as well",
+     "<filter class=\"LOGDenyAllFilter\"/>"},
+    {12,
+     R"(<filter class="LOGLevelMatchFilter"><param name="LevelToMatch" value="DEBUG"/></filter></appender>)",
+     "never-matches", "no event of the level DEBUG comes", "another level"},
+    {15, R"(<filter class="LOGDenyAllFilter"/><filter class="LOGLevelMatchFilter"/></appender>)",
+     "filter-never-asked", "never asked", "before them", 2},
+};
+
+/// The lines that are indented between two texts of a page.
+Words indentedLines(const std::string& page, const std::string& from, const std::string& to) {
+  std::istringstream part(page.substr(page.find(from), page.find(to) - page.find(from)));
+  Words lines;
+  for (std::string line; std::getline(part, line);) {
+    if (line.empty() || line.compare(0, 4, "    ") == 0) {
+      lines.push_back(line.substr(std::min<std::size_t>(4, line.size())));
+    }
+  }
+  return lines;
+}
+
+}  // namespace
+
+TEST(CheckPattern, SeesWhatTheLibrarysParserSees) {
+  const Workplace workplace;
+  const std::string alphabet = "%-.5mnq{";
+  std::vector<std::string> patterns{""};
+  for (std::size_t begin = 0, length = 1; length <= 4; ++length) {
+    const std::size_t end = patterns.size();
+    for (; begin < end; ++begin) {
+      for (const char c : alphabet) {
+        patterns.push_back(patterns[begin] + c);
+      }
+    }
+  }
+  for (const std::string& pattern : patterns) {
+    const std::ptrdiff_t before = Workplace::diagnosticsWith("Unexpected char");
+    LOGPatternLayout layout(pattern);
+    const CheckPattern seen(pattern);
+    EXPECT_EQ(Workplace::diagnosticsWith("Unexpected char") - before,
+              static_cast<std::ptrdiff_t>(seen.unknown().size()))
+        << pattern;
+    // Every specifier is the message here.
+    TestEvent event("app", "INFO", "M");
+    const std::string text = layout.format(&event).toStdString();
+    EXPECT_EQ(static_cast<std::size_t>(std::count(text.begin(), text.end(), 'M')),
+              seen.specifiers().size())
+        << pattern;
+    EXPECT_EQ(mentions(text, "\r\n"), seen.hasLineEnd()) << pattern;
+    EXPECT_EQ(text.size() > 1 && text.substr(text.size() - 2) == "\r\n", seen.endsWithLineEnd())
+        << pattern;
+  }
+}
+
+TEST(CheckCommand, NamesEveryMistakeAtItsLineAndSaysWhatToWrite) {
+  const Workplace workplace;
+  for (const Mistake& mistake : MISTAKES) {
+    Words lines = CLEAN;
+    lines[mistake.line] = mistake.instead;
+    const Outcome outcome = checkText(text(lines));
+    SCOPED_TRACE(std::string(mistake.rule) + ": " + mistake.instead + "\n" + outcome.output);
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(count(outcome.output, ": warning: "), mistake.findings);
+    const std::size_t place = mistake.namedAt == 0 ? mistake.line : mistake.namedAt;
+    const std::string beginning = std::string(DOCUMENT) + ":" + std::to_string(place) + ":";
+    bool isNamed = false;
+    std::istringstream output(outcome.output);
+    for (std::string line, advice; std::getline(output, line);) {
+      if (line.compare(0, beginning.size(), beginning) == 0 && mentions(line, mistake.words) &&
+          mentions(line, std::string("[") + mistake.rule + "]")) {
+        std::getline(output, advice);
+        isNamed = isNamed || mentions(advice, mistake.advice);
+      }
+    }
+    EXPECT_TRUE(isNamed);
+  }
+}
+
+TEST(CheckCommand, GivesThePlaceOfAnAttributeThatStandsInALaterLine) {
+  const Workplace workplace;
+  Words lines = CLEAN;
+  lines[13] =
+      "  <!-- \xC3\xA4 --><appender class='LOGConsoleAppender'\r\n   name = 'CONSOLE\xC3\xA4 '\t"
+      "addProcID=\r\n'true'>";
+  lines[21] = "<appender-ref ref='CONSOLE\xC3\xA4 '/>";
+  const std::string output = checkText(text(lines)).output;
+  EXPECT_TRUE(mentions(output, "log.xml:14:4: warning: the blanks around")) << output;
+  EXPECT_TRUE(mentions(output, "log.xml:14:23: warning: addProcID has no effect")) << output;
+}
+
+TEST(CheckCommand, TellsWhyADocumentCannotBeUsed) {
+  const Workplace workplace;
+  fs::create_directory("folder");
+  const struct {
+    const char* document;
+    const char* complaint;
+  } cases[] = {
+      {"<log4j:configuration>\n <root>\n</log4j:configuration>",
+       "log.xml:3:3: error: mismatched tag"},
+      {"<log4j:configuration>\n &nbsp;</log4j:configuration>",
+       "log.xml:2:2: error: undefined entity"},
+      {"<log4j:configuration><root>", "log.xml:1:28: error: the document ends inside"},
+      {"<log4j:Configuration/>", "log.xml:1:1: error: the root element is <log4j:Configuration>"},
+      {"", "log.xml: error: the file is empty"},
+  };
+  for (const auto& broken : cases) {
+    const Outcome outcome = checkText(broken.document, {});
+    EXPECT_EQ(outcome.exitCode, 2) << outcome.output;
+    EXPECT_TRUE(mentions(outcome.output, broken.complaint)) << outcome.output;
+    EXPECT_TRUE(mentions(outcome.output, "log.xml: cannot be used")) << outcome.output;
+  }
+  EXPECT_EQ(check({"missing.xml"}).exitCode, 2);
+  EXPECT_EQ(check({"folder"}).exitCode, 2);
+  EXPECT_EQ(check({}).exitCode, 2);
+  // The older name of the root element is only worth a warning.
+  std::string old = text(CLEAN);
+  for (const char* const mark : {"<", "</"}) {
+    old.replace(old.find(std::string(mark) + "log4j:c"), std::string(mark).size() + 6, mark);
+  }
+  const Outcome outcome = checkText(old);
+  EXPECT_EQ(outcome.exitCode, 1);
+  EXPECT_TRUE(mentions(outcome.output, "log.xml:2:1: warning: the root element <configuration>"));
+}
+
+TEST(CheckCommand, ShowsWhereEventsGoAndHowTheyLookAndOpensNothing) {
+  const Workplace workplace;
+  Words lines = CLEAN;
+  lines[7] = R"(<param name="ConversionPattern" value="%p %c{1} - %m%n"/>)";
+  lines[11] =
+      R"(</filter><filter class="LOGStringMatchFilter"><param name="StringToMatch" value="disk"/>)"
+      R"(</filter><filter class="LOGLevelMatchFilter"><param name="LevelToMatch" value="fatal"/>)"
+      R"(</filter><filter class="LOGDenyAllFilter"/>)";
+  lines[22] = R"(</logger><logger name="a.b"><appender-ref ref="CONSOLE"/></logger>)";
+  const Outcome outcome = checkText(text(lines), {});
+  EXPECT_EQ(outcome.exitCode, 0) << outcome.output;
+  const std::string middle = outcome.output.substr(outcome.output.find("  root"));
+  const std::string upToSample = middle.substr(0, middle.find("  CONSOLE"));
+  EXPECT_EQ(
+      upToSample,
+      "  root  WARN  (line 23)\n"
+      "      DEBUG, INFO: off\n"
+      "      WARN, ERROR: ASYNC > FILE if the message contains \"disk\"\n"
+      "      FATAL: ASYNC > FILE\n"
+      "    a.b  WARN from root  (line 22)\n"
+      "        DEBUG, INFO: off\n"
+      "        WARN, ERROR: CONSOLE, ASYNC > FILE if the message contains \"disk\"\n"
+      "        FATAL: CONSOLE, ASYNC > FILE\n"
+      "    shop  INFO, not to the appenders of loggers above  (line 19)\n"
+      "        DEBUG: off\n"
+      "        INFO, WARN, ERROR, FATAL: CONSOLE\n"
+      "\nAppenders\n"
+      "  FILE  LOGRollingFileAppender  (line 3)\n"
+      "      writes to   the file out.log, which is appended to; at 10485760 bytes it becomes "
+      "backup 1 of 1\n"
+      "      layout      LOGPatternLayout \"%p %c{1} - %m%n\"\n"
+      "      sample      WARN b - an example message\n"
+      "      filters     1. LOGLevelRangeFilter: denies what is below INFO\n"
+      "                  2. LOGStringMatchFilter: accepts messages that contain \"disk\"\n"
+      "                  3. LOGLevelMatchFilter: accepts FATAL\n"
+      "                  4. LOGDenyAllFilter: denies everything\n");
+  EXPECT_TRUE(mentions(outcome.output, "passes them on to FILE"));
+  EXPECT_EQ(count(outcome.output, "\x1B"), 0);  // it is no terminal
+  EXPECT_FALSE(fs::exists("out.log"));
+}
+
+TEST(CheckCommand, AgreesWithWhatTheLibraryThenDoes) {
+  const Workplace workplace;
+  // Widths, a wrong level word, an appender reached twice and an unknown filter, all as they are.
+  Words lines = CLEAN;
+  lines[7] = R"(<param name="ConversionPattern" value="%p|%c|%8m%n"/>)";
+  lines[19] = R"(<logger name="shop"><appender-ref ref="FILE"/>)";
+  lines[20] = R"(<level value="TRACE"/>)";
+  const Outcome outcome = checkText(text(lines), {});
+  EXPECT_EQ(outcome.exitCode, 1);
+  EXPECT_TRUE(mentions(outcome.output, "INFO, WARN, ERROR, FATAL: FILE, CONSOLE, ASYNC > FILE"))
+      << outcome.output;
+  EXPECT_TRUE(mentions(outcome.output, "sample          INFO|    shop|an example message"))
+      << outcome.output;
+  Workplace::write("lines", "an example message\n");
+  ChildProcess log(LOG4ZEB_COMMAND, {"log", "--config", DOCUMENT, "--logger", "shop"}, "lines");
+  log.wait();
+  EXPECT_EQ(Workplace::lines("out.log"), Words(2, "    INFO|    shop|an example message"));
+}
+
+TEST(CheckCommand, LooksFromTheDirectoryWhereTheProgramRuns) {
+  const Workplace workplace;
+  Words lines = CLEAN;
+  lines[4] = R"(<param name="File" value="logs/out.log"/>)";
+  fs::create_directories("place/logs");
+  EXPECT_EQ(checkText(text(lines), {"--directory", "place"}).exitCode, 0);
+  fs::permissions("place/logs", fs::perms::owner_read | fs::perms::owner_exec);
+  if (!std::ofstream("place/logs/probe").is_open()) {  // some users may write everywhere
+    EXPECT_TRUE(mentions(checkText(text(lines), {"--directory", "place"}).output,
+                         "log.xml:4:24: warning: this user may make no files in"));
+  }
+  fs::permissions("place/logs", fs::perms::owner_all);
+}
+
+TEST(CheckCommand, PrintsOneJsonObjectOnRequest) {
+  const Workplace workplace;
+  std::string output =
+      checkText(
+          "<log4j:configuration><appender name='A\"\\&#9;b' class='LOGConsoleAppender'>"
+          "<layout class='LOGSimpleLayout'/></appender>\n<root><level value='OUCH'/>"
+          "<appender-ref ref='A\"\\&#9;b'/></root></log4j:configuration>",
+          {"--json"})
+          .output;
+  EXPECT_EQ(output,
+            R"({"document":"log.xml","exitCode":1,"findings":[
+{"line":2,"column":14,"severity":"warning","rule":"unknown-level","text":"\"OUCH\" is no level: it means DEBUG","instead":"value=\"DEBUG\""}],
+"threshold":"ALL","loggers":[
+{"name":"root","root":true,"line":2,"level":"DEBUG","inheritedFrom":null,"additivity":true,"routes":[{"levels":["DEBUG","INFO","WARN","ERROR","FATAL"],"enabled":true,"to":["A\"\\\u0009b"]}]}],
+"appenders":[
+{"name":"A\"\\\u0009b","class":"LOGConsoleAppender","line":1,"built":true,"destination":"standard output","layout":"LOGSimpleLayout","sample":"an example message\u000d\u000a","filters":[],"threshold":null}]}
+)");
+  output = checkText("<a>", {"--json"}).output;
+  EXPECT_TRUE(mentions(output, R"("severity":"error","rule":"unreadable")")) << output;
+  EXPECT_FALSE(mentions(output, "loggers"));
+}
+
+TEST(CheckCommand, HasNothingToComplainOfInTheExamplesAndTheDocumentation) {
+  const Workplace workplace;
+  fs::create_directory("logs");
+  int examples = 0;
+  for (const auto& entry : fs::recursive_directory_iterator(LOG4ZEB_SOURCES "/examples")) {
+    if (entry.path().extension() == ".xml") {
+      const Outcome outcome = check({"--quiet", entry.path().u8string()});
+      EXPECT_EQ(outcome.exitCode, 0) << outcome.output;
+      ++examples;
+    }
+  }
+  EXPECT_GE(examples, 5);
+  int samples = 0;
+  std::vector<fs::path> pages{LOG4ZEB_SOURCES "/README.md"};
+  for (const auto& entry : fs::directory_iterator(LOG4ZEB_SOURCES "/docs")) {
+    pages.push_back(entry.path());
+  }
+  const std::string beginning = "```xml\n<?xml";
+  for (const fs::path& page : pages) {
+    const std::string markdown = Workplace::read(page.u8string());
+    for (std::size_t at = 0; (at = markdown.find(beginning, at)) != std::string::npos; ++samples) {
+      at = markdown.find('<', at);
+      const Outcome outcome = checkText(markdown.substr(at, markdown.find("```", at) - at));
+      EXPECT_EQ(outcome.exitCode, 0) << page << outcome.output;
+    }
+  }
+  EXPECT_GE(samples, 2);
+}
+
+TEST(CheckCommand, PrintsWhatTheDocumentationShows) {
+  const Workplace workplace;
+  const std::string page = Workplace::read(LOG4ZEB_SOURCES "/docs/check.md");
+  std::string document;
+  for (const std::string& line : indentedLines(page, "    <?xml", "and prints")) {
+    document += line + "\n";
+  }
+  Workplace::write("server.xml", document);
+  std::istringstream output(check({"server.xml"}).output);
+  Words printed;
+  for (std::string line; std::getline(output, line);) {
+    printed.push_back(line);
+  }
+  Words shown = indentedLines(page, "    server.xml:", "A finding begins");
+  shown.pop_back();  // the empty line behind
+  ASSERT_EQ(shown.size(), printed.size());
+  for (std::size_t i = 0; i < shown.size(); ++i) {
+    if (!mentions(shown[i], "sample")) {  // it holds the time
+      EXPECT_EQ(shown[i], printed[i]);
+    }
+  }
+}

@@ -1,0 +1,137 @@
+#include "tools/CheckFileRules.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <map>
+#include <system_error>
+#include <vector>
+
+#include "platform/ZEBUtTerminal.h"
+#include "tools/CheckWords.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char* ROLLING = "LOGRollingFileAppender";
+
+bool writesFile(const std::string& className) {
+  return className == "LOGFileAppender" || className == ROLLING;
+}
+
+std::string assignment(const std::string& name, const std::string& value) {
+  return name + "=" + CheckWords::quoted(value);
+}
+
+}  // namespace
+
+void CheckFileRules::checkAll() {
+  for (const ZEBIDOM_Element& appender : m_document.elements("appender")) {
+    if (!writesFile(CheckedDocument::classOf(appender))) {
+      continue;
+    }
+    const ZEBIDOM_Element file = CheckedDocument::paramOf(appender, "File");
+    if (file.isNull()) {
+      m_findings.warn("no-file", appender, "",
+                      "the appender has no File: nothing is opened, every event is lost",
+                      "<param name=\"File\" value=\"...\"/>");
+    } else {
+      checkFile(appender, file);
+    }
+  }
+  checkSharedFiles();
+}
+
+void CheckFileRules::checkFile(const ZEBIDOM_Element& appender, const ZEBIDOM_Element& param) {
+  const std::string value = CheckedDocument::attribute(param, "value");
+  const bool isRolling = CheckedDocument::classOf(appender) == ROLLING;
+  if (value.find('%') != std::string::npos || value.front() == '~') {
+    m_findings.warn("file-name", param, "value",
+                    CheckWords::quoted(value) +
+                        " is taken as it stands: there are no patterns, variables or "
+                        "home directories in a file name",
+                    "the name of the file");
+  }
+  if (CheckWords::trimmed(value) != value) {
+    m_findings.warn(
+        "blanks", param, "value",
+        "the blanks around " + CheckWords::quoted(value) + " are part of the file's name",
+        assignment("value", CheckWords::trimmed(value)));
+  }
+  const std::size_t dot = value.rfind('.');
+  const std::size_t separator = value.find_last_of("/\\");
+  const bool mayGetProcessId =
+      isRolling && CheckWords::lower(CheckedDocument::attribute(appender, "addProcID")) != "false";
+  if (mayGetProcessId && dot != std::string::npos && separator != std::string::npos &&
+      dot < separator) {
+    m_findings.warn("process-id", param, "value",
+                    "the process id goes before the last dot, which is in the directory's name: " +
+                        CheckWords::quoted(value.substr(0, dot) + (dot == 0 ? "4711" : "_4711") +
+                                           value.substr(dot)) +
+                        " when the program configures with process ids",
+                    "a file name with a dot, or addProcID=\"false\"");
+  }
+  checkPlaceOfFile(param, value, isRolling);
+}
+
+void CheckFileRules::checkPlaceOfFile(const ZEBIDOM_Element& param, const std::string& value,
+                                      bool isRolling) {
+  const fs::path path = fs::u8path(m_directory) / fs::u8path(value);
+  const fs::path directory = path.parent_path().empty() ? fs::path(".") : path.parent_path();
+  const std::string shown = CheckWords::quoted(fs::u8path(value).parent_path().empty()
+                                                   ? m_directory
+                                                   : fs::u8path(value).parent_path().u8string());
+  std::error_code ignored;
+  if (!fs::is_directory(directory, ignored)) {
+    m_findings.warn("directory", param, "value",
+                    "the directory " + shown +
+                        " does not exist, and is not made: every event is lost until it is there",
+                    "a directory that exists, or make it before the program starts");
+  } else if (fs::is_directory(path, ignored)) {
+    m_findings.warn("directory", param, "value",
+                    CheckWords::quoted(value) + " is a directory, not a file",
+                    "the name of a file");
+  } else if (fs::exists(path, ignored) && !ZEBUtTerminal::mayWrite(path.u8string())) {
+    m_findings.warn("not-writable", param, "value",
+                    "the file " + CheckWords::quoted(value) + " cannot be written by this user",
+                    "another file, or the right to write");
+  } else if ((isRolling || !fs::exists(path, ignored)) &&
+             !ZEBUtTerminal::mayWrite(directory.u8string())) {
+    m_findings.warn("not-writable", param, "value",
+                    "this user may make no files in the directory " + shown,
+                    "another directory, or the right to write");
+  }
+}
+
+void CheckFileRules::checkSharedFiles() {
+  struct Use {
+    ZEBIDOM_Element appender;
+    ZEBIDOM_Element param;
+    bool isHarmful;  // takes away what others have written
+  };
+  std::map<std::string, std::vector<Use>> files;
+  for (const ZEBIDOM_Element& appender : m_document.elements("appender")) {
+    const ZEBIDOM_Element file = CheckedDocument::paramOf(appender, "File");
+    if (!writesFile(CheckedDocument::classOf(appender)) || file.isNull()) {
+      continue;
+    }
+    const ZEBIDOM_Element append = CheckedDocument::paramOf(appender, "Append");
+    const bool isEmptied =
+        CheckWords::lower(CheckedDocument::attribute(append, "value")) == "false";
+    const fs::path path = fs::u8path(CheckedDocument::attribute(file, "value"));
+    files[path.lexically_normal().u8string()].push_back(
+        {appender, file, isEmptied || CheckedDocument::classOf(appender) == ROLLING});
+  }
+  for (const auto& [name, uses] : files) {
+    const bool isHarmful =
+        std::any_of(uses.begin(), uses.end(), [](const Use& use) { return use.isHarmful; });
+    for (std::size_t i = 1; isHarmful && i < uses.size(); ++i) {
+      m_findings.warn(
+          "shared-file", uses[i].param, "value",
+          "the appender " +
+              CheckWords::quoted(CheckedDocument::attribute(uses[0].appender, "name")) +
+              " writes to the same file, and one of them empties or renames it under the other",
+          "a file of its own, or one appender for both");
+    }
+  }
+}

@@ -1,0 +1,299 @@
+#include "tools/CheckParamRules.h"
+
+#include <algorithm>
+#include <limits>
+#include <map>
+#include <vector>
+
+#include "config/LOGParameterTable.h"
+#include "net/LOGSyslogAppender.h"
+#include "tools/CheckPattern.h"
+#include "tools/CheckWords.h"
+
+namespace {
+
+using Words = std::vector<std::string>;
+
+/// Options that the classes have and that a document does not set, or under another name.
+struct Advice {
+  const char* kind;  // the element that the param stands in
+  const char* name;
+  const char* instead;
+};
+constexpr Advice ADVICE[] = {
+    {"appender", "threshold",
+     "<filter class=\"LOGLevelRangeFilter\"> with LevelMin; a threshold that a program sets is an "
+     "upper bound"},
+    {"appender", "target", "setTarget(\"err\") in the program; a document means standard output"},
+    {"appender", "bufferedio",
+     "setBufferedIO(1) in the program, which loses what is in the buffer when it is killed; from a "
+     "document every event is written at once"},
+    {"appender", "buffersize", "setBufferSize in the program; from a document a queue holds 128"},
+    {"appender", "immediateflush", "nothing: from a document every event is written at once"},
+    {"appender", "encoding", "nothing: everything is written in UTF-8"},
+    {"appender", "maxfilesize", "name=\"MaximumFileSize\", in bytes"},
+    {"appender", "filename", "name=\"File\""},
+    {"appender", "sysloghost", "name=\"Host\""},
+    {"appender", "facilityprinting", "setFacilityPrinting(1) in the program"},
+    {"layout", "title", "log4zeb page --title"},
+    {"layout", "locationinfo", "nothing: locations are not recorded"},
+    {"layout", "timezone", "nothing: dates are in the local time of the process"},
+    {"layout", "pattern", "name=\"ConversionPattern\""},
+    {"layout", "threadprinting", "class=\"LOGPatternLayout\" with %t where it is wanted"},
+    {"layout", "contextprinting", "class=\"LOGPatternLayout\" with %x where it is wanted"},
+    {"filter", "acceptonmatch",
+     "nothing to accept what matches; a document cannot make a filter deny what matches"},
+};
+
+bool contains(const Words& words, const std::string& word) {
+  return std::find(words.begin(), words.end(), word) != words.end();
+}
+
+std::string assignment(const std::string& name, const std::string& value) {
+  return name + "=" + CheckWords::quoted(value);
+}
+
+bool isDateFormat(const std::string& text, bool isInPattern) {
+  const bool isPattern = text == "HH:mm:ss,SSS" || text == "dd MMM yyyy HH:mm:ss,SSS";
+  const Words exact{"ISO8601", "ABSOLUTE", "DATE"};
+  if (isInPattern) {
+    return isPattern || contains(exact, text);
+  }
+  const Words inAnyCase{"iso8601", "absolute", "date", "relative"};
+  return isPattern || text == "NULL" || contains(inAnyCase, CheckWords::lower(text));
+}
+
+std::string probableDateFormat(const std::string& text) {
+  return CheckWords::nearest(
+             text, {"ISO8601", "ABSOLUTE", "DATE", "HH:mm:ss,SSS", "dd MMM yyyy HH:mm:ss,SSS"})
+      .value_or("ISO8601");
+}
+
+}  // namespace
+
+void CheckParamRules::checkParams(const ZEBIDOM_Element& component) {
+  std::map<std::string, int> lines;
+  for (const ZEBIDOM_Element& param : CheckedDocument::children(component, "param")) {
+    if (!checkParam(param, CheckedDocument::classOf(component))) {
+      continue;
+    }
+    const std::string name = CheckWords::lower(CheckedDocument::attribute(param, "name"));
+    const auto [known, isNew] = lines.insert({name, param.getLine()});
+    if (!isNew) {
+      m_findings.warn("duplicate-param", param, "name",
+                      "the param is set in line " + std::to_string(known->second) +
+                          " already; the last value counts",
+                      "one <param>");
+    }
+  }
+}
+
+/// Returns whether the component takes the param.
+bool CheckParamRules::checkParam(const ZEBIDOM_Element& param, const std::string& className) {
+  const std::string given = CheckedDocument::attribute(param, "name");
+  for (const LOGParameterTable::Param& known : LOGParameterTable::paramsOf(className)) {
+    const bool isIt = known.isInAnyCase ? CheckWords::lower(given) == CheckWords::lower(known.name)
+                                        : given == known.name;
+    if (isIt && CheckedDocument::attribute(param, "value").empty()) {
+      m_findings.warn("empty-param", param, "",
+                      "the param " + CheckWords::quoted(given) + " is ignored: its value is empty",
+                      "value=\"...\", or no such param");
+      return false;
+    }
+    if (isIt) {
+      checkValue(param, className, known.name);
+      return true;
+    }
+  }
+  warnOfIgnored(param, className);
+  return false;
+}
+
+void CheckParamRules::warnOfIgnored(const ZEBIDOM_Element& param, const std::string& className) {
+  const std::string given = CheckedDocument::attribute(param, "name");
+  const std::string kind = CheckedDocument::tag(ZEBIDOM_Element(param.getParentNode()));
+  Words names;
+  for (const LOGParameterTable::Param& known : LOGParameterTable::paramsOf(className)) {
+    names.push_back(known.name);
+  }
+  std::string text = "the param " + CheckWords::quoted(given) + " is ignored: " + className +
+                     " reads none of that name";
+  std::string instead = names.empty() ? "leave it out" : "one of " + CheckWords::either(names);
+  const auto meant = CheckWords::nearest(given, names);
+  const auto advice =
+      std::find_if(std::begin(ADVICE), std::end(ADVICE), [&](const Advice& candidate) {
+        return kind == candidate.kind && CheckWords::lower(given) == candidate.name;
+      });
+  if (meant && CheckWords::lower(*meant) == CheckWords::lower(CheckWords::trimmed(given))) {
+    text = "the param " + CheckWords::quoted(given) + " is ignored: " + className + " reads " +
+           CheckWords::quoted(*meant) + ", and case and blanks count";
+    instead = assignment("name", *meant);
+  } else if (advice != std::end(ADVICE)) {
+    instead = advice->instead;
+  } else if (meant) {
+    instead = assignment("name", *meant);
+  }
+  m_findings.warn("ignored-param", param, "name", text, instead);
+}
+
+void CheckParamRules::checkValue(const ZEBIDOM_Element& param, const std::string& className,
+                                 const std::string& name) {
+  const std::string value = CheckedDocument::attribute(param, "value");
+  if (name == "MaximumFileSize") {
+    checkFileSize(param);
+  } else if (name == "MaxBackupIndex" || name == "Port" || name == "ReconnectionDelay") {
+    checkNumber(param, name);
+  } else if (name == "Append" || name == "LocationInfo" || name == "Secure") {
+    if (!CheckWords::isTruthValue(value)) {
+      m_findings.warn("truth-value", param, "value",
+                      CheckWords::quoted(value) + " means true: everything does but \"false\"",
+                      "value=\"true\" or value=\"false\"");
+    }
+  } else if (name == "Facility" && LOGSyslogAppender::getFacility(value) < 0) {
+    Words names;
+    for (int code = 0; code <= 184; code += 8) {
+      const std::string facility = LOGSyslogAppender::getFacilityString(code).toStdString();
+      if (!facility.empty()) {
+        names.push_back(facility);
+      }
+    }
+    m_findings.warn("unknown-facility", param, "value",
+                    "there is no facility " + CheckWords::quoted(value) + ": it means user",
+                    assignment("value", CheckWords::nearest(value, names).value_or("user")));
+  } else if (name == "LevelMin" || name == "LevelMax" || name == "LevelToMatch") {
+    checkLevelValue(param, className, name);
+  } else if (name == "DateFormat" && !isDateFormat(value, false)) {
+    m_findings.warn("unknown-date-format", param, "value",
+                    CheckWords::quoted(value) + " is no date format: no date is written",
+                    assignment("value", probableDateFormat(value)));
+  } else if (name == "ConversionPattern") {
+    checkPattern(param);
+  }
+}
+
+void CheckParamRules::checkNumber(const ZEBIDOM_Element& param, const std::string& name) {
+  constexpr int LARGEST_PORT = 65535;
+  const std::string value = CheckedDocument::attribute(param, "value");
+  const CheckWords::Number number = CheckWords::number(value);
+  if (!number.isWhole) {
+    m_findings.warn(
+        "number", param, "value",
+        CheckWords::quoted(value) + " is read as the number " + std::to_string(number.value),
+        assignment("value", std::to_string(std::max(number.value, 1))));
+  } else if (name == "Port" && (number.value < 1 || number.value > LARGEST_PORT)) {
+    m_findings.warn("port", param, "value", "there is no port " + value,
+                    "a number from 1 to 65535");
+  } else if (name == "MaxBackupIndex" && number.value < 1) {
+    m_findings.warn("no-backup", param, "value",
+                    "without a backup a full file is emptied, and all that was in it is lost",
+                    "value=\"1\" or more");
+  }
+}
+
+void CheckParamRules::checkFileSize(const ZEBIDOM_Element& param) {
+  constexpr long long MOST = std::numeric_limits<int>::max();
+  constexpr int LEAST_THAT_MAKES_SENSE = 1024;
+  static const std::map<std::string, long long> UNITS{
+      {"k", 1LL << 10}, {"kb", 1LL << 10}, {"kib", 1LL << 10},
+      {"m", 1LL << 20}, {"mb", 1LL << 20}, {"mib", 1LL << 20},
+      {"g", 1LL << 30}, {"gb", 1LL << 30}, {"gib", 1LL << 30}};
+  const std::string value = CheckedDocument::attribute(param, "value");
+  const CheckWords::Number number = CheckWords::number(value);
+  const std::string bytes = std::to_string(number.value);
+  if (!number.isWhole) {
+    const auto unit = UNITS.find(CheckWords::lower(number.rest));
+    const bool hasUnit = unit != UNITS.end() && number.value > 0;
+    const long long meant =
+        hasUnit ? std::min<long long>(MOST, number.value * unit->second) : 10485760;
+    m_findings.warn(
+        "file-size", param, "value",
+        CheckWords::quoted(value) + " means " + bytes +
+            " bytes: a size is a number of bytes up to 2147483647, without a unit",
+        assignment("value", std::to_string(hasUnit || number.rest.size() ? meant : MOST)));
+  } else if (number.value < 0) {
+    m_findings.warn("file-size", param, "value",
+                    "a size below 0 is never reached: the file grows on and on",
+                    "value=\"10485760\", or another number of bytes");
+  } else if (number.value < LEAST_THAT_MAKES_SENSE) {
+    m_findings.warn("file-size", param, "value",
+                    "the file becomes a backup whenever it has " + bytes +
+                        " bytes, which is after every event or a few",
+                    "value=\"10485760\", or another number of bytes");
+  }
+}
+
+void CheckParamRules::checkLevelValue(const ZEBIDOM_Element& param, const std::string& className,
+                                      const std::string& name) {
+  std::string value = CheckedDocument::attribute(param, "value");
+  const std::string instead =
+      assignment("value", CheckWords::probableLevel(value).value_or("INFO"));
+  if (className == "LOGLevelMatchFilter") {
+    const std::size_t mark = value.rfind('#');
+    const bool isLevelOfClass = mark != std::string::npos && value.substr(mark + 1) == "LOGLevel";
+    if (!CheckWords::isLevel(value) && !isLevelOfClass) {
+      m_findings.warn("unknown-level", param, "value",
+                      CheckWords::quoted(value) + " is no level: the filter matches nothing",
+                      instead);
+    }
+  } else if (!CheckWords::isLevel(value)) {
+    m_findings.warn("unknown-level", param, "value",
+                    CheckWords::quoted(value) + " is no level: " + name + " becomes DEBUG",
+                    instead);
+  }
+}
+
+void CheckParamRules::checkPattern(const ZEBIDOM_Element& param) {
+  const std::string value = CheckedDocument::attribute(param, "value");
+  const CheckPattern pattern(value);
+  for (const std::string& text : pattern.unknown()) {
+    m_findings.warn("unknown-specifier", param, "value",
+                    CheckWords::quoted(text) + " is no specifier: it is written as it stands",
+                    "one of the letters c, d, m, n, p, r, t and x, or %% for a percent sign");
+  }
+  for (const std::string& text : pattern.unfinished()) {
+    m_findings.warn(
+        "unknown-specifier", param, "value",
+        CheckWords::quoted(text) + " is the beginning of a specifier and is written as it stands",
+        "a letter at its end, or %% for a percent sign");
+  }
+  for (const char* const escape : {"\\n", "\\t", "\\r"}) {
+    if (value.find(escape) != std::string::npos) {
+      m_findings.warn("backslash", param, "value",
+                      CheckWords::quoted(escape) + " is written as a backslash and a letter",
+                      *(escape + 1) == 't' ? "&#9; for a tab" : "%n for a line end");
+    }
+  }
+  checkPatternOptions(param);
+}
+
+void CheckParamRules::checkPatternOptions(const ZEBIDOM_Element& param) {
+  const CheckPattern pattern(CheckedDocument::attribute(param, "value"));
+  for (const CheckPattern::Specifier& specifier : pattern.specifiers()) {
+    const std::string option = specifier.option.value_or("");
+    const std::string text = CheckWords::quoted(specifier.text);
+    if (specifier.letter == 'X' && !specifier.option) {
+      m_findings.warn("pattern-without-key", param, "value",
+                      text + " has no key: the layout is not made, and the appender writes nothing",
+                      "%x, the nested context");
+    } else if (specifier.letter == 'X') {
+      m_findings.warn("nothing-to-show", param, "value",
+                      text + " shows nothing: no mapped context is kept", "%x, the nested context");
+    } else if (std::string("CFLMl").find(specifier.letter) != std::string::npos) {
+      m_findings.warn("nothing-to-show", param, "value",
+                      text + " shows " + (specifier.letter == 'l' ? "nothing" : "\"?\"") +
+                          ": locations are not recorded",
+                      "leave it out");
+    } else if (specifier.letter == 'd' && specifier.option && !isDateFormat(option, true)) {
+      m_findings.warn(
+          "unknown-date-format", param, "value",
+          CheckWords::quoted(option) + " is no date format of a pattern: no date is written",
+          "%d{" + probableDateFormat(option) + "}");
+    } else if (specifier.letter == 'c' && specifier.option &&
+               CheckWords::number(option).value < 1) {
+      m_findings.warn("precision", param, "value",
+                      "the precision " + CheckWords::quoted(option) +
+                          " is no positive number: the whole name is written",
+                      "%c{1}, or %c");
+    }
+  }
+}

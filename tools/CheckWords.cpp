@@ -1,0 +1,114 @@
+#include "tools/CheckWords.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <limits>
+#include <numeric>
+
+namespace {
+
+constexpr const char* BLANKS = " \t\r\n";
+
+/// How many letters have to be put in, taken out or replaced.
+std::size_t distance(const std::string& a, const std::string& b) {
+  std::vector<std::size_t> row(b.size() + 1);
+  std::iota(row.begin(), row.end(), std::size_t{0});
+  for (std::size_t i = 1; i <= a.size(); ++i) {
+    std::size_t diagonal = row[0];
+    row[0] = i;
+    for (std::size_t j = 1; j <= b.size(); ++j) {
+      const std::size_t replaced = diagonal + (a[i - 1] == b[j - 1] ? 0 : 1);
+      diagonal = row[j];
+      row[j] = std::min({row[j] + 1, row[j - 1] + 1, replaced});
+    }
+  }
+  return row[b.size()];
+}
+
+}  // namespace
+
+std::string CheckWords::trimmed(const std::string& text) {
+  const std::size_t begin = text.find_first_not_of(BLANKS);
+  return begin == std::string::npos ? ""
+                                    : text.substr(begin, text.find_last_not_of(BLANKS) - begin + 1);
+}
+
+std::string CheckWords::lower(const std::string& text) {
+  std::string result = text;
+  for (char& c : result) {
+    c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+  }
+  return result;
+}
+
+std::string CheckWords::either(const std::vector<std::string>& words) {
+  std::string text;
+  for (std::size_t i = 0; i < words.size(); ++i) {
+    text += (i == 0 ? "" : i + 1 == words.size() ? " or " : ", ") + words[i];
+  }
+  return text;
+}
+
+std::optional<std::string> CheckWords::nearest(const std::string& word,
+                                               const std::vector<std::string>& candidates) {
+  constexpr std::size_t LONGEST = 100;
+  const std::string meant = lower(trimmed(word));
+  std::optional<std::string> best;
+  std::size_t least = std::min<std::size_t>(meant.size() / 4, 3) + 1;
+  for (const std::string& candidate : candidates) {
+    const std::size_t far =
+        meant.empty() || meant.size() > LONGEST ? least : distance(meant, lower(candidate));
+    if (far < least) {
+      least = far;
+      best = candidate;
+    }
+  }
+  return best;
+}
+
+const std::vector<std::string>& CheckWords::eventLevels() {
+  static const std::vector<std::string> levels{"DEBUG", "INFO", "WARN", "ERROR", "FATAL"};
+  return levels;
+}
+
+bool CheckWords::isLevel(const std::string& word) {
+  const std::string name = lower(word);
+  const std::vector<std::string>& levels = eventLevels();
+  return name == "all" || name == "off" ||
+         std::any_of(levels.begin(), levels.end(),
+                     [&](const std::string& level) { return lower(level) == name; });
+}
+
+std::optional<std::string> CheckWords::probableLevel(const std::string& word) {
+  static constexpr struct {
+    const char* word;
+    const char* level;
+  } MEANINGS[] = {{"trace", "DEBUG"},  {"verbose", "DEBUG"}, {"notice", "INFO"},
+                  {"warning", "WARN"}, {"err", "ERROR"},     {"critical", "FATAL"},
+                  {"none", "OFF"},     {"severe", "ERROR"}};
+  const std::string meant = lower(trimmed(word));
+  for (const auto& meaning : MEANINGS) {
+    if (meant == meaning.word) {
+      return meaning.level;
+    }
+  }
+  std::vector<std::string> levels = eventLevels();
+  levels.insert(levels.end(), {"ALL", "OFF"});
+  return nearest(word, levels);
+}
+
+bool CheckWords::isTruthValue(const std::string& word) {
+  return lower(word) == "true" || lower(word) == "false";
+}
+
+CheckWords::Number CheckWords::number(const std::string& text) {
+  using Limits = std::numeric_limits<int>;
+  char* end = nullptr;
+  errno = 0;
+  const long long value = std::strtoll(text.c_str(), &end, 10);
+  const bool fits = errno == 0 && value >= Limits::min() && value <= Limits::max();
+  const bool hasDigits = end != text.c_str();
+  return {static_cast<int>(std::clamp<long long>(value, Limits::min(), Limits::max())),
+          fits && hasDigits && *end == '\0', trimmed(end)};
+}

@@ -1,0 +1,167 @@
+#include "tools/CheckedDocument.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include "platform/ZEBIDOM_DOMImplementation.h"
+#include "platform/ZEBIDOM_NodeList.h"
+#include "platform/ZEBIDOM_Parser.h"
+#include "tools/CheckWords.h"
+
+namespace {
+
+constexpr const char* BLANKS = " \t\r\n";
+
+bool beginsCharacter(char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }
+
+}  // namespace
+
+CheckedDocument::CheckedDocument(const std::string& fileName)
+    : m_fileName(fileName), m_document(ZEBIDOM_DOMImplementation::getInstance().createDocument()) {
+  ZEBIDOM_Parser parser(0);
+  parser.setLoadExternalDTD(0);
+  m_isParsed = parser.parse(I18NString::fromUtf8(fileName), m_document) != 0;
+  if (!m_isParsed) {
+    m_errorReason = parser.getErrorReason().toStdString();
+    m_errorPlace = {parser.getErrorLine(), parser.getErrorColumn()};
+    return;
+  }
+  std::ifstream file(std::filesystem::u8path(fileName), std::ios::binary);
+  m_text.assign(std::istreambuf_iterator<char>(file), {});
+  splitIntoLines();
+  for (const ZEBIDOM_Element& element : elements("appender")) {
+    m_appenders.emplace(attribute(element, "name"), element);
+  }
+}
+
+void CheckedDocument::splitIntoLines() {
+  m_lineStarts.push_back(0);
+  for (std::size_t i = 0; i < m_text.size(); ++i) {
+    const bool isLoneReturn = m_text[i] == '\r' && m_text.compare(i + 1, 1, "\n") != 0;
+    if (m_text[i] == '\n' || isLoneReturn) {
+      m_lineStarts.push_back(i + 1);
+    }
+  }
+}
+
+std::size_t CheckedDocument::offsetOf(CheckPlace place) const {
+  const auto line = static_cast<std::size_t>(place.line);
+  if (place.line < 1 || line > m_lineStarts.size()) {
+    return m_text.size();
+  }
+  std::size_t offset = m_lineStarts[line - 1];
+  for (int column = 1; column < place.column && offset < m_text.size(); ++column) {
+    do {
+      ++offset;
+    } while (offset < m_text.size() && !beginsCharacter(m_text[offset]));
+  }
+  return offset;
+}
+
+CheckPlace CheckedDocument::placeAt(std::size_t offset) const {
+  const auto next = std::upper_bound(m_lineStarts.begin(), m_lineStarts.end(), offset);
+  const auto begin = m_text.begin() + static_cast<std::ptrdiff_t>(*std::prev(next));
+  const auto end = m_text.begin() + static_cast<std::ptrdiff_t>(offset);
+  return {static_cast<int>(next - m_lineStarts.begin()),
+          static_cast<int>(std::count_if(begin, end, beginsCharacter)) + 1};
+}
+
+std::vector<ZEBIDOM_Element> CheckedDocument::elements(const char* tagName) const {
+  std::vector<ZEBIDOM_Element> found;
+  const ZEBIDOM_NodeList nodes = m_document.getElementsByTagName(tagName);
+  for (std::size_t i = 0; i < nodes.getLength(); ++i) {
+    found.emplace_back(nodes.item(i));
+  }
+  return found;
+}
+
+ZEBIDOM_Element CheckedDocument::appender(const std::string& name) const {
+  const auto known = m_appenders.find(name);
+  return known == m_appenders.end() ? ZEBIDOM_Element() : known->second;
+}
+
+CheckPlace CheckedDocument::placeOf(const ZEBIDOM_Node& node) {
+  return {node.getLine(), node.getColumn()};
+}
+
+CheckPlace CheckedDocument::placeOf(const ZEBIDOM_Element& element,
+                                    const std::string& attribute) const {
+  const CheckPlace fallback = placeOf(element);
+  const std::string beginning = "<" + tag(element);
+  std::size_t at = offsetOf(fallback);
+  if (m_text.compare(at, beginning.size(), beginning) != 0) {
+    return fallback;
+  }
+  at = m_text.find_first_not_of(BLANKS, at + beginning.size());
+  while (at != std::string::npos && m_text[at] != '>' && m_text[at] != '/') {
+    const std::size_t nameEnd = m_text.find_first_of(std::string(BLANKS) + "=", at);
+    const std::size_t quote = m_text.find_first_of("'\"", at);
+    if (nameEnd == std::string::npos || quote == std::string::npos) {
+      return fallback;
+    }
+    if (m_text.compare(at, nameEnd - at, attribute) == 0) {
+      return placeAt(at);
+    }
+    const std::size_t close = m_text.find(m_text[quote], quote + 1);
+    at = close == std::string::npos ? close : m_text.find_first_not_of(BLANKS, close + 1);
+  }
+  return fallback;
+}
+
+std::string CheckedDocument::tag(const ZEBIDOM_Element& element) {
+  return element.getTagName().toStdString();
+}
+
+std::string CheckedDocument::attribute(const ZEBIDOM_Element& element, const char* name) {
+  return element.getAttribute(name).toStdString();
+}
+
+std::vector<ZEBIDOM_Element> CheckedDocument::children(const ZEBIDOM_Element& element) {
+  std::vector<ZEBIDOM_Element> found;
+  for (ZEBIDOM_Node child = element.getFirstChild(); !child.isNull();
+       child = child.getNextSibling()) {
+    if (child.getNodeType() == ZEBIDOM_Node::ELEMENT_NODE) {
+      found.emplace_back(child);
+    }
+  }
+  return found;
+}
+
+std::vector<ZEBIDOM_Element> CheckedDocument::children(const ZEBIDOM_Element& element,
+                                                       const char* tagName) {
+  std::vector<ZEBIDOM_Element> found;
+  for (const ZEBIDOM_Element& child : children(element)) {
+    if (tag(child) == tagName) {
+      found.push_back(child);
+    }
+  }
+  return found;
+}
+
+ZEBIDOM_Element CheckedDocument::paramOf(const ZEBIDOM_Element& component, const std::string& name,
+                                         bool isInAnyCase) {
+  ZEBIDOM_Element found;
+  for (const ZEBIDOM_Element& param : children(component, "param")) {
+    const std::string given = attribute(param, "name");
+    const bool isIt =
+        isInAnyCase ? CheckWords::lower(given) == CheckWords::lower(name) : given == name;
+    if (isIt && !attribute(param, "value").empty()) {
+      found = param;
+    }
+  }
+  return found;
+}
+
+std::string CheckedDocument::classOf(const ZEBIDOM_Element& element) {
+  const std::string text = attribute(element, "class");
+  const std::size_t dot = text.rfind('.');
+  std::string name =
+      dot == std::string::npos || dot + 1 == text.size() ? text : text.substr(dot + 1);
+  if (tag(element) == "appender" &&
+      (name == "LogLocalUDPAppender" || name == "LogTCPSocketAppender")) {
+    name.replace(0, 3, "LOG");
+  }
+  return name;
+}
