@@ -41,10 +41,10 @@ constexpr LOGFailureTexts RUN_TEXTS{"LOGDispatcher::run --- some i18nstring exce
 LOGDispatcher::LOGDispatcher(LOGBoundedFIFO* bf, LOGAsyncAppender* container)
     : m_bf(bf), m_aai(nullptr), m_container(container) {
   ZEB_ASSERT(m_container, SOURCE, 23);
-  // With this, no event but those beyond a queue that was shrunk needs memory to leave the queue.
-  m_memory = ::operator new(sizeof(LOGLoggingEvent));
   m_aai = m_container->getAAI();
   m_taken.reserve(TAKEN_WITHOUT_MEMORY);
+  // With this, no event but those beyond a queue that was shrunk needs memory to leave the queue.
+  m_memory = ::operator new(sizeof(LOGLoggingEvent));
 }
 
 LOGDispatcher::~LOGDispatcher() {

@@ -15,6 +15,10 @@ class LOGRolledFile {
   /// The one for the file of that name from the root; it lives as long as somebody has it. Throws
   /// what memory and locks throw.
   static std::shared_ptr<LOGRolledFile> of(const I18NString& absoluteName);
+  LOGRolledFile() = default;
+  LOGRolledFile(const LOGRolledFile&) = delete;
+  LOGRolledFile& operator=(const LOGRolledFile&) = delete;
+  ~LOGRolledFile();
 
   /// Taken under an appender's lock, and no appender's lock under it.
   ZEBThreadCriticalSection& turn() { return m_turn; }

@@ -116,8 +116,15 @@ void LOGRollingFileAppender::setFileOptions(const I18NString& name, int append, 
                                             int size) {
   logReportingFailures(SET_FILE_TEXTS, [&] {
     // Another appender must neither roll the file over nor empty it while this one opens it.
-    m_rolledFile =
-        zebTranslate(SOURCE, __LINE__, [&] { return LOGRolledFile::of(absoluteNameOf(name)); });
+    try {
+      m_rolledFile =
+          zebTranslate(SOURCE, __LINE__, [&] { return LOGRolledFile::of(absoluteNameOf(name)); });
+    } catch (...) {
+      if (m_closed != 0) {
+        m_fileOpened = 0;  // so that the next event tries again
+      }
+      throw;
+    }
     const OptionalTurn turn(m_rolledFile);
     m_rollovers = m_rolledFile->rollovers();
     const OpenResult result = open(SOURCE, name, append, bufferedSwitch, size);
