@@ -543,11 +543,11 @@ LOGAppenderSkeleton* LOGDOMConfigurator::findAppenderByName(const I18NString& na
                      "]");
     return nullptr;
   }
-  ++m_appendersOfRun;
   m_appendersUnderConstruction.push_back(name);
   LOGAppenderSkeleton* const appender = parseAppender(found->second);
   m_appendersUnderConstruction.pop_back();
   if (appender != nullptr) {
+    ++m_appendersOfRun;
     LOGLogLog::debug(PREFIX + ("Put appender " + name) + " into the appender bag.");
     m_appenderBag->put(name, appender);
   }

@@ -327,6 +327,7 @@ std::vector<LOGLogger*> LOGHierarchy::getAllLoggers() const {
 }
 
 LOGLogger* LOGHierarchy::loggerAt(std::size_t position) const {
+  const ZEBForkGate::Stay stay;
   const std::shared_lock<std::shared_mutex> access(m_tableAccess);
   if (m_root != nullptr && position-- == 0) {
     return m_root;
@@ -348,19 +349,21 @@ void LOGHierarchy::shutdown() {
 }
 
 void LOGHierarchy::shutdownExclusively() {
-  logContainingLackOfMemory("LOGHierarchy::shutdown -- no memory to flush in order", [this] {
+  bool isFlushed = false;
+  logContainingLackOfMemory("LOGHierarchy::shutdown -- no memory to flush in order", [&] {
     std::vector<LOGAppenderSkeleton*> appenders;
     forEachLogger([&](LOGLogger& logger) {
       const std::vector<LOGAppenderSkeleton*> attached = logger.snapshotOfAppenders();
       appenders.insert(appenders.end(), attached.begin(), attached.end());
     });
     LOGAsyncAppender::flushReachable(appenders, LOGAsyncAppender::LONGEST_FINAL_FLUSH);
+    isFlushed = true;
   });
   // Closing one waits for its thread, which may be logging: not under a logger's lock, as below.
-  forEachLogger([](LOGLogger& logger) {
+  forEachLogger([isFlushed](LOGLogger& logger) {
     for (std::size_t i = 0; LOGAppenderSkeleton* const appender = logger.appenderAt(i); ++i) {
       if (auto* const async = dynamic_cast<LOGAsyncAppender*>(appender)) {
-        async->flush(LOGAsyncAppender::LONGEST_FINAL_FLUSH);
+        async->flush(isFlushed ? 0 : LOGAsyncAppender::LONGEST_FINAL_FLUSH);
         async->close();
       }
     }

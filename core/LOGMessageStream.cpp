@@ -12,7 +12,8 @@ LOGMessageStream::~LOGMessageStream() = default;
 LOGMessageStream::Buffer::int_type LOGMessageStream::Buffer::overflow(int_type c) {
   const std::size_t size = bytes().size();
   if (size > INT_MAX) {
-    return traits_type::eof();  // pbump() counts no further
+    m_lacksMemory = true;  // pbump() counts no further
+    return traits_type::eof();
   }
   try {
     std::string larger(2 * size, '\0');

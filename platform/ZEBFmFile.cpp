@@ -158,13 +158,7 @@ class BufferedFiles {
   }
   void endBuffering() {
     m_ended.store(true);
-    const auto end = Clock::now() + ZEBFmChannel::patienceAtEnd();
-    if (lockUntil(m_lock, end)) {
-      const std::lock_guard<std::mutex> guard(m_lock, std::adopt_lock);
-      for (const auto& [file, flush] : m_files) {
-        flush(file, end);
-      }
-    }
+    writeAll(Clock::now() + ZEBFmChannel::patienceAtEnd());
   }
   bool hasEnded() const { return m_ended.load(std::memory_order_relaxed); }
 
@@ -174,9 +168,30 @@ class BufferedFiles {
   }
 
  private:
+  void writeAll(Clock::time_point end) {
+    if (lockUntil(m_lock, end)) {
+      const std::lock_guard<std::mutex> guard(m_lock, std::adopt_lock);
+      for (const auto& [file, flush] : m_files) {
+        flush(file, end);
+      }
+    }
+  }
+  /// What is in memory is written before a fork: the child forgets it, and a parent that became a
+  /// daemon ends at once.
+  void writeBeforeFork() noexcept {
+    try {
+      writeAll(Clock::now() + std::chrono::milliseconds(100));
+    } catch (const std::exception&) {
+      // What could not be written stays in the parent's memory.
+    }
+  }
+
   std::mutex m_lock;
   std::set<std::pair<void*, Flush>> m_files;
   std::atomic<bool> m_ended{false};
+  const ZEBForkHandler m_forkHandler{
+      this, [](void*) {},
+      [](void* files) noexcept { static_cast<BufferedFiles*>(files)->writeBeforeFork(); }};
 };
 
 /// Made when the library is loaded and so destroyed after what the program made.

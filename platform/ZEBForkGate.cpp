@@ -15,6 +15,9 @@ using Visitor = ZEBForkGate::Visitor;
 /// How long a fork waits for threads that hold locks.
 constexpr std::chrono::milliseconds PATIENCE(500);
 constexpr std::chrono::microseconds BETWEEN_LOOKS(20);
+/// How long a thread waits at the closed gate. What another library does before a fork may wait for
+/// a lock that this thread holds, so that it has to go on in the end, and the gate is open then.
+constexpr std::chrono::milliseconds LONGEST_WAIT(1000);
 
 std::atomic<Visitor*> g_visitors{nullptr};
 std::atomic<const Visitor*> g_forking{nullptr};  // while the gate is closed
@@ -25,13 +28,8 @@ std::mutex& forkLock() {
   return *lock;
 }
 
-/// Where threads wait at the closed gate.
-ZEBThreadPlace& waitingRoom() {
-  static auto* const room = new ZEBThreadPlace;
-  return *room;
-}
-
-[[maybe_unused]] const bool IS_WATCHING = ZEBForkGate::watchForks();
+/// With the lock made before the first fork, which then needs no memory.
+[[maybe_unused]] const bool IS_WATCHING = (forkLock(), ZEBForkGate::watchForks());
 
 thread_local Visitor* t_self = nullptr;
 thread_local bool t_hasEnded = false;
@@ -103,10 +101,12 @@ bool ZEBForkGate::mustWait(const Visitor& visitor) noexcept {
 }
 
 void ZEBForkGate::waitUntilOpen() {
-  ZEBThreadPlace& room = waitingRoom();
-  const std::lock_guard<ZEBThreadPlace> lock(room);
+  const auto end = std::chrono::steady_clock::now() + LONGEST_WAIT;
   while (s_isClosed.load()) {
-    room.sleep();
+    if (std::chrono::steady_clock::now() >= end) {
+      s_isClosed = false;
+    }
+    std::this_thread::sleep_for(BETWEEN_LOOKS);
   }
 }
 
@@ -148,7 +148,6 @@ void ZEBForkGate::beforeFork() {
     const Rest rest;  // for another thread that forks
     forkLock().lock();
   }
-  waitingRoom();
   g_forking = &forking;
   s_isClosed = true;
   waitUntilAllRest(forking);
@@ -157,10 +156,7 @@ void ZEBForkGate::beforeFork() {
 
 void ZEBForkGate::open() noexcept {
   g_forking = nullptr;
-  ZEBThreadPlace& room = waitingRoom();
-  const std::lock_guard<ZEBThreadPlace> lock(room);
   s_isClosed = false;
-  room.wakeAll();
 }
 
 void ZEBForkGate::afterForkInParent() noexcept {

@@ -14,8 +14,8 @@ std::mutex& listLock() {
 
 }  // namespace
 
-ZEBForkHandler::ZEBForkHandler(void* object, Renew renewObject)
-    : m_object(object), m_renew(renewObject) {
+ZEBForkHandler::ZEBForkHandler(void* object, Renew renewObject, Prepare prepare)
+    : m_object(object), m_renew(renewObject), m_prepare(prepare) {
   const std::lock_guard<std::mutex> lock(listLock());
   m_next = g_first;
   if (m_next != nullptr) {
@@ -32,7 +32,14 @@ ZEBForkHandler::~ZEBForkHandler() {
   }
 }
 
-void ZEBForkHandler::beforeFork() { listLock().lock(); }
+void ZEBForkHandler::beforeFork() noexcept {
+  listLock().lock();
+  for (const ZEBForkHandler* handler = g_first; handler != nullptr; handler = handler->m_next) {
+    if (handler->m_prepare != nullptr) {
+      handler->m_prepare(handler->m_object);
+    }
+  }
+}
 
 void ZEBForkHandler::afterForkInParent() noexcept { listLock().unlock(); }
 

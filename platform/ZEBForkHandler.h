@@ -11,8 +11,11 @@ class ZEBForkHandler {
   /// Runs in the child, before anything else does. It neither waits for a lock nor calls code of
   /// the application.
   using Renew = void (*)(void* object);
+  /// Runs in the parent before the fork. It neither calls code of the application nor waits long
+  /// for a lock, and makes or destroys no handler.
+  using Prepare = void (*)(void* object) noexcept;
 
-  ZEBForkHandler(void* object, Renew renew);
+  ZEBForkHandler(void* object, Renew renew, Prepare prepare = nullptr);
   ZEBForkHandler(const ZEBForkHandler&) = delete;
   ZEBForkHandler& operator=(const ZEBForkHandler&) = delete;
   ~ZEBForkHandler();
@@ -25,13 +28,14 @@ class ZEBForkHandler {
   }
 
   // Called by ZEBForkGate.
-  static void beforeFork();
+  static void beforeFork() noexcept;
   static void afterForkInParent() noexcept;
   static void afterForkInChild() noexcept;
 
  private:
   void* const m_object;
   const Renew m_renew;
+  const Prepare m_prepare;
   ZEBForkHandler* m_previous = nullptr;
   ZEBForkHandler* m_next;
 };
