@@ -29,7 +29,7 @@ std::mutex& forkLock() {
 }
 
 /// With the lock made before the first fork, which then needs no memory.
-[[maybe_unused]] const bool IS_WATCHING = (forkLock(), ZEBForkGate::watchForks());
+const bool IS_WATCHING = (forkLock(), ZEBForkGate::watchForks());
 
 thread_local Visitor* t_self = nullptr;
 thread_local bool t_hasEnded = false;
@@ -87,7 +87,9 @@ ZEBForkGate::Visitor& ZEBForkGate::join(Visitor*& cache) {
     }
     t_self = made;
   }
-  if (!t_hasEnded) {
+  // Where nothing forks, a thread's visitor stays: there the variables of a thread may be gone
+  // before the destructors of its objects run.
+  if (!t_hasEnded && IS_WATCHING) {
     ThreadEnd::arm(cache);
   }
   cache = t_self;

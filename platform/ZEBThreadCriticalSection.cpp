@@ -27,6 +27,9 @@ ZEBThreadPlace& placeOf(const void* section) {
   return places[reinterpret_cast<std::uintptr_t>(section) % PLACES];
 }
 
+/// Made when the library is loaded, so that waiting for a lock needs no memory.
+[[maybe_unused]] const ZEBThreadPlace* const FIRST_PLACE = &placeOf(nullptr);
+
 thread_local ZEBForkGate::Visitor* t_visitor = nullptr;
 
 ZEBForkGate::Visitor& currentVisitor() {
