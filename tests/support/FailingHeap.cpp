@@ -8,6 +8,9 @@
 #include <cstdlib>
 #include <new>
 
+// The linker leads calls of malloc to __wrap_malloc; this is the real one.
+extern "C" void* __real_malloc(std::size_t bytes);
+
 namespace {
 
 constexpr long NEVER = -1;
@@ -35,7 +38,7 @@ void* counted(void* memory) {
 }
 
 void* allocate(std::size_t bytes) {
-  return mustFail() ? nullptr : counted(std::malloc(bytes == 0 ? 1 : bytes));
+  return mustFail() ? nullptr : counted(__real_malloc(bytes == 0 ? 1 : bytes));
 }
 
 void release(void* memory) {
@@ -117,9 +120,7 @@ void operator delete[](void* memory, Align, const std::nothrow_t&) noexcept {
   releaseAligned(memory);
 }
 
-// The linker leads the calls here that it finds in the library; calls in here go to the real ones.
 extern "C" {
-void* __real_malloc(std::size_t bytes);
 void* __wrap_malloc(std::size_t bytes) { return mustFail() ? nullptr : __real_malloc(bytes); }
 
 XML_Parser __wrap_XML_ParserCreate(const XML_Char* encoding) {
