@@ -61,14 +61,22 @@
 
 // What the macros above are made of.
 
-#define LOG4ZEB_LOG_IF_ENABLED(logger, method, rank, expr)            \
+#define LOG4ZEB_LOG_IF_ENABLED(logger, method, rank, expr) \
+  LOG4ZEB_STREAM_IF_ENABLED(logger, rank, expr, log4zebLogger->method(log4zebMessage.text()))
+
+#define LOG4ZEB_LOG_THROWN(logger, rank, expr, thrown)                                      \
+  LOG4ZEB_STREAM_IF_ENABLED(logger, rank, expr,                                             \
+                            log4zebLogger->logThrown(LOGLevel::rank, log4zebMessage.text(), \
+                                                     LOGThrowableText::of(thrown)))
+
+#define LOG4ZEB_STREAM_IF_ENABLED(logger, rank, expr, logging)        \
   do {                                                                \
     LOGLogger* const log4zebLogger = (logger);                        \
     if (log4zebLogger->wouldLog(LOGLevel::rank)) {                    \
       LOGMessageStream log4zebMessage;                                \
       log4zebMessage.stream() << expr; /* NOLINT(bugprone-macro-*) */ \
       if (log4zebMessage.finish()) {                                  \
-        log4zebLogger->method(log4zebMessage.text());                 \
+        logging;                                                      \
       }                                                               \
     }                                                                 \
   } while (false)
@@ -80,19 +88,6 @@
     if (log4zebLogger->wouldLog(LOGLevel::rank)) {           \
       log4zebLogger->method(LOG4ZEB_FORMATTED(__VA_ARGS__)); \
     }                                                        \
-  } while (false)
-
-#define LOG4ZEB_LOG_THROWN(logger, rank, expr, thrown)                  \
-  do {                                                                  \
-    LOGLogger* const log4zebLogger = (logger);                          \
-    if (log4zebLogger->wouldLog(LOGLevel::rank)) {                      \
-      LOGMessageStream log4zebMessage;                                  \
-      log4zebMessage.stream() << expr; /* NOLINT(bugprone-macro-*) */   \
-      if (log4zebMessage.finish()) {                                    \
-        log4zebLogger->logThrown(LOGLevel::rank, log4zebMessage.text(), \
-                                 LOGThrowableText::of(thrown));         \
-      }                                                                 \
-    }                                                                   \
   } while (false)
 
 #define LOG4ZEB_JOINED(a, b) LOG4ZEB_JOINED_EXPANDED(a, b)

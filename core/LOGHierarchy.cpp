@@ -363,7 +363,9 @@ void LOGHierarchy::shutdownExclusively() {
   forEachLogger([isFlushed](LOGLogger& logger) {
     for (std::size_t i = 0; LOGAppenderSkeleton* const appender = logger.appenderAt(i); ++i) {
       if (auto* const async = dynamic_cast<LOGAsyncAppender*>(appender)) {
-        async->flush(isFlushed ? 0 : LOGAsyncAppender::LONGEST_FINAL_FLUSH);
+        if (!isFlushed) {
+          async->flush(LOGAsyncAppender::LONGEST_FINAL_FLUSH);
+        }
         async->close();
       }
     }
