@@ -6,7 +6,10 @@
 // message only when it is wanted, and what makes text from outside safe in a message.
 //
 // Each macro evaluates `logger` once and everything else only when the level is enabled. What these
-// expressions throw goes on to the caller.
+// expressions throw goes on to the caller; only a lack of memory in what is formatted ends with the
+// event, which is lost and reported.
+
+#include <new>
 
 #include "config/LOG4ZEBConfigurator.h"
 #include "core/LOG4ZEBVersion.h"
@@ -64,10 +67,9 @@
 #define LOG4ZEB_LOG_IF_ENABLED(logger, method, rank, expr) \
   LOG4ZEB_STREAM_IF_ENABLED(logger, rank, expr, log4zebLogger->method(log4zebMessage.text()))
 
-#define LOG4ZEB_LOG_THROWN(logger, rank, expr, thrown)                                      \
-  LOG4ZEB_STREAM_IF_ENABLED(logger, rank, expr,                                             \
-                            log4zebLogger->logThrown(LOGLevel::rank, log4zebMessage.text(), \
-                                                     LOGThrowableText::of(thrown)))
+#define LOG4ZEB_LOG_THROWN(logger, rank, expr, thrown) \
+  LOG4ZEB_STREAM_IF_ENABLED(                           \
+      logger, rank, expr, log4zebLogger->logThrown(LOGLevel::rank, log4zebMessage.text(), thrown))
 
 #define LOG4ZEB_STREAM_IF_ENABLED(logger, rank, expr, logging)        \
   do {                                                                \
@@ -81,13 +83,17 @@
     }                                                                 \
   } while (false)
 
-#define LOG4ZEB_FORMAT_IF_ENABLED(logger, method, rank, ...) \
-  do {                                                       \
-    LOG4ZEB_CHECK_FORMATTER;                                 \
-    LOGLogger* const log4zebLogger = (logger);               \
-    if (log4zebLogger->wouldLog(LOGLevel::rank)) {           \
-      log4zebLogger->method(LOG4ZEB_FORMATTED(__VA_ARGS__)); \
-    }                                                        \
+#define LOG4ZEB_FORMAT_IF_ENABLED(logger, method, rank, ...)   \
+  do {                                                         \
+    LOG4ZEB_CHECK_FORMATTER;                                   \
+    LOGLogger* const log4zebLogger = (logger);                 \
+    if (log4zebLogger->wouldLog(LOGLevel::rank)) {             \
+      try {                                                    \
+        log4zebLogger->method(LOG4ZEB_FORMATTED(__VA_ARGS__)); \
+      } catch (const std::bad_alloc&) {                        \
+        LOGLogger::reportLostEvent();                          \
+      }                                                        \
+    }                                                          \
   } while (false)
 
 #define LOG4ZEB_JOINED(a, b) LOG4ZEB_JOINED_EXPANDED(a, b)

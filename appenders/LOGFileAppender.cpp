@@ -38,10 +38,10 @@ LOGFileAppender::LOGFileAppender(LOGLayout* layout, const I18NString& name)
 LOGFileAppender::LOGFileAppender(const LOGFileAppender& other)
     : LOGWriterAppender(other),
       fileAppend(other.fileAppend),
+      m_configuredAppend(other.m_configuredAppend),
       fileName(other.fileName),
       bufferedIO(other.bufferedIO),
-      bufferSize(other.bufferSize),
-      m_configuredAppend(other.m_configuredAppend) {
+      bufferSize(other.bufferSize) {
   m_closed = 1;
 }
 

@@ -94,6 +94,7 @@ class LOG4ZEB_EXPORT LOGFileAppender : public LOGWriterAppender {
 
   // All guarded by the appender's lock once the appender is in use.
   int fileAppend = 1;
+  int m_configuredAppend = 1;  // how a file is opened by an event; a rollover changes fileAppend
   I18NString fileName;
   int bufferedIO = 0;
   int bufferSize = DEFAULT_BUFFER_SIZE;
@@ -106,9 +107,7 @@ class LOG4ZEB_EXPORT LOGFileAppender : public LOGWriterAppender {
   void remember(const I18NString& name);
   OpenResult openRemembered(const I18NString& name, int append, int bufferedSwitch, int size);
 
-  I18NString m_text;  // room for the text of an event; guarded by the appender's lock
-
-  int m_configuredAppend = 1;       // what fileAppend was before a rollover
+  I18NString m_text;                // room for the text of an event; guarded by the appender's lock
   I18NString m_absoluteNameSource;  // the name that m_absoluteName was made from
 };
 

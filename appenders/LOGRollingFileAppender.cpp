@@ -181,7 +181,14 @@ bool LOGRollingFileAppender::hasBeenRolledOver() const {
 
 void LOGRollingFileAppender::follow() {
   const Reopening reopening(m_isReopening);
+  reopenAppending();
+}
+
+void LOGRollingFileAppender::reopenAppending() {
   setFileOptions(fileName, 1, bufferedIO, bufferSize);
+  if (m_closed == 1) {
+    m_configuredAppend = 1;  // the next event tries again, and must not empty the file
+  }
 }
 
 I18NString LOGRollingFileAppender::backupName(const I18NString& base, int index) const {
@@ -257,7 +264,6 @@ void LOGRollingFileAppender::rollOver() {
     LOGLogLog::debug("LOGRollingFileAppender::rollOver maxBackupIndex " +
                      ZEBUtConvert::handleCvt(maxBackupIndex));
   });
-  int append = 0;
   if (maxBackupIndex >= 1) {
     const unsigned memoryFailures = logMemoryFailures();
     const auto hasLackedMemory = [=] { return logMemoryFailures() != memoryFailures; };
@@ -268,7 +274,10 @@ void LOGRollingFileAppender::rollOver() {
     }
     attempt([this] { closeFile(); });
     attempt([this] { renameReporting(0, 1); });
-    append = hasLackedMemory() ? 1 : 0;
+    if (hasLackedMemory()) {
+      reopenAppending();  // the file may still have its name
+      return;
+    }
   }
-  setFileOptions(fileName, append, bufferedIO, bufferSize);
+  setFileOptions(fileName, 0, bufferedIO, bufferSize);
 }

@@ -56,6 +56,7 @@ class LOG4ZEB_EXPORT LOGRollingFileAppender : public LOGFileAppender {
   bool hasBeenRolledOver() const;
   /// Opens the file that the other one has begun.
   void follow();
+  void reopenAppending();
   void rollOverUnlessDone();
   I18NString backupName(const I18NString& base, int index) const;
   std::vector<int> candidateBackups() const;

@@ -9,6 +9,7 @@
 #include "core/LOGHierarchy.h"
 #include "core/LOGLoggingEvent.h"
 #include "core/LOGManager.h"
+#include "core/LOGThrowableText.h"
 #include "platform/ZEBAssertError.h"
 #include "platform/ZEBFmFile.h"
 #include "platform/ZEBThreadGuard.h"
@@ -128,15 +129,24 @@ LOG4ZEB_HOT void LOGLogger::logEnabled(int rank, const I18NString& message) {
   }
 }
 
-void LOGLogger::logThrown(int rank, const I18NString& message, const I18NString& throwable) {
+template <typename Thrown>
+void LOGLogger::logWithTextOf(int rank, const I18NString& message, const Thrown& thrown) {
   LOGLevel* const level = wouldLog(rank) ? LOGLevel::toLevel(rank, nullptr) : nullptr;
   if (level != nullptr) {
     logContainingLackOfMemory(EVENT_LOST, [&] {
       LOGLoggingEvent event(this, level, LOGMessageText{message});
-      zebTranslate(SOURCE, __LINE__, [&] { event.setThrowableStrRep(throwable); });
+      event.setThrowableStrRep(LOGThrowableText::of(thrown));
       callAppenders(&event);
     });
   }
+}
+
+void LOGLogger::logThrown(int rank, const I18NString& message, const std::exception& thrown) {
+  logWithTextOf(rank, message, thrown);
+}
+
+void LOGLogger::logThrown(int rank, const I18NString& message, const std::exception_ptr& thrown) {
+  logWithTextOf(rank, message, thrown);
 }
 
 void LOGLogger::reportLostEvent() noexcept { logReportOutOfMemory(EVENT_LOST); }

@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <exception>
 #include <memory>
 #include <new>
 #include <type_traits>
@@ -82,8 +83,12 @@ class LOG4ZEB_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   }
 
   /// Logs `message` at the level of that rank, when it is enabled, in an event whose throwable text
-  /// is `throwable`: see LOGThrowableText. REQUIRES: a rank of LOGLevel.
-  void logThrown(int rank, const I18NString& message, const I18NString& throwable);
+  /// is LOGThrowableText::of(thrown). REQUIRES: a rank of LOGLevel.
+  void logThrown(int rank, const I18NString& message, const std::exception& thrown);
+  void logThrown(int rank, const I18NString& message, const std::exception_ptr& thrown);
+
+  /// Reports that there was no memory for an event, as the macros do for what they format.
+  static void reportLostEvent() noexcept;
 
   /// Whether debug(), info(), ... with the level of that rank would log now.
   bool wouldLog(int rank) const {
@@ -205,8 +210,8 @@ class LOG4ZEB_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   }
   void logEnabled(int rank, LOGObject* message);
   void logEnabled(int rank, const I18NString& message);
-  /// Reports that there was no memory for an event.
-  static void reportLostEvent() noexcept;
+  template <typename Thrown>
+  void logWithTextOf(int rank, const I18NString& message, const Thrown& thrown);
   LOGLevel* keptCopyOf(const LOGLevel& level);
   void storeLevel(const LOGLevel* level);
 

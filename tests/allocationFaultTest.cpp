@@ -13,6 +13,7 @@
 #include <memory>
 #include <new>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -35,7 +36,7 @@ using Mode = FailingHeap::Mode;
 using Lines = std::vector<std::string>;
 
 constexpr const char* LONG_TEXT = "a message that is longer than what a text holds without memory";
-constexpr int PATIENCE = 10000;  // milliseconds
+constexpr int PATIENCE = 60000;  // milliseconds
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr long CONFIGURATION_STEP = 7;
 #else
@@ -231,19 +232,36 @@ std::string root(const Lines& references) {
   return element + "</root>";
 }
 
-/// What a document's appenders have put out, by name of the file; takes it away.
+/// What a document's appenders have put out, by name of the file.
 using Outputs = std::map<std::string, std::string>;
 
-Outputs takeOutputs() {
+Outputs readOutputs(bool andRemoves) {
   Outputs outputs;
   for (const auto& entry : fs::directory_iterator(".")) {
     const std::string name = entry.path().filename().string();
     if (name.find(".out") != std::string::npos) {
       outputs[name] = Workplace::read(name);
-      fs::remove(entry.path());
+      if (andRemoves) {
+        fs::remove(entry.path());
+      }
     }
   }
   return outputs;
+}
+
+Outputs takeOutputs() { return readOutputs(true); }
+
+/// The lines of all files, of backups first, from the highest number.
+Lines linesOf(Outputs outputs) {
+  outputs.erase("console.out");
+  Lines lines;
+  for (auto output = outputs.rbegin(); output != outputs.rend(); ++output) {
+    Workplace::write("lines", output->second);
+    for (const std::string& line : Workplace::lines("lines")) {
+      lines.push_back(line);
+    }
+  }
+  return lines;
 }
 
 Outputs shapesOf(Outputs outputs) {
@@ -351,24 +369,24 @@ void sweepEvent(const std::string& name, const std::string& document,
 /// most, whole, and none of the later ones is missing.
 class LinesRound : public DocumentRound {
  public:
-  LinesRound(const std::string& document, bool usesMacro) : m_usesMacro(usesMacro) {
+  enum class Way { Method, Stream, StreamWithException };
+  LinesRound(const std::string& document, Way way) : m_way(way) {
     configure(document);
     m_logger = LOGManager::getLogger(NAMES[0]);
   }
   void call() override { log(0, 3); }
 
  protected:
-  void runAgain() override { log(3, 5); }
+  void runAgain() override {
+    m_written = linesOf(readOutputs(false));
+    log(3, 5);
+  }
   void expect(Outputs outputs) override {
-    Lines lines;
-    outputs.erase("console.out");
-    // Backups first, from the highest number.
-    for (auto output = outputs.rbegin(); output != outputs.rend(); ++output) {
-      Workplace::write("lines", output->second);
-      for (const std::string& line : Workplace::lines("lines")) {
-        lines.push_back(line);
-      }
-    }
+    const Lines lines = linesOf(std::move(outputs));
+    EXPECT_TRUE(std::equal(
+        m_written.begin(), m_written.end(), lines.begin(),
+        lines.begin() + static_cast<std::ptrdiff_t>(std::min(lines.size(), m_written.size()))))
+        << "what was in the files is not";
     Lines expected;
     for (const I18NString& text : m_texts) {
       expected.push_back(text.toStdString());
@@ -382,24 +400,27 @@ class LinesRound : public DocumentRound {
  private:
   void log(std::size_t begin, std::size_t end) {
     for (std::size_t i = begin; i < end; ++i) {
-      if (m_usesMacro) {
-        LOG4ZEB_INFO(m_logger, static_cast<char>('0' + i) << "a message longer "
-                                                          << "than what a "
-                                                          << "stream holds without "
-                                                          << "memory");
+      const char first = static_cast<char>('0' + i);
+      if (m_way == Way::Stream) {
+        LOG4ZEB_INFO(m_logger, first << BEGINNING << END);
+      } else if (m_way == Way::StreamWithException) {
+        LOG4ZEB_INFO_EX(m_logger, first << BEGINNING << END, m_failure);
       } else {
         m_logger->info(m_texts[i]);
       }
     }
   }
 
-  const bool m_usesMacro;
+  static constexpr const char* BEGINNING = "a message longer than what ";
+  static constexpr const char* END = "a stream holds without memory";
+  const std::runtime_error m_failure{LONG_TEXT};
+  const Way m_way;
   LOGLogger* m_logger = nullptr;
+  Lines m_written;  // while memory failed
   std::vector<I18NString> m_texts = [] {
     std::vector<I18NString> texts;
     for (char c = '0'; c < '5'; ++c) {
-      texts.emplace_back(std::string(1, c) +
-                         "a message longer than what a stream holds without memory");
+      texts.emplace_back(std::string(1, c) + BEGINNING + END);
     }
     return texts;
   }();
@@ -556,19 +577,22 @@ TEST(AllocationFault, LosesNoMoreThanTheEventAndNeverThrows) {
 
 TEST(AllocationFault, NeitherTearsNorRepeatsALine) {
   const Workplace workplace;
-  const auto make = [](const std::string& document, bool usesMacro) {
-    return [=] { return std::make_unique<LinesRound>(document + root({"all"}), usesMacro); };
+  using Way = LinesRound::Way;
+  const auto make = [](const std::string& document, Way way = Way::Method) {
+    return [=] { return std::make_unique<LinesRound>(document + root({"all"}), way); };
   };
-  sweep("macro", Throws::Never, make(file("all", PLAIN), true));
+  sweep("macro", Throws::Never, make(file("all", PLAIN), Way::Stream));
+  sweep("macro with an exception", Throws::Never,
+        make(file("all", PLAIN), Way::StreamWithException));
   sweep("asynchronous", Throws::Never,
         make(file("queued", PLAIN) +
-                 appender("all", "LOGAsyncAppender", "<appender-ref ref=\"queued\"/>"),
-             false));
-  sweep("rollover", Throws::Never,
-        make(appender("all", "LOGRollingFileAppender",
-                      param("File", "all.out") + param("MaxBackupIndex", "9") +
-                          param("MaximumFileSize", "1") + PLAIN),
-             false));
+             appender("all", "LOGAsyncAppender", "<appender-ref ref=\"queued\"/>")));
+  for (const char* append : {"true", "false"}) {
+    sweep(std::string("rollover, append ") + append, Throws::Never,
+          make(appender("all", "LOGRollingFileAppender",
+                        param("File", "all.out") + param("Append", append) +
+                            param("MaxBackupIndex", "9") + param("MaximumFileSize", "1") + PLAIN)));
+  }
 }
 
 TEST(AllocationFault, LetsTheNextConfigurationSucceed) {

@@ -90,6 +90,15 @@ TEST_F(Macros, FormatOnlyWhatIsEnabled) {
                                                         "00ff \xC3\xA9", "true", "2.2"}));
   EXPECT_EQ(levels, "WEFDI");
 }
+
+TEST_F(Macros, LoseAnEventForWhichTextCannotBeFormattedAndSayIt) {
+  const auto lackMemory = []() -> int { throw std::bad_alloc(); };
+  EXPECT_NO_THROW(LOG4ZEB_WARNF(&logger, "{}", lackMemory()));
+  EXPECT_TRUE(capture.messages.empty());
+  EXPECT_EQ(Workplace::diagnosticsWith("no memory for an event, which is lost"), 1);
+  const auto fail = []() -> int { throw std::runtime_error("of the application"); };
+  EXPECT_THROW(LOG4ZEB_WARNF(&logger, "{}", fail()), std::runtime_error);
+}
 #endif
 
 TEST_F(Macros, StreamAsAStringStreamDoesWhateverTheLength) {
