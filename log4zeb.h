@@ -33,7 +33,7 @@
 #define LOG4ZEB_FATAL(logger, expr) LOG4ZEB_LOG_IF_ENABLED(logger, fatal, FATAL_RANK, expr)
 
 /// Logs what is formatted, as in LOG4ZEB_INFOF(logger, "user {} in {} ms", id, ms), with
-/// std::format where the standard library has it and <format> is included, else with {fmt}: see
+/// std::format where the standard library has it and `<format>` is included, else with {fmt}: see
 /// LOGFormat.h. The format string is a literal; one that does not suit the arguments does not
 /// compile. An I18NString is given as text.toStdString().
 #define LOG4ZEB_DEBUGF(logger, ...) \

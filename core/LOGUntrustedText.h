@@ -12,15 +12,15 @@
 ///
 /// What escaped() returns is one line, and what is in it cannot be mistaken for another character:
 ///
-///   \\                 a backslash
-///   \n \r \t           line feed, carriage return, tab
-///   \u001B             any other control character (U+0000-001F, U+007F-009F), as its number; so
+///     \\               a backslash
+///     \n \r \t         line feed, carriage return, tab
+///     \u001B           any other control character (U+0000-001F, U+007F-009F), as its number; so
 ///                      too the line ends U+0085, U+2028 and U+2029, what changes the direction of
 ///                      text (U+061C, U+200E, U+200F, U+202A-202E, U+2066-2069), U+FEFF, U+FFFE,
 ///                      U+FFFF and a surrogate without its partner
-///   \u005D \u003E      a "]" at the end, and a ">" at the beginning or behind "]", which could end
+///     \u005D \u003E    a "]" at the end, and a ">" at the beginning or behind "]", which could end
 ///                      the CDATA section that the XML layout writes a message in
-///   \xE9               a byte that is not UTF-8
+///     \xE9             a byte that is not UTF-8
 ///
 /// All other characters stay as they are. The result is valid UTF-8 and can be read back, and
 /// escaping it once more is visible.

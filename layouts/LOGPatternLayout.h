@@ -9,7 +9,7 @@
 
 class LOGPatternParser;
 
-/// Formats events by a conversion pattern: text in which specifiers such as "%-5p" stand for parts
+/// Formats events by a conversion pattern: text in which specifiers such as `%-5p` stand for parts
 /// of the event. LOGPatternParser tells what a pattern may hold. The widths in a pattern are not
 /// those of this layout alone, as LOGPatternConverter tells.
 class LOG4ZEB_EXPORT LOGPatternLayout : public LOGLayout {
@@ -17,7 +17,7 @@ class LOG4ZEB_EXPORT LOGPatternLayout : public LOGLayout {
   static const I18NString DEFAULT_CONVERSION_PATTERN;
   static const I18NString TTCC_CONVERSION_PATTERN;
 
-  /// The pattern "%m%n".
+  /// The pattern `%m%n`.
   LOGPatternLayout();
   /// Throws as setConversionPattern().
   explicit LOGPatternLayout(const I18NString& pattern);
@@ -25,7 +25,7 @@ class LOG4ZEB_EXPORT LOGPatternLayout : public LOGLayout {
   ~LOGPatternLayout() override;
 
   /// Parses the pattern and uses it from now on; takes the layout's lock. Throws ZEBAssertError for
-  /// "%X" without an option, and ZEBOutOfMemoryError; the layout then keeps its pattern.
+  /// `%X` without an option, and ZEBOutOfMemoryError; the layout then keeps its pattern.
   void setConversionPattern(const I18NString& pattern);
   const I18NString& getConversionPattern() const { return m_conversionPattern; }
 

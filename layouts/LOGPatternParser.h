@@ -11,16 +11,16 @@
 class LOGFormattingInfo;
 
 /// Turns a conversion pattern into a chain of converters. A pattern is text with specifiers of the
-/// form "%", "-" for left alignment, the minimum width, "." and the maximum width, all optional,
+/// form `%`, "-" for left alignment, the minimum width, "." and the maximum width, all optional,
 /// and one conversion character, which some follow by an option in braces:
 ///
-///   c{n}  the logger's name          C{n}  the class name      d{format}  the date
-///   F     the file name              l     the full location   L          the line number
-///   m     the message                M     the method name     p          the level
-///   r     milliseconds since the library was loaded            t          the thread
-///   x     the diagnostic context     X{key}  nothing but the minimum width
+///     c{n}  the logger's name          C{n}  the class name      d{format}  the date
+///     F     the file name              l     the full location   L          the line number
+///     m     the message                M     the method name     p          the level
+///     r     milliseconds since the library was loaded            t          the thread
+///     x     the diagnostic context     X{key}  nothing but the minimum width
 ///
-/// n keeps the last n components of a dotted name. "%%" is a percent sign and "%n" a line end. What
+/// n keeps the last n components of a dotted name. `%%` is a percent sign and `%n` a line end. What
 /// is not a specifier is text; an unknown conversion character is reported and is text as well.
 class LOG4ZEB_EXPORT LOGPatternParser {
  public:
@@ -53,7 +53,7 @@ class LOG4ZEB_EXPORT LOGPatternParser {
 
   /// Reads the pattern and returns the head of the chain, which the caller owns
   /// (LOGPatternConverter::Chain deletes one); null for an empty pattern. Only one parse runs at a
-  /// time in the process. Throws ZEBAssertError for "%X" without an option, and
+  /// time in the process. Throws ZEBAssertError for `%X` without an option, and
   /// ZEBOutOfMemoryError.
   LOGPatternConverter* parse();
 

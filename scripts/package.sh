@@ -34,11 +34,11 @@ check_application() {
 cmake_application() {
   local name=$1 folder="$WORK/$1"
   shift
-  cmake -S "$ROOT/tests/packaging" -B "$folder" -G Ninja -DSOURCE="$ROOT" -DVERSION="$VERSION" \
+  cmake -S "$WORK/application" -B "$folder" -G Ninja -DVERSION="$VERSION" \
     -DCMAKE_CXX_COMPILER_LAUNCHER=ccache "$@" >"$folder.log" 2>&1 &&
     cmake --build "$folder" >>"$folder.log" 2>&1 ||
     { tail -n 40 -- "$folder.log" >&2 && fail "the application of $name was not built"; }
-  check_application "$name" "$folder/application"
+  check_application "$name" "$folder/my_program"
 }
 
 # pkg_config_application NAME [OPTION...]: the same with nothing but the compiler and pkg-config,
@@ -172,6 +172,8 @@ ensure_packages "${PACKAGING_NEEDED[@]}"
 build package
 rm -rf -- "$WORK"
 mkdir -p -- "$WORK"
+cp -r -- "$ROOT/tests/packaging" "$WORK/application"
+ln -s -- "$ROOT" "$WORK/application/log4zeb"
 check_installed
 check_as_a_part
 if is_debian; then
