@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <memory>
 #include <regex>
 #include <set>
 #include <sstream>
@@ -30,7 +31,11 @@ struct Example {
 };
 
 const Example TABLE[] = {
+    {"asynchronous", {{"asynchronous.xml"}}},
     {"first", {{"first.xml"}}},
+    {"patterns", {{}}},
+    {"processes", {{"processes.xml", "north", "2"}, {"processes.xml", "south", "2"}}},
+    {"reload", {{"reload.xml"}}},
     {"server", {{"server.xml", "1"}}, true},
 };
 
@@ -148,4 +153,31 @@ TEST(ExamplesTable, HasEveryProgram) {
     }
   }
   EXPECT_EQ(tested, there);
+}
+
+TEST(ProcessesExample, WritesEveryLineOfFourAtOnceWholeAndOnce) {
+  constexpr int COUNT = 5000;
+  const Workplace workplace;
+  fs::create_directory("logs");
+  fs::copy_file(EXAMPLES + "processes/processes.xml", "processes.xml");
+  std::multiset<std::string> expected;
+  std::vector<std::unique_ptr<ChildProcess>> processes;
+  for (const std::string name : {"north", "east", "south", "west"}) {
+    for (int line = 1; line <= COUNT; ++line) {
+      expected.insert("DATE TIME INFO worker." + name + " - line " + std::to_string(line) + " of " +
+                      std::to_string(COUNT));
+    }
+    processes.push_back(
+        std::make_unique<ChildProcess>(LOG4ZEB_PROGRAMS "/processes" LOG4ZEB_PROGRAM_SUFFIX,
+                                       Words{"processes.xml", name, std::to_string(COUNT)}));
+  }
+  for (const auto& process : processes) {
+    EXPECT_EQ(process->wait().exitCode, 0) << process->errors();
+  }
+  std::multiset<std::string> lines;
+  for (const std::string& line : Workplace::lines("logs/shared.log")) {
+    // Dates are 23 characters; a regular expression would take seconds for so many.
+    lines.insert("DATE TIME" + line.substr(std::min<std::size_t>(line.size(), 23)));
+  }
+  EXPECT_TRUE(lines == expected) << lines.size() << " lines of " << expected.size();
 }
