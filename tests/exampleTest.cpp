@@ -37,6 +37,7 @@ const Example TABLE[] = {
     {"processes", {{"processes.xml", "north", "2"}, {"processes.xml", "south", "2"}}},
     {"reload", {{"reload.xml"}}},
     {"server", {{"server.xml", "1"}}, true},
+    {"untrusted", {{"untrusted.xml"}}},
 };
 
 std::ostream& operator<<(std::ostream& stream, const Example& example) {
