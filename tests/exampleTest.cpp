@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <memory>
 #include <regex>
 #include <set>
 #include <sstream>
@@ -30,6 +31,7 @@ struct Example {
 };
 
 const Example TABLE[] = {
+    {"asynchronous", {{"asynchronous.xml"}}},
     {"custom_appender", {{"custom_appender.xml"}}},
     {"custom_filter", {{"custom_filter.xml"}}},
     {"custom_layout", {{"custom_layout.xml"}}},
@@ -39,8 +41,12 @@ const Example TABLE[] = {
     {"library", {{"library.xml"}}},
     {"logger_factory", {{"logger_factory.xml"}}},
     {"migrating", {{}}},
+    {"patterns", {{}}},
+    {"processes", {{"processes.xml", "north", "2"}, {"processes.xml", "south", "2"}}},
+    {"reload", {{"reload.xml"}}},
     {"renderer", {{"renderer.xml"}, {"renderer.xml", "own"}, {"loaded.xml"}}},
     {"server", {{"server.xml", "1"}}, true},
+    {"untrusted", {{"untrusted.xml"}}},
 };
 
 std::ostream& operator<<(std::ostream& stream, const Example& example) {
@@ -164,4 +170,31 @@ TEST(ExamplesTable, HasEveryProgram) {
     }
   }
   EXPECT_EQ(tested, there);
+}
+
+TEST(ProcessesExample, WritesEveryLineOfFourAtOnceWholeAndOnce) {
+  constexpr int COUNT = 2000;
+  const Workplace workplace;
+  fs::create_directory("logs");
+  fs::copy_file(EXAMPLES + "processes/processes.xml", "processes.xml");
+  std::multiset<std::string> expected;
+  std::vector<std::unique_ptr<ChildProcess>> processes;
+  for (const std::string name : {"north", "east", "south", "west"}) {
+    for (int line = 1; line <= COUNT; ++line) {
+      expected.insert("DATE TIME INFO worker." + name + " - line " + std::to_string(line) + " of " +
+                      std::to_string(COUNT));
+    }
+    processes.push_back(
+        std::make_unique<ChildProcess>(LOG4ZEB_PROGRAMS "/processes" LOG4ZEB_PROGRAM_SUFFIX,
+                                       Words{"processes.xml", name, std::to_string(COUNT)}));
+  }
+  for (const auto& process : processes) {
+    EXPECT_EQ(process->wait().exitCode, 0) << process->errors();
+  }
+  std::multiset<std::string> lines;
+  for (const std::string& line : Workplace::lines("logs/shared.log")) {
+    // A date has 23 characters; normalised() would take seconds for so many lines.
+    lines.insert("DATE TIME" + line.substr(std::min<std::size_t>(line.size(), 23)));
+  }
+  EXPECT_TRUE(lines == expected) << lines.size() << " lines of " << expected.size();
 }
