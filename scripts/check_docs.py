@@ -5,7 +5,9 @@
 
 Every relative link leads to a file, and to a heading in it where it names one. Every fenced sample
 follows a line `<!-- from PATH -->` and stands in that file; what is C++ there is compiled. A path or
-test that is named as code exists.
+test that is named as code exists. A message of the diagnostics that is quoted as code, with … for
+what differs, is made of texts in the sources. docs/configuration.md names every element, attribute,
+class and param that the configurator knows.
 """
 
 import json
@@ -29,6 +31,15 @@ TEST_NAME = re.compile(r"([A-Z][A-Za-z0-9]*)\.(\*|[A-Z][A-Za-z0-9]+)")
 TEST_MACRO = re.compile(r"^(?:TYPED_)?TEST(?:_[FP])?\(\s*(\w+),\s*(\w+)\)", re.MULTILINE)
 # A test that is no C++; a part of its name may be a variable of CMake's.
 NAMED_TEST = re.compile(r"\bNAME\s+([A-Z]\w*)\.(\w*)")
+DIAGNOSTICS = re.compile(r"log4zeb:(?:ERROR|WARN)? (.+)")
+LITERAL = re.compile(r'"((?:[^"\\\n]|\\.)*)"')
+# What the configurator knows: names of elements and attributes, of classes, of params.
+KNOWN_NAMES = (
+    ("config/LOGDOMConfigurator.cpp", r'I18NString LOGDOMConfigurator::[A-Z0-9_]+ = "(.+)";'),
+    ("config/LOGComponentFactory.cpp", r'\{"(\w+)", make<'),
+    ("config/LOGParameterTable.cpp", r'\{"\w+", "(\w+)", NameCase'),
+)
+SHORTEST_LITERAL = 8  # of those that make up a message; shorter ones would make up any
 # Stands for whatever the reader has, as NAME or `*` do.
 VARIABLE = re.compile(r"[*<>{}]|\b[A-Z]{3,}\b(?!\.)|\.\.\.")
 
@@ -105,8 +116,9 @@ class Checker:
         self.pages = {path: Page(path) for path in self._tracked("*.md")}
         self.folders = {path.relative_to(root).parts[0] for path in self._tracked("*/*")}
         self.tests = self._tests()
+        self.literals = self._literals()
         self.findings = []
-        self.counts = {"links": 0, "samples": 0, "paths": 0, "tests": 0}
+        self.counts = {"links": 0, "samples": 0, "paths": 0, "tests": 0, "messages": 0}
 
     def _tracked(self, pattern):
         """The files of the project, those included that are about to be."""
@@ -124,6 +136,15 @@ class Checker:
             (self.root / "tests/CMakeLists.txt").read_text(encoding="utf-8")))
         return names
 
+    def _literals(self):
+        """The texts in the library's sources, those in several parts made one."""
+        found = set()
+        for source in self._tracked("*.cpp") + self._tracked("*.h"):
+            if source.relative_to(self.root).parts[0] not in ("tests", "bench", "fuzz", "tools"):
+                text = re.sub(r'"\s*\n\s*"', "", source.read_text(encoding="utf-8"))
+                found.update(LITERAL.findall(text))
+        return found
+
     def _complain(self, page, line, text):
         self.findings.append(f"{page.path.relative_to(self.root)}:{line}: {text}")
 
@@ -138,8 +159,10 @@ class Checker:
             for line, code in page.code_spans():
                 self._check_test(page, line, code)
                 self._check_paths(page, line, code)
+                self._check_message(page, line, code)
             for line, text in page.indented:
                 self._check_paths(page, line, text)
+        self._check_reference(self.pages[self.root / "docs/configuration.md"])
         return self.findings
 
     def _check_link(self, page, line, target):
@@ -187,6 +210,30 @@ class Checker:
         suite, name = match.groups()
         if not any(suite == known and name in ("*", test) for known, test in self.tests):
             self._complain(page, line, f"there is no test {code}")
+
+    def _check_reference(self, page):
+        named = {word for _, code in page.code_spans() for word in re.split(r"[^\w:-]+", code)}
+        for name, pattern in KNOWN_NAMES:
+            known = re.findall(pattern, (self.root / name).read_text(encoding="utf-8"))
+            if not known:
+                self._complain(page, 1, f"nothing to compare with is found in {name}")
+            for word in known:
+                if word not in named:
+                    self._complain(page, 1, f"{name} knows {word}, which is not described")
+
+    def _check_message(self, page, line, code):
+        match = DIAGNOSTICS.fullmatch(code)
+        if match is None:
+            return
+        self.counts["messages"] += 1
+        for part in match[1].split("…"):
+            if part and not self._is_made_of_literals(part):
+                self._complain(page, line, f"the diagnostics do not say '{part}'")
+
+    def _is_made_of_literals(self, text):
+        return text in self.literals or any(
+            text.startswith(literal) and self._is_made_of_literals(text[len(literal):])
+            for literal in self.literals if len(literal) >= SHORTEST_LITERAL)
 
     def _check_paths(self, page, line, code):
         """Looks for each word that begins with a folder of the project."""

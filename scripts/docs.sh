@@ -27,7 +27,7 @@ cmake -S "$ROOT" -B "$BUILD/examples" -G Ninja -DCMAKE_EXPORT_COMPILE_COMMANDS=O
 say "making the API reference"
 rm -rf -- "$BUILD/api"
 folders=$(sed -n 's/^foreach(folder \(.*\))$/\1/p' "$ROOT/cmake/Install.cmake")
-[[ -n $folders ]] && grep -q "^INPUT .* log4zeb.h $folders\$" "$ROOT/docs/Doxyfile" ||
+grep -q "^INPUT .* log4zeb.h ${folders:?}\$" "$ROOT/docs/Doxyfile" ||
   fail "docs/Doxyfile reads other folders than are installed: $folders"
 (cd -- "$ROOT" && doxygen docs/Doxyfile) || fail "Doxygen is not content"
 say "the API reference is $BUILD/api/index.html"

@@ -30,15 +30,20 @@ check_application() {
   say "an application built by $1 has logged"
 }
 
-# cmake_application NAME OPTION...: configures, builds and checks the application.
-cmake_application() {
-  local name=$1 folder="$WORK/$1"
-  shift
-  cmake -S "$WORK/application" -B "$folder" -G Ninja -DVERSION="$VERSION" \
-    -DCMAKE_CXX_COMPILER_LAUNCHER=ccache "$@" >"$folder.log" 2>&1 &&
+# build_project NAME SOURCE OPTION...: configures and builds a project of its own.
+build_project() {
+  local name=$1 folder="$WORK/$1" source=$2
+  shift 2
+  cmake -S "$source" -B "$folder" -G Ninja -DCMAKE_CXX_COMPILER_LAUNCHER=ccache \
+    "$@" >"$folder.log" 2>&1 &&
     cmake --build "$folder" >>"$folder.log" 2>&1 ||
     { tail -n 40 -- "$folder.log" >&2 && fail "the application of $name was not built"; }
-  check_application "$name" "$folder/my_program"
+}
+
+# cmake_application NAME OPTION...: configures, builds and checks the application.
+cmake_application() {
+  build_project "$1" "$WORK/application" -DVERSION="$VERSION" "${@:2}"
+  check_application "$1" "$WORK/$1/my_program"
 }
 
 # pkg_config_application NAME [OPTION...]: the same with nothing but the compiler and pkg-config,
@@ -106,6 +111,8 @@ check_installed() {
   [[ -e $libraries/libkivlog4zeb.so.$VERSION ]] || fail "the library's name has no version"
   export LD_LIBRARY_PATH="$libraries"
   cmake_application find_package -DWAY=find_package -DCMAKE_PREFIX_PATH="$WORK/shared"
+  build_project first "$ROOT/examples/first" -DCMAKE_PREFIX_PATH="$WORK/shared"
+  check_application first "$WORK/first/first"
   pkg_config_application pkg-config --with-path="$libraries/pkgconfig"
   unset LD_LIBRARY_PATH
   check_first_project

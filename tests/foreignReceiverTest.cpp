@@ -6,10 +6,14 @@
 #include <chrono>
 #include <csignal>
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "config/LOG4ZEBConfigurator.h"
+#include "core/LOGLogger.h"
+#include "core/LOGManager.h"
 #include "layouts/LOGPatternLayout.h"
 #include "net/LOGLocalUDPAppender.h"
 #include "net/LOGSyslogAppender.h"
@@ -53,6 +57,24 @@ std::string daemonConfiguration(const std::vector<std::string>& facilities) {
             facility + ".out\")\n";
   }
   return text;
+}
+
+/// A daemon that runs with the file rsyslog.conf of the working directory.
+std::unique_ptr<ChildProcess> startDaemon() {
+  const std::string here = std::filesystem::current_path().string();
+  return std::make_unique<ChildProcess>(
+      LOG4ZEB_RSYSLOGD,
+      std::vector<std::string>{"-n", "-f", here + "/rsyslog.conf", "-i", here + "/rsyslog.pid"});
+}
+
+/// Logs until something is in the file.
+template <typename Log>
+bool comesUp(const std::string& file, const Log& logOnce) {
+  for (int i = 0; i < 200 && Workplace::read(file).empty(); ++i) {
+    logOnce();
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  }
+  return !Workplace::read(file).empty();
 }
 
 /// Waits until the file has the text.
@@ -105,18 +127,10 @@ TEST(SyslogDaemon, FilesTheMessagesUnderTheirFacilities) {
   ASSERT_NO_FATAL_FAILURE(requireProgram(LOG4ZEB_RSYSLOGD, "rsyslog"));
   const std::vector<std::string> facilities{"user", "mail", "daemon", "authpriv", "local3"};
   Workplace::write("rsyslog.conf", daemonConfiguration(facilities));
-  const std::string here = std::filesystem::current_path().string();
-  ChildProcess daemon(LOG4ZEB_RSYSLOGD,
-                      {"-n", "-f", here + "/rsyslog.conf", "-i", here + "/rsyslog.pid"});
+  const auto daemon = startDaemon();
   LOGPatternLayout layout("%c: %m");
-  bool isUp = false;
-  for (int i = 0; i < 200 && !isUp; ++i) {
-    logToDaemon(layout, "user", "are you there");
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    isUp = !Workplace::read("user.out").empty();
-  }
-  ASSERT_TRUE(isUp) << "rsyslogd does not receive on port 514, which needs root: "
-                    << daemon.errors();
+  ASSERT_TRUE(comesUp("user.out", [&] { logToDaemon(layout, "user", "are you there"); }))
+      << "rsyslogd does not receive on port 514, which needs root: " << daemon->errors();
   for (const std::string& facility : facilities) {
     logToDaemon(layout, facility, "for " + facility + " \xC3\xA9");
   }
@@ -126,12 +140,36 @@ TEST(SyslogDaemon, FilesTheMessagesUnderTheirFacilities) {
                         facility + "|<" + code + ">shop: for " + facility + " \xC3\xA9\n"))
         << Workplace::read(facility + ".out");
   }
-  daemon.signal(SIGTERM);
-  EXPECT_EQ(daemon.wait().exitCode, 0) << daemon.errors();
+  daemon->signal(SIGTERM);
+  EXPECT_EQ(daemon->wait().exitCode, 0) << daemon->errors();
   for (const std::string& facility : facilities) {
     const std::string lines = Workplace::read(facility + ".out");
     for (const std::string& other : facilities) {
       EXPECT_EQ(lines.find("for " + other) != std::string::npos, other == facility) << lines;
     }
   }
+}
+
+TEST(SyslogDaemon, FilesWhatTheExampleDocumentSendsAndShowsItToNobodyElse) {
+  const Workplace workplace;
+  ASSERT_NO_FATAL_FAILURE(requireProgram(LOG4ZEB_RSYSLOGD, "rsyslog"));
+  const std::string here = std::filesystem::current_path().string() + "/";
+  const std::string logs = "/var/log/";
+  std::string example = Workplace::read(LOG4ZEB_SOURCES "/examples/network/shop.conf");
+  ASSERT_NE(example.find(logs), std::string::npos);
+  Workplace::write("rsyslog.conf", "global(workDirectory=\"" + here + "\")\n" +
+                                       example.replace(example.find(logs), logs.size(), here) +
+                                       "*.emerg action(type=\"omfile\" file=\"" + here +
+                                       "everybody.out\")\n");
+  const auto daemon = startDaemon();
+  ASSERT_EQ(LOG4ZEBConfigurator::initialize(LOG4ZEB_SOURCES "/examples/documents/syslog.xml"), 1);
+  LOGLogger* const logger = LOGManager::getLogger("shop.orders");
+  ASSERT_TRUE(comesUp("shop.log", [&] { logger->warn("are you there"); })) << daemon->errors();
+  logger->info("kept here");
+  logger->error("refused: caf\xC3\xA9");
+  EXPECT_TRUE(comesTo("shop.log", " shop: ERROR shop.orders - refused: caf\xC3\xA9\n"));
+  daemon->signal(SIGTERM);
+  EXPECT_EQ(daemon->wait().exitCode, 0) << daemon->errors();
+  EXPECT_EQ(Workplace::read("shop.log").find("kept here"), std::string::npos);
+  EXPECT_FALSE(std::filesystem::exists("everybody.out")) << Workplace::read("everybody.out");
 }

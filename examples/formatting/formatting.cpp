@@ -1,5 +1,5 @@
-// Messages by format strings. This one formats with {fmt}; a program for C++20 whose standard library
-// has std::format includes <format> in its place.
+// Messages by format strings. This one formats with {fmt}; a program for C++20 whose standard
+// library has std::format includes <format> in its place.
 //
 //   formatting DOCUMENT
 
