@@ -115,20 +115,7 @@ check_installed() {
   check_application first "$WORK/first/first"
   pkg_config_application pkg-config --with-path="$libraries/pkgconfig"
   unset LD_LIBRARY_PATH
-  check_first_project
   check_command
-}
-
-# A project as the README shows it, of nothing but what is to be copied from there.
-check_first_project() {
-  local folder="$WORK/my_program"
-  mkdir -p -- "$folder"
-  cp -- "$ROOT/tests/packaging/my_program/CMakeLists.txt" "$folder"
-  cp -- "$ROOT/examples/first/first.cpp" "$folder/my_program.cpp"
-  (cmake -S "$folder" -B "$folder/build" -DCMAKE_PREFIX_PATH="$WORK/shared" &&
-    cmake --build "$folder/build") >"$folder.log" 2>&1 ||
-    { tail -n 40 -- "$folder.log" >&2 && fail "the project of the README was not built"; }
-  check_application the-readme "$folder/build/my_program"
 }
 
 # As a part of the application's project, once shared and once static; the static library is also
