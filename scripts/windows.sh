@@ -96,6 +96,25 @@ build_dependencies() {
   fi
 }
 
+# Prints the tests that have failed with anything in their output.
+loud_failures() {
+  awk '/^[0-9]+\/[0-9]+ Test: / { name = $3; lines = 0 }
+    /^Output:$/ { lines = -1; next }
+    lines < 0 && /^-+$/ { lines = 0; reading = 1; next }
+    /^<end of output>$/ { reading = 0 }
+    reading { lines++ }
+    /^Test Failed\.$/ && lines > 0 { print name }' "$BUILD/Testing/Temporary/LastTest.log"
+}
+
+# Wine now and then does not start a program, which has printed nothing then: such tests run again.
+run_tests() {
+  say "running the tests under Wine"
+  ctest --test-dir "$BUILD" --output-on-failure -j2 "$@" && return
+  [[ -z $(loud_failures) ]] || fail "tests have failed"
+  say "running those again that Wine has not started"
+  ctest --test-dir "$BUILD" --output-on-failure --rerun-failed
+}
+
 # A server that stays, so that not every program has to wait for one, and so that none of them
 # becomes one that keeps their output open.
 start_wine() {
@@ -158,8 +177,7 @@ mkdir -p -- "$BUILD"
 build_dependencies
 start_wine
 build windows
-say "running the tests under Wine"
-ctest --test-dir "$BUILD" --output-on-failure -j2 "$@"
+run_tests "$@"
 check_exports
 check_installed
 say "all that concerns Windows has passed"
