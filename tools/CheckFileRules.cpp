@@ -115,6 +115,25 @@ void CheckFileRules::checkPlaceOfFile(const ZEBIDOM_Element& param, const std::s
   }
 }
 
+/// Whether a logger refers to both, and no filter keeps anything from either.
+bool CheckFileRules::takeTheSameEvents(const ZEBIDOM_Element& one,
+                                       const ZEBIDOM_Element& other) const {
+  if (!CheckedDocument::children(one, "filter").empty() ||
+      !CheckedDocument::children(other, "filter").empty()) {
+    return false;
+  }
+  const auto refersTo = [](const ZEBIDOM_Element& logger, const ZEBIDOM_Element& appender) {
+    const auto references = CheckedDocument::children(logger, "appender-ref");
+    return std::any_of(references.begin(), references.end(), [&](const ZEBIDOM_Element& reference) {
+      return reference.getAttribute("ref") == appender.getAttribute("name");
+    });
+  };
+  const auto elements = CheckedDocument::children(m_document.root());
+  return std::any_of(elements.begin(), elements.end(), [&](const ZEBIDOM_Element& element) {
+    return refersTo(element, one) && refersTo(element, other);
+  });
+}
+
 void CheckFileRules::checkSharedFiles() {
   struct Use {
     ZEBIDOM_Element appender;
@@ -143,13 +162,18 @@ void CheckFileRules::checkSharedFiles() {
   for (const auto& [name, uses] : files) {
     const bool isHarmful =
         std::any_of(uses.begin(), uses.end(), [](const Use& use) { return use.isHarmful; });
-    for (std::size_t i = 1; isHarmful && i < uses.size(); ++i) {
-      m_findings.warn(
-          "shared-file", uses[i].param, "value",
-          "the appender " +
-              CheckWords::quoted(CheckedDocument::attribute(uses[0].appender, "name")) +
-              " writes to the same file, and one of them empties or renames it under the other",
-          "a file of its own, or one appender for both");
+    for (std::size_t i = 1; i < uses.size(); ++i) {
+      const bool isTwice = !isHarmful && takeTheSameEvents(uses[0].appender, uses[i].appender);
+      if (isHarmful || isTwice) {
+        m_findings.warn(
+            "shared-file", uses[i].param, "value",
+            "the appender " +
+                CheckWords::quoted(CheckedDocument::attribute(uses[0].appender, "name")) +
+                " writes to the same file, and " +
+                (isTwice ? "a logger refers to both, so that its events are in it twice"
+                         : "one of them empties or renames it under the other"),
+            "a file of its own, or one appender for both");
+      }
     }
   }
 }
