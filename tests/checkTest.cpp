@@ -127,6 +127,12 @@ const Mistake MISTAKES[] = {
      "<level value=\"INFO\"/>"},
     {6, R"(<layout class="LOGPatternLayout" ConversionPattern="%m%n">)", "unknown-attribute",
      "<layout> has none", R"(<param name="ConversionPattern" value="%m%n"/>)"},
+    {24, R"(<levels><level value="WARN"/></levels>)", "unknown-element", "skipped",
+     "what is in it, without <levels> around it"},
+    {21, R"(<appender-ref name="CONSOLE"/>)", "unknown-attribute", "is ignored", "ref=\"CONSOLE\"",
+     4},
+    {4, R"(<param name="File">out.log</param>)", "text", "is ignored",
+     R"(<param name="File" value="out.log"/>)", 3},
     {18, R"(</appender><log4j:logger name="a"/>)", "unknown-element", "skipped", "<logger>"},
     {18, R"(</appender><categoryFactory class="/opt/libshop.so"/>)", "library-name",
      "is not loaded", "class=\"shop\""},
@@ -427,11 +433,14 @@ TEST(CheckCommand, SaysWhereReferencesBecomeTooDeep) {
 TEST(CheckCommand, GivesThePlaceOfAnAttributeThatStandsInALaterLine) {
   const Workplace workplace;
   Words lines = CLEAN;
+  lines[1] = "\xEF\xBB\xBF<log4j:configuration debug='no'>";  // with a byte order mark
+  lines[2] = "";
   lines[13] =
       "  <!-- \xC3\xA4 --><appender class='LOGConsoleAppender'\r\n   name = 'CONSOLE\xC3\xA4 '\t"
       "addProcID=\r\n'true'>";
   lines[21] = "<appender-ref ref='CONSOLE\xC3\xA4 '/>";
   const std::string output = checkText(text(lines)).output;
+  EXPECT_TRUE(mentions(output, "log.xml:1:22: warning: debug=")) << output;
   EXPECT_TRUE(mentions(output, "log.xml:14:4: warning: the blanks around")) << output;
   EXPECT_TRUE(mentions(output, "log.xml:14:23: warning: addProcID has no effect")) << output;
 }
@@ -501,7 +510,7 @@ TEST(CheckCommand, ShowsWhereEventsGoAndHowTheyLookAndOpensNothing) {
       "      writes to   the file out.log, which is appended to; at 10485760 bytes it becomes "
       "backup 1 of 1\n"
       "      layout      LOGPatternLayout \"%p %c{1} - %m%n\"\n"
-      "      sample      WARN b - an example message\n"
+      "      sample      FATAL b - an example message\n"
       "      filters     1. LOGLevelRangeFilter: denies what is below INFO\n"
       "                  2. LOGStringMatchFilter: accepts messages that contain \"disk\"\n"
       "                  3. LOGLevelMatchFilter: accepts FATAL\n"

@@ -86,6 +86,12 @@ std::string paramOf(const ZEBIDOM_Element& component, const std::string& name) {
 
 std::string inAngles(const std::string& tag) { return "<" + tag + ">"; }
 
+/// Whether the element means nothing, or not what it should, without the attribute.
+bool isNeeded(const std::string& attribute, const std::string& tag) {
+  return contains({"name", "value", "ref"}, attribute) ||
+         (attribute == "class" && !contains({"logger", "category", "level", "priority"}, tag));
+}
+
 std::string assignment(const std::string& name, const std::string& value) {
   return name + "=" + CheckWords::quoted(value);
 }
@@ -140,12 +146,18 @@ void CheckStructureRules::checkElement(const ZEBIDOM_Element& element, const std
   const std::string tag = CheckedDocument::tag(element);
   const Entry* const entry = entryOf(tag);
   if (entry == nullptr) {
-    // No element but the root has a prefix.
+    // No element but the root has a prefix, and there are no elements around all of a kind.
     const auto meant = CheckWords::nearest(tag.substr(tag.rfind(':') + 1), childrenOf(parent));
+    const auto inside = CheckedDocument::children(element);
+    const bool isWrapper = std::any_of(inside.begin(), inside.end(), [&](const auto& child) {
+      return contains(childrenOf(parent), CheckedDocument::tag(child));
+    });
     m_findings.warn(
         "unknown-element", element, "",
         "the element " + inAngles(tag) + " is not known: it is skipped with all that is in it",
-        meant ? inAngles(*meant) : CheckWords::oneOf(childrenOf(parent)));
+        isWrapper ? "what is in it, without " + inAngles(tag) + " around it"
+        : meant   ? inAngles(*meant)
+                  : CheckWords::oneOf(childrenOf(parent)));
     return;
   }
   if (!contains(entry->parents, parent)) {
@@ -195,6 +207,9 @@ void CheckStructureRules::checkAttribute(const ZEBIDOM_Element& element,
   }
   const Words& known = entry->attributes;
   if (!contains(known, name)) {
+    const auto missing = std::find_if(known.begin(), known.end(), [&](const std::string& other) {
+      return isNeeded(other, tag) && !element.hasAttribute(other);
+    });
     std::string instead = known.empty() ? "leave it out" : CheckWords::oneOf(known);
     if (CheckWords::lower(name) == "level" && !contains(known, "value")) {
       instead = "<level value=" + CheckWords::quoted(value) + "/> inside of the element";
@@ -205,6 +220,8 @@ void CheckStructureRules::checkAttribute(const ZEBIDOM_Element& element,
       instead = assignment(*meant, value);
     } else if (CheckWords::lower(name) == "threshold") {
       instead = "a <filter class=\"LOGLevelRangeFilter\"> with LevelMin";
+    } else if (missing != known.end()) {
+      instead = assignment(*missing, value);
     }
     m_findings.warn("unknown-attribute", element, name.c_str(),
                     "the attribute " + CheckWords::quoted(name) + " is ignored: " + inAngles(tag) +
@@ -233,12 +250,18 @@ void CheckStructureRules::checkText(const ZEBIDOM_Element& element) {
     if (child.getNodeType() == ZEBIDOM_Node::TEXT_NODE && !text.empty()) {
       const std::string tag = CheckedDocument::tag(element);
       const Entry* const entry = entryOf(tag);
-      const bool hasValue = entry != nullptr && contains(entry->attributes, "value");
-      m_findings.warn(
-          "text", element, "",
-          "the text " + CheckWords::quoted(text) + " in " + inAngles(tag) +
-              " is ignored: only attributes and elements are read",
-          hasValue ? "<" + tag + " " + assignment("value", text) + "/>" : "a comment, or nothing");
+      std::string instead = "a comment, or nothing";
+      for (const char* const attribute : {"value", "ref"}) {
+        if (entry != nullptr && contains(entry->attributes, attribute)) {
+          const std::string name = CheckedDocument::attribute(element, "name");
+          instead = "<" + tag + (name.empty() ? "" : " " + assignment("name", name)) + " " +
+                    assignment(attribute, text) + "/>";
+        }
+      }
+      m_findings.warn("text", element, "",
+                      "the text " + CheckWords::quoted(text) + " in " + inAngles(tag) +
+                          " is ignored: only attributes and elements are read",
+                      instead);
     }
   }
 }
