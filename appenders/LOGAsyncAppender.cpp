@@ -68,6 +68,19 @@ void underListLock(const LOGAppenderAttachableImpl& list, const LOGFailureTexts&
   });
 }
 
+/// Appends the asynchronous ones, each behind those that it passes events on to.
+void collectReachable(const std::vector<LOGAppenderSkeleton*>& appenders,
+                      std::set<const LOGAppenderSkeleton*>& seen,
+                      std::vector<LOGAsyncAppender*>& order) {
+  for (LOGAppenderSkeleton* const appender : appenders) {
+    auto* const async = dynamic_cast<LOGAsyncAppender*>(appender);
+    if (async != nullptr && seen.insert(async).second) {
+      collectReachable(async->getAAI()->snapshot(), seen, order);
+      order.push_back(async);
+    }
+  }
+}
+
 }  // namespace
 
 const I18NString LOGAsyncAppender::BUFFER_SIZE_OPTION = "BufferSize";
@@ -302,18 +315,14 @@ bool LOGAsyncAppender::isListLockedByOthers() const {
   return !m_isDelivering && m_aai.getCriticalSection().isHeldElsewhere();
 }
 
-void LOGAsyncAppender::flushReachable(std::vector<LOGAppenderSkeleton*> appenders,
+void LOGAsyncAppender::flushReachable(const std::vector<LOGAppenderSkeleton*>& appenders,
                                       int milliseconds) {
-  std::set<const LOGAppenderSkeleton*> flushed;
-  // What a flushed appender passes on to is flushed after it, and each once.
-  for (std::size_t i = 0; i < appenders.size(); ++i) {
-    auto* const async = dynamic_cast<LOGAsyncAppender*>(appenders[i]);
-    if (async != nullptr && flushed.insert(async).second) {
-      async->flush(milliseconds);
-      const std::vector<LOGAppenderSkeleton*> attached = async->m_aai.snapshot();
-      appenders.insert(appenders.end(), attached.begin(), attached.end());
-    }
-  }
+  std::set<const LOGAppenderSkeleton*> seen;
+  std::vector<LOGAsyncAppender*> order;
+  collectReachable(appenders, seen, order);
+  // Backwards: several may pass events on to the same one, which then waits for all of them.
+  std::for_each(order.rbegin(), order.rend(),
+                [milliseconds](LOGAsyncAppender* async) { async->flush(milliseconds); });
 }
 
 void LOGAsyncAppender::addAppender(LOGAppenderSkeleton* newAppender) {

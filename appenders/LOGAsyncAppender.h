@@ -49,8 +49,8 @@ class LOG4ZEB_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
   /// milliseconds, is up before.
   int flush(int milliseconds);
   /// Gives every asynchronous appender among these, and among those attached to one of them, up to
-  /// that time each.
-  static void flushReachable(std::vector<LOGAppenderSkeleton*> appenders, int milliseconds);
+  /// that time each: none before those that pass events on to it.
+  static void flushReachable(const std::vector<LOGAppenderSkeleton*>& appenders, int milliseconds);
 
   /// The capacity of the queue in events. What is queued beyond a smaller one stays queued. 0 once
   /// closed. Setting throws ZEBAssertError then.

@@ -3,11 +3,13 @@
 #define XML_DTD 1  // without it, the limits on entity expansion are not declared
 #include <expat.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <exception>
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <iterator>
 #include <memory>
 #include <new>
 #include <set>
@@ -45,6 +47,13 @@ constexpr unsigned long long AMPLIFICATION_THRESHOLD = MEBIBYTE;
 // Text may double when it becomes UTF-8; the rest is for entities and default attributes.
 constexpr std::size_t MAX_TEXT_PER_BYTE = 4;
 constexpr std::size_t FREE_TEXT = MEBIBYTE;
+
+bool hasByteOrderMark(std::string_view bytes) {
+  constexpr std::string_view MARKS[] = {"\xEF\xBB\xBF", "\xFE\xFF", "\xFF\xFE"};
+  return std::any_of(std::begin(MARKS), std::end(MARKS), [bytes](std::string_view mark) {
+    return bytes.substr(0, mark.size()) == mark;
+  });
+}
 
 constexpr const char* OUTSIDE = "an entity outside of the document is not read: ";
 
@@ -126,7 +135,12 @@ class TreeBuilder {
   void countText(std::size_t bytes);
 
   int line() const { return static_cast<int>(XML_GetCurrentLineNumber(m_parser.get())); }
-  int column() const { return static_cast<int>(XML_GetCurrentColumnNumber(m_parser.get())) + 1; }
+  /// The byte order mark, which nobody sees, is no column.
+  int column() const {
+    const bool isBehindMark = line() == 1 && hasByteOrderMark(m_bytes);
+    const auto columns = static_cast<int>(XML_GetCurrentColumnNumber(m_parser.get()));
+    return std::max(columns - (isBehindMark ? 1 : 0), 0) + 1;
+  }
   Refusal syntaxError() const;
 
   const std::string_view m_bytes;

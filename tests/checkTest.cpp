@@ -125,6 +125,17 @@ const Mistake MISTAKES[] = {
      "the last one counts", "one <layout>", 1, 6},
     {23, R"(<root level="INFO">)", "unknown-attribute", "<root> has none",
      "<level value=\"INFO\"/>"},
+    {6, R"(<layout class="LOGPatternLayout" ConversionPattern="%m%n">)", "unknown-attribute",
+     "<layout> has none", R"(<param name="ConversionPattern" value="%m%n"/>)"},
+    {24, R"(<levels><level value="WARN"/></levels>)", "unknown-element", "skipped",
+     "what is in it, without <levels> around it"},
+    {21, R"(<appender-ref name="CONSOLE"/>)", "unknown-attribute", "is ignored", "ref=\"CONSOLE\"",
+     4},
+    {4, R"(<param name="File">out.log</param>)", "text", "is ignored",
+     R"(<param name="File" value="out.log"/>)", 3},
+    {18, R"(</appender><log4j:logger name="a"/>)", "unknown-element", "skipped", "<logger>"},
+    {18, R"(</appender><categoryFactory class="/opt/libshop.so"/>)", "library-name",
+     "is not loaded", "class=\"shop\""},
     // Classes.
     {3, R"(<appender name="FILE" class="LOGRolingFileAppender">)", "unknown-class",
      "references to it are left out", "class=\"LOGRollingFileAppender\""},
@@ -132,6 +143,8 @@ const Mistake MISTAKES[] = {
      "class=\"LOGPatternLayout\""},
     {9, R"(<filter class="LOGLevelRangefilter">)", "unknown-class", "denies every event",
      "class=\"LOGLevelRangeFilter\""},
+    {8, R"(</layout><layout class="LOGOtherLayout"/>)", "unknown-class",
+     "has no layout by this element", "LOGPatternLayout"},
     {12, R"(<errorHandler class="LOGOnlyOnceErrorHandler"/></appender>)", "error-handler",
      "never call an error handler", "leave it out"},
     {19, R"(<logger name="shop" additivity="false" class="x.MyLogger">)", "logger-class",
@@ -143,6 +156,10 @@ const Mistake MISTAKES[] = {
      "ref=\"CONSOLE\"", 3},
     {21, R"(<appender-ref ref="FILE"/>)", "unused-appender", "\"CONSOLE\" is never built",
      "<appender-ref ref=\"CONSOLE\"/>", 1, 13},
+    {15,
+     R"(</appender><appender name="A" class="LOGAsyncAppender"><appender-ref ref="B"/></appender>)"
+     R"(<appender name="B" class="LOGAsyncAppender"><appender-ref ref="A"/></appender>)",
+     "unused-appender", "\"A\" is never built", "<appender-ref ref=\"A\"/>"},
     {25, R"(<appender-ref ref="ASYNC"/><appender-ref ref="FILE"/>)", "twice",
      "reach the appender \"FILE\" twice", "one reference"},
     {19, R"(<logger name="shop"><appender-ref ref="FILE"/>)", "twice", "through a logger above it",
@@ -154,6 +171,11 @@ const Mistake MISTAKES[] = {
     {17, "", "async-without-appender", "passes events on to no appender", "<appender-ref", 2, 16},
     {21, "", "no-appender", "\"shop\" reach no appender", "additivity=\"true\"", 2, 19},
     {25, "", "no-appender", "the root logger has no appender", "in <root>", 2, 23},
+    {21, R"(</logger><logger name="shop.a">)", "no-appender",
+     "the additivity of the logger \"shop\" above it is off", "an <appender-ref>", 3},
+    {19,
+     R"(<logger name="................................................................." additivity="false">)",
+     "logger-name", "no more than 1024 characters", "a shorter name"},
     {19, R"(<logger name="root" additivity="false">)", "logger-named-root",
      "not the root logger itself", "<root>"},
     {19, R"(<logger name="shop.*" additivity="false">)", "logger-name", "stands for itself",
@@ -183,6 +205,8 @@ const Mistake MISTAKES[] = {
      "reads none of that name", "name=\"MaximumFileSize\", in bytes"},
     {5, R"(<param name="MaximumFileSize" value="10MB"/>)", "file-size", "\"10MB\" means 10 bytes",
      "value=\"10485760\""},
+    {5, R"(<param name="MaximumFileSize" value="20971520 "/>)", "file-size", "means 20971520 bytes",
+     "value=\"20971520\""},
     {5, R"(<param name="MaximumFileSize" value="5000000000"/>)", "file-size",
      "means 2147483647 bytes", "value=\"2147483647\""},
     {5, R"(<param name="MaximumFileSize" value="-1"/>)", "file-size", "never reached", "value="},
@@ -196,6 +220,10 @@ const Mistake MISTAKES[] = {
      "one <param>"},
     {5, R"(<param name="Threshold" value="WARN"/>)", "ignored-param", "reads none of that name",
      "LevelMin; a threshold that a program sets is an upper bound"},
+    {14, R"(<layout class="LOGSimpleLayout"><param name="ConversionPattern" value="%m"/></layout>)",
+     "ignored-param", "reads none of that name", "class=\"LOGPatternLayout\""},
+    {5, R"(<param name="LevelMin" value="WARN"/>)", "ignored-param", "reads none of that name",
+     "the param in <filter class=\"LOGLevelRangeFilter\">"},
     {5, R"(<param name="BufferedIO" value="true"/>)", "ignored-param", "reads none of that name",
      "loses what is in the buffer when it is killed"},
     {17, R"(<param name="BufferSize" value="0"/><appender-ref ref="FILE"/>)", "ignored-param",
@@ -215,6 +243,12 @@ const Mistake MISTAKES[] = {
      R"(</appender><appender name="A" class="LOGFileAppender"><param name="File" value="./out.log"/>)"
      R"(<layout class="LOGSimpleLayout"/></appender>)",
      "shared-file", "\"FILE\" writes to the same file", "a file of its own", 2},
+    {22,
+     R"(<appender-ref ref="A"/><appender-ref ref="B"/></logger><appender name="A" class="LOGFileAppender">)"
+     R"(<param name="File" value="a"/><layout class="LOGSimpleLayout"/></appender><appender name="B" )"
+     R"(class="LOGFileAppender"><layout class="LOGSimpleLayout"/><param name="File" value="a"/>)"
+     R"(</appender>)",
+     "shared-file", "its events are in it twice", "one appender for both"},
     // Layouts and patterns.
     {14, "", "no-layout", "it writes nothing", "<layout", 1, 13},
     {16, R"(<appender name="ASYNC" class="LOGAsyncAppender"><layout class="LOGSimpleLayout"/>)",
@@ -224,6 +258,18 @@ const Mistake MISTAKES[] = {
      "unknown-date-format", "no date is written", "value="},
     {7, R"(<param name="ConversionPattern" value="%q %m%n"/>)", "unknown-specifier",
      "\"%q\" is no specifier", "one of the letters"},
+    {7, R"(<param name="ConversionPattern" value="%-5level %m%n"/>)", "unknown-specifier",
+     "\"%-5level\" is \"%-5l\" and the text \"evel\"", "%p", 2},
+    {7, R"(<param name="ConversionPattern" value="%d{ISO8601 %m%n"/>)", "unknown-specifier",
+     "the brace behind \"%d\" is written as it stands", "a text in braces"},
+    {7, R"(<param name="ConversionPattern" value="%d{HH:mm:ss,SSS} %m%n"/>)", "twelve-hours",
+     "the hours of half a day", "%d{ABSOLUTE}"},
+    {7, R"(<param name="ConversionPattern" value="%d{HH:mm:ss.SSS} %m%n"/>)", "unknown-date-format",
+     "no date is written", "%d{ABSOLUTE}"},
+    {7, R"(<param name="ConversionPattern" value="%p %M%n"/>)", "no-message",
+     "the messages are not written", "%m", 2},
+    {7, R"(<param name="ConversionPattern" value="%c{1.} %m%n"/>)", "precision", "is read as 1",
+     "%c{1}"},
     {7, R"(<param name="ConversionPattern" value="%5.x %m%n%-5"/>)", "unknown-specifier",
      "\"%5.x\" is the beginning of a specifier", "a letter at its end", 2},
     {7, R"(<param name="ConversionPattern" value="%m\n"/>)", "backslash",
@@ -245,6 +291,9 @@ const Mistake MISTAKES[] = {
     {13,
      R"(<appender name="CONSOLE" class="LOGSyslogAppender"><param name="Facility" value="locale1"/>)",
      "unknown-facility", "it means user", "value=\"local1\"", 2},
+    {13,
+     R"(<appender name="CONSOLE" class="LOGSyslogAppender"><param name="Host" value="loghost:515"/>)",
+     "port", "datagrams go to port 514", "value=\"loghost\"", 2},
     {13, R"(<appender name="CONSOLE" class="LOGSyslogAppender">)", "syslog-line-end",
      "a datagram is one message", "without %n", 1, 14},
     {13, R"(<appender name="CONSOLE" class="LOGTCPSocketAppender">)", "sends-nothing",
@@ -259,6 +308,8 @@ const Mistake MISTAKES[] = {
     {10, "", "filter-without-effect", "neither LevelMin nor LevelMax", "LevelMin", 1, 9},
     {10, R"(<param name="AcceptOnMatch" value="false"/>)", "ignored-param", "reads none",
      "cannot make a filter deny"},
+    {10, R"(<param name="LevelMin" value="OFF"/>)", "denies-all", "deny every event",
+     "bounds between which there are levels", 1, 9},
     {11, R"(</filter><filter class="LOGDenyAllFilter"/>)", "denies-all", "deny every event",
      "a filter before LOGDenyAllFilter", 1, 9},
     {12,
@@ -341,14 +392,55 @@ TEST(CheckCommand, NamesEveryMistakeAtItsLineAndSaysWhatToWrite) {
   }
 }
 
+TEST(CheckCommand, IsContentWithWhatOnlyLooksLikeAMistake) {
+  const Workplace workplace;
+  Words silent = CLEAN;  // a logger that is off needs no appender, and reaches none twice
+  silent[22] = R"(</logger><logger name="a" additivity="false"><level value="OFF"/></logger>)"
+               R"(<logger name="b"><level value="OFF"/><appender-ref ref="ASYNC"/></logger>)";
+  Words split = CLEAN;  // two ways, of which each event goes one
+  split[18] =
+      R"(<filter class="LOGLevelRangeFilter"><param name="LevelMax" value="WARN"/></filter>)"
+      R"(</appender><appender name="GRAVE" class="LOGAsyncAppender"><appender-ref ref="FILE"/>)"
+      R"(<filter class="LOGLevelRangeFilter"><param name="LevelMin" value="ERROR"/></filter>)"
+      R"(</appender>)";
+  split[25] += R"(<appender-ref ref="GRAVE"/>)";
+  Words traced = CLEAN;  // nobody knows what a filter from a library accepts
+  traced[11] += R"(<filter class="LOGLogUVDDyeTraceFilter"/><filter class="LOGDenyAllFilter"/>)";
+  for (const Words& lines : {silent, split, traced}) {
+    const Outcome outcome = checkText(text(lines), {});
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.output;
+    EXPECT_EQ(mentions(outcome.output, "FILE if the filter LOGLogUVDDyeTraceFilter lets it"),
+              lines == traced);
+  }
+}
+
+TEST(CheckCommand, SaysWhereReferencesBecomeTooDeep) {
+  const Workplace workplace;
+  std::string document = "<log4j:configuration><root><appender-ref ref='0'/></root>";
+  for (int i = 0; i < 66; ++i) {
+    document += "\n<appender name='" + std::to_string(i) +
+                "' class='LOGAsyncAppender'><appender-ref ref='" + std::to_string(i + 1) +
+                "'/></appender>";
+  }
+  const std::string output = checkText(document +
+                                       "<appender name='66' class='LOGConsoleAppender'><layout "
+                                       "class='LOGSimpleLayout'/></appender></log4j:configuration>")
+                                 .output;
+  EXPECT_TRUE(mentions(output, "log.xml:65:")) << output;
+  EXPECT_EQ(count(output, "[too-many]"), 1) << output;
+}
+
 TEST(CheckCommand, GivesThePlaceOfAnAttributeThatStandsInALaterLine) {
   const Workplace workplace;
   Words lines = CLEAN;
+  lines[1] = "\xEF\xBB\xBF<log4j:configuration debug='no'>";  // with a byte order mark
+  lines[2] = "";
   lines[13] =
       "  <!-- \xC3\xA4 --><appender class='LOGConsoleAppender'\r\n   name = 'CONSOLE\xC3\xA4 '\t"
       "addProcID=\r\n'true'>";
   lines[21] = "<appender-ref ref='CONSOLE\xC3\xA4 '/>";
   const std::string output = checkText(text(lines)).output;
+  EXPECT_TRUE(mentions(output, "log.xml:1:22: warning: debug=")) << output;
   EXPECT_TRUE(mentions(output, "log.xml:14:4: warning: the blanks around")) << output;
   EXPECT_TRUE(mentions(output, "log.xml:14:23: warning: addProcID has no effect")) << output;
 }
@@ -418,7 +510,7 @@ TEST(CheckCommand, ShowsWhereEventsGoAndHowTheyLookAndOpensNothing) {
       "      writes to   the file out.log, which is appended to; at 10485760 bytes it becomes "
       "backup 1 of 1\n"
       "      layout      LOGPatternLayout \"%p %c{1} - %m%n\"\n"
-      "      sample      WARN b - an example message\n"
+      "      sample      FATAL b - an example message\n"
       "      filters     1. LOGLevelRangeFilter: denies what is below INFO\n"
       "                  2. LOGStringMatchFilter: accepts messages that contain \"disk\"\n"
       "                  3. LOGLevelMatchFilter: accepts FATAL\n"
@@ -453,6 +545,12 @@ TEST(CheckCommand, LooksFromTheDirectoryWhereTheProgramRuns) {
   lines[4] = R"(<param name="File" value="logs/out.log"/>)";
   fs::create_directories("place/logs");
   EXPECT_EQ(checkText(text(lines), {"--directory", "place"}).exitCode, 0);
+  lines[15] += R"(<appender name="A" class="LOGFileAppender"><param name="File" value=")" +
+               fs::absolute("place/logs/out.log").u8string() +
+               R"("/><layout class="LOGSimpleLayout"/></appender>)";
+  EXPECT_TRUE(mentions(checkText(text(lines), {"--directory", "place"}).output,
+                       "log.xml:15:76: warning: the appender \"FILE\" writes to the same file"));
+  lines[15] = CLEAN[15];
   fs::permissions("place/logs", fs::perms::owner_read | fs::perms::owner_exec);
   if (!std::ofstream("place/logs/probe").is_open()) {  // some users may write everywhere
     EXPECT_TRUE(mentions(checkText(text(lines), {"--directory", "place"}).output,

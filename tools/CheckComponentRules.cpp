@@ -50,7 +50,7 @@ bool CheckComponentRules::checkClass(const ZEBIDOM_Element& element, const Words
   m_findings.warn("unknown-class", element, "class",
                   "there is no " + CheckedDocument::tag(element) + " of class " +
                       CheckWords::quoted(name) + ": " + consequence,
-                  meant ? assignment("class", *meant) : "one of " + CheckWords::either(classes));
+                  meant ? assignment("class", *meant) : CheckWords::oneOf(classes));
   return false;
 }
 
@@ -84,7 +84,9 @@ void CheckComponentRules::checkLayouts(const ZEBIDOM_Element& appender) {
   const std::vector<ZEBIDOM_Element> layouts = CheckedDocument::children(appender, "layout");
   if (layouts.empty() && needsLayout(name)) {
     m_findings.warn("no-layout", appender, "", "the appender has no layout, so it writes nothing",
-                    "<layout class=\"LOGSimpleLayout\"/> or another one inside of it");
+                    name == SYSLOG
+                        ? "<layout class=\"LOGPatternLayout\"> with a pattern without %n at its end"
+                        : "<layout class=\"LOGSimpleLayout\"/> or another one inside of it");
   }
   for (const ZEBIDOM_Element& layout : layouts) {
     if (!checkClass(layout, LOGComponentFactory::layoutClasses(),
@@ -96,7 +98,10 @@ void CheckComponentRules::checkLayouts(const ZEBIDOM_Element& appender) {
       m_findings.warn(
           "layout-without-effect", layout, "", "a layout has no effect in " + name,
           name == ASYNC ? "the layout in the appenders that it refers to" : "leave it out");
-    } else if (layout != layouts.back()) {
+    } else if (layout != *std::find_if(layouts.rbegin(), layouts.rend(), [](const auto& other) {
+                 return contains(LOGComponentFactory::layoutClasses(),
+                                 CheckedDocument::classOf(other));
+               })) {
       m_findings.warn("duplicate-layout", layout, "",
                       "there is a layout after this one; the last one counts", "one <layout>");
     } else {

@@ -7,6 +7,7 @@
 
 #include "appenders/LOGAppenderSkeleton.h"
 #include "appenders/LOGAsyncAppender.h"
+#include "config/LOGComponentFactory.h"
 #include "core/LOGLevel.h"
 #include "core/LOGLogger.h"
 #include "core/LOGLoggerRepository.h"
@@ -25,6 +26,19 @@ using Passes = CheckRehearsal::Passes;
 std::string nameOf(const CheckRehearsal::Logger& logger) {
   return logger.isRoot ? "the root logger"
                        : "the logger " + CheckWords::quoted(logger.logger->getName().toStdString());
+}
+
+bool isOff(const LOGLogger& logger) {
+  return logger.isEnabledFor(&CheckRehearsal::level(CheckWords::eventLevels().back())) == 0;
+}
+
+/// The nearest logger from here on whose events go no further up, if not the root logger.
+const LOGLogger& lastStage(const LOGLogger& logger) {
+  const LOGLogger* stage = &logger;
+  while (stage->getAdditivity() != 0 && stage->getParent() != nullptr) {
+    stage = stage->getParent();
+  }
+  return *stage;
 }
 
 bool reachesAny(const LOGLogger& logger) {
@@ -59,7 +73,7 @@ void CheckDeliveryRules::checkAll() {
 void CheckDeliveryRules::checkLoggersWithoutAppender() {
   const bool rootHasNone = LOGManager::getRootLogger()->snapshotOfAppenders().empty();
   for (const Logger& logger : m_rehearsal.loggers()) {
-    if (reachesAny(*logger.logger)) {
+    if (reachesAny(*logger.logger) || (!logger.isRoot && isOff(*logger.logger))) {
       continue;
     }
     if (logger.isRoot) {
@@ -67,10 +81,14 @@ void CheckDeliveryRules::checkLoggersWithoutAppender() {
           "no-appender", logger.element.isNull() ? m_document.root() : logger.element, "",
           "the root logger has no appender: events of loggers that have none of their own are lost",
           "<appender-ref ref=\"...\"/> in <root>");
-    } else if (logger.logger->getAdditivity() == 0 || !rootHasNone) {
+    } else if (const LOGLogger& last = lastStage(*logger.logger);
+               &last == logger.logger || !rootHasNone) {
+      const std::string name = CheckWords::quoted(last.getName().toStdString());
       m_findings.warn("no-appender", logger.element, "",
-                      "events of " + nameOf(logger) +
-                          " reach no appender: it has none, and its additivity is off",
+                      "events of " + nameOf(logger) + " reach no appender: it has none, and " +
+                          (&last == logger.logger
+                               ? "its additivity is off"
+                               : "the additivity of the logger " + name + " above it is off"),
                       "an <appender-ref>, or additivity=\"true\"");
     }
   }
@@ -97,6 +115,18 @@ void CheckDeliveryRules::checkThreshold(const Logger& logger) {
   }
 }
 
+/// Whether one event can come to the appender on two ways, past the filters on them.
+bool CheckDeliveryRules::arrivesTwice(const Logger& logger,
+                                      const LOGAppenderSkeleton* appender) const {
+  const std::vector<std::string>& levels = CheckWords::eventLevels();
+  return std::any_of(levels.begin(), levels.end(), [&](const std::string& level) {
+    const auto deliveries = m_rehearsal.deliveries(*logger.logger, CheckRehearsal::level(level));
+    return std::count_if(deliveries.begin(), deliveries.end(), [&](const auto& delivery) {
+             return delivery.path.back() == appender;
+           }) > 1;
+  });
+}
+
 void CheckDeliveryRules::checkDuplicates(const Logger& logger) {
   if (logger.element.isNull()) {
     return;
@@ -113,7 +143,8 @@ void CheckDeliveryRules::checkDuplicates(const Logger& logger) {
   std::set<LOGAppenderSkeleton*> own;
   for (const CheckRehearsal::Delivery& way : CheckRehearsal::ways(*logger.logger)) {
     const bool isTwiceHere = !own.insert(way.path.back()).second;
-    if (!isTwiceHere && reached.count(way.path.back()) == 0) {
+    if ((!isTwiceHere && reached.count(way.path.back()) == 0) ||
+        !arrivesTwice(logger, way.path.back())) {
       continue;
     }
     const std::string first = way.path.front()->getName().toStdString();
@@ -152,8 +183,14 @@ void CheckDeliveryRules::checkCircles() {
   for (const Appender& appender : m_rehearsal.appenders()) {
     built.insert(appender.name);
   }
+  for (const Logger& logger : m_rehearsal.loggers()) {
+    checkLeftOut(logger.element, built);
+  }
   for (const Appender& appender : m_rehearsal.appenders()) {
     auto* const async = dynamic_cast<LOGAsyncAppender*>(appender.appender);
+    if (async != nullptr) {
+      checkLeftOut(appender.element, built);
+    }
     for (const ZEBIDOM_Element& reference :
          CheckedDocument::children(appender.element, "appender-ref")) {
       const std::string name = CheckedDocument::attribute(reference, "ref");
@@ -164,6 +201,24 @@ void CheckDeliveryRules::checkCircles() {
                             " leads back to this one, so the reference is left out",
                         "no reference in a circle");
       }
+    }
+  }
+}
+
+/// References to appenders that could be built and are not, because there is too much of them.
+void CheckDeliveryRules::checkLeftOut(const ZEBIDOM_Element& holder,
+                                      const std::set<std::string>& built) {
+  const std::vector<std::string> classes = LOGComponentFactory::appenderClasses();
+  for (const ZEBIDOM_Element& reference : CheckedDocument::children(holder, "appender-ref")) {
+    const std::string name = CheckedDocument::attribute(reference, "ref");
+    const ZEBIDOM_Element appender = m_document.appender(name);
+    if (!appender.isNull() && built.count(name) == 0 &&
+        std::count(classes.begin(), classes.end(), CheckedDocument::classOf(appender)) > 0) {
+      m_findings.warn("too-many", reference, "ref",
+                      "the appender " + CheckWords::quoted(name) +
+                          " is left out: a document has no more than 1000 in use, and they refer "
+                          "to others no more than 64 deep",
+                      "fewer appenders");
     }
   }
 }
@@ -191,7 +246,9 @@ void CheckDeliveryRules::checkFilters(const Appender& appender) {
     m_findings.warn(
         "denies-all", elements.front(), "",
         "the filters of the appender " + CheckWords::quoted(appender.name) + " deny every event",
-        "a filter before LOGDenyAllFilter that accepts what is to pass");
+        dynamic_cast<LOGDenyAllFilter*>(chain.back()) != nullptr
+            ? "a filter before LOGDenyAllFilter that accepts what is to pass"
+            : "bounds between which there are levels");
   }
 }
 

@@ -25,9 +25,11 @@ class CheckDeliveryRules {
 
   void checkLoggersWithoutAppender();
   void checkThreshold(const Logger& logger);
+  bool arrivesTwice(const Logger& logger, const LOGAppenderSkeleton* appender) const;
   void checkDuplicates(const Logger& logger);
   void checkOutOfUse(const Logger& logger);
   void checkCircles();
+  void checkLeftOut(const ZEBIDOM_Element& holder, const std::set<std::string>& built);
   void checkFilters(const Appender& appender);
   bool checkFilter(const Appender& appender, std::size_t index, const ZEBIDOM_Element& element,
                    std::vector<std::string>& arriving);

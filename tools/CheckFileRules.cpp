@@ -51,6 +51,13 @@ void CheckFileRules::checkFile(const ZEBIDOM_Element& appender, const ZEBIDOM_El
                         " is taken as it stands: there are no patterns, variables or "
                         "home directories in a file name",
                     "the name of the file");
+  } else if (fs::path::preferred_separator == '/' && value.find('\\') != std::string::npos) {
+    std::string meant = value;
+    std::replace(meant.begin(), meant.end(), '\\', '/');
+    m_findings.warn("file-name", param, "value",
+                    "the backslashes in " + CheckWords::quoted(value) +
+                        " are part of the file's name on this system",
+                    assignment("value", meant));
   }
   if (CheckWords::trimmed(value) != value) {
     m_findings.warn(
@@ -91,6 +98,11 @@ void CheckFileRules::checkPlaceOfFile(const ZEBIDOM_Element& param, const std::s
     m_findings.warn("directory", param, "value",
                     CheckWords::quoted(value) + " is a directory, not a file",
                     "the name of a file");
+  } else if (isRolling && fs::exists(path, ignored) && !fs::is_regular_file(path, ignored)) {
+    m_findings.warn("file-name", param, "value",
+                    CheckWords::quoted(value) +
+                        " is no ordinary file, and is renamed when what was written fills one",
+                    "class=\"LOGFileAppender\"");
   } else if (fs::exists(path, ignored) && !ZEBUtTerminal::mayWrite(path.u8string())) {
     m_findings.warn("not-writable", param, "value",
                     "the file " + CheckWords::quoted(value) + " cannot be written by this user",
@@ -103,6 +115,25 @@ void CheckFileRules::checkPlaceOfFile(const ZEBIDOM_Element& param, const std::s
   }
 }
 
+/// Whether a logger refers to both, and no filter keeps anything from either.
+bool CheckFileRules::takeTheSameEvents(const ZEBIDOM_Element& one,
+                                       const ZEBIDOM_Element& other) const {
+  if (!CheckedDocument::children(one, "filter").empty() ||
+      !CheckedDocument::children(other, "filter").empty()) {
+    return false;
+  }
+  const auto refersTo = [](const ZEBIDOM_Element& logger, const ZEBIDOM_Element& appender) {
+    const auto references = CheckedDocument::children(logger, "appender-ref");
+    return std::any_of(references.begin(), references.end(), [&](const ZEBIDOM_Element& reference) {
+      return reference.getAttribute("ref") == appender.getAttribute("name");
+    });
+  };
+  const auto elements = CheckedDocument::children(m_document.root());
+  return std::any_of(elements.begin(), elements.end(), [&](const ZEBIDOM_Element& element) {
+    return refersTo(element, one) && refersTo(element, other);
+  });
+}
+
 void CheckFileRules::checkSharedFiles() {
   struct Use {
     ZEBIDOM_Element appender;
@@ -112,26 +143,37 @@ void CheckFileRules::checkSharedFiles() {
   std::map<std::string, std::vector<Use>> files;
   for (const ZEBIDOM_Element& appender : m_document.elements("appender")) {
     const ZEBIDOM_Element file = CheckedDocument::paramOf(appender, "File");
-    if (!writesFile(CheckedDocument::classOf(appender)) || file.isNull()) {
+    const bool counts =
+        m_document.appender(CheckedDocument::attribute(appender, "name")) == appender;
+    if (!writesFile(CheckedDocument::classOf(appender)) || file.isNull() || !counts) {
       continue;
     }
     const ZEBIDOM_Element append = CheckedDocument::paramOf(appender, "Append");
     const bool isEmptied =
         CheckWords::lower(CheckedDocument::attribute(append, "value")) == "false";
-    const fs::path path = fs::u8path(CheckedDocument::attribute(file, "value"));
-    files[path.lexically_normal().u8string()].push_back(
+    // The same file has several names: relative and absolute ones, and links.
+    const fs::path path =
+        fs::u8path(m_directory) / fs::u8path(CheckedDocument::attribute(file, "value"));
+    std::error_code failed;
+    const fs::path canonical = fs::weakly_canonical(path, failed);
+    files[(failed ? path.lexically_normal() : canonical).u8string()].push_back(
         {appender, file, isEmptied || CheckedDocument::classOf(appender) == ROLLING});
   }
   for (const auto& [name, uses] : files) {
     const bool isHarmful =
         std::any_of(uses.begin(), uses.end(), [](const Use& use) { return use.isHarmful; });
-    for (std::size_t i = 1; isHarmful && i < uses.size(); ++i) {
-      m_findings.warn(
-          "shared-file", uses[i].param, "value",
-          "the appender " +
-              CheckWords::quoted(CheckedDocument::attribute(uses[0].appender, "name")) +
-              " writes to the same file, and one of them empties or renames it under the other",
-          "a file of its own, or one appender for both");
+    for (std::size_t i = 1; i < uses.size(); ++i) {
+      const bool isTwice = !isHarmful && takeTheSameEvents(uses[0].appender, uses[i].appender);
+      if (isHarmful || isTwice) {
+        m_findings.warn(
+            "shared-file", uses[i].param, "value",
+            "the appender " +
+                CheckWords::quoted(CheckedDocument::attribute(uses[0].appender, "name")) +
+                " writes to the same file, and " +
+                (isTwice ? "a logger refers to both, so that its events are in it twice"
+                         : "one of them empties or renames it under the other"),
+            "a file of its own, or one appender for both");
+      }
     }
   }
 }

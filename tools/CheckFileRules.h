@@ -20,6 +20,7 @@ class CheckFileRules {
  private:
   void checkFile(const ZEBIDOM_Element& appender, const ZEBIDOM_Element& param);
   void checkPlaceOfFile(const ZEBIDOM_Element& param, const std::string& value, bool isRolling);
+  bool takeTheSameEvents(const ZEBIDOM_Element& one, const ZEBIDOM_Element& other) const;
   void checkSharedFiles();
 
   const CheckedDocument& m_document;

@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <limits>
 #include <map>
+#include <utility>
 #include <vector>
 
+#include "config/LOGComponentFactory.h"
 #include "config/LOGParameterTable.h"
 #include "net/LOGSyslogAppender.h"
 #include "tools/CheckPattern.h"
@@ -34,6 +36,8 @@ constexpr Advice ADVICE[] = {
     {"appender", "maxfilesize", "name=\"MaximumFileSize\", in bytes"},
     {"appender", "filename", "name=\"File\""},
     {"appender", "sysloghost", "name=\"Host\""},
+    {"appender", "remotehost", "name=\"Host\""},
+    {"appender", "port", "nothing: syslog datagrams go to port 514"},
     {"appender", "facilityprinting", "setFacilityPrinting(1) in the program"},
     {"layout", "title", "log4zeb page --title"},
     {"layout", "locationinfo", "nothing: locations are not recorded"},
@@ -44,6 +48,14 @@ constexpr Advice ADVICE[] = {
     {"filter", "acceptonmatch",
      "nothing to accept what matches; a document cannot make a filter deny what matches"},
 };
+
+/// Words that are taken for specifiers, of which the library reads the first letter.
+constexpr struct {
+  const char* word;
+  const char* instead;
+} WORDS[] = {{"category", "%c"}, {"date", "%d"},     {"level", "%p"},
+             {"logger", "%c"},   {"message", "%m"},  {"msg", "%m"},
+             {"priority", "%p"}, {"relative", "%r"}, {"thread", "%t"}};
 
 bool contains(const Words& words, const std::string& word) {
   return std::find(words.begin(), words.end(), word) != words.end();
@@ -63,10 +75,51 @@ bool isDateFormat(const std::string& text, bool isInPattern) {
   return isPattern || text == "NULL" || contains(inAnyCase, CheckWords::lower(text));
 }
 
+/// The two patterns of dates lead to names, which show all that the patterns seem to.
 std::string probableDateFormat(const std::string& text) {
-  return CheckWords::nearest(
-             text, {"ISO8601", "ABSOLUTE", "DATE", "HH:mm:ss,SSS", "dd MMM yyyy HH:mm:ss,SSS"})
-      .value_or("ISO8601");
+  const std::string meant = CheckWords::nearest(text, {"ISO8601", "ABSOLUTE", "DATE",
+                                                       "HH:mm:ss,SSS", "dd MMM yyyy HH:mm:ss,SSS"})
+                                .value_or("ISO8601");
+  return meant.front() == 'H' ? "ABSOLUTE" : meant.front() == 'd' ? "DATE" : meant;
+}
+
+bool isTwelveHourFormat(const std::string& text) {
+  return text == "HH:mm:ss,SSS" || text == "dd MMM yyyy HH:mm:ss,SSS";
+}
+
+std::string twelveHours(const std::string& text) {
+  return CheckWords::quoted(text) +
+         " is written with the hours of half a day, 1 to 12, and without milliseconds";
+}
+
+/// Whether a host is followed by a port: one colon, with digits behind it.
+bool hasPort(const std::string& host) {
+  const std::size_t colon = host.find(':');
+  return colon != std::string::npos && colon + 1 < host.size() &&
+         host.find_first_not_of("0123456789", colon + 1) == std::string::npos;
+}
+
+/// Where a param of that name would be read, if it is in the wrong place; empty if nowhere.
+std::string placeOfParam(const std::string& given, const std::string& kind) {
+  const std::pair<const char*, Words> kinds[] = {
+      {"appender", LOGComponentFactory::appenderClasses()},
+      {"layout", LOGComponentFactory::layoutClasses()},
+      {"filter", LOGComponentFactory::filterClasses()}};
+  for (const auto& [owner, classes] : kinds) {
+    for (const std::string& className : classes) {
+      for (const LOGParameterTable::Param& known : LOGParameterTable::paramsOf(className)) {
+        if (className == "LOGTCPSocketAppender" || kind == "errorHandler" ||
+            CheckWords::lower(known.name) != CheckWords::lower(CheckWords::trimmed(given))) {
+          continue;  // that appender sends nothing, and a handler is not to be configured
+        }
+        return kind == owner ? assignment("class", className) + ", which reads it"
+               : std::string("appender") == owner ? "the param in the <appender> itself"
+                                                  : "the param in <" + std::string(owner) + " " +
+                                                        assignment("class", className) + ">";
+      }
+    }
+  }
+  return "";
 }
 
 }  // namespace
@@ -118,7 +171,7 @@ void CheckParamRules::warnOfIgnored(const ZEBIDOM_Element& param, const std::str
   }
   std::string text = "the param " + CheckWords::quoted(given) + " is ignored: " + className +
                      " reads none of that name";
-  std::string instead = names.empty() ? "leave it out" : "one of " + CheckWords::either(names);
+  std::string instead = names.empty() ? "leave it out" : CheckWords::oneOf(names);
   const auto meant = CheckWords::nearest(given, names);
   const auto advice =
       std::find_if(std::begin(ADVICE), std::end(ADVICE), [&](const Advice& candidate) {
@@ -130,6 +183,8 @@ void CheckParamRules::warnOfIgnored(const ZEBIDOM_Element& param, const std::str
     instead = assignment("name", *meant);
   } else if (advice != std::end(ADVICE)) {
     instead = advice->instead;
+  } else if (const std::string place = placeOfParam(given, kind); !place.empty()) {
+    instead = place;
   } else if (meant) {
     instead = assignment("name", *meant);
   }
@@ -166,6 +221,14 @@ void CheckParamRules::checkValue(const ZEBIDOM_Element& param, const std::string
     m_findings.warn("unknown-date-format", param, "value",
                     CheckWords::quoted(value) + " is no date format: no date is written",
                     assignment("value", probableDateFormat(value)));
+  } else if (name == "DateFormat" && isTwelveHourFormat(value)) {
+    m_findings.warn("twelve-hours", param, "value", twelveHours(value),
+                    assignment("value", probableDateFormat(value)));
+  } else if (name == "Host" && hasPort(value)) {
+    m_findings.warn("port", param, "value",
+                    CheckWords::quoted(value) +
+                        " is looked up as the name of a host: syslog datagrams go to port 514",
+                    assignment("value", value.substr(0, value.find(':'))));
   } else if (name == "ConversionPattern") {
     checkPattern(param);
   }
@@ -194,6 +257,7 @@ void CheckParamRules::checkFileSize(const ZEBIDOM_Element& param) {
   constexpr long long MOST = std::numeric_limits<int>::max();
   constexpr int LEAST_THAT_MAKES_SENSE = 1024;
   static const std::map<std::string, long long> UNITS{
+      {"", 1},          {"b", 1},          {"bytes", 1},
       {"k", 1LL << 10}, {"kb", 1LL << 10}, {"kib", 1LL << 10},
       {"m", 1LL << 20}, {"mb", 1LL << 20}, {"mib", 1LL << 20},
       {"g", 1LL << 30}, {"gb", 1LL << 30}, {"gib", 1LL << 30}};
@@ -203,13 +267,12 @@ void CheckParamRules::checkFileSize(const ZEBIDOM_Element& param) {
   if (!number.isWhole) {
     const auto unit = UNITS.find(CheckWords::lower(number.rest));
     const bool hasUnit = unit != UNITS.end() && number.value > 0;
-    const long long meant =
-        hasUnit ? std::min<long long>(MOST, number.value * unit->second) : 10485760;
     m_findings.warn(
         "file-size", param, "value",
         CheckWords::quoted(value) + " means " + bytes +
             " bytes: a size is a number of bytes up to 2147483647, without a unit",
-        assignment("value", std::to_string(hasUnit || number.rest.size() ? meant : MOST)));
+        hasUnit ? assignment("value", std::to_string(std::min(MOST, number.value * unit->second)))
+                : "value=\"10485760\", or another number of bytes");
   } else if (number.value < 0) {
     m_findings.warn("file-size", param, "value",
                     "a size below 0 is never reached: the file grows on and on",
@@ -256,6 +319,13 @@ void CheckParamRules::checkPattern(const ZEBIDOM_Element& param) {
         CheckWords::quoted(text) + " is the beginning of a specifier and is written as it stands",
         "a letter at its end, or %% for a percent sign");
   }
+  const auto& specifiers = pattern.specifiers();
+  if (pattern.unknown().empty() && pattern.unfinished().empty() &&
+      std::none_of(specifiers.begin(), specifiers.end(),
+                   [](const CheckPattern::Specifier& known) { return known.letter == 'm'; })) {
+    m_findings.warn("no-message", param, "value",
+                    "the pattern has no %m, so the messages are not written", "%m in it");
+  }
   for (const char* const escape : {"\\n", "\\t", "\\r"}) {
     if (value.find(escape) != std::string::npos) {
       m_findings.warn("backslash", param, "value",
@@ -271,10 +341,24 @@ void CheckParamRules::checkPatternOptions(const ZEBIDOM_Element& param) {
   for (const CheckPattern::Specifier& specifier : pattern.specifiers()) {
     const std::string option = specifier.option.value_or("");
     const std::string text = CheckWords::quoted(specifier.text);
-    if (specifier.letter == 'X' && !specifier.option) {
-      m_findings.warn("pattern-without-key", param, "value",
-                      text + " has no key: the layout is not made, and the appender writes nothing",
-                      "%x, the nested context");
+    const auto word = std::find_if(std::begin(WORDS), std::end(WORDS),
+                                   [&](const auto& known) { return specifier.word == known.word; });
+    if (word != std::end(WORDS)) {
+      m_findings.warn("unknown-specifier", param, "value",
+                      CheckWords::quoted(specifier.text + specifier.word.substr(1)) + " is " +
+                          text + " and the text " + CheckWords::quoted(specifier.word.substr(1)) +
+                          ": a specifier has one letter",
+                      word->instead);
+    } else if (specifier.letter == 'X' && !specifier.option) {
+      m_findings.warn(
+          "pattern-without-key", param, "value",
+          text + " has no key: the layout is not made, and without another nothing is written",
+          "%x, the nested context");
+    } else if (specifier.hasUnreadOption) {
+      m_findings.warn("unknown-specifier", param, "value",
+                      "the brace behind " + text +
+                          " is written as it stands: nothing is in the braces, or none closes",
+                      specifier.text + ", or a text in braces behind it");
     } else if (specifier.letter == 'X') {
       m_findings.warn("nothing-to-show", param, "value",
                       text + " shows nothing: no mapped context is kept", "%x, the nested context");
@@ -288,12 +372,21 @@ void CheckParamRules::checkPatternOptions(const ZEBIDOM_Element& param) {
           "unknown-date-format", param, "value",
           CheckWords::quoted(option) + " is no date format of a pattern: no date is written",
           "%d{" + probableDateFormat(option) + "}");
-    } else if (specifier.letter == 'c' && specifier.option &&
-               CheckWords::number(option).value < 1) {
+    } else if (specifier.letter == 'd' && isTwelveHourFormat(option)) {
+      m_findings.warn("twelve-hours", param, "value", twelveHours(option),
+                      "%d{" + probableDateFormat(option) + "}");
+    } else if (specifier.letter != 'c' || !specifier.option) {
+      continue;
+    } else if (CheckWords::number(option).value < 1) {
       m_findings.warn("precision", param, "value",
                       "the precision " + CheckWords::quoted(option) +
                           " is no positive number: the whole name is written",
                       "%c{1}, or %c");
+    } else if (!CheckWords::number(option).isWhole) {
+      const std::string number = std::to_string(CheckWords::number(option).value);
+      m_findings.warn("precision", param, "value",
+                      "the precision " + CheckWords::quoted(option) + " is read as " + number,
+                      "%c{" + number + "}");
     }
   }
 }

@@ -8,6 +8,7 @@ constexpr const char* LETTERS = "cCdFlLmMprtxX";
 constexpr const char* LETTERS_WITH_OPTION = "cCdX";
 
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
+bool isLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
 bool isOneOf(char c, const char* letters) {
   return c != '\0' && std::strchr(letters, c) != nullptr;
 }
@@ -64,9 +65,11 @@ void CheckPattern::readSpecifier() {
       mayDot = false;
     } else if (isOneOf(c, LETTERS)) {
       m_tail.clear();
-      m_specifiers.push_back({text, c, hasWidths, std::nullopt});
+      m_specifiers.push_back({text, c, hasWidths, std::nullopt, false, wordAt(m_at - 1)});
       if (isOneOf(c, LETTERS_WITH_OPTION)) {
-        m_specifiers.back().option = readOption();
+        Specifier& specifier = m_specifiers.back();
+        specifier.option = readOption();
+        specifier.hasUnreadOption = !specifier.option && !isAtEnd() && m_pattern[m_at] == '{';
       }
       return;
     } else {
@@ -77,6 +80,14 @@ void CheckPattern::readSpecifier() {
   }
   m_unfinished.push_back(m_pattern.substr(begin));
   m_tail = m_pattern.substr(begin);
+}
+
+std::string CheckPattern::wordAt(std::size_t begin) const {
+  std::size_t end = begin;
+  while (end < m_pattern.size() && isLetter(m_pattern[end])) {
+    ++end;
+  }
+  return m_pattern.substr(begin, end - begin);
 }
 
 std::optional<std::string> CheckPattern::readOption() {

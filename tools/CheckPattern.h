@@ -14,6 +14,8 @@ class CheckPattern {
     char letter;
     bool hasWidths;
     std::optional<std::string> option;  // between braces
+    bool hasUnreadOption;               // braces without a text or an end, which are text
+    std::string word;                   // all letters from there on, of which only one counts
   };
 
   explicit CheckPattern(const std::string& pattern);
@@ -28,6 +30,7 @@ class CheckPattern {
  private:
   void readSpecifier();
   void readLiteral(char c);
+  std::string wordAt(std::size_t begin) const;
   std::optional<std::string> readOption();
   char next() { return m_pattern[m_at++]; }
   bool isAtEnd() const { return m_at == m_pattern.size(); }

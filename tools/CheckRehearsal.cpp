@@ -225,8 +225,8 @@ CheckRehearsal::Passes CheckRehearsal::decide(const Appender& appender, std::siz
   if (appender.appender->isAsSevereAsThreshold(&level) == 0 || isOutOfUse(*appender.appender)) {
     return Passes::No;
   }
-  std::vector<std::string> accepting;
-  std::vector<std::string> required;
+  std::vector<std::string> accepting;  // if the event is denied in the end
+  std::vector<std::string> passing;    // if it is not: up to the filter of a library
   const std::vector<LOGFilter*> chain = filters(appender);
   bool isDenied = false;
   const I18NString message(SAMPLE_MESSAGE);
@@ -234,7 +234,8 @@ CheckRehearsal::Passes CheckRehearsal::decide(const Appender& appender, std::siz
   for (std::size_t i = firstFilter; i < chain.size(); ++i) {
     const auto* const text = dynamic_cast<const LOGStringMatchFilter*>(chain[i]);
     if (chain[i] == nullptr) {
-      required.push_back(std::string("the filter ") + LOADED_FILTER + " lets it");
+      accepting.push_back(std::string("the filter ") + LOADED_FILTER + " lets it");
+      passing = passing.empty() ? accepting : passing;
       continue;
     }
     if (text != nullptr) {
@@ -254,8 +255,8 @@ CheckRehearsal::Passes CheckRehearsal::decide(const Appender& appender, std::siz
     condition = CheckWords::either(accepting);
     return accepting.empty() ? Passes::No : Passes::Maybe;
   }
-  condition = CheckWords::either(required);
-  return required.empty() ? Passes::Yes : Passes::Maybe;
+  condition = CheckWords::either(passing);
+  return passing.empty() ? Passes::Yes : Passes::Maybe;
 }
 
 std::string CheckRehearsal::sample(LOGAppenderSkeleton& appender, LOGLogger& logger,

@@ -4,6 +4,7 @@
 #include <map>
 #include <vector>
 
+#include "config/LOGParameterTable.h"
 #include "platform/ZEBIDOM_NamedNodeMap.h"
 #include "tools/CheckWords.h"
 
@@ -18,6 +19,10 @@ struct Entry {
 };
 
 constexpr const char* ROOT_ELEMENT = "log4j:configuration";
+
+// What the configurator accepts in the name of a logger.
+constexpr std::size_t LONGEST_LOGGER_NAME = 1024;
+constexpr std::ptrdiff_t MOST_DOTS = 64;
 
 /// Where elements are read, and which attributes of theirs.
 const std::vector<Entry>& vocabulary() {
@@ -68,7 +73,24 @@ Words childrenOf(const std::string& parent) {
   return tags;
 }
 
+/// The param of the component that is called so, but for case; empty when there is none.
+std::string paramOf(const ZEBIDOM_Element& component, const std::string& name) {
+  for (const LOGParameterTable::Param& known :
+       LOGParameterTable::paramsOf(CheckedDocument::classOf(component))) {
+    if (CheckWords::lower(known.name) == CheckWords::lower(name)) {
+      return known.name;
+    }
+  }
+  return "";
+}
+
 std::string inAngles(const std::string& tag) { return "<" + tag + ">"; }
+
+/// Whether the element means nothing, or not what it should, without the attribute.
+bool isNeeded(const std::string& attribute, const std::string& tag) {
+  return contains({"name", "value", "ref"}, attribute) ||
+         (attribute == "class" && !contains({"logger", "category", "level", "priority"}, tag));
+}
 
 std::string assignment(const std::string& name, const std::string& value) {
   return name + "=" + CheckWords::quoted(value);
@@ -124,11 +146,18 @@ void CheckStructureRules::checkElement(const ZEBIDOM_Element& element, const std
   const std::string tag = CheckedDocument::tag(element);
   const Entry* const entry = entryOf(tag);
   if (entry == nullptr) {
-    const auto meant = CheckWords::nearest(tag, childrenOf(parent));
+    // No element but the root has a prefix, and there are no elements around all of a kind.
+    const auto meant = CheckWords::nearest(tag.substr(tag.rfind(':') + 1), childrenOf(parent));
+    const auto inside = CheckedDocument::children(element);
+    const bool isWrapper = std::any_of(inside.begin(), inside.end(), [&](const auto& child) {
+      return contains(childrenOf(parent), CheckedDocument::tag(child));
+    });
     m_findings.warn(
         "unknown-element", element, "",
         "the element " + inAngles(tag) + " is not known: it is skipped with all that is in it",
-        meant ? inAngles(*meant) : "one of " + CheckWords::either(childrenOf(parent)));
+        isWrapper ? "what is in it, without " + inAngles(tag) + " around it"
+        : meant   ? inAngles(*meant)
+                  : CheckWords::oneOf(childrenOf(parent)));
     return;
   }
   if (!contains(entry->parents, parent)) {
@@ -178,13 +207,21 @@ void CheckStructureRules::checkAttribute(const ZEBIDOM_Element& element,
   }
   const Words& known = entry->attributes;
   if (!contains(known, name)) {
-    std::string instead = known.empty() ? "leave it out" : "one of " + CheckWords::either(known);
+    const auto missing = std::find_if(known.begin(), known.end(), [&](const std::string& other) {
+      return isNeeded(other, tag) && !element.hasAttribute(other);
+    });
+    std::string instead = known.empty() ? "leave it out" : CheckWords::oneOf(known);
     if (CheckWords::lower(name) == "level" && !contains(known, "value")) {
       instead = "<level value=" + CheckWords::quoted(value) + "/> inside of the element";
+    } else if (const std::string param = paramOf(element, name); !param.empty()) {
+      instead = "<param " + assignment("name", param) + " " + assignment("value", value) +
+                "/> inside of it";
     } else if (const auto meant = CheckWords::nearest(name, known)) {
       instead = assignment(*meant, value);
     } else if (CheckWords::lower(name) == "threshold") {
       instead = "a <filter class=\"LOGLevelRangeFilter\"> with LevelMin";
+    } else if (missing != known.end()) {
+      instead = assignment(*missing, value);
     }
     m_findings.warn("unknown-attribute", element, name.c_str(),
                     "the attribute " + CheckWords::quoted(name) + " is ignored: " + inAngles(tag) +
@@ -213,12 +250,18 @@ void CheckStructureRules::checkText(const ZEBIDOM_Element& element) {
     if (child.getNodeType() == ZEBIDOM_Node::TEXT_NODE && !text.empty()) {
       const std::string tag = CheckedDocument::tag(element);
       const Entry* const entry = entryOf(tag);
-      const bool hasValue = entry != nullptr && contains(entry->attributes, "value");
-      m_findings.warn(
-          "text", element, "",
-          "the text " + CheckWords::quoted(text) + " in " + inAngles(tag) +
-              " is ignored: only attributes and elements are read",
-          hasValue ? "<" + tag + " " + assignment("value", text) + "/>" : "a comment, or nothing");
+      std::string instead = "a comment, or nothing";
+      for (const char* const attribute : {"value", "ref"}) {
+        if (entry != nullptr && contains(entry->attributes, attribute)) {
+          const std::string name = CheckedDocument::attribute(element, "name");
+          instead = "<" + tag + (name.empty() ? "" : " " + assignment("name", name)) + " " +
+                    assignment(attribute, text) + "/>";
+        }
+      }
+      m_findings.warn("text", element, "",
+                      "the text " + CheckWords::quoted(text) + " in " + inAngles(tag) +
+                          " is ignored: only attributes and elements are read",
+                      instead);
     }
   }
 }
@@ -277,7 +320,13 @@ void CheckStructureRules::checkLogger(const ZEBIDOM_Element& element) {
         "this is a logger of the name \"root\" below the root logger, not the root logger itself",
         "<root>");
   }
-  if (name.find('*') != std::string::npos) {
+  if (element.getAttribute("name").length() > LONGEST_LOGGER_NAME ||
+      std::count(name.begin(), name.end(), '.') > MOST_DOTS) {
+    m_findings.warn("logger-name", element, "name",
+                    "the element is skipped: the name of a logger has no more than 1024 characters "
+                    "and 64 dots",
+                    "a shorter name");
+  } else if (name.find('*') != std::string::npos) {
     const std::string above = name.substr(0, name.find_last_not_of(".*") + 1);
     m_findings.warn("logger-name", element, "name",
                     "a \"*\" in the name of a logger stands for itself; a logger's settings go to "
@@ -344,12 +393,12 @@ void CheckStructureRules::checkLevel(const ZEBIDOM_Element& level, bool isRoot) 
 void CheckStructureRules::checkAppender(const ZEBIDOM_Element& element) {
   const std::string name = CheckedDocument::attribute(element, "name");
   const bool counts = m_document.appender(name) == element;
-  if (!name.empty() && counts && m_referredTo.count(name) == 0) {
+  if (!name.empty() && counts && m_unused.count(name) > 0) {
     m_findings.warn(
         "unused-appender", element, "",
         "the appender " + CheckWords::quoted(name) +
-            " is never built: no <appender-ref> of a logger or of an asynchronous appender names "
-            "it",
+            " is never built: no <appender-ref> of a logger leads to it, directly or through an "
+            "asynchronous appender",
         "<appender-ref ref=" + CheckWords::quoted(name) + "/> in <root> or a <logger>");
   }
   checkTruthValue(element, "addProcID");
@@ -361,14 +410,42 @@ void CheckStructureRules::checkAppender(const ZEBIDOM_Element& element) {
   }
 }
 
-void CheckStructureRules::collectReferences() {
+void CheckStructureRules::collectUnused() {
+  std::multimap<std::string, std::string> references;  // from appenders to appenders
+  std::set<std::string> reached;
+  std::set<std::string> referredTo;
+  const auto follow = [&](Words names) {
+    while (!names.empty()) {
+      const std::string name = names.back();
+      names.pop_back();
+      if (reached.insert(name).second) {
+        const auto [begin, end] = references.equal_range(name);
+        std::for_each(begin, end, [&](const auto& next) { names.push_back(next.second); });
+      }
+    }
+  };
+  Words fromLoggers;
   for (const ZEBIDOM_Element& reference : m_document.elements("appender-ref")) {
     const ZEBIDOM_Element holder(reference.getParentNode());
     const std::string name = CheckedDocument::attribute(reference, "ref");
     const std::string tag = CheckedDocument::tag(holder);
-    const bool isItself = tag == "appender" && CheckedDocument::attribute(holder, "name") == name;
-    if (tag != "errorHandler" && !isItself) {
-      m_referredTo.insert(name);
+    const std::string holderName = CheckedDocument::attribute(holder, "name");
+    if (tag == "appender" && holderName != name) {
+      references.emplace(holderName, name);
+      referredTo.insert(name);
+    } else if (tag != "appender" && tag != "errorHandler") {
+      fromLoggers.push_back(name);
+    }
+  }
+  follow(fromLoggers);
+  // Those that only an unused one refers to are no further mistake; some refer to each other.
+  for (const bool isReferredTo : {false, true}) {
+    for (const ZEBIDOM_Element& appender : m_document.elements("appender")) {
+      const std::string name = CheckedDocument::attribute(appender, "name");
+      if (reached.count(name) == 0 && (referredTo.count(name) > 0) == isReferredTo) {
+        m_unused.insert(name);
+        follow({name});
+      }
     }
   }
 }
@@ -432,8 +509,30 @@ void CheckStructureRules::checkNames(const char* what, const std::vector<ZEBIDOM
   }
 }
 
+void CheckStructureRules::checkLibraryName(const ZEBIDOM_Element& element, const char* attribute) {
+  const std::string name = CheckedDocument::attribute(element, attribute);
+  std::string base = name.substr(name.find_last_of("/\\:") + 1);
+  for (const std::string end : {".so", ".dll"}) {
+    if (base.size() > end.size() && base.compare(base.size() - end.size(), end.size(), end) == 0) {
+      base.erase(base.size() - end.size());
+      base.erase(0, base.compare(0, 3, "lib") == 0 ? 3 : 0);
+    }
+  }
+  if (base != name) {
+    m_findings.warn("library-name", element, attribute,
+                    CheckWords::quoted(name) +
+                        " is not loaded: a library is named without its directory and without what "
+                        "the system puts around its name",
+                    assignment(attribute, base));
+  }
+}
+
 void CheckStructureRules::checkLibraries(const ZEBIDOM_Element& element, const std::string& tag) {
-  if (tag == "renderer") {
+  const bool isRenderer = tag == "renderer";
+  if (isRenderer || tag == "categoryFactory") {
+    checkLibraryName(element, isRenderer ? "renderingClass" : "class");
+  }
+  if (isRenderer) {
     for (const char* const name : {"renderedClass", "renderingClass"}) {
       if (CheckedDocument::attribute(element, name).empty()) {
         m_findings.warn("no-class", element, "",

@@ -13,7 +13,7 @@ class CheckStructureRules {
  public:
   CheckStructureRules(const CheckedDocument& document, CheckFindings& findings)
       : m_document(document), m_findings(findings) {
-    collectReferences();
+    collectUnused();
   }
 
   /// Returns false when the document cannot be used at all; the finding tells why.
@@ -35,11 +35,12 @@ class CheckStructureRules {
                   const std::string& consequence);
   void checkTruthValue(const ZEBIDOM_Element& element, const char* attribute);
   void checkLibraries(const ZEBIDOM_Element& element, const std::string& tag);
-  void collectReferences();
+  void checkLibraryName(const ZEBIDOM_Element& element, const char* attribute);
+  void collectUnused();
 
   const CheckedDocument& m_document;
   CheckFindings& m_findings;
-  std::set<std::string> m_referredTo;  // appenders that others than error handlers refer to
+  std::set<std::string> m_unused;  // appenders that no logger leads to
 };
 
 #endif

@@ -203,7 +203,7 @@ std::vector<CheckSummary::Route> CheckSummary::routesOf(LOGLogger& logger,
     Route route{{name}, {}, logger.isEnabledFor(&level) != 0};
     for (const CheckRehearsal::Delivery& delivery : rehearsal.deliveries(logger, level)) {
       route.destinations.push_back(inWords(delivery));
-      proposeSample(delivery.path.back(), logger, level);
+      proposeSample(delivery, logger, level);
     }
     const bool isAsBefore = !routes.empty() && routes.back().destinations == route.destinations &&
                             routes.back().isEnabled == route.isEnabled;
@@ -216,12 +216,14 @@ std::vector<CheckSummary::Route> CheckSummary::routesOf(LOGLogger& logger,
   return routes;
 }
 
-/// An event of a logger with a name, and of the level INFO, shows best what a layout does.
-void CheckSummary::proposeSample(const LOGAppenderSkeleton* appender, LOGLogger& logger,
+/// An event that certainly arrives, of a logger with a name and of the level INFO, shows best what
+/// a layout does.
+void CheckSummary::proposeSample(const CheckRehearsal::Delivery& delivery, LOGLogger& logger,
                                  LOGLevel& level) {
-  const int fitness =
-      (logger.getParent() == nullptr ? 0 : 2) + (level.toInt() == LOGLevel::INFO_RANK ? 1 : 0);
-  Sample& chosen = m_samples[appender];
+  const int fitness = (delivery.passes == Passes::Yes ? 4 : 0) +
+                      (logger.getParent() == nullptr ? 0 : 2) +
+                      (level.toInt() == LOGLevel::INFO_RANK ? 1 : 0);
+  Sample& chosen = m_samples[delivery.path.back()];
   if (fitness > chosen.fitness) {
     chosen = {&logger, &level, fitness};
   }

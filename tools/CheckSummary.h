@@ -50,7 +50,7 @@ class CheckSummary {
   void addLoggers(const CheckRehearsal& rehearsal);
   std::vector<Route> routesOf(LOGLogger& logger, const CheckRehearsal& rehearsal);
   void addAppender(const ZEBIDOM_Element& element, const CheckRehearsal::Appender* known);
-  void proposeSample(const LOGAppenderSkeleton* appender, LOGLogger& logger, LOGLevel& level);
+  void proposeSample(const CheckRehearsal::Delivery& delivery, LOGLogger& logger, LOGLevel& level);
 
   /// The event that shows what an appender's layout writes.
   struct Sample {

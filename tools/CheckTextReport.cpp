@@ -19,8 +19,14 @@ std::string counted(std::size_t count, const std::string& what) {
 /// Without what a terminal would act on, and without empty lines around.
 std::vector<std::string> printableLines(const std::string& text) {
   std::vector<std::string> lines(1);
+  char before = '\0';
   for (const char c : text) {
-    if (c == '\n') {
+    // The control characters from U+0080 to U+009F.
+    const bool isHighControl = before == '\xC2' && static_cast<unsigned char>(c) < 0xA0;
+    before = c;
+    if (isHighControl) {
+      lines.back().back() = '?';
+    } else if (c == '\n') {
       lines.emplace_back();
     } else if (c == '\t' || static_cast<unsigned char>(c) >= 0x20) {
       lines.back() += c == '\x7F' ? '?' : c;

@@ -50,6 +50,10 @@ std::string CheckWords::either(const std::vector<std::string>& words) {
   return text;
 }
 
+std::string CheckWords::oneOf(const std::vector<std::string>& words) {
+  return (words.size() > 1 ? "one of " : "") + either(words);
+}
+
 std::optional<std::string> CheckWords::nearest(const std::string& word,
                                                const std::vector<std::string>& candidates) {
   constexpr std::size_t LONGEST = 100;

@@ -14,6 +14,8 @@ class CheckWords {
   static std::string lower(const std::string& text);
   /// "a", "a or b", "a, b or c".
   static std::string either(const std::vector<std::string>& words);
+  /// "a", "one of a or b".
+  static std::string oneOf(const std::vector<std::string>& words);
   /// The candidate that was probably meant: the same but for case, blanks and a few letters.
   static std::optional<std::string> nearest(const std::string& word,
                                             const std::vector<std::string>& candidates);

@@ -30,6 +30,9 @@ CheckedDocument::CheckedDocument(const std::string& fileName)
   }
   std::ifstream file(std::filesystem::u8path(fileName), std::ios::binary);
   m_text.assign(std::istreambuf_iterator<char>(file), {});
+  if (m_text.compare(0, 3, "\xEF\xBB\xBF") == 0) {
+    m_text.erase(0, 3);  // it is no column of its line
+  }
   splitIntoLines();
   for (const ZEBIDOM_Element& element : elements("appender")) {
     m_appenders.emplace(attribute(element, "name"), element);
