@@ -31,6 +31,9 @@ void logOrders(LOGLogger* logger, int count) {
 void showFile(LOGLogger* logger) {
   auto* const queue =
       dynamic_cast<LOGAsyncAppender*>(LOGManager::getRootLogger()->getAppender("QUEUE"));
+  if (queue == nullptr) {
+    return;  // the document has no such appender
+  }
   queue->setBufferSize(1024);  // events, for the largest burst; 128 otherwise
 
   logOrders(logger, 10);
