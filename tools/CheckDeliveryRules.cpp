@@ -72,8 +72,12 @@ void CheckDeliveryRules::checkAll() {
 
 void CheckDeliveryRules::checkLoggersWithoutAppender() {
   const bool rootHasNone = LOGManager::getRootLogger()->snapshotOfAppenders().empty();
-  for (const Logger& logger : m_rehearsal.loggers()) {
-    if (reachesAny(*logger.logger) || (!logger.isRoot && isOff(*logger.logger))) {
+  const std::vector<Logger>& loggers = m_rehearsal.loggers();
+  const bool areAnyLost = std::any_of(loggers.begin(), loggers.end(), [](const Logger& logger) {
+    return !reachesAny(*logger.logger) && !isOff(*logger.logger);
+  });
+  for (const Logger& logger : loggers) {
+    if (reachesAny(*logger.logger) || (logger.isRoot ? !areAnyLost : isOff(*logger.logger))) {
       continue;
     }
     if (logger.isRoot) {

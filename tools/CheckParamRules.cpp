@@ -65,8 +65,12 @@ std::string assignment(const std::string& name, const std::string& value) {
   return name + "=" + CheckWords::quoted(value);
 }
 
+bool isTwelveHourFormat(const std::string& text) {
+  return text == "HH:mm:ss,SSS" || text == "dd MMM yyyy HH:mm:ss,SSS";
+}
+
 bool isDateFormat(const std::string& text, bool isInPattern) {
-  const bool isPattern = text == "HH:mm:ss,SSS" || text == "dd MMM yyyy HH:mm:ss,SSS";
+  const bool isPattern = isTwelveHourFormat(text);
   const Words exact{"ISO8601", "ABSOLUTE", "DATE"};
   if (isInPattern) {
     return isPattern || contains(exact, text);
@@ -81,10 +85,6 @@ std::string probableDateFormat(const std::string& text) {
                                                        "HH:mm:ss,SSS", "dd MMM yyyy HH:mm:ss,SSS"})
                                 .value_or("ISO8601");
   return meant.front() == 'H' ? "ABSOLUTE" : meant.front() == 'd' ? "DATE" : meant;
-}
-
-bool isTwelveHourFormat(const std::string& text) {
-  return text == "HH:mm:ss,SSS" || text == "dd MMM yyyy HH:mm:ss,SSS";
 }
 
 std::string twelveHours(const std::string& text) {
