@@ -4,10 +4,11 @@
     check_docs.py ROOT COMPILED, the project's folder and the compile_commands.json of its examples
 
 Every relative link leads to a file, and to a heading in it where it names one. Every fenced sample
-follows a line `<!-- from PATH -->` and stands in that file; what is C++ there is compiled. A path or
-test that is named as code exists, and so does what has a name like the library's. A message of the diagnostics that is quoted as code, with … for
-what differs, is made of texts in the sources. docs/configuration.md names every element, attribute,
-class and param that the configurator knows, docs/check.md every rule of the check.
+follows a line `<!-- from PATH -->` and stands in that file; what is C++ there is compiled. A path
+or test that is named as code exists, and so does what has a name like the library's. A message of
+the diagnostics that is quoted as code, with … for what differs, is made of texts in the sources.
+docs/configuration.md names every element, attribute, class and param that the configurator knows,
+docs/check.md every rule of the check.
 """
 
 import json
