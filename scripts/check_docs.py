@@ -4,10 +4,11 @@
     check_docs.py ROOT COMPILED, the project's folder and the compile_commands.json of its examples
 
 Every relative link leads to a file, and to a heading in it where it names one. Every fenced sample
-follows a line `<!-- from PATH -->` and stands in that file; what is C++ there is compiled. A path or
-test that is named as code exists. A message of the diagnostics that is quoted as code, with … for
-what differs, is made of texts in the sources. docs/configuration.md names every element, attribute,
-class and param that the configurator knows.
+follows a line `<!-- from PATH -->` and stands in that file; what is C++ there is compiled. A path
+or test that is named as code exists, and so does what has a name like the library's. A message of
+the diagnostics that is quoted as code, with … for what differs, is made of texts in the sources.
+docs/configuration.md names every element, attribute, class and param that the configurator knows,
+docs/check.md every rule of the check.
 """
 
 import json
@@ -33,11 +34,17 @@ TEST_MACRO = re.compile(r"^(?:TYPED_)?TEST(?:_[FP])?\(\s*(\w+),\s*(\w+)\)", re.M
 NAMED_TEST = re.compile(r"\bNAME\s+([A-Z]\w*)\.(\w*)")
 DIAGNOSTICS = re.compile(r"log4zeb:(?:ERROR|WARN)? (.+)")
 LITERAL = re.compile(r'"((?:[^"\\\n]|\\.)*)"')
-# What the configurator knows: names of elements and attributes, of classes, of params.
+# Classes, macros, constants and options of the library; those of glog begin with LOG_.
+NAME = re.compile(r"\b(?:LOG4ZEB_|LOG[A-Za-z]|ZEB[A-Z]|I18N[A-Z])\w+\b(?!\*)")
+NAMES_OF_READERS = ("LOGNewAppender",)
+# The page that describes what is known: names of elements and attributes, of classes, of params;
+# rules of the check.
 KNOWN_NAMES = (
-    ("config/LOGDOMConfigurator.cpp", r'I18NString LOGDOMConfigurator::[A-Z0-9_]+ = "(.+)";'),
-    ("config/LOGComponentFactory.cpp", r'\{"(\w+)", make<'),
-    ("config/LOGParameterTable.cpp", r'\{"\w+", "(\w+)", NameCase'),
+    ("docs/configuration.md", "config/LOGDOMConfigurator.cpp",
+     r'I18NString LOGDOMConfigurator::[A-Z0-9_]+ = "(.+)";'),
+    ("docs/configuration.md", "config/LOGComponentFactory.cpp", r'\{"(\w+)", make<'),
+    ("docs/configuration.md", "config/LOGParameterTable.cpp", r'\{"\w+", "(\w+)", NameCase'),
+    ("docs/check.md", "tools/*.cpp", r'\b(?:warn|fail)\(\s*"([a-z-]+)"'),
 )
 SHORTEST_LITERAL = 8  # of those that make up a message; shorter ones would make up any
 # Stands for whatever the reader has, as NAME or `*` do.
@@ -96,11 +103,21 @@ class Page:
         self.anchors.add(anchor)
 
     def links(self):
-        for number, line in self.prose:
-            line = CODE.sub("`", line)
+        for number, text in self._paragraphs():
             for pattern in (LINK, INNER_IMAGE, DEFINED_LINK):
-                for match in pattern.finditer(line):
-                    yield number, match[1]
+                for match in pattern.finditer(text):
+                    yield number + text.count("\n", 0, match.start(1)), match[1]
+
+    def _paragraphs(self):
+        """The prose without code, lines that follow each other as one text: a link may be wrapped."""
+        first, lines = 0, []
+        for number, line in self.prose + [(0, "")]:
+            if not line or number != first + len(lines):
+                if lines:
+                    yield first, "\n".join(lines)
+                first, lines = number, []
+            if line:
+                lines.append(CODE.sub("`", line))
 
     def code_spans(self):
         for number, line in self.prose:
@@ -117,8 +134,10 @@ class Checker:
         self.folders = {path.relative_to(root).parts[0] for path in self._tracked("*/*")}
         self.tests = self._tests()
         self.literals = self._literals()
+        self.names = self._names()
         self.findings = []
-        self.counts = {"links": 0, "samples": 0, "paths": 0, "tests": 0, "messages": 0}
+        self.counts = {"links": 0, "samples": 0, "paths": 0, "tests": 0, "names": 0,
+                       "messages": 0}
 
     def _tracked(self, pattern):
         """The files of the project, those included that are about to be."""
@@ -145,6 +164,14 @@ class Checker:
                 found.update(LITERAL.findall(text))
         return found
 
+    def _names(self):
+        """The names that occur in sources, whether as code or in a text."""
+        found = set()
+        for pattern in ("*.cpp", "*.h", "*.in", "*CMakeLists.txt", "*.cmake"):
+            for source in self._tracked(pattern):
+                found.update(NAME.findall(source.read_text(encoding="utf-8")))
+        return found
+
     def _complain(self, page, line, text):
         self.findings.append(f"{page.path.relative_to(self.root)}:{line}: {text}")
 
@@ -158,11 +185,12 @@ class Checker:
                 self._check_sample(page, line, language, source, text)
             for line, code in page.code_spans():
                 self._check_test(page, line, code)
+                self._check_names(page, line, code)
                 self._check_paths(page, line, code)
                 self._check_message(page, line, code)
             for line, text in page.indented:
                 self._check_paths(page, line, text)
-        self._check_reference(self.pages[self.root / "docs/configuration.md"])
+        self._check_references()
         return self.findings
 
     def _check_link(self, page, line, target):
@@ -211,15 +239,22 @@ class Checker:
         if not any(suite == known and name in ("*", test) for known, test in self.tests):
             self._complain(page, line, f"there is no test {code}")
 
-    def _check_reference(self, page):
-        named = {word for _, code in page.code_spans() for word in re.split(r"[^\w:-]+", code)}
-        for name, pattern in KNOWN_NAMES:
-            known = re.findall(pattern, (self.root / name).read_text(encoding="utf-8"))
+    def _check_names(self, page, line, code):
+        for name in NAME.findall(code):
+            self.counts["names"] += 1
+            if name not in self.names and name not in NAMES_OF_READERS:
+                self._complain(page, line, f"nothing is named {name}")
+
+    def _check_references(self):
+        for where, sources, pattern in KNOWN_NAMES:
+            page = self.pages[self.root / where]
+            named = {word for _, code in page.code_spans() for word in re.split(r"[^\w:-]+", code)}
+            known = {word for source in self._tracked(sources)
+                     for word in re.findall(pattern, source.read_text(encoding="utf-8"))}
             if not known:
-                self._complain(page, 1, f"nothing to compare with is found in {name}")
-            for word in known:
-                if word not in named:
-                    self._complain(page, 1, f"{name} knows {word}, which is not described")
+                self._complain(page, 1, f"nothing to compare with is found in {sources}")
+            for word in sorted(known - named):
+                self._complain(page, 1, f"{sources} knows {word}, which is not described")
 
     def _check_message(self, page, line, code):
         match = DIAGNOSTICS.fullmatch(code)

@@ -1,7 +1,9 @@
 #include "tools/CheckComponentRules.h"
 
 #include <algorithm>
+#include <memory>
 
+#include "appenders/LOGWriterAppender.h"
 #include "config/LOGComponentFactory.h"
 #include "tools/CheckPattern.h"
 #include "tools/CheckWords.h"
@@ -10,7 +12,6 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-constexpr const char* ROLLING = "LOGRollingFileAppender";
 constexpr const char* SYSLOG = "LOGSyslogAppender";
 constexpr const char* ASYNC = "LOGAsyncAppender";
 constexpr const char* TCP = "LOGTCPSocketAppender";
@@ -24,12 +25,12 @@ std::string assignment(const std::string& name, const std::string& value) {
   return name + "=" + CheckWords::quoted(value);
 }
 
-bool writesFile(const std::string& className) {
-  return className == "LOGFileAppender" || className == ROLLING;
-}
-
+/// An appender tells by itself whether it needs one, but for those that write text, which say no
+/// and write nothing without a layout.
 bool needsLayout(const std::string& className) {
-  return writesFile(className) || className == "LOGConsoleAppender" || className == SYSLOG;
+  const std::unique_ptr<LOGAppenderSkeleton> appender = LOGComponentFactory::newAppender(className);
+  return appender != nullptr && (appender->requiresLayout() != 0 ||
+                                 dynamic_cast<const LOGWriterAppender*>(appender.get()) != nullptr);
 }
 
 }  // namespace

@@ -28,11 +28,11 @@ void logOrders(LOGLogger* logger, int count) {
   }
 }
 
-void showFile(LOGLogger* logger) {
+bool showFile(LOGLogger* logger) {
   auto* const queue =
       dynamic_cast<LOGAsyncAppender*>(LOGManager::getRootLogger()->getAppender("QUEUE"));
   if (queue == nullptr) {
-    return;  // the document has no such appender
+    return false;  // the document has no such appender at the root
   }
   queue->setBufferSize(1024);  // events, for the largest burst; 128 otherwise
 
@@ -44,6 +44,7 @@ void showFile(LOGLogger* logger) {
   logOrders(logger, 5);
   LOG4ZEBConfigurator::shutdown();
   std::cout << "5 more, then shutdown(): " << linesInFile() << " lines in the file\n";
+  return true;
 }
 
 const char* yesOrNo(bool isSo) { return isSo ? "yes" : "no"; }
@@ -79,6 +80,9 @@ int main(int argumentCount, char** arguments) {
     return 1;
   }
   showWaiting();
-  showFile(LOGManager::getLogger("shop"));
+  if (!showFile(LOGManager::getLogger("shop"))) {
+    std::cerr << "asynchronous: the root logger has no asynchronous appender QUEUE\n";
+    return 1;
+  }
   return 0;
 }

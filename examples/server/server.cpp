@@ -20,15 +20,6 @@ namespace {
 
 constexpr int WORKERS = 4;
 
-/// Names a unit of work in the thread's diagnostic context while it lasts.
-class Context {
- public:
-  explicit Context(const std::string& name) { LOGNDC::push(name); }
-  Context(const Context&) = delete;
-  Context& operator=(const Context&) = delete;
-  ~Context() { LOGNDC::pop(); }
-};
-
 /// The next request waits here for whichever worker is free.
 class Queue {
  public:
@@ -61,7 +52,7 @@ class Worker {
 
  private:
   void handle(int request) {
-    const Context context("request " + std::to_string(request));
+    LOG4ZEB_NDC_SCOPE("request " + std::to_string(request));
     std::minstd_rand chance(static_cast<unsigned>(request));
     chance.discard(3);
     LOG4ZEB_DEBUG(m_io, "accepted " << chance() % 4096 << " bytes");
@@ -75,7 +66,7 @@ class Worker {
   }
 
   void query(std::minstd_rand& chance) {
-    const Context context("query");
+    LOG4ZEB_NDC_SCOPE("query");
     const auto milliseconds = chance() % 3;
     LOG4ZEB_DEBUG(m_db, "SELECT title, text FROM articles, pool of " << chance() % 8 + 1);
     std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
