@@ -83,10 +83,6 @@ constexpr std::size_t DEEPEST_REFERENCES = 64;
 // Each is compared with all others of its logger.
 constexpr std::size_t MOST_APPENDERS = 1000;
 
-// The table of loggers keeps each beginning of a name that ends before a dot.
-constexpr std::size_t LONGEST_LOGGER_NAME = 1024;
-constexpr std::ptrdiff_t MOST_DOTS = 64;
-
 /// The first lock of all: it serialises runs and shutdowns.
 ZEBThreadCriticalSection g_runLock;
 
@@ -107,11 +103,9 @@ bool isSet(const I18NString& attribute) { return !attribute.isEmpty() && attribu
 
 I18NString quoted(const I18NString& text) { return "\"" + text + "\""; }
 
-/// Reports a name that is not.
-bool isReasonableLoggerName(const I18NString& name) {
-  const std::string bytes = name.toStdString();
-  const bool isReasonable = name.length() <= LONGEST_LOGGER_NAME &&
-                            std::count(bytes.begin(), bytes.end(), '.') <= MOST_DOTS;
+/// Returns whether it is.
+bool reportUnlessReasonable(const I18NString& name) {
+  const bool isReasonable = LOGDOMConfigurator::isReasonableLoggerName(name);
   if (!isReasonable) {
     LOGLogLog::error("A logger's name is longer than 1024 characters or has more than 64 dots: [" +
                      name.substring(0, 80) + "...]");
@@ -228,6 +222,14 @@ int LOGDOMConfigurator::configure(const ZEBIDOM_Element& root) {
 void LOGDOMConfigurator::configureAndWatch(const I18NString&) {}
 
 void LOGDOMConfigurator::configureAndWatch(const I18NString&, unsigned int) {}
+
+bool LOGDOMConfigurator::isReasonableLoggerName(const I18NString& name) {
+  // The table of loggers keeps each beginning of a name that ends before a dot.
+  constexpr std::size_t LONGEST = 1024;
+  constexpr std::ptrdiff_t MOST_DOTS = 64;
+  const std::string bytes = name.toStdString();
+  return name.length() <= LONGEST && std::count(bytes.begin(), bytes.end(), '.') <= MOST_DOTS;
+}
 
 void LOGDOMConfigurator::applyProcIDtoFileAppender(int on) {
   const ZEBThreadGuard guard(g_runLock);
@@ -396,7 +398,7 @@ void LOGDOMConfigurator::parseLogger(const ZEBIDOM_Element& element) {
 }
 
 LOGLogger* LOGDOMConfigurator::findLogger(const I18NString& name, const I18NString& className) {
-  if (!isReasonableLoggerName(name)) {
+  if (!reportUnlessReasonable(name)) {
     return nullptr;
   }
   if (className.isEmpty()) {
@@ -732,7 +734,7 @@ void LOGDOMConfigurator::parseErrorHandlerChild(const ZEBIDOM_Element& child,
   } else if (tag == LOGGER_REF) {
     ZEB_ASSERT(m_repository, SOURCE, __LINE__);
     const I18NString name = child.getAttribute(REF_ATTR);
-    if (isReasonableLoggerName(name)) {
+    if (reportUnlessReasonable(name)) {
       handler.setLogger(m_repository->getLogger(name));
     }
   } else if (tag == ROOT_REF) {

@@ -54,6 +54,9 @@ class LOG4ZEB_EXPORT LOGDOMConfigurator : public LOGConfigurator, public ZEBThre
   int doConfigure(char* fileName, LOGLoggerRepository* repository);
   int doConfigure(const ZEBIDOM_Element& root, LOGLoggerRepository* repository);
 
+  /// Whether a document may name a logger so: not with more than 1024 characters or 64 dots.
+  static bool isReasonableLoggerName(const I18NString& name);
+
   /// Runs `operation` while no run and no shutdown of the configurator is under way.
   static void runExclusively(const std::function<void()>& operation);
 

@@ -4,6 +4,7 @@
 #include <map>
 #include <vector>
 
+#include "config/LOGDOMConfigurator.h"
 #include "config/LOGParameterTable.h"
 #include "platform/ZEBIDOM_NamedNodeMap.h"
 #include "tools/CheckWords.h"
@@ -19,10 +20,6 @@ struct Entry {
 };
 
 constexpr const char* ROOT_ELEMENT = "log4j:configuration";
-
-// What the configurator accepts in the name of a logger.
-constexpr std::size_t LONGEST_LOGGER_NAME = 1024;
-constexpr std::ptrdiff_t MOST_DOTS = 64;
 
 /// Where elements are read, and which attributes of theirs.
 const std::vector<Entry>& vocabulary() {
@@ -320,8 +317,7 @@ void CheckStructureRules::checkLogger(const ZEBIDOM_Element& element) {
         "this is a logger of the name \"root\" below the root logger, not the root logger itself",
         "<root>");
   }
-  if (element.getAttribute("name").length() > LONGEST_LOGGER_NAME ||
-      std::count(name.begin(), name.end(), '.') > MOST_DOTS) {
+  if (!LOGDOMConfigurator::isReasonableLoggerName(element.getAttribute("name"))) {
     m_findings.warn("logger-name", element, "name",
                     "the element is skipped: the name of a logger has no more than 1024 characters "
                     "and 64 dots",
