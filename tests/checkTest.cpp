@@ -152,7 +152,7 @@ const Mistake MISTAKES[] = {
     // Names and references.
     {13, R"(<appender name="FILE" class="LOGConsoleAppender">)", "duplicate-name",
      "an appender \"FILE\" in line 3 already", "another name", 3},
-    {21, R"(<appender-ref ref="CONSOL"/>)", "unknown-appender", "no appender \"CONSOL\"",
+    {21, R"(<appender-ref ref="CONSLOE"/>)", "unknown-appender", "no appender \"CONSLOE\"",
      "ref=\"CONSOLE\"", 3},
     {21, R"(<appender-ref ref="FILE"/>)", "unused-appender", "\"CONSOLE\" is never built",
      "<appender-ref ref=\"CONSOLE\"/>", 1, 13},
@@ -188,6 +188,7 @@ const Mistake MISTAKES[] = {
      "closed", "takes no events", "one element for each logger", 2, 21},
     // Levels and truth values.
     {20, R"(<level value="WARNING"/>)", "unknown-level", "it means DEBUG", "value=\"WARN\""},
+    {20, R"(<level value="INF"/>)", "unknown-level", "it means DEBUG", "value=\"INFO\""},
     {20, R"(<level value=" INFO"/>)", "unknown-level", "\" INFO\" is no level", "value=\"INFO\""},
     {20, R"(<level value="Inherited"/>)", "unknown-level", "it means DEBUG", "value=\"inherited\""},
     {20, R"(<level value="INFO" class="a.B"/>)", "level-class", "no effect", "no attribute class"},

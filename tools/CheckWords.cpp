@@ -5,22 +5,26 @@
 #include <cstdlib>
 #include <limits>
 #include <numeric>
+#include <utility>
 
 namespace {
 
 constexpr const char* BLANKS = " \t\r\n";
 
-/// How many letters have to be put in, taken out or replaced.
+/// How many letters have to be put in, taken out, replaced or exchanged with the next one.
 std::size_t distance(const std::string& a, const std::string& b) {
   std::vector<std::size_t> row(b.size() + 1);
   std::iota(row.begin(), row.end(), std::size_t{0});
+  std::vector<std::size_t> above = row;
   for (std::size_t i = 1; i <= a.size(); ++i) {
-    std::size_t diagonal = row[0];
+    const std::vector<std::size_t> aboveThat = std::exchange(above, row);
     row[0] = i;
     for (std::size_t j = 1; j <= b.size(); ++j) {
-      const std::size_t replaced = diagonal + (a[i - 1] == b[j - 1] ? 0 : 1);
-      diagonal = row[j];
-      row[j] = std::min({row[j] + 1, row[j - 1] + 1, replaced});
+      const std::size_t replaced = above[j - 1] + (a[i - 1] == b[j - 1] ? 0 : 1);
+      row[j] = std::min({above[j] + 1, row[j - 1] + 1, replaced});
+      if (i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1]) {
+        row[j] = std::min(row[j], aboveThat[j - 2] + 1);
+      }
     }
   }
   return row[b.size()];
@@ -59,7 +63,8 @@ std::optional<std::string> CheckWords::nearest(const std::string& word,
   constexpr std::size_t LONGEST = 100;
   const std::string meant = lower(trimmed(word));
   std::optional<std::string> best;
-  std::size_t least = std::min<std::size_t>(meant.size() / 4, 3) + 1;
+  const std::size_t most = meant.size() < 3 ? 0 : std::clamp<std::size_t>(meant.size() / 4, 1, 3);
+  std::size_t least = most + 1;
   for (const std::string& candidate : candidates) {
     const std::size_t far =
         meant.empty() || meant.size() > LONGEST ? least : distance(meant, lower(candidate));
