@@ -1,7 +1,9 @@
 #include "appenders/LOGRolledFile.h"
 
+#include <filesystem>
 #include <map>
 #include <string>
+#include <system_error>
 
 #include "platform/ZEBThreadGuard.h"
 #include "platform/ZEBThrowable.h"
@@ -10,7 +12,17 @@ namespace {
 
 ZEBThreadCriticalSection g_lock;
 
-/// By absolute name, guarded by g_lock. Never destroyed, because appenders may be used to the end
+/// The same for all names that lead to the file through other directories or links to them. A link
+/// in place of the file itself stays apart: a rollover renames the link.
+std::string identityOf(const I18NString& absoluteName) {
+  std::string name = absoluteName.toStdString();
+  const auto path = std::filesystem::u8path(name);
+  std::error_code error;
+  const auto directory = std::filesystem::weakly_canonical(path.parent_path(), error);
+  return error ? name : (directory / path.filename()).u8string();
+}
+
+/// By that identity, guarded by g_lock. Never destroyed, because appenders may be used to the end
 /// of the process.
 std::map<std::string, std::weak_ptr<LOGRolledFile>>& files() {
   static auto* const table = new std::map<std::string, std::weak_ptr<LOGRolledFile>>;
@@ -20,10 +32,10 @@ std::map<std::string, std::weak_ptr<LOGRolledFile>>& files() {
 }  // namespace
 
 std::shared_ptr<LOGRolledFile> LOGRolledFile::of(const I18NString& absoluteName) {
-  const std::string name = absoluteName.toStdString();
+  const std::string identity = identityOf(absoluteName);
   auto made = std::make_shared<LOGRolledFile>();  // whose destructor takes the lock
   const ZEBThreadGuard guard(g_lock);
-  std::weak_ptr<LOGRolledFile>& entry = files()[name];
+  std::weak_ptr<LOGRolledFile>& entry = files()[identity];
   std::shared_ptr<LOGRolledFile> known = entry.lock();
   if (known != nullptr) {
     return known;

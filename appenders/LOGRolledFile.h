@@ -12,8 +12,8 @@
 /// and how often that was done.
 class LOGRolledFile {
  public:
-  /// The one for the file of that name from the root; it lives as long as somebody has it. Throws
-  /// what memory and locks throw.
+  /// The one for the file of that name from the root, whichever way the name takes; it lives as
+  /// long as somebody has it. Throws what memory and locks throw.
   static std::shared_ptr<LOGRolledFile> of(const I18NString& absoluteName);
   LOGRolledFile() = default;
   LOGRolledFile(const LOGRolledFile&) = delete;
