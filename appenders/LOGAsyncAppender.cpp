@@ -285,7 +285,7 @@ void LOGAsyncAppender::enqueue(LOGLoggingEvent& event) {
   while (!bf.isWaitingEnded() && !isListLockedByOthers()) {
     // The usual case. Nobody holds the list's lock, or a delivery does, which this does not touch:
     // nobody could notice if it was taken here.
-    if (bf.hasSpace()) {
+    if (bf.hasSpace() || isAwaitedByDispatcher()) {
       zebTranslate(SOURCE, __LINE__, [&] { bf.putCopy(event); });
       return;
     }
@@ -296,6 +296,7 @@ void LOGAsyncAppender::enqueue(LOGLoggingEvent& event) {
     if (!std::exchange(hasWaited, true)) {
       LOGLogLog::debug(WAITING);
     }
+    const ZEBForkGate::Wait wait(ZEBForkGate::self(), m_parts->dispatcher.visitor());
     bf.waitForRoom(LONGEST_WAIT_FOR_ROOM);
   }
   if (hasWaited && bf.isWaitingEnded()) {
@@ -309,6 +310,11 @@ void LOGAsyncAppender::enqueue(LOGLoggingEvent& event) {
   if (isDispatcher || waitForSpace()) {
     zebTranslate(SOURCE, __LINE__, [&] { bf.putCopy(event); });
   }
+}
+
+bool LOGAsyncAppender::isAwaitedByDispatcher() const {
+  const ZEBForkGate::Visitor* const dispatcher = m_parts->dispatcher.visitor();
+  return dispatcher != nullptr && dispatcher->waitsFor(ZEBForkGate::self());
 }
 
 bool LOGAsyncAppender::isListLockedByOthers() const {

@@ -101,6 +101,8 @@ class LOG4ZEB_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
   void warnOfInterruption();
   void renewInChild();
   void startInChild();
+  /// Whether this thread, by waiting for space, would keep the dispatcher from making it.
+  bool isAwaitedByDispatcher() const;
   bool isListLockedByOthers() const;
   void enqueue(LOGLoggingEvent& event);
   std::shared_ptr<Parts> parts() const;

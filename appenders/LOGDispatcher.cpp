@@ -68,6 +68,7 @@ bool LOGDispatcher::isLeftByFork() {
     return false;
   }
   m_threadId = 0;
+  m_visitor = nullptr;
   return true;
 }
 
@@ -80,6 +81,7 @@ void LOGDispatcher::startInChild() {
 void LOGDispatcher::run() {
   ZEB_ASSERT(m_bf, SOURCE, 55);
   m_threadId = ZEBThread::currentThreadId();
+  m_visitor = &ZEBForkGate::self();
   bool goesOn = true;
   while (goesOn) {
     m_bf->yieldToResize();

@@ -8,6 +8,7 @@
 
 #include "appenders/LOGAsyncAppender.h"
 #include "platform/ZEBFmFile.h"
+#include "platform/ZEBForkGate.h"
 #include "platform/ZEBThread.h"
 
 class LOGAppenderAttachableImpl;
@@ -29,6 +30,8 @@ class LOG4ZEB_EXPORT LOGDispatcher : public ZEBThread {
   void run() override;
   /// Whether the calling thread is this one.
   bool isCurrentThread() const;
+  /// What the thread is for locks, nullptr before it runs.
+  const ZEBForkGate::Visitor* visitor() const { return m_visitor; }
 
   /// In the child of a fork, whether the thread was left behind in the parent. Where it has forked
   /// itself it goes on.
@@ -67,6 +70,7 @@ class LOG4ZEB_EXPORT LOGDispatcher : public ZEBThread {
   int m_eventsBetweenLooks = 1;
   std::atomic<int> interrupted{0};
   std::atomic<std::uint64_t> m_threadId{0};
+  std::atomic<const ZEBForkGate::Visitor*> m_visitor{nullptr};
 };
 
 #endif

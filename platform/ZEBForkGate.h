@@ -28,12 +28,35 @@ class ZEBForkGate {
     /// Whether the thread is one of a process that this one was forked from.
     bool isGone() const noexcept { return m_isGone.load(std::memory_order_relaxed); }
 
+    /// Says which thread this one waits for, or nullptr once it goes on.
+    void setAwaited(const Visitor* awaited) noexcept {
+      m_awaited.store(awaited, std::memory_order_relaxed);
+    }
+    /// Whether the thread waits for `other`, perhaps through further threads. What is said may just
+    /// have changed.
+    bool waitsFor(const Visitor& other) const noexcept;
+
    private:
     friend class ZEBForkGate;
     std::atomic<int> m_locks{0};  // changed by the thread itself
     std::atomic<bool> m_isGone{false};
     std::atomic<bool> m_isUsed{true};  // by a thread that has not ended
+    std::atomic<const Visitor*> m_awaited{nullptr};
     Visitor* m_next = nullptr;
+  };
+
+  /// While one lives, its thread is said to wait for `awaited`.
+  class Wait {
+   public:
+    Wait(Visitor& visitor, const Visitor* awaited) noexcept : m_visitor(visitor) {
+      m_visitor.setAwaited(awaited);
+    }
+    Wait(const Wait&) = delete;
+    Wait& operator=(const Wait&) = delete;
+    ~Wait() { m_visitor.setAwaited(nullptr); }
+
+   private:
+    Visitor& m_visitor;
   };
 
   /// Stands for a lock of the library, for one that is none of ZEBThreadCriticalSection.
@@ -66,6 +89,7 @@ class ZEBForkGate {
   /// The calling thread, which `cache`, a variable of the thread, keeps until the thread ends.
   /// Throws std::bad_alloc.
   static Visitor& join(Visitor*& cache);
+  static Visitor& self();
   /// Whether a thread that has come in to take its first lock must leave it again, and wait.
   static bool turnsAway(const Visitor& visitor) noexcept {
     return s_isClosed.load() && mustWait(visitor);
@@ -84,7 +108,6 @@ class ZEBForkGate {
  private:
   class ThreadEnd;
 
-  static Visitor& self();
   static Visitor* findUnused() noexcept;
   static bool mustWait(const Visitor& visitor) noexcept;
   static void waitUntilAllRest(const Visitor& forking);

@@ -124,6 +124,7 @@ void ZEBThreadCriticalSection::sleepUntilTaken(Mark self) {
     if (takes) {
       return;
     }
+    const ZEBForkGate::Wait wait(*holderIn(self), holderIn(found));
     place.sleep();
   }
 }

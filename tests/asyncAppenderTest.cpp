@@ -181,6 +181,39 @@ TEST_F(AsyncAppenderTest, HandsOverWhatItHeldBackInOrderAndHoldsBackNothingLogge
   logger->removeAllAppenders();
 }
 
+TEST_F(AsyncAppenderTest, TakesFromAFullQueueWhatIsLoggedFromWithin) {
+  LOGAsyncAppender next;
+  next.setName("next");
+  capture.onAppend = [&](LOGLoggingEvent*) {
+    if (capture.messages.back() == "x") {
+      logger->info("y");  // takes the lock that who waits for space holds
+    }
+  };
+  async.setBufferSize(2);
+  next.setBufferSize(2);
+  async.addAppender(&next);
+  next.addAppender(&capture);
+  constexpr int THREADS = 3;
+  constexpr int EVENTS = 2000;
+  std::vector<std::thread> callers;
+  for (int t = 0; t < THREADS; ++t) {
+    callers.emplace_back([this] {
+      for (int i = 0; i < EVENTS; ++i) {
+        logger->info("x");
+      }
+    });
+  }
+  for (std::thread& caller : callers) {
+    caller.join();
+  }
+  for (LOGAsyncAppender* const flushed : {&async, &next, &async, &next}) {
+    EXPECT_EQ(flushed->flush(20000), 1);
+  }
+  EXPECT_EQ(capture.messages.size(), 2U * THREADS * EVENTS);
+  async.close();
+  next.close();
+}
+
 TEST_F(AsyncAppenderTest, ResizesAnIdleQueueAtOnceAndTakesACapacityBelowOneAsOne) {
   async.addAppender(&capture);
   logger->info("starts the dispatcher");
