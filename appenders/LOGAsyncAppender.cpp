@@ -331,6 +331,13 @@ void LOGAsyncAppender::flushReachable(const std::vector<LOGAppenderSkeleton*>& a
                 [milliseconds](LOGAsyncAppender* async) { async->flush(milliseconds); });
 }
 
+bool LOGAsyncAppender::reaches(LOGAppenderSkeleton* from, const LOGAsyncAppender& to) {
+  std::set<const LOGAppenderSkeleton*> seen;
+  std::vector<LOGAsyncAppender*> order;
+  collectReachable({from}, seen, order);
+  return seen.count(&to) != 0;
+}
+
 void LOGAsyncAppender::addAppender(LOGAppenderSkeleton* newAppender) {
   underListLock(m_aai, ADD_TEXTS, [&] { m_aai.addAppender(newAppender); });
 }

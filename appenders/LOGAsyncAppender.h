@@ -51,6 +51,8 @@ class LOG4ZEB_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
   /// Gives every asynchronous appender among these, and among those attached to one of them, up to
   /// that time each: none before those that pass events on to it.
   static void flushReachable(const std::vector<LOGAppenderSkeleton*>& appenders, int milliseconds);
+  /// Whether `from` is `to`, or passes events on to it, perhaps through others.
+  static bool reaches(LOGAppenderSkeleton* from, const LOGAsyncAppender& to);
 
   /// The capacity of the queue in events. What is queued beyond a smaller one stays queued. 0 once
   /// closed. Setting throws ZEBAssertError then.

@@ -852,7 +852,33 @@ LOGAppenderSkeleton* LOGDOMConfigurator::usableAppender(const I18NString& name) 
   return isUsable ? known : nullptr;
 }
 
+void LOGDOMConfigurator::rebuildBehind(LOGAppenderSkeleton& holder,
+                                       std::set<const LOGAppenderSkeleton*>& seen) {
+  auto* const async = dynamic_cast<LOGAsyncAppender*>(&holder);
+  if (async == nullptr || async->isStale() != 0 || isRetired(*async) ||
+      !seen.insert(async).second) {
+    return;
+  }
+  for (LOGAppenderSkeleton* attached : async->getAAI()->snapshot()) {
+    const I18NString& name = attached->getName();
+    if ((attached->isStale() != 0 || isRetired(*attached)) && m_appenderElements.count(name) != 0) {
+      attached = findAppenderByName(name);
+    }
+    if (attached != nullptr) {
+      rebuildBehind(*attached, seen);
+    }
+  }
+}
+
 void LOGDOMConfigurator::endRun() {
+  contained([this] {
+    std::set<const LOGAppenderSkeleton*> seen;
+    for (const LOGLogger* const logger : allLoggers()) {
+      for (LOGAppenderSkeleton* const appender : logger->snapshotOfAppenders()) {
+        rebuildBehind(*appender, seen);
+      }
+    }
+  });
   m_appenderElements.clear();
   for (LOGLogger* const logger : allLoggers()) {
     contained([&] {
@@ -886,7 +912,11 @@ void LOGDOMConfigurator::replaceUnusableAppenders(
       continue;
     }
     LOGAppenderSkeleton* const live = usableAppender(appender->getName());
-    if (live != nullptr) {
+    const auto* const async = dynamic_cast<const LOGAsyncAppender*>(&holder);
+    // An order that the document has turned round must not have events go round for ever.
+    const bool isCircle =
+        live != nullptr && async != nullptr && LOGAsyncAppender::reaches(live, *async);
+    if (live != nullptr && !isCircle) {
       holder.removeAppender(appender);
       holder.addAppender(live);
     }

@@ -5,6 +5,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <set>
 #include <vector>
 
 #include "config/LOGConfigurator.h"
@@ -142,6 +143,9 @@ class LOG4ZEB_EXPORT LOGDOMConfigurator : public LOGConfigurator, public ZEBThre
   void retireAppendersOf(const LOGLogger& logger);
   bool isRetired(const LOGAppenderSkeleton& appender) const;
   LOGAppenderSkeleton* usableAppender(const I18NString& name) const;
+  /// Builds what the document has for appenders that are behind one in use and cannot stay there,
+  /// because loggers had them too.
+  void rebuildBehind(LOGAppenderSkeleton& holder, std::set<const LOGAppenderSkeleton*>& seen);
   void replaceUnusableAppenders(LOGAppenderAttachable& holder,
                                 const std::vector<LOGAppenderSkeleton*>& attached) const;
   void closeRetiredAppenders();

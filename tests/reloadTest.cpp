@@ -149,6 +149,34 @@ TEST(Reload, LeavesNoSocketOpen) {
   }
 }
 
+TEST(Reload, KeepsWhatIsBehindAnAsynchronousAppenderAtWork) {
+  Workplace workplace;
+  const auto async = [](const std::string& name, const std::string& next) {
+    return "<appender name='" + name + "' class='LOGAsyncAppender'><appender-ref ref='" + next +
+           "'/></appender>";
+  };
+  const auto logWith = [](const std::string& text, const std::string& appenders) {
+    Workplace::configure(
+        "<appender name='F' class='LOGFileAppender'><param name='File' "
+        "value='f.log'/><layout class='LOGSimpleLayout'/></appender>" +
+        appenders + "</root>");
+    LOGManager::getLogger("behind")->info(text);
+  };
+  const std::string direct = "<root><appender-ref ref='F'/>";
+  const std::string chained =
+      async("A", "F") + async("B", "A") + async("C", "B") + "<root><appender-ref ref='C'/>";
+  logWith("1", chained);
+  logWith("2", direct);
+  logWith("3", chained);  // A is used again, and F was taken from the root meanwhile
+  logWith("4", async("A", "F") + "<root><appender-ref ref='A'/>");
+  logWith("5", async("A", "B") + async("B", "F") + "<root><appender-ref ref='A'/>");
+  EXPECT_TRUE(eventually([] {
+    return Workplace::diagnosticsWith("Attempted to append to closed appender named [A]") == 1;
+  })) << "B, used again as it is, does not pass events back to A";
+  LOG4ZEBConfigurator::shutdown();
+  EXPECT_EQ(Workplace::lines("f.log").size(), 4U);
+}
+
 class AsyncReload : public testing::TestWithParam<bool> {};
 
 TEST_P(AsyncReload, LosesNoLineBehindAnAsynchronousAppender) {
