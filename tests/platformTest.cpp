@@ -24,11 +24,13 @@
 #include <vector>
 
 #include "platform/ZEBAssertError.h"
+#include "platform/ZEBDatagramSocket.h"
 #include "platform/ZEBFileLockRW.h"
 #include "platform/ZEBFmDir.h"
 #include "platform/ZEBFmFile.h"
 #include "platform/ZEBList.h"
 #include "platform/ZEBSharedLibrary.h"
+#include "platform/ZEBSocketAddress.h"
 #include "platform/ZEBSystemError.h"
 #include "platform/ZEBThread.h"
 #include "platform/ZEBThreadGuard.h"
@@ -376,6 +378,8 @@ TEST_F(FmFile, NeitherClosesNorTakesTheStandardStreams) {
     held = held && attached.attachStandard(ZEBFmFile::STANDARD_OUTPUT) == 0;
     ZEBFmFile file;
     held = held && file.open("log", ZEBFmFile::APPEND) == 1;
+    ZEBDatagramSocket socket;
+    held = held && socket.open(ZEBSocketAddress("127.0.0.1")) == 1 && dup(STDOUT_FILENO) == -1;
     return held && ::write(STDOUT_FILENO, "x", 1) == -1;
   });
 }

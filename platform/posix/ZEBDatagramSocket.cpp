@@ -8,6 +8,7 @@
 #include <cerrno>
 
 #include "platform/ZEBSocketAddress.h"
+#include "platform/posix/BeyondStandardStreams.h"
 
 namespace {
 
@@ -35,7 +36,7 @@ int ZEBDatagramSocket::succeeded(bool success) noexcept {
 int ZEBDatagramSocket::open(const ZEBSocketAddress& address) {
   close();
   const int family = address.isIPv6() != 0 ? AF_INET6 : AF_INET;
-  m_socket = ::socket(family, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+  m_socket = beyondStandardStreams(::socket(family, SOCK_DGRAM | SOCK_CLOEXEC, 0));
   return succeeded(m_socket != INVALID);
 }
 

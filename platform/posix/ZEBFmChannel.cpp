@@ -18,6 +18,7 @@
 #include <utility>
 
 #include "platform/ZEBFmFile.h"
+#include "platform/posix/BeyondStandardStreams.h"
 #include "platform/posix/Uninterrupted.h"
 
 namespace {
@@ -131,19 +132,10 @@ ZEBFmChannel::Opened ZEBFmChannel::open(const I18NString& name, bool truncate) {
   const int flags = O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | (truncate ? O_TRUNC : 0);
   const std::string path = name.toStdString();
   constexpr mode_t PERMISSIONS = 0666;
-  int descriptor = uninterrupted([&] { return ::open(path.c_str(), flags, PERMISSIONS); });
+  const int descriptor = beyondStandardStreams(
+      uninterrupted([&] { return ::open(path.c_str(), flags, PERMISSIONS); }));
   if (descriptor < 0) {
     return {nullptr, errno};
-  }
-  if (descriptor <= STDERR_FILENO) {
-    // The program runs without some standard stream; its output must not end up in this file.
-    const int moved = fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
-    const int error = errno;
-    ::close(descriptor);
-    if (moved < 0) {
-      return {nullptr, error};
-    }
-    descriptor = moved;
   }
   return {std::make_unique<ZEBFmChannel>(descriptor, true), 0};
 }
