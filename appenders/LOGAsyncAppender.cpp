@@ -305,7 +305,23 @@ void LOGAsyncAppender::enqueue(LOGLoggingEvent& event) {
   if (!isDispatcher) {
     waitForTurn();
   }
-  const ZEBThreadGuard guard(m_aai.getCriticalSection());
+  // Not waited for as other locks are: the dispatcher may get it first, and then wait for one that
+  // this thread holds.
+  ZEBThreadCriticalSection& list = m_aai.getCriticalSection();
+  while (!list.tryEnter()) {
+    if (isAwaitedByDispatcher() || (m_isDelivering && bf.hasSpace())) {
+      zebTranslate(SOURCE, __LINE__, [&] { bf.putCopy(event); });
+      return;
+    }
+    if (list.isLeftByFork()) {
+      list.enter();
+      break;
+    }
+    const ZEBForkGate::Rest rest;
+    ZEBThread::sleep(1);
+  }
+  const ZEBThreadGuard guard(list);
+  list.leave();  // once of twice
   // The thread that makes space cannot wait for it.
   if (isDispatcher || waitForSpace()) {
     zebTranslate(SOURCE, __LINE__, [&] { bf.putCopy(event); });

@@ -87,6 +87,24 @@ LOG4ZEB_HOT void ZEBThreadCriticalSection::enter() {
   }
 }
 
+bool ZEBThreadCriticalSection::tryEnter() {
+  ZEBForkGate::Visitor& visitor = currentVisitor();
+  if (isHeldHere()) {
+    ++m_depth;
+    return true;
+  }
+  visitor.comeIn(std::memory_order_seq_cst);
+  Mark found = 0;
+  if (!ZEBForkGate::turnsAway(visitor) &&
+      m_state.compare_exchange_strong(found, markOf(&visitor), std::memory_order_seq_cst,
+                                      std::memory_order_relaxed)) {
+    m_depth = 1;
+    return true;
+  }
+  visitor.goOut();
+  return false;
+}
+
 void ZEBThreadCriticalSection::waitFor(Mark self) {
   for (int i = 0; i < ATTEMPTS_AWAKE; ++i) {
     Mark nobody = 0;

@@ -19,6 +19,8 @@ class LOG4ZEB_EXPORT ZEBThreadCriticalSection {
 
   /// Waits for the lock. Throws ZEBSystemError when the operating system refuses.
   void enter();
+  /// Takes the lock unless another thread holds it or a fork is under way. Returns whether it did.
+  bool tryEnter();
   /// REQUIRES: the calling thread holds the lock.
   void leave() noexcept;
   /// Whether another thread holds the lock now.
