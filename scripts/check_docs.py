@@ -140,10 +140,10 @@ class Checker:
                        "messages": 0}
 
     def _tracked(self, pattern):
-        """The files of the project, those included that are about to be."""
+        """The files of the project, whoever owns them, those included that are about to be."""
         names = subprocess.run(
-            ["git", "-C", self.root, "ls-files", "-z", "--cached", "--others",
-             "--exclude-standard", "--", pattern],
+            ["git", "-c", "safe.directory=*", "-C", self.root, "ls-files", "-z", "--cached",
+             "--others", "--exclude-standard", "--", pattern],
             check=True, capture_output=True, text=True).stdout.split("\0")
         return [path for path in (self.root / name for name in names if name) if path.is_file()]
 
