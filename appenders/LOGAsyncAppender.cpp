@@ -22,6 +22,10 @@ constexpr unsigned int LONGEST_PAUSE = 10000;  // milliseconds; ended early when
 /// In milliseconds, how long a thread lets the dispatcher of a full queue go on before it looks
 /// whether there is any space, should there not be much.
 constexpr unsigned int LONGEST_WAIT_FOR_ROOM = 10;
+/// After so many milliseconds without any progress a thread believes that the dispatcher waits for
+/// it. What threads say of each other may be out of date until they get a processor, and a queue
+/// must not grow beyond its size for that.
+constexpr unsigned int WAIT_IN_VAIN = 50;
 constexpr const char* WAITING = "Waiting for free space in buffer, ";
 
 constexpr LOGFailureTexts CLOSE_TEXTS{
@@ -282,10 +286,11 @@ void LOGAsyncAppender::enqueue(LOGLoggingEvent& event) {
   LOGBoundedFIFO& bf = m_parts->bf;
   const bool isDispatcher = m_parts->dispatcher.isCurrentThread();
   bool hasWaited = false;
+  unsigned int waited = 0;
   while (!bf.isWaitingEnded() && !isListLockedByOthers()) {
     // The usual case. Nobody holds the list's lock, or a delivery does, which this does not touch:
     // nobody could notice if it was taken here.
-    if (bf.hasSpace() || isAwaitedByDispatcher()) {
+    if (bf.hasSpace() || (waited >= WAIT_IN_VAIN && isAwaitedByDispatcher())) {
       zebTranslate(SOURCE, __LINE__, [&] { bf.putCopy(event); });
       return;
     }
@@ -298,6 +303,7 @@ void LOGAsyncAppender::enqueue(LOGLoggingEvent& event) {
     }
     const ZEBForkGate::Wait wait(ZEBForkGate::self(), m_parts->dispatcher.visitor());
     bf.waitForRoom(LONGEST_WAIT_FOR_ROOM);
+    waited += LONGEST_WAIT_FOR_ROOM;
   }
   if (hasWaited && bf.isWaitingEnded()) {
     warnOfInterruption();
@@ -308,8 +314,8 @@ void LOGAsyncAppender::enqueue(LOGLoggingEvent& event) {
   // Not waited for as other locks are: the dispatcher may get it first, and then wait for one that
   // this thread holds.
   ZEBThreadCriticalSection& list = m_aai.getCriticalSection();
-  while (!list.tryEnter()) {
-    if (isAwaitedByDispatcher() || (m_isDelivering && bf.hasSpace())) {
+  for (waited = 0; !list.tryEnter(); ++waited) {
+    if ((waited >= WAIT_IN_VAIN && isAwaitedByDispatcher()) || (m_isDelivering && bf.hasSpace())) {
       zebTranslate(SOURCE, __LINE__, [&] { bf.putCopy(event); });
       return;
     }
