@@ -56,6 +56,7 @@ class LOG4ZEB_EXPORT LOGRollingFileAppender : public LOGFileAppender {
   bool hasBeenRolledOver() const;
   /// Opens the file that the other one has begun.
   void follow();
+  /// Opens the file without emptying it, now or, where that fails, with the next event.
   void reopenAppending();
   void rollOverUnlessDone();
   I18NString backupName(const I18NString& base, int index) const;

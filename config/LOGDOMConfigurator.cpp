@@ -103,7 +103,7 @@ bool isSet(const I18NString& attribute) { return !attribute.isEmpty() && attribu
 
 I18NString quoted(const I18NString& text) { return "\"" + text + "\""; }
 
-/// Returns whether it is.
+/// Reports a name that a document may not give a logger. Returns whether it may.
 bool reportUnlessReasonable(const I18NString& name) {
   const bool isReasonable = LOGDOMConfigurator::isReasonableLoggerName(name);
   if (!isReasonable) {
