@@ -10,8 +10,8 @@
 /// a call of the operating system, where it changes nothing of the library's. What such a thread
 /// holds is free in the child.
 ///
-/// Where the system has no forks the gate is always open. What it knows of each thread also tells who
-/// waits for whom, so that nobody waits for a thread that waits for him.
+/// Where the system has no forks the gate is always open. What it knows of each thread also tells
+/// who waits for whom, so that nobody waits for a thread that waits for him.
 class ZEBForkGate {
  public:
   /// A thread that has held one of the library's locks. Never destroyed; a thread that ends leaves
