@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <set>
-#include <utility>
 
 #include "appenders/LOGBoundedFIFO.h"
 #include "appenders/LOGDispatcher.h"
@@ -11,6 +10,7 @@
 #include "core/LOGLoggingEvent.h"
 #include "platform/ZEBAssertError.h"
 #include "platform/ZEBForkGate.h"
+#include "platform/ZEBThread.h"
 #include "platform/ZEBThreadGuard.h"
 #include "platform/ZEBTranslate.h"
 
@@ -283,55 +283,72 @@ void LOGAsyncAppender::enqueue(LOGLoggingEvent& event) {
   if (locationInfo != 0) {
     event.getLocationInformation();
   }
-  LOGBoundedFIFO& bf = m_parts->bf;
+  if (putBesideList(event)) {
+    return;
+  }
   const bool isDispatcher = m_parts->dispatcher.isCurrentThread();
-  bool hasWaited = false;
+  if (!isDispatcher) {
+    waitForTurn();
+  }
+  if (!enterList()) {
+    put(event);
+    return;
+  }
+  const ZEBThreadGuard guard(m_aai.getCriticalSection(), ZEBThreadGuard::Held());
+  // The thread that makes space cannot wait for it.
+  if (isDispatcher || waitForSpace()) {
+    put(event);
+  }
+}
+
+void LOGAsyncAppender::put(const LOGLoggingEvent& event) {
+  zebTranslate(SOURCE, __LINE__, [&] { m_parts->bf.putCopy(event); });
+}
+
+bool LOGAsyncAppender::putBesideList(const LOGLoggingEvent& event) {
+  LOGBoundedFIFO& bf = m_parts->bf;
   unsigned int waited = 0;
   while (!bf.isWaitingEnded() && !isListLockedByOthers()) {
     // The usual case. Nobody holds the list's lock, or a delivery does, which this does not touch:
     // nobody could notice if it was taken here.
     if (bf.hasSpace() || (waited >= WAIT_IN_VAIN && isAwaitedByDispatcher())) {
-      zebTranslate(SOURCE, __LINE__, [&] { bf.putCopy(event); });
-      return;
+      put(event);
+      return true;
     }
-    if (isDispatcher || (!m_isDelivering && !m_dispatcherWaits)) {
+    if (m_parts->dispatcher.isCurrentThread() || (!m_isDelivering && !m_dispatcherWaits)) {
       break;
     }
     // The dispatcher is at work, and would have to wait for a lock that was taken here.
-    if (!std::exchange(hasWaited, true)) {
+    if (waited == 0) {
       LOGLogLog::debug(WAITING);
     }
     const ZEBForkGate::Wait wait(ZEBForkGate::self(), m_parts->dispatcher.visitor());
     bf.waitForRoom(LONGEST_WAIT_FOR_ROOM);
     waited += LONGEST_WAIT_FOR_ROOM;
   }
-  if (hasWaited && bf.isWaitingEnded()) {
+  if (waited > 0 && bf.isWaitingEnded()) {
     warnOfInterruption();
   }
-  if (!isDispatcher) {
-    waitForTurn();
-  }
+  return false;
+}
+
+bool LOGAsyncAppender::enterList() {
   // Not waited for as other locks are: the dispatcher may get it first, and then wait for one that
   // this thread holds.
   ZEBThreadCriticalSection& list = m_aai.getCriticalSection();
-  for (waited = 0; !list.tryEnter(); ++waited) {
-    if ((waited >= WAIT_IN_VAIN && isAwaitedByDispatcher()) || (m_isDelivering && bf.hasSpace())) {
-      zebTranslate(SOURCE, __LINE__, [&] { bf.putCopy(event); });
-      return;
+  for (unsigned int waited = 0; !list.tryEnter(); ++waited) {
+    if ((waited >= WAIT_IN_VAIN && isAwaitedByDispatcher()) ||
+        (m_isDelivering && m_parts->bf.hasSpace())) {
+      return false;
     }
     if (list.isLeftByFork()) {
       list.enter();
-      break;
+      return true;
     }
     const ZEBForkGate::Rest rest;
     ZEBThread::sleep(1);
   }
-  const ZEBThreadGuard guard(list);
-  list.leave();  // once of twice
-  // The thread that makes space cannot wait for it.
-  if (isDispatcher || waitForSpace()) {
-    zebTranslate(SOURCE, __LINE__, [&] { bf.putCopy(event); });
-  }
+  return true;
 }
 
 bool LOGAsyncAppender::isAwaitedByDispatcher() const {

@@ -107,6 +107,14 @@ class LOG4ZEB_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
   bool isAwaitedByDispatcher() const;
   bool isListLockedByOthers() const;
   void enqueue(LOGLoggingEvent& event);
+  /// Queues a copy, whatever the capacity.
+  void put(const LOGLoggingEvent& event);
+  /// Queues the event, when there is space for it, unless the list's lock has to be taken first.
+  /// Returns whether it did.
+  bool putBesideList(const LOGLoggingEvent& event);
+  /// Takes the list's lock. Returns whether it did; without it there is space for the event, or the
+  /// dispatcher waits for this thread.
+  bool enterList();
   std::shared_ptr<Parts> parts() const;
   static void end(Parts& parts);
   bool mayStart() const { return m_closed != 0 && !m_closeRequested && m_stale != 1; }
