@@ -184,6 +184,9 @@ const Mistake MISTAKES[] = {
      "name=\"shop\""},
     {22, R"(</logger><logger name="shop"/>)", "duplicate-name", "replace those given before",
      "one element"},
+    {19,
+     R"(<logger name="shop.db"/><logger name="shopping"/><logger name="shop" additivity="false">)",
+     "logger-order", "\"shop.db\" is described before \"shop\"", "this element before"},
     {22, R"(</logger><logger name="a"><appender-ref ref="CONSOLE"/></logger><logger name="a"/>)",
      "closed", "takes no events", "one element for each logger", 2, 21},
     // Levels and truth values.
