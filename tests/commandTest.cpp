@@ -132,7 +132,7 @@ TEST(Command, NamesWhatIsWrongWithTheDocument) {
     EXPECT_FALSE(mentions(outcome.errors, "lines read")) << document;
     return outcome.errors;
   };
-  EXPECT_TRUE(mentions(complaint("<log4j:configuration><root>"), "cannot apply"));
+  EXPECT_TRUE(mentions(complaint("<log4j:configuration><root>"), "log4zeb check bad.xml"));
   EXPECT_TRUE(mentions(complaint("<wrong><root/></wrong>"), "cannot apply"));
   EXPECT_TRUE(mentions(complaint(""), "cannot apply"));
   EXPECT_TRUE(mentions(complaint("<log4j:configuration/>"), "configures nothing"));
@@ -175,6 +175,7 @@ TEST(Command, RefusesBadArguments) {
         logCommand({"--watch", "--watch-delay", "0"})}) {
     EXPECT_EQ(run(arguments, "lost\n").exitCode, 2);
   }
+  EXPECT_TRUE(mentions(run({"nonsense"}).errors, "no subcommand 'nonsense'"));
   EXPECT_TRUE(mentions(run(logCommand({"--level", "LOUD"})).errors, "'LOUD' is not a level"));
   EXPECT_FALSE(std::filesystem::exists(LOG_FILE));
 }

@@ -19,33 +19,45 @@ using Words = std::vector<std::string>;
 /// Options that the classes have and that a document does not set, or under another name.
 struct Advice {
   const char* kind;  // the element that the param stands in
+  const char* of;    // a part of the names of the classes that it is for
   const char* name;
   const char* instead;
 };
+constexpr const char* BUFFERED =
+    "setBufferedIO(1) in the program, which loses what is in the buffer when it is killed; from a "
+    "document every event is written at once";
+constexpr const char* RECORDS_STAY_HERE =
+    "nothing: records go to this machine; LOGSyslogAppender sends to others";
 constexpr Advice ADVICE[] = {
-    {"appender", "threshold",
+    {"appender", "", "threshold",
      "<filter class=\"LOGLevelRangeFilter\"> with LevelMin; a threshold that a program sets is an "
      "upper bound"},
-    {"appender", "target", "setTarget(\"err\") in the program; a document means standard output"},
-    {"appender", "bufferedio",
-     "setBufferedIO(1) in the program, which loses what is in the buffer when it is killed; from a "
-     "document every event is written at once"},
-    {"appender", "buffersize", "setBufferSize in the program; from a document a queue holds 128"},
-    {"appender", "immediateflush", "nothing: from a document every event is written at once"},
-    {"appender", "encoding", "nothing: everything is written in UTF-8"},
-    {"appender", "maxfilesize", "name=\"MaximumFileSize\", in bytes"},
-    {"appender", "filename", "name=\"File\""},
-    {"appender", "sysloghost", "name=\"Host\""},
-    {"appender", "remotehost", "name=\"Host\""},
-    {"appender", "port", "nothing: syslog datagrams go to port 514"},
-    {"appender", "facilityprinting", "setFacilityPrinting(1) in the program"},
-    {"layout", "title", "log4zeb page --title"},
-    {"layout", "locationinfo", "nothing: locations are not recorded"},
-    {"layout", "timezone", "nothing: dates are in the local time of the process"},
-    {"layout", "pattern", "name=\"ConversionPattern\""},
-    {"layout", "threadprinting", "class=\"LOGPatternLayout\" with %t where it is wanted"},
-    {"layout", "contextprinting", "class=\"LOGPatternLayout\" with %x where it is wanted"},
-    {"filter", "acceptonmatch",
+    {"appender", "Console", "target",
+     "setTarget(\"err\") in the program; a document means standard output"},
+    {"appender", "FileAppender", "bufferedio", BUFFERED},
+    {"appender", "Async", "buffersize",
+     "setBufferSize in the program; from a document a queue holds 128"},
+    {"appender", "FileAppender", "buffersize", BUFFERED},
+    {"appender", "", "immediateflush", "nothing: from a document every event is written at once"},
+    {"appender", "", "encoding", "nothing: everything is written in UTF-8"},
+    {"appender", "Rolling", "maxfilesize", "name=\"MaximumFileSize\", in bytes"},
+    {"appender", "FileAppender", "filename", "name=\"File\""},
+    {"appender", "", "maxfilesize",
+     "class=\"LOGRollingFileAppender\", with MaximumFileSize in bytes"},
+    {"appender", "LocalUDP", "host", RECORDS_STAY_HERE},
+    {"appender", "LocalUDP", "remotehost", RECORDS_STAY_HERE},
+    {"appender", "Syslog", "sysloghost", "name=\"Host\""},
+    {"appender", "Syslog", "remotehost", "name=\"Host\""},
+    {"appender", "Syslog", "port", "nothing: syslog datagrams go to port 514"},
+    {"appender", "Syslog", "facilityprinting", "setFacilityPrinting(1) in the program"},
+    {"layout", "", "title", "log4zeb page --title"},
+    {"layout", "", "locationinfo", "nothing: locations are not recorded"},
+    {"layout", "", "timezone", "nothing: dates are in the local time of the process"},
+    {"layout", "Pattern", "pattern", "name=\"ConversionPattern\""},
+    {"layout", "", "pattern", "class=\"LOGPatternLayout\", with ConversionPattern"},
+    {"layout", "", "threadprinting", "class=\"LOGPatternLayout\" with %t where it is wanted"},
+    {"layout", "", "contextprinting", "class=\"LOGPatternLayout\" with %x where it is wanted"},
+    {"filter", "", "acceptonmatch",
      "nothing to accept what matches; a document cannot make a filter deny what matches"},
 };
 
@@ -175,7 +187,8 @@ void CheckParamRules::warnOfIgnored(const ZEBIDOM_Element& param, const std::str
   const auto meant = CheckWords::nearest(given, names);
   const auto advice =
       std::find_if(std::begin(ADVICE), std::end(ADVICE), [&](const Advice& candidate) {
-        return kind == candidate.kind && CheckWords::lower(given) == candidate.name;
+        return kind == candidate.kind && className.find(candidate.of) != std::string::npos &&
+               CheckWords::lower(given) == candidate.name;
       });
   if (meant && CheckWords::lower(*meant) == CheckWords::lower(CheckWords::trimmed(given))) {
     text = "the param " + CheckWords::quoted(given) + " is ignored: " + className + " reads " +

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <map>
-#include <vector>
 
 #include "config/LOGDOMConfigurator.h"
 #include "config/LOGParameterTable.h"
@@ -130,6 +129,7 @@ void CheckStructureRules::checkAll() {
     return a.getLine() != b.getLine() ? a.getLine() < b.getLine() : a.getColumn() < b.getColumn();
   });
   checkNames("logger", loggers, "the appenders given here replace those given before");
+  checkOrder(loggers);
   const auto roots = CheckedDocument::children(m_document.root(), "root");
   for (std::size_t i = 1; i < roots.size(); ++i) {
     m_findings.warn(
@@ -502,6 +502,25 @@ void CheckStructureRules::checkNames(const char* what, const std::vector<ZEBIDOM
                           " already; " + consequence,
                       "another name, or one element");
     }
+  }
+}
+
+void CheckStructureRules::checkOrder(const std::vector<ZEBIDOM_Element>& loggers) {
+  std::set<std::string> before;
+  for (const ZEBIDOM_Element& logger : loggers) {
+    const std::string name = CheckedDocument::attribute(logger, "name");
+    const std::string start = name + ".";
+    const auto below = before.lower_bound(start);
+    if (!name.empty() && below != before.end() && below->compare(0, start.size(), start) == 0) {
+      m_findings.warn("logger-order", logger, "name",
+                      CheckWords::quoted(*below) + " is described before " +
+                          CheckWords::quoted(name) +
+                          ", which is above it: loggers below both that the program has asked for "
+                          "already may inherit from " +
+                          CheckWords::quoted(name) + " alone",
+                      "this element before that one");
+    }
+    before.insert(name);
   }
 }
 

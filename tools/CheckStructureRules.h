@@ -3,6 +3,7 @@
 
 #include <set>
 #include <string>
+#include <vector>
 
 #include "tools/CheckFindings.h"
 #include "tools/CheckedDocument.h"
@@ -33,6 +34,7 @@ class CheckStructureRules {
   void checkReference(const ZEBIDOM_Element& reference, const std::string& parent);
   void checkNames(const char* what, const std::vector<ZEBIDOM_Element>& elements,
                   const std::string& consequence);
+  void checkOrder(const std::vector<ZEBIDOM_Element>& loggers);
   void checkTruthValue(const ZEBIDOM_Element& element, const char* attribute);
   void checkLibraries(const ZEBIDOM_Element& element, const std::string& tag);
   void checkLibraryName(const ZEBIDOM_Element& element, const char* attribute);

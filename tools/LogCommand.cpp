@@ -71,11 +71,17 @@ LOGLogger* loggerNamed(const std::string& name) {
   return name.empty() ? LOGManager::getRootLogger() : LOGManager::getLogger(name);
 }
 
+/// What ends a complaint of a document that was read.
+std::string whereToLook(const std::string& document) {
+  return "; 'log4zeb check " + document + "' tells more";
+}
+
 void complainOfDocument(const std::string& document) {
   std::ifstream file;
   if (CommandSupport::openToRead(file, document, "configuration document")) {
     CommandSupport::say("cannot apply the configuration document '" + document +
-                        "': it is not well-formed XML with the root element log4j:configuration");
+                        "': it is not well-formed XML with the root element log4j:configuration" +
+                        whereToLook(document));
   }
 }
 
@@ -84,14 +90,15 @@ void complainOfDocument(const std::string& document) {
 LOGLogger* usableLogger(const std::string& document, const std::string& loggerName) {
   if (!anyLoggerHasAppenders()) {
     CommandSupport::say("the configuration document '" + document +
-                        "' configures nothing: no logger has an appender");
+                        "' configures nothing: no logger has an appender" + whereToLook(document));
     return nullptr;
   }
   LOGLogger* const logger = loggerNamed(loggerName);
   if (!reachesAppenders(logger)) {
     CommandSupport::say(
         "the configuration document '" + document + "' has no appender for " +
-        (loggerName.empty() ? "the root logger" : "the logger '" + loggerName + "'"));
+        (loggerName.empty() ? "the root logger" : "the logger '" + loggerName + "'") +
+        whereToLook(document));
     return nullptr;
   }
   return logger;

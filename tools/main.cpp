@@ -11,6 +11,7 @@
 #include "core/LOG4ZEBVersion.h"
 #include "platform/ZEBUtTerminal.h"
 #include "tools/CheckCommand.h"
+#include "tools/CommandSupport.h"
 #include "tools/ListenCommand.h"
 #include "tools/LogCommand.h"
 #include "tools/PageCommand.h"
@@ -20,6 +21,10 @@ namespace {
 constexpr int UNEXPECTED_FAILURE = 1;
 constexpr int BAD_ARGUMENTS = 2;
 
+bool isSubcommand(CLI::App& app, const std::string& word) {
+  return !app.get_subcommands([&](CLI::App* known) { return known->check_name(word); }).empty();
+}
+
 int run(std::vector<std::string> arguments) {
   CLI::App app("Logs through the configuration documents of LOG4ZEB", "log4zeb");
   app.set_version_flag("--version", "log4zeb " LOG4ZEB_VERSION);
@@ -28,6 +33,11 @@ int run(std::vector<std::string> arguments) {
   const ListenCommand listen(app);
   const PageCommand page(app);
   const CheckCommand check(app);
+  if (arguments.size() > 1 && arguments[1].rfind('-', 0) != 0 && !isSubcommand(app, arguments[1])) {
+    // The parser would complain that there is no subcommand, and not of the word that is none.
+    CommandSupport::say("there is no subcommand '" + arguments[1] + "'; see log4zeb --help");
+    return BAD_ARGUMENTS;
+  }
   // The parser takes them from the end, without the name of the program.
   std::reverse(arguments.begin(), arguments.end());
   if (!arguments.empty()) {
