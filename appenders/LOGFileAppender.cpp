@@ -62,7 +62,10 @@ LOG4ZEB_HOT void LOGFileAppender::activateOptions() {
   }
 }
 
-void LOGFileAppender::setFile(const I18NString& name) { fileName = name; }
+void LOGFileAppender::setFile(const I18NString& name) {
+  const ZEBThreadGuard guard(getCriticalSection());
+  fileName = name;
+}
 
 void LOGFileAppender::setFile(const I18NString& name, int append, int bufferedSwitch, int size) {
   constexpr LOGFailureTexts TEXTS{

@@ -34,7 +34,7 @@ class LOG4ZEB_EXPORT LOGFileAppender : public LOGWriterAppender {
   /// the appender's lock.
   void activateOptions() override;
 
-  /// Stores the name; the file is opened later.
+  /// Stores the name; the file is opened later. Takes the appender's lock.
   void setFile(const I18NString& name);
   /// Opens the file, truncated unless `append` is 1, in buffered mode when `bufferedIO` is 1. On an
   /// open appender it does nothing. What goes wrong is reported; a missing directory only as a

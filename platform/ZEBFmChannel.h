@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <utility>
 
 #include "platform/I18NString.h"
 
@@ -37,6 +38,9 @@ class ZEBFmChannel {
   /// Closes what is owned.
   ~ZEBFmChannel();
 
+  /// Finds out what it leads to. The program may lead a standard stream elsewhere at any time, so
+  /// each record on one is preceded by this.
+  void look() noexcept;
   /// Whether it was opened here, rather than given to the process.
   bool isOwned() const noexcept { return m_owned; }
   /// Whether it has positions and a size, as a terminal or a pipe has not.
@@ -82,7 +86,8 @@ class ZEBFmChannel {
   bool m_isRegular = false;
   bool m_appends = false;
   bool m_appendIsAtomic = true;
-  bool m_maySignal = false;  // where the system has signals
+  bool m_maySignal = false;                              // where the system has signals
+  std::pair<std::uint64_t, std::uint64_t> m_file{0, 0};  // its identity, where look() compares it
   int m_lastError = 0;
 };
 

@@ -27,7 +27,7 @@ class ZEBFmDir {
   /// Gives the file a new name, replacing a file that has it. Non-zero on success.
   static int renameFile(const I18NString& from, const I18NString& to);
   /// The name as it reads from the root of the file system; `name` itself when the working
-  /// directory is not known.
+  /// directory is not known, or cannot be reached by its name.
   static I18NString absolutePath(const I18NString& name);
   /// When the file was last modified, in nanoseconds since 1970-01-01 00:00 UTC; NO_TIME when it
   /// cannot be told.

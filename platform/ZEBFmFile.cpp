@@ -512,6 +512,9 @@ int ZEBFmFile::Handle::close() {
 }
 
 LOG4ZEB_HOT int ZEBFmFile::Handle::seek(std::int64_t offset, int origin) {
+  if (!m_channel->isOwned()) {
+    m_channel->look();
+  }
   if (!m_channel->isRegular() || (m_channel->appends() && origin == ORIGIN_END && offset == 0)) {
     return 0;
   }

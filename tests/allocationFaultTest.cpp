@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <future>
 #include <iostream>
+#include <iterator>
 #include <map>
 #include <memory>
 #include <new>
@@ -82,6 +83,11 @@ void againOnAnotherThread(Round& round) {
   done.get();
 }
 
+long openDescriptors() {
+  const fs::directory_iterator descriptors("/proc/self/fd");
+  return std::distance(begin(descriptors), end(descriptors));
+}
+
 /// Runs a round for the first, the second, ... allocation of its call that fails, `step` apart, and
 /// expects that nothing is left of any.
 template <typename Make>
@@ -91,6 +97,7 @@ void sweep(const std::string& name, Throws throws, Make make, long step = 1) {
     ASSERT_TRUE(callKeepsToItsWord(*round, Throws::Never)) << name;
     againOnAnotherThread(*round);
   }
+  const long descriptors = openDescriptors();
   for (const Mode mode : {Mode::One, Mode::AllFrom}) {
     long positions = 0;
     bool hasFailed = true;
@@ -109,6 +116,7 @@ void sweep(const std::string& name, Throws throws, Make make, long step = 1) {
       againOnAnotherThread(*round);
       round.reset();
       EXPECT_EQ(FailingHeap::live() - live, 0);
+      EXPECT_LE(openDescriptors(), descriptors);
       if (testing::Test::HasFailure()) {
         return;
       }

@@ -187,6 +187,23 @@ TEST_F(FileAppenderTest, KeepsItsFileWhenTheProgramChangesDirectoryOrResolvesNam
   EXPECT_TRUE(fs::is_empty("other"));
 }
 
+TEST_F(FileAppenderTest, TakesAnotherNameWhileAThreadLogs) {
+  LOGFileAppender appender;
+  appender.setLayout(&layout);
+  std::thread logging([&] {
+    for (int i = 0; i < 1000; ++i) {
+      append(appender, "lost");
+    }
+  });
+  for (std::size_t i = 0; i < 10000; ++i) {
+    appender.setFile("missing/" + std::string(40 + i % 300, 'a'));
+  }
+  logging.join();
+  appender.setFile("a.log");
+  append(appender, "1");
+  EXPECT_EQ(Workplace::lines("a.log"), (Lines{"1"}));
+}
+
 TEST_F(FileAppenderTest, SurvivesMessagesThatLogOrCloseWhileTheyAreRendered) {
   LOGRollingFileAppender appender(&layout, "m.log");
   appender.setMaximumFileSize(1);

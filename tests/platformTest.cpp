@@ -5,6 +5,7 @@
 #ifdef _WIN32
 #include <windows.h>
 #else
+#include <fcntl.h>
 #include <sys/resource.h>
 #include <unistd.h>
 #endif
@@ -384,6 +385,31 @@ TEST_F(FmFile, NeitherClosesNorTakesTheStandardStreams) {
   });
 }
 
+TEST_F(FmFile, FollowsAStandardStreamThatTheProgramLeadsElsewhere) {
+  expectInChild([] {
+    const auto lead = [](int descriptor) {
+      return dup2(descriptor, STDOUT_FILENO) == STDOUT_FILENO && close(descriptor) == 0;
+    };
+    ZEBFmFile attached;
+    const auto append = [&](const std::string& text) {
+      return attached.seek(0, ZEBFmFile::ORIGIN_END) == 0 && writeText(attached, text) >= 0;
+    };
+    bool held = true;
+    for (const char* const first : {"before", "/dev/null"}) {
+      held = held && lead(open(first, O_CREAT | O_WRONLY, 0600)) &&
+             attached.attachStandard(ZEBFmFile::STANDARD_OUTPUT) == 1 && append("1");
+      int ends[2];
+      char piped = 0;
+      held = held && pipe(ends) == 0 && lead(ends[1]) && append("2") &&
+             read(ends[0], &piped, 1) == 1 && piped == '2' && close(ends[0]) == 0;
+      held = held && !append("lost") && attached.getLastError() == EPIPE;
+    }
+    Workplace::write("after", "another's ");
+    return held && lead(open("after", O_WRONLY)) && append("3") &&
+           Workplace::read("after") == "another's 3";
+  });
+}
+
 TEST_F(FmFile, IsNotInheritedByOtherPrograms) {
   ZEBFmFile file;
   ASSERT_EQ(file.open("uninherited", ZEBFmFile::APPEND), 1);
@@ -571,6 +597,9 @@ TEST_F(FmDir, SplitsAndCompletesNames) {
 #else
   EXPECT_TRUE(ZEBFmDir::absolutePath("file").startsWith("/"));
   EXPECT_EQ(ZEBFmDir::absolutePath("/a/../b"), "/a/../b");
+  fs::create_directory("caf\xe9");
+  fs::current_path("caf\xe9");
+  EXPECT_EQ(ZEBFmDir::absolutePath("file"), "file") << "a directory that is not UTF-8";
 #endif
 }
 

@@ -116,17 +116,31 @@ ssize_t writeWhenPossible(int descriptor, const char* bytes, std::size_t size) {
 }  // namespace
 
 ZEBFmChannel::ZEBFmChannel(std::int64_t handle, bool owned) : m_handle(handle), m_owned(owned) {
-  const int descriptor = descriptorOf(handle);
-  struct stat status {};
-  const bool isKnown = uninterrupted([&] { return fstat(descriptor, &status); }) == 0;
-  // A file that was opened here gets the care of a log file also when its type cannot be told.
-  m_isRegular = isKnown ? S_ISREG(status.st_mode) : owned;
-  m_maySignal = !isKnown || maySignal(status);
-  m_appends = owned || (fcntl(descriptor, F_GETFL) & O_APPEND) != 0;
-  m_appendIsAtomic = !m_isRegular || !owned || appendsAtomically(descriptor);
+  look();
+  m_appendIsAtomic = !m_isRegular || !owned || appendsAtomically(descriptorOf(handle));
 }
 
 ZEBFmChannel::~ZEBFmChannel() { close(); }
+
+void ZEBFmChannel::look() noexcept {
+  // A file system that is asked for the status after every write keeps exact times of all of them,
+  // which makes writing slow. What matters is whether this is a pipe by now, without positions.
+  if (m_isRegular && position() >= 0) {
+    return;
+  }
+  const int descriptor = descriptorOf(m_handle);
+  struct stat status {};
+  const bool isKnown = uninterrupted([&] { return fstat(descriptor, &status); }) == 0;
+  const std::pair<std::uint64_t, std::uint64_t> file{status.st_dev, status.st_ino};
+  const bool isTheSame = file == std::exchange(m_file, file);
+  if (isKnown && isTheSame) {
+    return;  // the rest costs as much as a short write
+  }
+  // A file that was opened here gets the care of a log file also when its type cannot be told.
+  m_isRegular = isKnown ? S_ISREG(status.st_mode) : m_owned;
+  m_maySignal = !isKnown || maySignal(status);
+  m_appends = m_owned || (fcntl(descriptor, F_GETFL) & O_APPEND) != 0;
+}
 
 ZEBFmChannel::Opened ZEBFmChannel::open(const I18NString& name, bool truncate) {
   const int flags = O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | (truncate ? O_TRUNC : 0);
@@ -137,7 +151,12 @@ ZEBFmChannel::Opened ZEBFmChannel::open(const I18NString& name, bool truncate) {
   if (descriptor < 0) {
     return {nullptr, errno};
   }
-  return {std::make_unique<ZEBFmChannel>(descriptor, true), 0};
+  try {
+    return {std::make_unique<ZEBFmChannel>(descriptor, true), 0};
+  } catch (...) {
+    ::close(descriptor);  // which nobody has, for want of memory
+    throw;
+  }
 }
 
 ZEBFmChannel::Opened ZEBFmChannel::attachStandard(int stream) {

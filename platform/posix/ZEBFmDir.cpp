@@ -25,6 +25,15 @@ bool meansAbsence(int error) {
          error == ENAMETOOLONG;
 }
 
+/// Whether the name leads to the working directory. One that is not UTF-8, or that stands in a
+/// directory which this process may not search, cannot be named from the root.
+bool isWorkingDirectory(const I18NString& name) {
+  struct stat named {};
+  struct stat working {};
+  return statusOf(name, named) == 0 && statusOf(".", working) == 0 &&
+         named.st_dev == working.st_dev && named.st_ino == working.st_ino;
+}
+
 }  // namespace
 
 int ZEBFmDir::exists(const I18NString& name, int mode) {
@@ -66,11 +75,12 @@ I18NString ZEBFmDir::absolutePath(const I18NString& name) {
   if (path.empty() || path.front() == '/') {
     return name;
   }
-  const std::unique_ptr<char, decltype(&std::free)> directory(getcwd(nullptr, 0), &std::free);
-  if (directory == nullptr) {
+  const std::unique_ptr<char, decltype(&std::free)> working(getcwd(nullptr, 0), &std::free);
+  if (working == nullptr) {
     return name;
   }
-  return std::string(directory.get()) + "/" + path;
+  const I18NString directory = working.get();
+  return isWorkingDirectory(directory) ? directory + "/" + name : name;
 }
 
 std::int64_t ZEBFmDir::modificationTime(const I18NString& name) {

@@ -60,12 +60,16 @@ HANDLE openToAppend(const std::wstring& path, DWORD access, bool truncate) {
 }  // namespace
 
 ZEBFmChannel::ZEBFmChannel(std::int64_t handle, bool owned) : m_handle(handle), m_owned(owned) {
-  m_isRegular = GetFileType(systemHandle(handle)) == FILE_TYPE_DISK;
-  m_appends = owned;
+  look();
   m_appendIsAtomic = !m_isRegular || !owned || appendsAtomically(systemHandle(handle));
 }
 
 ZEBFmChannel::~ZEBFmChannel() { close(); }
+
+void ZEBFmChannel::look() noexcept {
+  m_isRegular = GetFileType(systemHandle(m_handle)) == FILE_TYPE_DISK;
+  m_appends = m_owned;
+}
 
 ZEBFmChannel::Opened ZEBFmChannel::open(const I18NString& name, bool truncate) {
   const std::wstring path = ZEBWindowsName::toPath(name);
@@ -77,7 +81,12 @@ ZEBFmChannel::Opened ZEBFmChannel::open(const I18NString& name, bool truncate) {
   if (file == INVALID_HANDLE_VALUE) {
     return {nullptr, static_cast<int>(GetLastError())};
   }
-  return {std::make_unique<ZEBFmChannel>(numberOf(file), true), 0};
+  try {
+    return {std::make_unique<ZEBFmChannel>(numberOf(file), true), 0};
+  } catch (...) {
+    CloseHandle(file);  // which nobody has, for want of memory
+    throw;
+  }
 }
 
 ZEBFmChannel::Opened ZEBFmChannel::attachStandard(int stream) {
