@@ -20,7 +20,9 @@
 #include "core/LOGDefaultRepositorySelector.h"
 #include "core/LOGHierarchy.h"
 #include "core/LOGRootLogger.h"
+#include "layouts/LOGLayout.h"
 #include "log4zeb.h"
+#include "net/LOGSyslogAppender.h"
 #include "platform/ZEBOutOfMemoryError.h"
 #include "support/DatagramReceiver.h"
 #include "support/FailingHeap.h"
@@ -573,6 +575,27 @@ TEST(AllocationFault, LosesNoMoreThanTheEventAndNeverThrows) {
              appender("all", "LOGLocalUDPAppender", param("Port", std::to_string(udp.port()))) +
                  root({"all"}),
              &udp);
+}
+
+TEST(AllocationFault, LetsTheNextEventActivateASyslogAppender) {
+  const Workplace workplace;
+  LOGLayout plain;
+  long n = 0;
+  for (bool hasFailed = true; hasFailed;) {
+    LOGSyslogAppender syslog(&plain, LOGSyslogAppender::DEFAULT_FACILITY);
+    FailingHeap::fail(++n, Mode::One);
+    try {
+      syslog.activateOptions();
+    } catch (const ZEBOutOfMemoryError&) {
+      // What matters is the next time.
+    }
+    hasFailed = FailingHeap::end();
+    syslog.activateOptions();
+    TestEvent event("a", "INFO", LONG_TEXT);
+    syslog.doAppend(&event);
+  }
+  EXPECT_GT(n, 2);
+  EXPECT_EQ(Workplace::diagnosticsWith("No syslog host is set"), 0);
 }
 
 TEST(AllocationFault, NeitherTearsNorRepeatsALine) {
