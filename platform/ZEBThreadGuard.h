@@ -7,7 +7,7 @@
 /// Holds a critical section from its construction to its destruction.
 class ZEBThreadGuard {
  public:
-  /// Waits for the lock; throws ZEBSystemError when it cannot be taken.
+  /// Waits for the lock; throws ZEBSystemError or ZEBOutOfMemoryError when it cannot be taken.
   explicit ZEBThreadGuard(ZEBThreadCriticalSection& section) : m_section(section) {
     m_section.enter();
   }

@@ -577,6 +577,24 @@ TEST(AllocationFault, LosesNoMoreThanTheEventAndNeverThrows) {
              &udp);
 }
 
+TEST(AllocationFault, EndsWithTheFirstEventOfAThread) {
+  const Workplace workplace;
+  ASSERT_EQ(Workplace::configure(file("all", PLAIN) + root({"all"})), 1);
+  LOGLogger* const logger = LOGManager::getLogger(NAMES[0]);
+  const I18NString text = LONG_TEXT;
+  // In this order, because a thread that ends leaves what it was given to the next one.
+  for (const Mode mode : {Mode::AllFrom, Mode::One}) {
+    std::async(std::launch::async, [&] {
+      FailingHeap::fail(1, mode);
+      EXPECT_NO_THROW(logger->info(text));
+      EXPECT_TRUE(FailingHeap::end());
+    }).get();
+  }
+  EXPECT_EQ(Workplace::diagnosticsWith("no memory for an event"), 1);
+  logger->info(text);
+  EXPECT_EQ(linesOf(takeOutputs()), Lines{LONG_TEXT});
+}
+
 TEST(AllocationFault, LetsTheNextEventActivateASyslogAppender) {
   const Workplace workplace;
   LOGLayout plain;
