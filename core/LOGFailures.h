@@ -49,8 +49,9 @@ void logReportSwallowed(const Text& text, ZEBThrowable& failure) noexcept {
   }
   try {
     LOGLogLog::error(text, failure);
-  } catch (const std::exception&) {
-    // What the report passes on is what the caller wants stopped.
+  } catch (...) {
+    // What the report passes on is what the caller wants stopped. A class of the application may
+    // have two bases that are std::exception, and so is caught as none.
   }
 }
 

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <fstream>
+#include <iomanip>
 #include <memory>
 #include <new>
 #include <string>
@@ -16,7 +17,8 @@ namespace {
 
 constexpr const char* SETTINGS_FILE = "../configuration/logdebug.ini";
 constexpr const char* DEFAULT_DEBUG_FILE = "log4zeb.log";
-constexpr std::size_t LONGEST_FILE_NAME = 4096;
+// A name that is longer cannot be opened, and neither can its beginning.
+constexpr int LONGEST_FILE_NAME = 4096;
 constexpr const char* PREFIX = "log4zeb: ";
 constexpr const char* ERR_PREFIX = "log4zeb:ERROR ";
 constexpr const char* WARN_PREFIX = "log4zeb:WARN ";
@@ -99,8 +101,12 @@ void LOGLogLog::initLocked() {
   if (m_initialized.load(std::memory_order_relaxed) != 0) {
     return;
   }
-  std::ifstream settings(SETTINGS_FILE);
-  if (!settings) {
+  std::ifstream settings;
+  // Opening a pipe could wait for ever, and a device may have no end.
+  if (ZEBFmDir::exists(SETTINGS_FILE, ZEBFmDir::REGULAR_FILE) != 0) {
+    settings.open(SETTINGS_FILE);
+  }
+  if (!settings.is_open()) {
     m_quietMode = 1;
     m_debugEnabled = 0;
     m_fileLogEnabled = 0;
@@ -110,7 +116,8 @@ void LOGLogLog::initLocked() {
   std::string debugWord;
   std::string fileName;
   fileName.reserve(LONGEST_FILE_NAME);  // a stream would keep a lack of memory to itself
-  settings >> debugWord >> fileName;
+  settings >> std::setw(LONGEST_FILE_NAME) >> debugWord;
+  settings >> std::setw(LONGEST_FILE_NAME) >> fileName;
   m_debugEnabled = debugWord == "1" ? 1 : 0;
   // The settings know no word for quiet mode: reading them always ends it.
   m_quietMode = 0;

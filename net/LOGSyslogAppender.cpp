@@ -91,9 +91,10 @@ void LOGSyslogAppender::activateOptions() {
     return;
   }
   const ZEBThreadGuard guard(getCriticalSection());
-  if (m_activationPending.exchange(0) == 1 && m_quietWriter == nullptr) {
+  if (m_activationPending == 1 && m_quietWriter == nullptr) {
     openWriter(m_syslogHost);
   }
+  m_activationPending = 0;  // not where memory was lacking: the next event tries again
 }
 
 void LOGSyslogAppender::openWriter(const I18NString& host) {

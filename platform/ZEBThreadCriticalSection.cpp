@@ -7,6 +7,7 @@
 #include <system_error>
 
 #include "platform/ZEBForkGate.h"
+#include "platform/ZEBOutOfMemoryError.h"
 #include "platform/ZEBSystemError.h"
 #include "platform/ZEBThreadPlace.h"
 
@@ -39,8 +40,7 @@ ZEBForkGate::Visitor& currentVisitor() {
   try {
     return ZEBForkGate::join(t_visitor);
   } catch (const std::bad_alloc&) {
-    throw ZEBSystemError("critical section", std::make_error_code(std::errc::not_enough_memory),
-                         "ZEBThreadCriticalSection::enter", __LINE__);
+    throw ZEBOutOfMemoryError("ZEBThreadCriticalSection::enter", __LINE__);
   }
 }
 
@@ -121,8 +121,7 @@ void ZEBThreadCriticalSection::waitFor(Mark self) {
     throw ZEBSystemError("critical section", refused.code(), "ZEBThreadCriticalSection::enter",
                          __LINE__);
   } catch (const std::bad_alloc&) {
-    throw ZEBSystemError("critical section", std::make_error_code(std::errc::not_enough_memory),
-                         "ZEBThreadCriticalSection::enter", __LINE__);
+    throw ZEBOutOfMemoryError("ZEBThreadCriticalSection::enter", __LINE__);
   }
 }
 

@@ -17,7 +17,8 @@ class LOG4ZEB_EXPORT ZEBThreadCriticalSection {
   ZEBThreadCriticalSection(const ZEBThreadCriticalSection&) = delete;
   ZEBThreadCriticalSection& operator=(const ZEBThreadCriticalSection&) = delete;
 
-  /// Waits for the lock. Throws ZEBSystemError when the operating system refuses.
+  /// Waits for the lock. Throws ZEBSystemError when the operating system refuses, and
+  /// ZEBOutOfMemoryError, which only the first lock of a thread can meet.
   void enter();
   /// Takes the lock unless another thread holds it or a fork is under way. Returns whether it did.
   bool tryEnter();

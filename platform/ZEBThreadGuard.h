@@ -10,7 +10,7 @@ class ZEBThreadGuard {
   /// Says that the calling thread holds the section.
   struct Held {};
 
-  /// Waits for the lock; throws ZEBSystemError when it cannot be taken.
+  /// Waits for the lock; throws ZEBSystemError or ZEBOutOfMemoryError when it cannot be taken.
   explicit ZEBThreadGuard(ZEBThreadCriticalSection& section) : m_section(section) {
     m_section.enter();
   }

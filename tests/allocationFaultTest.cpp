@@ -21,7 +21,9 @@
 #include "core/LOGDefaultRepositorySelector.h"
 #include "core/LOGHierarchy.h"
 #include "core/LOGRootLogger.h"
+#include "layouts/LOGLayout.h"
 #include "log4zeb.h"
+#include "net/LOGSyslogAppender.h"
 #include "platform/ZEBOutOfMemoryError.h"
 #include "support/DatagramReceiver.h"
 #include "support/FailingHeap.h"
@@ -581,6 +583,45 @@ TEST(AllocationFault, LosesNoMoreThanTheEventAndNeverThrows) {
              appender("all", "LOGLocalUDPAppender", param("Port", std::to_string(udp.port()))) +
                  root({"all"}),
              &udp);
+}
+
+TEST(AllocationFault, EndsWithTheFirstEventOfAThread) {
+  const Workplace workplace;
+  ASSERT_EQ(Workplace::configure(file("all", PLAIN) + root({"all"})), 1);
+  LOGLogger* const logger = LOGManager::getLogger(NAMES[0]);
+  const I18NString text = LONG_TEXT;
+  // In this order, because a thread that ends leaves what it was given to the next one.
+  for (const Mode mode : {Mode::AllFrom, Mode::One}) {
+    std::async(std::launch::async, [&] {
+      FailingHeap::fail(1, mode);
+      EXPECT_NO_THROW(logger->info(text));
+      EXPECT_TRUE(FailingHeap::end());
+    }).get();
+  }
+  EXPECT_EQ(Workplace::diagnosticsWith("no memory for an event"), 1);
+  logger->info(text);
+  EXPECT_EQ(linesOf(takeOutputs()), Lines{LONG_TEXT});
+}
+
+TEST(AllocationFault, LetsTheNextEventActivateASyslogAppender) {
+  const Workplace workplace;
+  LOGLayout plain;
+  long n = 0;
+  for (bool hasFailed = true; hasFailed;) {
+    LOGSyslogAppender syslog(&plain, LOGSyslogAppender::DEFAULT_FACILITY);
+    FailingHeap::fail(++n, Mode::One);
+    try {
+      syslog.activateOptions();
+    } catch (const ZEBOutOfMemoryError&) {
+      // What matters is the next time.
+    }
+    hasFailed = FailingHeap::end();
+    syslog.activateOptions();
+    TestEvent event("a", "INFO", LONG_TEXT);
+    syslog.doAppend(&event);
+  }
+  EXPECT_GT(n, 2);
+  EXPECT_EQ(Workplace::diagnosticsWith("No syslog host is set"), 0);
 }
 
 TEST(AllocationFault, NeitherTearsNorRepeatsALine) {

@@ -106,15 +106,23 @@ TEST_F(AppenderTest, RefusesEventsOnceClosedAndReportsEach) {
 }
 
 TEST_F(AppenderTest, ContainsItsOwnFailuresAndPassesOthersOn) {
+  struct TwoBases : ZEBThrowable, std::runtime_error {
+    TwoBases() : ZEBThrowable("t", "test", 1), std::runtime_error("t") {}
+    const char* what() const noexcept override { return "t"; }
+    [[noreturn]] void raise() const override { throw *this; }
+  };
   EXPECT_THROW(appender.doAppend(nullptr), ZEBAssertError);
   appender.onAppend = [](LOGLoggingEvent*) { throw I18NRuntimeError("r", "test"); };
   append(appender, "1");
   appender.onAppend = [](LOGLoggingEvent*) { throw ZEBSystemError("f", 5, "test", 1); };
   append(appender, "2");
+  appender.onAppend = [](LOGLoggingEvent*) { throw TwoBases(); };
+  append(appender, "caught as no std::exception");
   appender.onAppend = [](LOGLoggingEvent*) { throw std::runtime_error("s"); };
   EXPECT_THROW(append(appender, "3"), std::runtime_error);
   EXPECT_EQ(Workplace::diagnostics(),
             (Messages{"log4zeb:ERROR LOGAppenderSkeleton::doAppend -- RunTime Error in I18NString",
+                      "log4zeb:ERROR LOGAppenderSkeleton::doAppend -- ZEB Exception occured",
                       "log4zeb:ERROR LOGAppenderSkeleton::doAppend -- ZEB Exception occured",
                       "log4zeb:ERROR LOGAppenderSkeleton::doAppend -- An Exception occured"}));
   EXPECT_THROW(appender.clone(), ZEBAssertError);

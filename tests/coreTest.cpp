@@ -6,6 +6,10 @@
 #include <set>
 #include <thread>
 
+#ifdef __linux__
+#include <sys/stat.h>
+#endif
+
 #include "core/LOGHashtable.h"
 #include "core/LOGLevel.h"
 #include "core/LOGLogLog.h"
@@ -249,6 +253,18 @@ TEST(Diagnostics, AreWrittenOnlyWhenTheSettingsFileIsThere) {
   LOGLogLog::shutdown();
   LOGLogLog::error("lost");
   EXPECT_FALSE(fs::exists("other.log"));
+}
+
+TEST(Diagnostics, ReadTheirSettingsFromARegularFileOnly) {
+  Workplace workplace;
+  fs::remove("../configuration/logdebug.ini");
+#ifdef __linux__
+  ASSERT_EQ(mkfifo("../configuration/logdebug.ini", 0600), 0) << "whoever opens it waits for ever";
+#else
+  fs::create_directory("../configuration/logdebug.ini");
+#endif
+  LOGLogLog::error("lost");
+  EXPECT_FALSE(fs::exists("log4zeb.log"));
 }
 
 TEST(Diagnostics, PrefixTheirLinesAndTakeTheFileNameFromTheSettings) {
