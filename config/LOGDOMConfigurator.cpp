@@ -802,9 +802,15 @@ std::vector<LOGLogger*> LOGDOMConfigurator::allLoggers() const {
 }
 
 void LOGDOMConfigurator::beginRun(const ZEBIDOM_Element& root) {
-  m_retired.clear();
+  // What a run that lacked memory has left to be closed is closed by this one; a program's own
+  // appenders may be gone by now.
+  m_retired.erase(std::remove_if(m_retired.begin(), m_retired.end(),
+                                 [](const Retired& retired) { return !retired.isOwn; }),
+                  m_retired.end());
   for (LOGAppenderSkeleton* const appender : m_doubtful) {
-    m_retired.push_back({appender, true});
+    if (!isRetired(*appender)) {
+      m_retired.push_back({appender, true});
+    }
   }
   m_appendersOfRun = 0;
   m_appenderElements.clear();
@@ -834,8 +840,9 @@ void LOGDOMConfigurator::beginRun(const ZEBIDOM_Element& root) {
 void LOGDOMConfigurator::retireAppendersOf(const LOGLogger& logger) {
   for (LOGAppenderSkeleton* const appender : logger.snapshotOfAppenders()) {
     if (!isRetired(*appender)) {
-      const LOGObject* const known = m_appenderBag->get(appender->getName());
-      m_retired.push_back({appender, known == static_cast<LOGObject*>(appender)});
+      const bool isOwn = std::any_of(m_appenders.begin(), m_appenders.end(),
+                                     [&](const auto& own) { return own.get() == appender; });
+      m_retired.push_back({appender, isOwn});
     }
   }
 }
@@ -937,13 +944,13 @@ void LOGDOMConfigurator::closeRetiredAppenders() {
   });
   for (const Retired& retired : m_retired) {
     contained([&] {
-      if (retired.wasInBag) {
+      if (retired.isOwn) {
         retired.appender->markAsStale();
       }
       retired.appender->close();
       // What is stale is kept to the shutdown; without this, a socket would be for each reading.
       auto* const sender = dynamic_cast<LOGLocalUDPAppender*>(retired.appender);
-      if (sender != nullptr && retired.wasInBag) {
+      if (sender != nullptr && retired.isOwn) {
         sender->release();
       }
     });

@@ -161,7 +161,7 @@ class LOG4ZEB_EXPORT LOGDOMConfigurator : public LOGConfigurator, public ZEBThre
   /// An appender taken from a logger that this run has read again.
   struct Retired {
     LOGAppenderSkeleton* appender;
-    bool wasInBag;
+    bool isOwn;  // of the configurator, and not stale before
   };
 
   std::unique_ptr<LOGHashtable> m_appenderBag;  // newest appender of each name; owns none

@@ -139,7 +139,8 @@ TEST(Reload, LeavesNoSocketOpen) {
     Workplace::configure(
         "<appender name='U' class='LOGLocalUDPAppender'/><appender name='S' "
         "class='LOGSyslogAppender'><layout class='LOGSimpleLayout'/></appender>"
-        "<root><appender-ref ref='U'/><appender-ref ref='S'/></root>");
+        "<appender class='LOGLocalUDPAppender'/>"
+        "<root><appender-ref ref='U'/><appender-ref ref='S'/><appender-ref/></root>");
     LOGManager::getLogger("a")->info("1");
     return OpenSockets::count().open;
   };
