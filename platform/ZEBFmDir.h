@@ -11,7 +11,8 @@
 /// Operations on the file system's names.
 class ZEBFmDir {
  public:
-  /// Modes for exists(): a regular file that its owner may read and write, and a directory.
+  /// Modes for exists(): a regular file, one that its owner may read and write, and a directory.
+  static constexpr int FILE_OF_ANY_RIGHTS = 32768;
   static constexpr int READ_WRITE_FILE = 33152;
   static constexpr int DIRECTORY = 16384;
 

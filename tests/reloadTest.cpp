@@ -8,6 +8,10 @@
 #include <set>
 #include <thread>
 
+#ifndef _WIN32
+#include <sys/stat.h>
+#endif
+
 #include "config/LOG4ZEBConfigurator.h"
 #include "config/LOGXMLWatchdog.h"
 #include "core/LOGLogger.h"
@@ -94,6 +98,22 @@ TEST(Watchdog, OfAMissingFileEndsAtOnceAndAnyCanBeStopped) {
   plain.stop();
   EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(3));
 }
+
+#ifndef _WIN32
+TEST(Watchdog, DoesNotWaitForWhoeverWritesToAPipe) {
+  Workplace workplace;
+  edit(document("f.log"));
+  LOGXMLWatchdog watchdog(DOCUMENT);
+  LOGXMLWatchdog::setDelay(5);
+  watchdog.start();
+  ASSERT_EQ(mkfifo("pipe", 0600), 0);
+  fs::rename("pipe", DOCUMENT);
+  fs::last_write_time(DOCUMENT, fs::file_time_type::clock::now() + std::chrono::hours(1));
+  EXPECT_TRUE(eventually([&watchdog] { return watchdog.wasApplied() == 0; }));
+  watchdog.stop();
+  EXPECT_EQ(Workplace::diagnosticsEqual("log4zeb:ERROR Could not parse the document"), 1);
+}
+#endif
 
 TEST(Reload, LosesNoLineInTwoHundredEditsWhileFourThreadsLog) {
   Workplace workplace;
