@@ -18,11 +18,11 @@ void LOGXMLWatchdog::doOnChange() {
   logContainingFailures(
       LOGFailureTexts::same("LOGXMLWatchdog::doOnChange -- some exception occurred"), [&] {
         // Whoever opens a pipe waits for a writer, and so would whoever stops the watchdog.
-        if (ZEBFmDir::exists(getFileName(), ZEBFmDir::FILE_OF_ANY_RIGHTS) != 0) {
-          applied = LOGDOMConfigurator::configure(getFileName());
-        } else {
+        if (ZEBFmDir::isDevice(getFileName()) != 0) {
           LOGLogLog::error("Could not parse the document");
-          LOGLogLog::error(getFileName() + ": only a regular file is watched");
+          LOGLogLog::error(getFileName() + ": a pipe or a device is not watched");
+        } else {
+          applied = LOGDOMConfigurator::configure(getFileName());
         }
       });
   m_applied = applied;

@@ -11,8 +11,7 @@
 /// Operations on the file system's names.
 class ZEBFmDir {
  public:
-  /// Modes for exists(): a regular file, one that its owner may read and write, and a directory.
-  static constexpr int FILE_OF_ANY_RIGHTS = 32768;
+  /// Modes for exists(): a regular file that its owner may read and write, and a directory.
   static constexpr int READ_WRITE_FILE = 33152;
   static constexpr int DIRECTORY = 16384;
 
@@ -20,6 +19,8 @@ class ZEBFmDir {
   /// and has all of the permission bits in `mode`, else 0. 1 also when the system fails to tell,
   /// because whoever takes a file for absent may write over it.
   static int exists(const I18NString& name, int mode);
+  /// 1 when the name is that of a device, a pipe or a socket; 0 when the system fails to tell.
+  static int isDevice(const I18NString& name);
   /// Splits before the file name: the directory part without its last separator (but "/" whole,
   /// and on Windows "C:" and "C:\"), empty when there is none, and the file part.
   static std::pair<I18NString, I18NString> splitPath(const I18NString& name);
