@@ -170,6 +170,22 @@ TEST(Reload, LeavesNoSocketOpen) {
   }
 }
 
+TEST(Reload, PassesAnAppenderOnToALoggerThatIsReadFirst) {
+  Workplace workplace;
+  const auto appender = [](const std::string& name) {
+    return "<appender name='" + name + "' class='LOGFileAppender'><param name='File' value='" +
+           name + ".log'/><layout class='LOGSimpleLayout'/></appender>";
+  };
+  const std::string appenders = appender("F") + appender("G");
+  Workplace::configure(appenders + "<root><appender-ref ref='F'/></root>");
+  LOGManager::getLogger("x")->warn("1");
+  Workplace::configure(appenders +
+                       "<logger name='x' additivity='false'><appender-ref ref='F'/></logger>"
+                       "<root><appender-ref ref='G'/></root>");
+  LOGManager::getLogger("x")->warn("2");
+  EXPECT_EQ(Workplace::lines("F.log"), (std::vector<std::string>{"1", "2"}));
+}
+
 TEST(Reload, KeepsWhatIsBehindAnAsynchronousAppenderAtWork) {
   Workplace workplace;
   const auto async = [](const std::string& name, const std::string& next) {
