@@ -233,8 +233,10 @@ void LOGRollingFileAppender::removeOldestBackup() const {
 }
 
 void LOGRollingFileAppender::renameReporting(int fromIndex, int toIndex) const {
-  if (ZEBFmDir::renameFile(backupName(m_absoluteName, fromIndex),
-                           backupName(m_absoluteName, toIndex)) == 0) {
+  const I18NString from = backupName(m_absoluteName, fromIndex);
+  // A device under the name, such as /dev/null, stays: all programs would miss it.
+  if (ZEBFmDir::isDevice(from) != 0 ||
+      ZEBFmDir::renameFile(from, backupName(m_absoluteName, toIndex)) == 0) {
     LOGLogLog::error("LOGRollingFileAppender::rollOver ---- Could not rename [" +
                      backupName(fileName, fromIndex) + "] to [" + backupName(fileName, toIndex) +
                      "]");

@@ -523,14 +523,17 @@ LOGAppenderSkeleton* LOGDOMConfigurator::findAppenderByReference(const ZEBIDOM_E
 
 LOGAppenderSkeleton* LOGDOMConfigurator::findAppenderByName(const I18NString& name) {
   constexpr const char* PREFIX = "LOGDOMConfigurator::findAppenderByName : ";
+  const auto found = m_appenderElements.find(name);
   if (LOGAppenderSkeleton* const known = usableAppender(name)) {
     LOGLogLog::debug(PREFIX + ("The appender " + name) +
                      " already exists in appender bag, return it.");
+    if (found != m_appenderElements.end()) {
+      found->second.isInUse = true;
+    }
     return known;
   }
   LOGLogLog::debug(PREFIX + ("The appender " + name) +
                    " doesn't exist in appender bag or is already stale, parse from dom.");
-  const auto found = m_appenderElements.find(name);
   // An appender that is being built refers to itself, directly or through others.
   const bool isCircle =
       std::find(m_appendersUnderConstruction.begin(), m_appendersUnderConstruction.end(), name) !=
@@ -546,10 +549,11 @@ LOGAppenderSkeleton* LOGDOMConfigurator::findAppenderByName(const I18NString& na
     return nullptr;
   }
   m_appendersUnderConstruction.push_back(name);
-  LOGAppenderSkeleton* const appender = parseAppender(found->second);
+  LOGAppenderSkeleton* const appender = parseAppender(found->second.element);
   m_appendersUnderConstruction.pop_back();
   if (appender != nullptr) {
     ++m_appendersOfRun;
+    found->second.isInUse = true;
     LOGLogLog::debug(PREFIX + ("Put appender " + name) + " into the appender bag.");
     m_appenderBag->put(name, appender);
   }
@@ -802,16 +806,22 @@ std::vector<LOGLogger*> LOGDOMConfigurator::allLoggers() const {
 }
 
 void LOGDOMConfigurator::beginRun(const ZEBIDOM_Element& root) {
-  m_retired.clear();
+  // What a run that lacked memory has left to be closed is closed by this one; a program's own
+  // appenders may be gone by now.
+  m_retired.erase(std::remove_if(m_retired.begin(), m_retired.end(),
+                                 [](const Retired& retired) { return !retired.isOwn; }),
+                  m_retired.end());
   for (LOGAppenderSkeleton* const appender : m_doubtful) {
-    m_retired.push_back({appender, true});
+    if (!isRetired(*appender)) {
+      m_retired.push_back({appender, true});
+    }
   }
   m_appendersOfRun = 0;
   m_appenderElements.clear();
   const ZEBIDOM_NodeList elements = root.getOwnerDocument().getElementsByTagName(APPENDER_TAG);
   for (std::size_t i = 0; i < elements.getLength(); ++i) {
     const ZEBIDOM_Element element(elements.item(i));
-    m_appenderElements.emplace(element.getAttribute(LOG4ZEB_NAME_ATTR), element);
+    m_appenderElements.emplace(element.getAttribute(LOG4ZEB_NAME_ATTR), Described{element, false});
   }
   // With room for every name, because a table that grows loses some.
   const std::size_t names = m_appenders.size() + elements.getLength() + 1;
@@ -834,8 +844,9 @@ void LOGDOMConfigurator::beginRun(const ZEBIDOM_Element& root) {
 void LOGDOMConfigurator::retireAppendersOf(const LOGLogger& logger) {
   for (LOGAppenderSkeleton* const appender : logger.snapshotOfAppenders()) {
     if (!isRetired(*appender)) {
-      const LOGObject* const known = m_appenderBag->get(appender->getName());
-      m_retired.push_back({appender, known == static_cast<LOGObject*>(appender)});
+      const bool isOwn = std::any_of(m_appenders.begin(), m_appenders.end(),
+                                     [&](const auto& own) { return own.get() == appender; });
+      m_retired.push_back({appender, isOwn});
     }
   }
 }
@@ -850,6 +861,19 @@ LOGAppenderSkeleton* LOGDOMConfigurator::usableAppender(const I18NString& name) 
   const bool isUsable =
       known != nullptr && known->isStale() == 0 && !isRetired(*known) && !known->isClosedForGood();
   return isUsable ? known : nullptr;
+}
+
+LOGAppenderSkeleton* LOGDOMConfigurator::rebuilt(LOGAppenderSkeleton& appender) {
+  const I18NString& name = appender.getName();
+  const auto described = m_appenderElements.find(name);
+  const bool isUsable = appender.isStale() == 0 && !isRetired(appender);
+  // One without a name is never found again, so it is not built for this.
+  if (isUsable || name.isEmpty() || described == m_appenderElements.end() ||
+      !described->second.isInUse) {
+    return &appender;
+  }
+  LOGAppenderSkeleton* const live = usableAppender(name);
+  return live != nullptr ? live : findAppenderByName(name);
 }
 
 void LOGDOMConfigurator::rebuildBehind(LOGAppenderSkeleton& holder,
@@ -874,8 +898,11 @@ void LOGDOMConfigurator::endRun() {
   contained([this] {
     std::set<const LOGAppenderSkeleton*> seen;
     for (const LOGLogger* const logger : allLoggers()) {
-      for (LOGAppenderSkeleton* const appender : logger->snapshotOfAppenders()) {
-        rebuildBehind(*appender, seen);
+      for (LOGAppenderSkeleton* appender : logger->snapshotOfAppenders()) {
+        appender = rebuilt(*appender);
+        if (appender != nullptr) {
+          rebuildBehind(*appender, seen);
+        }
       }
     }
   });
@@ -937,13 +964,13 @@ void LOGDOMConfigurator::closeRetiredAppenders() {
   });
   for (const Retired& retired : m_retired) {
     contained([&] {
-      if (retired.wasInBag) {
+      if (retired.isOwn) {
         retired.appender->markAsStale();
       }
       retired.appender->close();
       // What is stale is kept to the shutdown; without this, a socket would be for each reading.
       auto* const sender = dynamic_cast<LOGLocalUDPAppender*>(retired.appender);
-      if (sender != nullptr && retired.wasInBag) {
+      if (sender != nullptr && retired.isOwn) {
         sender->release();
       }
     });

@@ -143,6 +143,9 @@ class LOG4ZEB_EXPORT LOGDOMConfigurator : public LOGConfigurator, public ZEBThre
   void retireAppendersOf(const LOGLogger& logger);
   bool isRetired(const LOGAppenderSkeleton& appender) const;
   LOGAppenderSkeleton* usableAppender(const I18NString& name) const;
+  /// What takes the place of an appender that a logger has: another one where the logger was given
+  /// it before a logger that is read later lost it. Null when it cannot be built.
+  LOGAppenderSkeleton* rebuilt(LOGAppenderSkeleton& appender);
   /// Builds what the document has for appenders that are behind one in use and cannot stay there,
   /// because loggers had them too.
   void rebuildBehind(LOGAppenderSkeleton& holder, std::set<const LOGAppenderSkeleton*>& seen);
@@ -161,7 +164,7 @@ class LOG4ZEB_EXPORT LOGDOMConfigurator : public LOGConfigurator, public ZEBThre
   /// An appender taken from a logger that this run has read again.
   struct Retired {
     LOGAppenderSkeleton* appender;
-    bool wasInBag;
+    bool isOwn;  // of the configurator, and not stale before
   };
 
   std::unique_ptr<LOGHashtable> m_appenderBag;  // newest appender of each name; owns none
@@ -173,7 +176,11 @@ class LOG4ZEB_EXPORT LOGDOMConfigurator : public LOGConfigurator, public ZEBThre
   // next run makes them anew.
   std::vector<LOGAppenderSkeleton*> m_doubtful;
 
-  std::map<I18NString, ZEBIDOM_Element> m_appenderElements;  // the first of each name
+  struct Described {
+    ZEBIDOM_Element element;
+    bool isInUse;  // a reference to it has been followed
+  };
+  std::map<I18NString, Described> m_appenderElements;  // the first of each name
   std::size_t m_appendersOfRun = 0;
   std::vector<I18NString> m_appendersUnderConstruction;
   std::vector<Retired> m_retired;

@@ -6,7 +6,7 @@
 /// Applies a configuration document whenever it has changed. Constructing one applies the document
 /// at once, on the calling thread; start() begins the watching. A document that cannot be parsed,
 /// perhaps because it is only half written, changes nothing and is read again when it changes
-/// again.
+/// again; so does a pipe or a device.
 class LOG4ZEB_EXPORT LOGXMLWatchdog : public LOGFileWatchdog {
  public:
   explicit LOGXMLWatchdog(const I18NString& fileName);

@@ -27,6 +27,7 @@
 #include "platform/ZEBOutOfMemoryError.h"
 #include "support/DatagramReceiver.h"
 #include "support/FailingHeap.h"
+#include "support/OpenSockets.h"
 #include "support/RedirectedStream.h"
 #include "support/TestEvent.h"
 #include "support/Workplace.h"
@@ -467,8 +468,12 @@ class ConfigureRound : public DocumentRound {
   ConfigureRound(Fails fails, const Outputs& allowed) : m_fails(fails), m_allowed(allowed) {
     if (m_fails == Fails::Reloading) {
       configure(file("simple", PATTERN) + file("old", PLAIN) +
-                "<logger name=\"application.subsystem\"><appender-ref ref=\"simple\"/></logger>" +
+                appender("sender", "LOGLocalUDPAppender", param("Port", "9")) +
+                "<logger name=\"application.subsystem\"><appender-ref ref=\"simple\"/>"
+                "<appender-ref ref=\"sender\"/></logger>" +
                 root({"old"}));
+      logLine(1);
+      m_sockets = OpenSockets::count().open;
     } else if (m_fails == Fails::ShuttingDown) {
       configure(EVERYTHING);
       logLine(1);
@@ -494,6 +499,9 @@ class ConfigureRound : public DocumentRound {
     } else {
       EXPECT_EQ(LOG4ZEBConfigurator::initialize(m_document), 1);
       logLine(1);
+      if (m_fails == Fails::Reloading) {
+        EXPECT_EQ(OpenSockets::count().open, m_sockets);
+      }
     }
   }
   void expect(Outputs outputs) override {
@@ -513,6 +521,7 @@ class ConfigureRound : public DocumentRound {
   const Fails m_fails;
   const Outputs& m_allowed;
   const I18NString m_document = Workplace::DOCUMENT;
+  long m_sockets = 0;  // open before the reading that fails, and after the one that follows
 };
 
 void sweepConfiguration(const std::string& name, Fails fails, long step) {

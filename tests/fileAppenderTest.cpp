@@ -270,6 +270,19 @@ TEST_F(RollingFileAppenderTest, ReportsABackupThatCannotBeRenamedAndGoesOn) {
   EXPECT_EQ(Workplace::lines("r.log"), (Lines{"c"}));
 }
 
+#ifndef _WIN32
+TEST_F(RollingFileAppenderTest, RenamesNoDevice) {
+  fs::create_symlink("/dev/null", "device");  // renamed in place of the device itself
+  appender.setFile("device");
+  append(appender, "aaa");
+  append(appender, "bbb");
+  EXPECT_TRUE(fs::is_symlink("device"));
+  EXPECT_EQ(Workplace::diagnosticsEqual("log4zeb:ERROR LOGRollingFileAppender::rollOver ---- Could "
+                                        "not rename [device] to [device.1]"),
+            2);
+}
+#endif
+
 TEST_F(RollingFileAppenderTest, FindsTheBackupsOfAHugeIndexByReadingTheDirectory) {
   appender.setMaxBackupIndex(2000000000);
   Workplace::write("r.log.07", "not a backup");

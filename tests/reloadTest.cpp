@@ -8,6 +8,10 @@
 #include <set>
 #include <thread>
 
+#ifndef _WIN32
+#include <sys/stat.h>
+#endif
+
 #include "config/LOG4ZEBConfigurator.h"
 #include "config/LOGXMLWatchdog.h"
 #include "core/LOGLogger.h"
@@ -95,6 +99,22 @@ TEST(Watchdog, OfAMissingFileEndsAtOnceAndAnyCanBeStopped) {
   EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(3));
 }
 
+#ifndef _WIN32
+TEST(Watchdog, DoesNotWaitForWhoeverWritesToAPipe) {
+  Workplace workplace;
+  edit(document("f.log"));
+  LOGXMLWatchdog watchdog(DOCUMENT);
+  LOGXMLWatchdog::setDelay(5);
+  watchdog.start();
+  ASSERT_EQ(mkfifo("pipe", 0600), 0);
+  fs::rename("pipe", DOCUMENT);
+  fs::last_write_time(DOCUMENT, fs::file_time_type::clock::now() + std::chrono::hours(1));
+  EXPECT_TRUE(eventually([&watchdog] { return watchdog.wasApplied() == 0; }));
+  watchdog.stop();
+  EXPECT_EQ(Workplace::diagnosticsEqual("log4zeb:ERROR Could not parse the document"), 1);
+}
+#endif
+
 TEST(Reload, LosesNoLineInTwoHundredEditsWhileFourThreadsLog) {
   Workplace workplace;
   fs::remove("../configuration/logdebug.ini");
@@ -139,7 +159,8 @@ TEST(Reload, LeavesNoSocketOpen) {
     Workplace::configure(
         "<appender name='U' class='LOGLocalUDPAppender'/><appender name='S' "
         "class='LOGSyslogAppender'><layout class='LOGSimpleLayout'/></appender>"
-        "<root><appender-ref ref='U'/><appender-ref ref='S'/></root>");
+        "<appender class='LOGLocalUDPAppender'/>"
+        "<root><appender-ref ref='U'/><appender-ref ref='S'/><appender-ref/></root>");
     LOGManager::getLogger("a")->info("1");
     return OpenSockets::count().open;
   };
@@ -147,6 +168,22 @@ TEST(Reload, LeavesNoSocketOpen) {
   for (int i = 0; i < 5; ++i) {
     EXPECT_EQ(log(), first);
   }
+}
+
+TEST(Reload, PassesAnAppenderOnToALoggerThatIsReadFirst) {
+  Workplace workplace;
+  const auto appender = [](const std::string& name) {
+    return "<appender name='" + name + "' class='LOGFileAppender'><param name='File' value='" +
+           name + ".log'/><layout class='LOGSimpleLayout'/></appender>";
+  };
+  const std::string appenders = appender("F") + appender("G");
+  Workplace::configure(appenders + "<root><appender-ref ref='F'/></root>");
+  LOGManager::getLogger("x")->warn("1");
+  Workplace::configure(appenders +
+                       "<logger name='x' additivity='false'><appender-ref ref='F'/></logger>"
+                       "<root><appender-ref ref='G'/></root>");
+  LOGManager::getLogger("x")->warn("2");
+  EXPECT_EQ(Workplace::lines("F.log"), (std::vector<std::string>{"1", "2"}));
 }
 
 TEST(Reload, KeepsWhatIsBehindAnAsynchronousAppenderAtWork) {

@@ -50,6 +50,12 @@ int ZEBFmDir::exists(const I18NString& name, int mode) {
              : 0;
 }
 
+int ZEBFmDir::isDevice(const I18NString& name) {
+  struct stat status {};
+  return statusOf(name, status) == 0 && !S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode) ? 1
+                                                                                             : 0;
+}
+
 std::pair<I18NString, I18NString> ZEBFmDir::splitPath(const I18NString& name) {
   const std::string path = name.toStdString();
   const std::size_t slash = path.rfind('/');

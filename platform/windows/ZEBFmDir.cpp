@@ -104,6 +104,10 @@ int ZEBFmDir::exists(const I18NString& name, int mode) {
   return type == (mode & TYPE_BITS) && !(isReadOnly && (mode & WRITE_PERMISSIONS) != 0) ? 1 : 0;
 }
 
+int ZEBFmDir::isDevice(const I18NString&) {
+  return 0;  // devices are in no directory
+}
+
 std::pair<I18NString, I18NString> ZEBFmDir::splitPath(const I18NString& name) {
   const std::string path = name.toStdString();
   const std::size_t end = path.find_last_of("/\\:");
