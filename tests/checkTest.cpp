@@ -188,7 +188,7 @@ const Mistake MISTAKES[] = {
      R"(<logger name="shop.db"/><logger name="shopping"/><logger name="shop" additivity="false">)",
      "logger-order", "\"shop.db\" is described before \"shop\"", "this element before"},
     {22, R"(</logger><logger name="a"><appender-ref ref="CONSOLE"/></logger><logger name="a"/>)",
-     "closed", "takes no events", "one element for each logger", 2, 21},
+     "duplicate-name", "replace those given before", "one element"},
     // Levels and truth values.
     {20, R"(<level value="WARNING"/>)", "unknown-level", "it means DEBUG", "value=\"WARN\""},
     {20, R"(<level value="INF"/>)", "unknown-level", "it means DEBUG", "value=\"INFO\""},

@@ -60,7 +60,6 @@ void CheckDeliveryRules::checkAll() {
   for (const Logger& logger : m_rehearsal.loggers()) {
     checkThreshold(logger);
     checkDuplicates(logger);
-    checkOutOfUse(logger);
   }
   checkCircles();
   for (const Appender& appender : m_rehearsal.appenders()) {
@@ -162,23 +161,6 @@ void CheckDeliveryRules::checkDuplicates(const Logger& logger) {
             CheckWords::quoted(way.path.back()->getName().toStdString()) + " twice: " +
             (isTwiceHere ? "by two references here" : "here, and through a logger above it"),
         isTwiceHere ? "one reference" : "additivity=\"false\", or no reference here");
-  }
-}
-
-void CheckDeliveryRules::checkOutOfUse(const Logger& logger) {
-  for (LOGAppenderSkeleton* const appender : logger.logger->snapshotOfAppenders()) {
-    const std::string name = appender->getName().toStdString();
-    for (const ZEBIDOM_Element& reference :
-         CheckedDocument::children(logger.element, "appender-ref")) {
-      if (CheckRehearsal::isOutOfUse(*appender) &&
-          CheckedDocument::attribute(reference, "ref") == name) {
-        m_findings.warn("closed", reference, "ref",
-                        "the appender " + CheckWords::quoted(name) +
-                            " takes no events: it is closed with those of a logger that is "
-                            "described twice",
-                        "one element for each logger");
-      }
-    }
   }
 }
 

@@ -27,7 +27,6 @@ class CheckDeliveryRules {
   void checkThreshold(const Logger& logger);
   bool arrivesTwice(const Logger& logger, const LOGAppenderSkeleton* appender) const;
   void checkDuplicates(const Logger& logger);
-  void checkOutOfUse(const Logger& logger);
   void checkCircles();
   void checkLeftOut(const ZEBIDOM_Element& holder, const std::set<std::string>& built);
   void checkFilters(const Appender& appender);

@@ -168,10 +168,6 @@ const CheckRehearsal::Appender* CheckRehearsal::find(const LOGAppenderSkeleton* 
   return found == m_positions.end() ? nullptr : &m_appenders[found->second];
 }
 
-bool CheckRehearsal::isOutOfUse(const LOGAppenderSkeleton& appender) {
-  return appender.isStale() != 0 || appender.isClosedForGood();
-}
-
 std::vector<CheckRehearsal::Delivery> CheckRehearsal::ways(const LOGLogger& logger) {
   std::vector<Delivery> found;
   for (LOGAppenderSkeleton* const appender : logger.snapshotOfAppenders()) {
@@ -222,7 +218,7 @@ std::vector<LOGFilter*> CheckRehearsal::filters(const Appender& appender) {
 
 CheckRehearsal::Passes CheckRehearsal::decide(const Appender& appender, std::size_t firstFilter,
                                               LOGLevel& level, std::string& condition) const {
-  if (appender.appender->isAsSevereAsThreshold(&level) == 0 || isOutOfUse(*appender.appender)) {
+  if (appender.appender->isAsSevereAsThreshold(&level) == 0) {
     return Passes::No;
   }
   std::vector<std::string> accepting;  // if the event is denied in the end

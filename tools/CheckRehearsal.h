@@ -59,9 +59,6 @@ class CheckRehearsal {
   /// What the filters decide about a level, from one of them on.
   Passes decide(const Appender& appender, std::size_t firstFilter, LOGLevel& level,
                 std::string& condition) const;
-  /// Whether the document itself has closed the appender, which then takes no event: that happens
-  /// to those of a logger that is described a second time.
-  static bool isOutOfUse(const LOGAppenderSkeleton& appender);
   /// The filters of an appender in their order; null for one that a library would make.
   static std::vector<LOGFilter*> filters(const Appender& appender);
 
