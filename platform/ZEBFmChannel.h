@@ -38,8 +38,8 @@ class ZEBFmChannel {
   /// Closes what is owned.
   ~ZEBFmChannel();
 
-  /// Finds out what it leads to. The program may lead a standard stream elsewhere at any time, so
-  /// each record on one is preceded by this.
+  /// Finds out what it leads to, because the program may lead a standard stream elsewhere at any
+  /// time. Called before each record on one, but for a file, which notices by seek().
   void look() noexcept;
   /// Whether it was opened here, rather than given to the process.
   bool isOwned() const noexcept { return m_owned; }

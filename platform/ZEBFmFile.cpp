@@ -512,14 +512,23 @@ int ZEBFmFile::Handle::close() {
 }
 
 LOG4ZEB_HOT int ZEBFmFile::Handle::seek(std::int64_t offset, int origin) {
-  if (!m_channel->isOwned()) {
+  const bool mayChange = !m_channel->isOwned();
+  if (mayChange && !m_channel->isRegular()) {
     m_channel->look();
   }
-  if (!m_channel->isRegular() || (m_channel->appends() && origin == ORIGIN_END && offset == 0)) {
+  const bool isAtEnd = !mayChange && m_channel->appends() && origin == ORIGIN_END && offset == 0;
+  if (!m_channel->isRegular() || isAtEnd) {
     return 0;
   }
   flush();
-  return m_channel->seek(offset, origin) != 0 ? m_channel->getLastError() : 0;
+  if (m_channel->seek(offset, origin) == 0) {
+    return 0;
+  }
+  const int error = m_channel->getLastError();
+  if (mayChange) {
+    m_channel->look();
+  }
+  return m_channel->isRegular() ? error : 0;
 }
 
 int ZEBFmFile::Handle::lock() {

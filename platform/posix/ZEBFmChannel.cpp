@@ -123,9 +123,8 @@ ZEBFmChannel::ZEBFmChannel(std::int64_t handle, bool owned) : m_handle(handle), 
 ZEBFmChannel::~ZEBFmChannel() { close(); }
 
 void ZEBFmChannel::look() noexcept {
-  // A file system that is asked for the status after every write keeps exact times of all of them,
-  // which makes writing slow. What matters is whether this is a pipe by now, without positions.
-  if (m_isRegular && position() >= 0) {
+  // A pipe is written to with care already, which nothing that takes its place minds.
+  if (m_maySignal && !m_isRegular) {
     return;
   }
   const int descriptor = descriptorOf(m_handle);
