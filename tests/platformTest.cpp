@@ -5,6 +5,7 @@
 #ifdef _WIN32
 #include <windows.h>
 #else
+#include <fcntl.h>
 #include <sys/resource.h>
 #include <unistd.h>
 #endif
@@ -452,6 +453,20 @@ TEST_F(FmFile, SurvivesABrokenPipe) {
     sigset_t blocked;
     pthread_sigmask(SIG_BLOCK, nullptr, &blocked);
     return held && sigismember(&blocked, SIGPIPE) == 0;
+  });
+}
+
+TEST_F(FmFile, GoesOnWhereAPipeTakesThePlaceOfTheStandardOutput) {
+  expectInChild([] {
+    const int file = open("output", O_WRONLY | O_CREAT, 0600);
+    bool held = dup2(file, STDOUT_FILENO) == STDOUT_FILENO;
+    ZEBFmFile attached;
+    held = held && attached.attachStandard(ZEBFmFile::STANDARD_OUTPUT) == 1;
+    int ends[2];
+    held = held && pipe(ends) == 0 && dup2(ends[1], STDOUT_FILENO) == STDOUT_FILENO;
+    held = held && attached.seek(0, ZEBFmFile::ORIGIN_END) == 0 && writeText(attached, "read") == 4;
+    close(ends[0]);
+    return held && writeText(attached, "lost") == -1 && attached.getLastError() == EPIPE;
   });
 }
 #endif

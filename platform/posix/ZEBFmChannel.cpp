@@ -188,7 +188,16 @@ std::int64_t ZEBFmChannel::position() { return lseek(descriptorOf(m_handle), 0, 
 
 int ZEBFmChannel::seek(std::int64_t offset, int origin) {
   const int whence = origin == ZEBFmFile::ORIGIN_END ? SEEK_END : SEEK_SET;
-  return lseek(descriptorOf(m_handle), offset, whence) < 0 ? failed() : 0;
+  if (lseek(descriptorOf(m_handle), offset, whence) >= 0) {
+    return 0;
+  }
+  if (errno != ESPIPE) {
+    return failed();
+  }
+  // The program has put a pipe in the place of its standard output.
+  m_isRegular = false;
+  m_maySignal = true;
+  return 0;
 }
 
 std::int64_t ZEBFmChannel::size() {
