@@ -1,6 +1,5 @@
 #include "core/LOGLogLog.h"
 
-#include <cstddef>
 #include <fstream>
 #include <iomanip>
 #include <memory>
