@@ -31,7 +31,7 @@ class ZEBForkGate {
 
     /// Says which thread this one waits for, or nullptr once it goes on.
     void setAwaited(const Visitor* awaited) noexcept {
-      m_awaited.store(awaited, std::memory_order_relaxed);
+      m_awaited.store(awaited, std::memory_order_release);  // which may just have been made
     }
     /// Whether the thread waits for `other`, perhaps through further threads. What is said may just
     /// have changed.
