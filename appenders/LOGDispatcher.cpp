@@ -87,6 +87,8 @@ void LOGDispatcher::run() {
     m_bf->yieldToResize();
     logContainingFailures(RUN_TEXTS, [&] { goesOn = drain(); });
   }
+  m_threadId = 0;
+  m_visitor = nullptr;
 }
 
 bool LOGDispatcher::drain() {
