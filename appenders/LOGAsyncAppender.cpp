@@ -17,7 +17,7 @@
 namespace {
 
 constexpr const char* SOURCE = "LOGAsyncAppender";
-constexpr unsigned int LONGEST_PAUSE = 10000;  // milliseconds; ended early when space is freed
+constexpr unsigned int LONGEST_PAUSE = 10000;  // milliseconds from one report of it to the next
 
 /// In milliseconds, how long a thread lets the dispatcher of a full queue go on before it looks
 /// whether there is any space, should there not be much.
@@ -265,9 +265,15 @@ void LOGAsyncAppender::warnOfInterruption() {
 
 bool LOGAsyncAppender::waitForSpace() {
   LOGBoundedFIFO& bf = m_parts->bf;
-  while (!bf.isWaitingEnded() && !bf.hasSpace()) {
-    LOGLogLog::debug(WAITING);
-    bf.waitForSpace(LONGEST_PAUSE);
+  for (unsigned int waited = 0; !bf.isWaitingEnded() && !bf.hasSpace();
+       waited += LONGEST_WAIT_FOR_ROOM) {
+    if (waited >= WAIT_IN_VAIN && isAwaitedByDispatcher()) {
+      return true;  // it had no memory to take as much out as there is too much
+    }
+    if (waited % LONGEST_PAUSE == 0) {
+      LOGLogLog::debug(WAITING);
+    }
+    bf.waitForSpace(LONGEST_WAIT_FOR_ROOM);
     if (bf.isWaitingEnded()) {
       warnOfInterruption();
     }
