@@ -21,6 +21,7 @@
 #include "core/LOGHierarchy.h"
 #include "core/LOGRootLogger.h"
 #include "log4zeb.h"
+#include "platform/ZEBConfigurationFactory.h"
 #include "platform/ZEBOutOfMemoryError.h"
 #include "support/DatagramReceiver.h"
 #include "support/FailingHeap.h"
@@ -526,6 +527,8 @@ TEST(AllocationFault, LetsTheFirstUseBeTriedAgain) {
   long n = 0;
   for (bool hasFailed = true; hasFailed;) {
     FailingHeap::fail(++n, Mode::One);
+    LOGObject().instanceOf();  // neither this nor the next needs memory: they cannot throw
+    ZEBConfigurationFactory::getInstance();
     try {
       LOGNDC::push(LONG_TEXT);
       logger = LOGManager::getLogger(NAMES[0]);
