@@ -17,7 +17,7 @@
 namespace {
 
 constexpr const char* SOURCE = "LOGAsyncAppender";
-constexpr unsigned int LONGEST_PAUSE = 10000;  // milliseconds; ended early when space is freed
+constexpr unsigned int LONGEST_PAUSE = 10000;  // milliseconds from one report of it to the next
 
 /// In milliseconds, how long a thread lets the dispatcher of a full queue go on before it looks
 /// whether there is any space, should there not be much.
@@ -85,6 +85,22 @@ void collectReachable(const std::vector<LOGAppenderSkeleton*>& appenders,
   }
 }
 
+/// Waits until a dispatcher that was asked to end does nothing any more (true) or waits for this
+/// thread (false).
+bool awaitEnd(const LOGDispatcher& dispatcher) {
+  ZEBForkGate::Visitor& self = ZEBForkGate::self();
+  unsigned int waited = 0;
+  while (const ZEBForkGate::Visitor* const thread = dispatcher.visitor()) {
+    if (waited++ >= WAIT_IN_VAIN && thread->waitsFor(self)) {
+      return false;
+    }
+    const ZEBForkGate::Wait wait(self, thread);
+    const ZEBForkGate::Rest rest;
+    ZEBThread::sleep(1);
+  }
+  return true;
+}
+
 }  // namespace
 
 const I18NString LOGAsyncAppender::BUFFER_SIZE_OPTION = "BufferSize";
@@ -103,7 +119,12 @@ LOGAsyncAppender::LOGAsyncAppender()
   m_closed = 1;
 }
 
-LOGAsyncAppender::~LOGAsyncAppender() { LOGAsyncAppender::close(); }
+LOGAsyncAppender::~LOGAsyncAppender() {
+  LOGAsyncAppender::close();
+  if (m_parts != nullptr) {
+    m_parts->dispatcher.join();  // it uses members that come to their end before m_parts does
+  }
+}
 
 std::shared_ptr<LOGAsyncAppender::Parts> LOGAsyncAppender::parts() const {
   const std::lock_guard<std::mutex> lock(m_leaf);
@@ -143,19 +164,24 @@ void LOGAsyncAppender::close() {
     end(*closing);
     return;
   }
-  bool isFirst = false;
   logReportingFailures(CLOSE_TEXTS, [&] {
-    const ZEBThreadGuard guard(getCriticalSection());
-    m_closed = 1;
-    const std::lock_guard<std::mutex> lock(m_leaf);
-    isFirst = m_parts != nullptr;
-    m_parts.reset();
-  });
-  if (isFirst) {
+    {
+      const ZEBThreadGuard guard(getCriticalSection());
+      m_closed = 1;
+    }
     // No lock is held from here on: the dispatcher may need it to come to its end.
     end(*closing);
-    closing->dispatcher.join();
-  }
+    // Where it needs one of the caller, as that of a logger which has all appenders removed, or a
+    // message closes the appender that copies it, the destructor or another close() does the rest.
+    if (awaitEnd(closing->dispatcher)) {
+      const ZEBThreadGuard guard(getCriticalSection());
+      if (!m_isAppending) {
+        closing->dispatcher.join();
+        const std::lock_guard<std::mutex> lock(m_leaf);
+        m_parts.reset();
+      }
+    }
+  });
 }
 
 void LOGAsyncAppender::end(Parts& parts) {
@@ -222,6 +248,7 @@ void LOGAsyncAppender::setDispatcherWaits(bool waits) {
 
 void LOGAsyncAppender::waitForTurn() {
   if (m_dispatcherWaits) {
+    const ZEBForkGate::Wait wait(ZEBForkGate::self(), m_parts->dispatcher.visitor());
     const ZEBForkGate::Rest rest;
     std::unique_lock<std::mutex> lock(m_leaf);
     ++m_turnWaiters;
@@ -238,9 +265,15 @@ void LOGAsyncAppender::warnOfInterruption() {
 
 bool LOGAsyncAppender::waitForSpace() {
   LOGBoundedFIFO& bf = m_parts->bf;
-  while (!bf.isWaitingEnded() && !bf.hasSpace()) {
-    LOGLogLog::debug(WAITING);
-    bf.waitForSpace(LONGEST_PAUSE);
+  for (unsigned int waited = 0; !bf.isWaitingEnded() && !bf.hasSpace();
+       waited += LONGEST_WAIT_FOR_ROOM) {
+    if (waited >= WAIT_IN_VAIN && isAwaitedByDispatcher()) {
+      return true;  // it had no memory to take as much out as there is too much
+    }
+    if (waited % LONGEST_PAUSE == 0) {
+      LOGLogLog::debug(WAITING);
+    }
+    bf.waitForSpace(LONGEST_WAIT_FOR_ROOM);
     if (bf.isWaitingEnded()) {
       warnOfInterruption();
     }
@@ -250,6 +283,15 @@ bool LOGAsyncAppender::waitForSpace() {
 
 void LOGAsyncAppender::append(LOGLoggingEvent* event) {
   ZEB_ASSERT(event, SOURCE, __LINE__);
+  if (m_parts == nullptr) {
+    return;  // a filter has closed this appender
+  }
+  struct Appending {
+    bool& isAppending;
+    const bool wasAppending = std::exchange(isAppending, true);
+    ~Appending() { isAppending = wasAppending; }
+  };
+  const Appending appending{m_isAppending};
   logReportingFailures(ADD_TEXTS, [&] { enqueue(*event); });
 }
 
@@ -257,6 +299,7 @@ void LOGAsyncAppender::renewInChild() {
   ZEBForkHandler::renew(m_leaf);
   ZEBForkHandler::renew(m_turnTaken);
   m_turnWaiters = 0;
+  m_isAppending = m_isAppending && getCriticalSection().isHeldHere();
   if (m_parts != nullptr) {
     m_parts->bf.renewInChild();
     m_isLeftByFork = m_parts->dispatcher.isLeftByFork();

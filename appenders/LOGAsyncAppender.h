@@ -34,14 +34,16 @@ class LOG4ZEB_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
   LOGAsyncAppender();
   LOGAsyncAppender(const LOGAsyncAppender&) = delete;
   LOGAsyncAppender& operator=(const LOGAsyncAppender&) = delete;
-  /// Closes. REQUIRES: not called by the dispatcher's own thread.
+  /// Closes, and waits for the dispatcher's end. REQUIRES: not called by the dispatcher's own
+  /// thread, nor under a lock that a delivery takes.
   ~LOGAsyncAppender() override;
 
   /// Starts the dispatcher thread, unless it runs or the appender was closed for good. Throws
   /// ZEBSystemError when there is no thread to be had.
   void activateOptions() override;
   /// Ends the dispatcher thread and drops what is queued. Threads that wait for space go on, their
-  /// events lost. Closed for good: nothing starts it again.
+  /// events lost. Closed for good: nothing starts it again. Waits for a delivery that is under way,
+  /// unless that one waits for the calling thread.
   void close() override;
   int requiresLayout() override;
 
@@ -124,7 +126,9 @@ class LOG4ZEB_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
   // either.
   std::shared_ptr<Parts> m_parts;
   std::atomic<int> locationInfo{0};
-  int interruptedWarningMessage = 0;  // guarded by the appender's lock
+  // Guarded by the appender's lock.
+  int interruptedWarningMessage = 0;
+  bool m_isAppending = false;
 
   mutable std::mutex m_leaf;
   std::condition_variable m_turnTaken;

@@ -87,6 +87,8 @@ void LOGDispatcher::run() {
     m_bf->yieldToResize();
     logContainingFailures(RUN_TEXTS, [&] { goesOn = drain(); });
   }
+  m_threadId = 0;
+  m_visitor = nullptr;
 }
 
 bool LOGDispatcher::drain() {
@@ -103,6 +105,11 @@ bool LOGDispatcher::drain() {
   m_eventsBetweenLooks = 1;
   m_lastHandOver = m_lastLook = Clock::now();
   while ((hasTaken() || m_bf->hasEvents()) && !m_bf->isResizeWaiting()) {
+    if (ZEBForkGate::isClosed()) {
+      // A pass may last as long as there are events, and a fork does not have to wait for it.
+      handOver(batch);
+      const ZEBForkGate::Rest rest;
+    }
     logContainingFailures(RUN_TEXTS, [&] { deliverNext(batch); });
   }
   handOver(batch);
@@ -159,7 +166,8 @@ void LOGDispatcher::deliverNext(ZEBFmFile::Batch& batch) {
 }
 
 bool LOGDispatcher::mayGoOn(const LOGAsyncAppender::DispatcherTurn& turn) const {
-  return !turn.isLockWanted() && !m_bf->isResizeWaiting() && !hasTaken() && m_bf->hasEvents() &&
+  return !turn.isLockWanted() && !m_bf->isResizeWaiting() && !ZEBForkGate::isClosed() &&
+         !hasTaken() && m_bf->hasEvents() &&
          passesOnToOneFile();  // what was delivered may have changed the list
 }
 
@@ -180,7 +188,7 @@ void LOGDispatcher::deliverTaken(const LOGAsyncAppender::DispatcherTurn& turn) {
     if (m_bf->isWaitingEnded()) {
       forgetTaken();  // closed, as what is still queued is dropped
     }
-    if (turn.isLockWanted()) {
+    if (turn.isLockWanted() || ZEBForkGate::isClosed()) {
       return;
     }
   }

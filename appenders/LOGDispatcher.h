@@ -30,7 +30,7 @@ class LOG4ZEB_EXPORT LOGDispatcher : public ZEBThread {
   void run() override;
   /// Whether the calling thread is this one.
   bool isCurrentThread() const;
-  /// What the thread is for locks, nullptr before it runs.
+  /// What the thread is for locks, nullptr before and after it runs.
   const ZEBForkGate::Visitor* visitor() const { return m_visitor; }
 
   /// In the child of a fork, whether the thread was left behind in the parent. Where it has forked

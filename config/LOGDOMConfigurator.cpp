@@ -158,6 +158,14 @@ LOGDOMConfigurator::~LOGDOMConfigurator() {
       [this](LOGAppenderSkeleton& appender) { contained([&] { detachFromLoggers(&appender); }); });
   m_appenderBag->forget();
   m_objectTable.forget();
+  // Again, because closing one does not wait for a thread that waits for this one.
+  for (auto* const appenders : {&m_appenders, &m_staleAppenders}) {
+    for (auto& appender : *appenders) {
+      if (dynamic_cast<const LOGAsyncAppender*>(appender.get()) != nullptr) {
+        appender.reset();
+      }
+    }
+  }
 }
 
 template <typename Operation>

@@ -1,5 +1,7 @@
 #include "core/LOGObject.h"
 
+#include <new>
+
 #include "platform/ZEBTranslate.h"
 
 LOGObject::LOGObject() = default;
@@ -15,8 +17,10 @@ LOGObject& LOGObject::operator=(const LOGObject& other) {
 LOGObject::~LOGObject() = default;
 
 const I18NString& LOGObject::defaultTag() noexcept {
-  // Never destroyed, because static destructors log too.
-  static const auto* const tag = new I18NString("LOGObject");
+  // Never destroyed, because static destructors log too, and made without asking for memory, which
+  // there may not be at the first use.
+  alignas(I18NString) static unsigned char memory[sizeof(I18NString)];
+  static const auto* const tag = new (memory) I18NString("LOGObject");
   return *tag;
 }
 

@@ -1,6 +1,7 @@
 #include "platform/ZEBConfigurationFactory.h"
 
 #include <atomic>
+#include <new>
 
 namespace {
 
@@ -17,7 +18,8 @@ IZEBConfiguration::~IZEBConfiguration() = default;
 
 const IZEBConfiguration* ZEBConfigurationFactory::getInstance() noexcept {
   // Never destroyed: the destructors of the program's static objects may still open files.
-  static const IZEBConfiguration* const unchanged = new UnchangedPaths;
+  alignas(UnchangedPaths) static unsigned char memory[sizeof(UnchangedPaths)];
+  static const IZEBConfiguration* const unchanged = new (memory) UnchangedPaths;
   const IZEBConfiguration* const configured = g_configuration.load();
   return configured == nullptr ? unchanged : configured;
 }

@@ -102,7 +102,7 @@ bool ZEBForkGate::Visitor::waitsFor(const Visitor& other) const noexcept {
   constexpr int LONGEST_CHAIN = 16;
   const Visitor* awaited = this;
   for (int i = 0; i < LONGEST_CHAIN && awaited != nullptr && !awaited->isGone(); ++i) {
-    awaited = awaited->m_awaited.load(std::memory_order_relaxed);
+    awaited = awaited->m_awaited.load(std::memory_order_acquire);
     if (awaited == &other) {
       return true;
     }

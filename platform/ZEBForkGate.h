@@ -31,7 +31,7 @@ class ZEBForkGate {
 
     /// Says which thread this one waits for, or nullptr once it goes on.
     void setAwaited(const Visitor* awaited) noexcept {
-      m_awaited.store(awaited, std::memory_order_relaxed);
+      m_awaited.store(awaited, std::memory_order_release);  // which may just have been made
     }
     /// Whether the thread waits for `other`, perhaps through further threads. What is said may just
     /// have changed.
@@ -96,6 +96,9 @@ class ZEBForkGate {
     return s_isClosed.load() && mustWait(visitor);
   }
   static void waitUntilOpen();
+  /// Whether a fork waits for those inside, or is under way. Who holds a lock for long without need
+  /// to looks at this now and then, and rests.
+  static bool isClosed() noexcept { return s_isClosed.load(); }
   /// Changes in the child of a fork, unless the thread that forked held locks itself: what is left
   /// from before is of threads that do not exist.
   static unsigned epoch() noexcept { return s_epoch.load(std::memory_order_relaxed); }

@@ -24,6 +24,7 @@
 #include "layouts/LOGLayout.h"
 #include "log4zeb.h"
 #include "net/LOGSyslogAppender.h"
+#include "platform/ZEBConfigurationFactory.h"
 #include "platform/ZEBOutOfMemoryError.h"
 #include "support/DatagramReceiver.h"
 #include "support/FailingHeap.h"
@@ -545,6 +546,8 @@ TEST(AllocationFault, LetsTheFirstUseBeTriedAgain) {
   long n = 0;
   for (bool hasFailed = true; hasFailed;) {
     FailingHeap::fail(++n, Mode::One);
+    LOGObject().instanceOf();  // neither this nor the next needs memory: they cannot throw
+    ZEBConfigurationFactory::getInstance();
     try {
       LOGNDC::push(LONG_TEXT);
       logger = LOGManager::getLogger(NAMES[0]);

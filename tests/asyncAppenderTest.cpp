@@ -19,6 +19,7 @@
 #include "core/LOGManager.h"
 #include "core/LOGNDC.h"
 #include "core/LOGRootLogger.h"
+#include "filters/LOGFilter.h"
 #include "layouts/LOGPatternLayout.h"
 #include "platform/ZEBAssertError.h"
 #include "platform/ZEBThreadGuard.h"
@@ -335,6 +336,91 @@ TEST_F(AsyncAppenderTest, SurvivesWhatAttachedAppendersThrowAndEvenTheirClosingI
   EXPECT_EQ(Workplace::diagnosticsEqual(
                 "log4zeb:ERROR LOGDispatcher::run --- An unknown exception has occurred."),
             1);
+}
+
+TEST_F(AsyncAppenderTest, IsClosedByItsFilterAndByTheMessageThatIsBeingCopied) {
+  struct ClosingFilter : LOGFilter {
+    explicit ClosingFilter(LOGAsyncAppender& appender) : closed(appender) {}
+    void activateOptions() override {}
+    int decide(LOGLoggingEvent*) override {
+      closed.close();
+      return m_NEUTRAL;
+    }
+    LOGAsyncAppender& closed;
+  };
+  struct ClosingMessage : LOGObject {
+    explicit ClosingMessage(LOGAsyncAppender* appender) : closed(appender) {}
+    LOGObject* clone() const override {
+      // The logger's own copy closes it when it is copied for the queue.
+      if (isCopy) {
+        closed->close();
+      }
+      auto* const copy = new ClosingMessage(closed);
+      copy->isCopy = true;
+      return copy;
+    }
+    LOGAsyncAppender* closed;
+    bool isCopy = false;
+  };
+  ClosingMessage message(&async);
+  logger->info(&message);
+  LOGAsyncAppender filtered;
+  ClosingFilter filter(filtered);
+  filtered.setName("filtered");
+  filtered.addFilter(&filter);
+  logger->addAppender(&filtered);
+  for (int i = 0; i < 2; ++i) {
+    logger->info("x");
+  }
+  async.close();
+  EXPECT_EQ(async.getBufferSize() + filtered.getBufferSize(), 0);
+  logger->removeAppender(&filtered);
+}
+
+TEST_F(AsyncAppenderTest, IsClosedUnderALockThatADeliveryWaitsFor) {
+  std::atomic<bool> isDelivering{false};
+  capture.onAppend = [&](LOGLoggingEvent*) {
+    if (!isDelivering.exchange(true)) {
+      EXPECT_TRUE(eventually([&] { return logger->getCriticalSection().isHeldElsewhere(); }));
+      logger->info("from within");
+    }
+  };
+  async.addAppender(&capture);
+  logger->info("x");
+  EXPECT_TRUE(eventually([&] { return isDelivering.load(); }));
+  logger->removeAllAppenders();  // closes it with the logger's lock
+  async.close();                 // waits for the delivery, now that it can end
+  EXPECT_EQ(capture.messages, Messages{"x"});
+  EXPECT_EQ(async.getBufferSize(), 0);
+}
+
+TEST_F(AsyncAppenderTest, IsClosedByADeliveryWhileItsOwnWaitsForRoomThere) {
+  CapturingAppender nextCapture("next capture");
+  LOGAsyncAppender next;
+  next.setName("next");
+  next.addAppender(&nextCapture);
+  LOGLogger* const nextLogger = LOGManager::getLogger("async.next");
+  nextLogger->setAdditivity(0);
+  nextLogger->addAppender(&next);
+  async.setBufferSize(1);
+  async.addAppender(&capture);
+  std::atomic<bool> isDelivering{false};
+  std::atomic<int> delivered{0};
+  nextCapture.onAppend = [&](LOGLoggingEvent*) {
+    isDelivering = true;
+    logger->info("fills the queue");
+    logger->info("waits");
+  };
+  capture.onAppend = [&](LOGLoggingEvent*) {
+    if (delivered++ == 0) {
+      nextLogger->info("y");
+      EXPECT_TRUE(eventually([&] { return isDelivering.load(); }));
+      next.close();
+    }
+  };
+  logger->info("x");
+  EXPECT_TRUE(eventually([&] { return delivered == 3; }));
+  nextLogger->removeAllAppenders();
 }
 
 TEST_F(AsyncAppenderTest, ForwardsItsListAndReportsWhatIsRefused) {

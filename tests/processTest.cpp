@@ -344,6 +344,25 @@ TEST(ForkedChild, LogsThoughAnotherThreadIsStuckInAnAppender) {
   }
 }
 
+TEST(ForkedChild, IsNotHeldUpByWhatIsQueuedForASlowAppender) {
+  SKIP_WHERE_CHILDREN_HAVE_NO_THREADS();
+  const Workplace workplace;
+  CapturingAppender slow;
+  LOGAsyncAppender async;
+  slow.onAppend = [](LOGLoggingEvent*) { std::this_thread::sleep_for(10ms); };
+  async.addAppender(&slow);
+  LOGManager::getRootLogger()->addAppender(&async);
+  constexpr int EVENTS = 100;  // a second for the dispatcher, twice as long as a fork waits
+  logLines("thread0", "parent", EVENTS);
+  const auto before = std::chrono::steady_clock::now();
+  const pid_t child = forkAndRun([] { _exit(0); });
+  EXPECT_LT(std::chrono::steady_clock::now() - before, 400ms);
+  EXPECT_EQ(waitFor(child), 0);
+  EXPECT_EQ(async.flush(20'000), 1);
+  EXPECT_EQ(slow.messages.size(), static_cast<std::size_t>(EVENTS));
+  LOGManager::getRootLogger()->removeAllAppenders();
+}
+
 TEST(ForkedChild, StartsItsOwnWatchdogThread) {
   SKIP_WHERE_CHILDREN_HAVE_NO_THREADS();
   struct Watchdog : LOGFileWatchdog {
