@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <set>
+#include <utility>
 
 #include "appenders/LOGBoundedFIFO.h"
 #include "appenders/LOGDispatcher.h"
@@ -388,6 +389,7 @@ bool LOGAsyncAppender::enterList() {
       list.enter();
       return true;
     }
+    const ZEBForkGate::Wait wait(ZEBForkGate::self(), list.holder());
     const ZEBForkGate::Rest rest;
     ZEBThread::sleep(1);
   }

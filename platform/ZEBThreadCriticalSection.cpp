@@ -157,6 +157,10 @@ bool ZEBThreadCriticalSection::isHeldHere() const noexcept {
   return state != 0 && holderIn(state) == t_visitor;
 }
 
+const ZEBForkGate::Visitor* ZEBThreadCriticalSection::holder() const noexcept {
+  return holderIn(m_state.load(std::memory_order_acquire));
+}
+
 bool ZEBThreadCriticalSection::isLeftByFork() const noexcept {
   const Mark state = m_state.load(std::memory_order_acquire);
   return state != 0 && isFree(state);

@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "platform/LOG4ZEBExport.h"
+#include "platform/ZEBForkGate.h"
 
 /// A lock that its owner may take again; it is free when it was left as often as it was taken.
 /// Constant-initialised, so that an object of static storage works from the first static
@@ -27,6 +28,8 @@ class LOG4ZEB_EXPORT ZEBThreadCriticalSection {
   /// Whether another thread holds the lock now.
   bool isHeldElsewhere() const noexcept;
   bool isHeldHere() const noexcept;
+  /// The thread that holds the lock now, nullptr while nobody does.
+  const ZEBForkGate::Visitor* holder() const noexcept;
   /// Whether the lock was held when this process was forked, and not taken since.
   bool isLeftByFork() const noexcept;
   /// Whether a thread may be sleeping until the lock is left.

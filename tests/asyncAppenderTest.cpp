@@ -394,33 +394,56 @@ TEST_F(AsyncAppenderTest, IsClosedUnderALockThatADeliveryWaitsFor) {
   EXPECT_EQ(async.getBufferSize(), 0);
 }
 
+/// A second asynchronous appender, with a logger of its own.
+struct Next {
+  CapturingAppender capture{"next capture"};
+  LOGAsyncAppender async;
+  LOGLogger* const logger = LOGManager::getLogger("async.next");
+
+  Next() {
+    async.setName("next");
+    async.addAppender(&capture);
+    logger->setAdditivity(0);
+    logger->addAppender(&async);
+  }
+  ~Next() { logger->removeAllAppenders(); }
+};
+
 TEST_F(AsyncAppenderTest, IsClosedByADeliveryWhileItsOwnWaitsForRoomThere) {
-  CapturingAppender nextCapture("next capture");
-  LOGAsyncAppender next;
-  next.setName("next");
-  next.addAppender(&nextCapture);
-  LOGLogger* const nextLogger = LOGManager::getLogger("async.next");
-  nextLogger->setAdditivity(0);
-  nextLogger->addAppender(&next);
+  Next next;
   async.setBufferSize(1);
   async.addAppender(&capture);
   std::atomic<bool> isDelivering{false};
   std::atomic<int> delivered{0};
-  nextCapture.onAppend = [&](LOGLoggingEvent*) {
+  next.capture.onAppend = [&](LOGLoggingEvent*) {
     isDelivering = true;
     logger->info("fills the queue");
     logger->info("waits");
   };
   capture.onAppend = [&](LOGLoggingEvent*) {
     if (delivered++ == 0) {
-      nextLogger->info("y");
+      next.logger->info("y");
       EXPECT_TRUE(eventually([&] { return isDelivering.load(); }));
-      next.close();
+      next.async.close();
     }
   };
   logger->info("x");
   EXPECT_TRUE(eventually([&] { return delivered == 3; }));
-  nextLogger->removeAllAppenders();
+}
+
+TEST_F(AsyncAppenderTest, IsClosedUnderTheLockOfAListThatItsDeliveryLogsTo) {
+  Next next;
+  async.addAppender(&next.async);
+  std::atomic<bool> isDelivering{false};
+  next.capture.onAppend = [&](LOGLoggingEvent*) {
+    isDelivering = true;
+    EXPECT_TRUE(eventually([&] { return async.getAAI()->getCriticalSection().isHeldElsewhere(); }));
+    logger->info("from within");
+  };
+  next.logger->info("x");
+  EXPECT_TRUE(eventually([&] { return isDelivering.load(); }));
+  async.removeAllAppenders();  // closes the next one with the list's lock
+  EXPECT_EQ(next.capture.messages, Messages{"x"});
 }
 
 TEST_F(AsyncAppenderTest, ForwardsItsListAndReportsWhatIsRefused) {
