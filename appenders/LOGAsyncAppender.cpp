@@ -175,14 +175,17 @@ void LOGAsyncAppender::close() {
     // Where it needs one of the caller, as that of a logger which has all appenders removed, or a
     // message closes the appender that copies it, the destructor or another close() does the rest.
     if (awaitEnd(closing->dispatcher)) {
-      const ZEBThreadGuard guard(getCriticalSection());
-      if (!m_isAppending) {
-        closing->dispatcher.join();
-        const std::lock_guard<std::mutex> lock(m_leaf);
-        m_parts.reset();
+      if (const std::shared_ptr<Parts> ended = takeParts()) {
+        ended->dispatcher.join();
       }
     }
   });
+}
+
+std::shared_ptr<LOGAsyncAppender::Parts> LOGAsyncAppender::takeParts() {
+  const ZEBThreadGuard guard(getCriticalSection());
+  const std::lock_guard<std::mutex> lock(m_leaf);
+  return m_isAppending ? nullptr : std::exchange(m_parts, nullptr);
 }
 
 void LOGAsyncAppender::end(Parts& parts) {

@@ -118,6 +118,9 @@ class LOG4ZEB_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
   /// dispatcher waits for this thread.
   bool enterList();
   std::shared_ptr<Parts> parts() const;
+  /// Leaves them to the caller, who joins the dispatcher without a lock. Null when another one has
+  /// them, or an append goes on under this call.
+  std::shared_ptr<Parts> takeParts();
   static void end(Parts& parts);
   bool mayStart() const { return m_closed != 0 && !m_closeRequested && m_stale != 1; }
 

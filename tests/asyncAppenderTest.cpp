@@ -446,6 +446,27 @@ TEST_F(AsyncAppenderTest, IsClosedUnderTheLockOfAListThatItsDeliveryLogsTo) {
   EXPECT_EQ(next.capture.messages, Messages{"x"});
 }
 
+TEST_F(AsyncAppenderTest, IsClosedAgainByWhatItsThreadHasLeftToItsEnd) {
+  struct ClosingAtEnd {
+    LOGAsyncAppender* closed = nullptr;
+    ~ClosingAtEnd() {
+      std::this_thread::sleep_for(milliseconds(100));  // while the first close() waits
+      closed->close();
+    }
+  };
+  std::atomic<bool> isDelivered{false};
+  capture.onAppend = [&](LOGLoggingEvent*) {
+    static thread_local ClosingAtEnd atEnd;
+    atEnd.closed = &async;
+    isDelivered = true;
+  };
+  async.addAppender(&capture);
+  logger->info("x");
+  EXPECT_TRUE(eventually([&] { return isDelivered.load(); }));
+  async.close();
+  EXPECT_EQ(async.getBufferSize(), 0);
+}
+
 TEST_F(AsyncAppenderTest, ForwardsItsListAndReportsWhatIsRefused) {
   async.addAppender(nullptr);
   EXPECT_EQ(Workplace::diagnosticsEqual("log4zeb:ERROR LOGAsyncAppender::addAppender --- "), 1);
