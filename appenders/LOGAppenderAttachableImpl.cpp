@@ -1,5 +1,8 @@
 #include "appenders/LOGAppenderAttachableImpl.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include "appenders/LOGAppenderSkeleton.h"
 #include "core/LOGFailures.h"
 #include "core/LOGHashtable.h"
@@ -134,6 +137,15 @@ LOGAppenderSkeleton* LOGAppenderAttachableImpl::getAppender(const I18NString& na
 std::vector<LOGAppenderSkeleton*> LOGAppenderAttachableImpl::snapshot() const {
   const ZEBThreadGuard guard(m_access);
   return {m_appenderList.begin(), m_appenderList.end()};
+}
+
+std::vector<LOGAppenderSkeleton*> LOGAppenderAttachableImpl::snapshot(
+    bool (*isWanted)(const LOGAppenderSkeleton&)) const {
+  const ZEBThreadGuard guard(m_access);
+  std::vector<LOGAppenderSkeleton*> wanted;
+  std::copy_if(m_appenderList.begin(), m_appenderList.end(), std::back_inserter(wanted),
+               [isWanted](const LOGAppenderSkeleton* appender) { return isWanted(*appender); });
+  return wanted;
 }
 
 LOGAppenderSkeleton* LOGAppenderAttachableImpl::at(std::size_t position) const {

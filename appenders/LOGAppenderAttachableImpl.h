@@ -58,6 +58,9 @@ class LOG4ZEB_EXPORT LOGAppenderAttachableImpl : public LOGAppenderAttachable, p
   LOGAppenderSkeleton* first() const { return *m_appenderList.begin(); }
   /// The appenders as they are now. May be called without the owner's lock.
   std::vector<LOGAppenderSkeleton*> snapshot() const;
+  /// Those of them that are wanted; the same. An appender may be destroyed as soon as it is
+  /// removed, so that only here it is safe to look at any.
+  std::vector<LOGAppenderSkeleton*> snapshot(bool (*isWanted)(const LOGAppenderSkeleton&)) const;
   /// One of them by number, null beyond the last; the same.
   LOGAppenderSkeleton* at(std::size_t position) const;
   /// Calls `operation` with each appender in order; the operation may change the list.

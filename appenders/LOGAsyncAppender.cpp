@@ -73,6 +73,10 @@ void underListLock(const LOGAppenderAttachableImpl& list, const LOGFailureTexts&
   });
 }
 
+bool isAsynchronous(const LOGAppenderSkeleton& appender) {
+  return dynamic_cast<const LOGAsyncAppender*>(&appender) != nullptr;
+}
+
 /// Appends the asynchronous ones, each behind those that it passes events on to.
 void collectReachable(const std::vector<LOGAppenderSkeleton*>& appenders,
                       std::set<const LOGAppenderSkeleton*>& seen,
@@ -80,7 +84,7 @@ void collectReachable(const std::vector<LOGAppenderSkeleton*>& appenders,
   for (LOGAppenderSkeleton* const appender : appenders) {
     auto* const async = dynamic_cast<LOGAsyncAppender*>(appender);
     if (async != nullptr && seen.insert(async).second) {
-      collectReachable(async->getAAI()->snapshot(), seen, order);
+      collectReachable(async->getAAI()->snapshot(&isAsynchronous), seen, order);
       order.push_back(async);
     }
   }

@@ -604,8 +604,10 @@ LOGAppenderSkeleton* LOGDOMConfigurator::newAppender(const ZEBIDOM_Element& elem
   appender->setName(element.getAttribute(LOG4ZEB_NAME_ATTR));
   m_doubtful.push_back(appender.get());
   try {
+    m_own.insert(appender.get());
     m_appenders.push_back(std::move(appender));
   } catch (...) {
+    m_own.erase(appender.get());
     m_doubtful.pop_back();
     throw;
   }
@@ -871,6 +873,16 @@ LOGAppenderSkeleton* LOGDOMConfigurator::usableAppender(const I18NString& name) 
   return isUsable ? known : nullptr;
 }
 
+std::vector<LOGAppenderSkeleton*> LOGDOMConfigurator::ownAmong(
+    std::vector<LOGAppenderSkeleton*> attached) const {
+  attached.erase(std::remove_if(attached.begin(), attached.end(),
+                                [this](const LOGAppenderSkeleton* appender) {
+                                  return m_own.count(appender) == 0;
+                                }),
+                 attached.end());
+  return attached;
+}
+
 LOGAppenderSkeleton* LOGDOMConfigurator::rebuilt(LOGAppenderSkeleton& appender) {
   const I18NString& name = appender.getName();
   const auto described = m_appenderElements.find(name);
@@ -891,7 +903,7 @@ void LOGDOMConfigurator::rebuildBehind(LOGAppenderSkeleton& holder,
       !seen.insert(async).second) {
     return;
   }
-  for (LOGAppenderSkeleton* attached : async->getAAI()->snapshot()) {
+  for (LOGAppenderSkeleton* attached : ownAmong(async->getAAI()->snapshot())) {
     const I18NString& name = attached->getName();
     if ((attached->isStale() != 0 || isRetired(*attached)) && m_appenderElements.count(name) != 0) {
       attached = findAppenderByName(name);
@@ -906,7 +918,7 @@ void LOGDOMConfigurator::endRun() {
   contained([this] {
     std::set<const LOGAppenderSkeleton*> seen;
     for (const LOGLogger* const logger : allLoggers()) {
-      for (LOGAppenderSkeleton* appender : logger->snapshotOfAppenders()) {
+      for (LOGAppenderSkeleton* appender : ownAmong(logger->snapshotOfAppenders())) {
         appender = rebuilt(*appender);
         if (appender != nullptr) {
           rebuildBehind(*appender, seen);

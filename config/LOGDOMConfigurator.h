@@ -143,6 +143,8 @@ class LOG4ZEB_EXPORT LOGDOMConfigurator : public LOGConfigurator, public ZEBThre
   void retireAppendersOf(const LOGLogger& logger);
   bool isRetired(const LOGAppenderSkeleton& appender) const;
   LOGAppenderSkeleton* usableAppender(const I18NString& name) const;
+  /// Without those of the program, which may be gone as soon as they are removed.
+  std::vector<LOGAppenderSkeleton*> ownAmong(std::vector<LOGAppenderSkeleton*> attached) const;
   /// What takes the place of an appender that a logger has: another one where the logger was given
   /// it before a logger that is read later lost it. Null when it cannot be built.
   LOGAppenderSkeleton* rebuilt(LOGAppenderSkeleton& appender);
@@ -189,6 +191,7 @@ class LOG4ZEB_EXPORT LOGDOMConfigurator : public LOGConfigurator, public ZEBThre
   std::vector<std::unique_ptr<LOGLayout>> m_layouts;
   std::vector<std::unique_ptr<LOGAppenderSkeleton>> m_appenders;
   std::vector<std::unique_ptr<LOGAppenderSkeleton>> m_staleAppenders;  // a program may know them
+  std::set<const LOGAppenderSkeleton*> m_own;                          // all of these
 };
 
 #endif

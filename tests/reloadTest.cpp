@@ -5,6 +5,7 @@
 #include <atomic>
 #include <chrono>
 #include <functional>
+#include <memory>
 #include <set>
 #include <thread>
 
@@ -16,6 +17,7 @@
 #include "config/LOGXMLWatchdog.h"
 #include "core/LOGLogger.h"
 #include "core/LOGManager.h"
+#include "support/CapturingAppender.h"
 #include "support/OpenSockets.h"
 #include "support/Workplace.h"
 
@@ -184,6 +186,31 @@ TEST(Reload, PassesAnAppenderOnToALoggerThatIsReadFirst) {
                        "<root><appender-ref ref='G'/></root>");
   LOGManager::getLogger("x")->warn("2");
   EXPECT_EQ(Workplace::lines("F.log"), (std::vector<std::string>{"1", "2"}));
+}
+
+TEST(Reload, TouchesNoAppenderOfTheProgramAfterItsRemoval) {
+  Workplace workplace;
+  const auto read = [] {
+    Workplace::configure(
+        "<appender name='F' class='LOGFileAppender'><param name='File' value='f.log'/></appender>"
+        "<appender name='A' class='LOGAsyncAppender'><appender-ref ref='F'/></appender>"
+        "<logger name='read'><appender-ref ref='A'/></logger>");
+  };
+  read();
+  std::atomic<bool> stop{false};
+  std::thread program([&stop] {
+    LOGLogger* const logger = LOGManager::getLogger("unread");
+    while (!stop) {
+      const auto own = std::make_unique<CapturingAppender>();
+      logger->addAppender(own.get());
+      logger->removeAppender(own.get());
+    }
+  });
+  for (int i = 0; i < 200; ++i) {
+    read();
+  }
+  stop = true;
+  program.join();
 }
 
 TEST(Reload, KeepsWhatIsBehindAnAsynchronousAppenderAtWork) {
