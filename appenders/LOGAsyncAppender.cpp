@@ -18,7 +18,7 @@
 namespace {
 
 constexpr const char* SOURCE = "LOGAsyncAppender";
-constexpr unsigned int LONGEST_PAUSE = 10000;  // milliseconds from one report of it to the next
+constexpr unsigned int LONGEST_PAUSE = 10000;  // milliseconds between reports of waiting
 
 /// In milliseconds, how long a thread lets the dispatcher of a full queue go on before it looks
 /// whether there is any space, should there not be much.
