@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <iterator>
 
+#include "appenders/LOGAppenderClaim.h"
+#include "appenders/LOGAppenderPin.h"
 #include "appenders/LOGAppenderSkeleton.h"
 #include "core/LOGFailures.h"
 #include "core/LOGHashtable.h"
@@ -21,7 +23,16 @@ LOGAppenderAttachableImpl::Walk::Walk(LOGAppenderAttachableImpl& list)
   m_list.m_innermostWalk = this;
 }
 
-LOGAppenderAttachableImpl::Walk::~Walk() { m_list.m_innermostWalk = m_outer; }
+LOGAppenderAttachableImpl::Walk::~Walk() {
+  // Usually the innermost; walks that let go of the list's lock in between may end in any order.
+  Walk** walk = &m_list.m_innermostWalk;
+  while (*walk != nullptr && *walk != this) {
+    walk = &(*walk)->m_outer;
+  }
+  if (*walk == this) {
+    *walk = m_outer;
+  }
+}
 
 LOGAppenderSkeleton* LOGAppenderAttachableImpl::Walk::next() {
   if (m_next.atEnd()) {
@@ -35,6 +46,42 @@ LOGAppenderSkeleton* LOGAppenderAttachableImpl::Walk::next() {
 void LOGAppenderAttachableImpl::Walk::leave(Position position) {
   if (m_next == position) {
     ++m_next;
+  }
+}
+
+LOGAppenderAttachableImpl::PinnedWalk::PinnedWalk(LOGAppenderAttachableImpl& list,
+                                                  LOGAppenderPin& pin)
+    : m_list(list), m_pin(pin) {
+  const ZEBThreadGuard guard(m_list.getCriticalSection());
+  m_walk.emplace(m_list);
+  pinNext();
+  m_isOnly = m_appender != nullptr && !m_walk.has_value();
+}
+
+LOGAppenderAttachableImpl::PinnedWalk::~PinnedWalk() {
+  m_pin.clear();
+  if (m_walk.has_value()) {
+    const ZEBThreadGuard guard(m_list.getCriticalSection());
+    m_walk.reset();
+  }
+}
+
+void LOGAppenderAttachableImpl::PinnedWalk::pinNext() {
+  m_appender = m_walk->next();
+  if (m_appender != nullptr) {
+    m_pin.set(m_list, *m_appender);
+  }
+  if (m_walk->isAtEnd()) {
+    m_walk.reset();
+  }
+}
+
+void LOGAppenderAttachableImpl::PinnedWalk::goOn() {
+  m_pin.clear();
+  m_appender = nullptr;
+  if (m_walk.has_value()) {
+    const ZEBThreadGuard guard(m_list.getCriticalSection());
+    pinNext();
   }
 }
 
@@ -139,17 +186,7 @@ std::vector<LOGAppenderSkeleton*> LOGAppenderAttachableImpl::snapshot() const {
   return {m_appenderList.begin(), m_appenderList.end()};
 }
 
-std::vector<LOGAppenderSkeleton*> LOGAppenderAttachableImpl::snapshot(
-    bool (*isWanted)(const LOGAppenderSkeleton&)) const {
-  const ZEBThreadGuard guard(m_access);
-  std::vector<LOGAppenderSkeleton*> wanted;
-  std::copy_if(m_appenderList.begin(), m_appenderList.end(), std::back_inserter(wanted),
-               [isWanted](const LOGAppenderSkeleton* appender) { return isWanted(*appender); });
-  return wanted;
-}
-
 LOGAppenderSkeleton* LOGAppenderAttachableImpl::at(std::size_t position) const {
-  const ZEBThreadGuard guard(m_access);
   for (LOGAppenderSkeleton* const appender : m_appenderList) {
     if (position-- == 0) {
       return appender;
@@ -158,14 +195,39 @@ LOGAppenderSkeleton* LOGAppenderAttachableImpl::at(std::size_t position) const {
   return nullptr;
 }
 
+LOGAppenderSkeleton* LOGAppenderAttachableImpl::pinAt(std::size_t position,
+                                                      LOGAppenderPin& pin) const {
+  const ZEBThreadGuard guard(m_access);
+  LOGAppenderSkeleton* const appender = at(position);
+  if (appender != nullptr) {
+    pin.set(*this, *appender);
+  }
+  return appender;
+}
+
+bool LOGAppenderAttachableImpl::pinIfAttached(const LOGAppenderSkeleton& appender,
+                                              LOGAppenderPin& pin) const {
+  const ZEBThreadGuard guard(m_access);
+  const bool isAttached = std::find(m_appenderList.begin(), m_appenderList.end(), &appender) !=
+                          m_appenderList.end();
+  if (isAttached) {
+    pin.set(*this, appender);
+  }
+  return isAttached;
+}
+
 int LOGAppenderAttachableImpl::isAttached(LOGAppenderSkeleton* appender) {
   const std::vector<LOGAppenderSkeleton*> attached = snapshot();
   if (attached.empty()) {
     return 0;
   }
   ZEB_ASSERT(appender, SOURCE, 115);
-  for (const LOGAppenderSkeleton* const candidate : attached) {
-    if ((*candidate == *appender) != 0) {
+  if (std::find(attached.begin(), attached.end(), appender) != attached.end()) {
+    return 1;
+  }
+  LOGAppenderPin pin;
+  for (LOGAppenderSkeleton* const candidate : attached) {
+    if (pinIfAttached(*candidate, pin) && (*candidate == *appender) != 0) {
       return 1;
     }
   }
@@ -175,6 +237,7 @@ int LOGAppenderAttachableImpl::isAttached(LOGAppenderSkeleton* appender) {
 void LOGAppenderAttachableImpl::removeAllAppenders() { removeAllAppenders(nullptr); }
 
 void LOGAppenderAttachableImpl::removeAllAppenders(LOGHashtable* appenderBag) {
+  const bool isAny = !m_appenderList.isEmpty();
   forEach([appenderBag](LOGAppenderSkeleton& appender) {
     appender.close();
     if (appenderBag != nullptr &&
@@ -184,21 +247,38 @@ void LOGAppenderAttachableImpl::removeAllAppenders(LOGHashtable* appenderBag) {
   });
   clear();
   publish();
+  LOGAppenderClaim::revokeAll(*this);
+  awaitUsers({nullptr, isAny, isAny});
 }
 
 void LOGAppenderAttachableImpl::removeAppender(const I18NString& name) {
-  for (Position position = m_appenderList.begin(); !position.atEnd(); ++position) {
-    if ((*position)->getName() == name) {
-      remove(position);
-      publish();
-      return;
-    }
-  }
+  awaitUsers(takeOut(name));
 }
 
 void LOGAppenderAttachableImpl::removeAppender(LOGAppenderSkeleton* appender) {
+  awaitUsers(takeOut(appender));
+}
+
+LOGAppenderAttachableImpl::Removed LOGAppenderAttachableImpl::takeOut(const I18NString& name) {
+  LOGAppenderClaim::revokeNamed(*this, name);
+  for (Position position = m_appenderList.begin(); !position.atEnd(); ++position) {
+    LOGAppenderSkeleton* const appender = *position;
+    if (appender->getName() == name) {
+      LOGAppenderClaim::revoke(appender);
+      remove(position);
+      publish();
+      return {appender, true, true};
+    }
+  }
+  return {nullptr, true, false};  // what a claim was revoked on may be in use
+}
+
+LOGAppenderAttachableImpl::Removed LOGAppenderAttachableImpl::takeOut(
+    LOGAppenderSkeleton* appender) {
+  LOGAppenderClaim::revoke(appender);
+  Removed removed{appender, appender != nullptr, false};
   if (m_appenderList.isEmpty()) {
-    return;
+    return removed;
   }
   ZEB_ASSERT(appender, SOURCE, 162);
   const Publishing publishing(*this);
@@ -206,15 +286,30 @@ void LOGAppenderAttachableImpl::removeAppender(LOGAppenderSkeleton* appender) {
     const Position current = position;
     ++position;
     if ((**current == *appender) != 0) {
+      if (*current != appender) {
+        removed.appender = nullptr;
+      }
       remove(current);
+      removed.wasThere = true;
     }
+  }
+  return removed;
+}
+
+void LOGAppenderAttachableImpl::awaitUsers(const Removed& removed) const {
+  if (removed.isAny) {
+    LOGAppenderPin::awaitOthers(this, removed.appender);
   }
 }
 
 void LOGAppenderAttachableImpl::replaceAppenders(
-    const std::vector<LOGAppenderSkeleton*>& appenders) {
+    const std::vector<LOGAppenderSkeleton*>& appenders,
+    const std::function<void(LOGAppenderSkeleton&)>& leave) {
   // Without the list being seen empty between.
   const Publishing publishing(*this);
+  if (leave) {
+    forEach(leave);
+  }
   clear();
   for (LOGAppenderSkeleton* const appender : appenders) {
     addUnlessThere(appender);
@@ -229,12 +324,19 @@ void LOGAppenderAttachableImpl::activate(LOGAppenderSkeleton& appender) {
                         [&] { appender.activateOptions(); });
 }
 
-LOG4ZEB_HOT int LOGAppenderAttachableImpl::appendLoopOnAppenders(LOGLoggingEvent* event) {
-  // Appenders are activated before every event, on purpose: an appender whose file could not be
+LOG4ZEB_HOT void LOGAppenderAttachableImpl::append(LOGAppenderSkeleton& appender,
+                                                    LOGLoggingEvent* event) {
+  // Deliberate: appenders are activated before every event, so that one whose file could not be
   // opened gets another chance with each.
+  activate(appender);
+  appender.doAppend(event);
+}
+
+LOG4ZEB_HOT int LOGAppenderAttachableImpl::appendLoopOnAppenders(LOGLoggingEvent* event) {
+  int called = 0;
   forEach([&](LOGAppenderSkeleton& appender) {
-    activate(appender);
-    appender.doAppend(event);
+    append(appender, event);
+    ++called;
   });
-  return static_cast<int>(m_appenderList.size());
+  return std::max(called, static_cast<int>(m_appenderList.size()));
 }

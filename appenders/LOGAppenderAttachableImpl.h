@@ -2,11 +2,15 @@
 #define APPENDERS_LOGAPPENDERATTACHABLEIMPL_H
 
 #include <atomic>
+#include <functional>
+#include <optional>
 #include <vector>
 
 #include "appenders/LOGAppenderAttachable.h"
 #include "core/LOGMutex.h"
+#include "platform/ZEBThreadGuard.h"
 
+class LOGAppenderPin;
 class LOGHashtable;
 class LOGLoggingEvent;
 
@@ -14,6 +18,10 @@ class LOGLoggingEvent;
 /// operations take none that a caller can notice, and the owner of the list serialises all of them
 /// but isAttached(). An appender may add and remove appenders, itself included, while an event is
 /// passed to the list.
+///
+/// A removal from outside of all calls that log, and without a lock, waits until no other thread
+/// uses what it has removed: then the appender may be deleted. Any other removal takes effect
+/// without waiting.
 ///
 /// Appenders count as the same when LOGAppenderSkeleton::operator== says so.
 class LOG4ZEB_EXPORT LOGAppenderAttachableImpl : public LOGAppenderAttachable, public LOGMutex {
@@ -41,28 +49,49 @@ class LOG4ZEB_EXPORT LOGAppenderAttachableImpl : public LOGAppenderAttachable, p
   /// Removes every appender that is the same; none is closed. Throws ZEBAssertError when `appender`
   /// is null and the list is not empty.
   void removeAppender(LOGAppenderSkeleton* appender) override;
+  // The same for an owner who calls them under its lock, and awaitUsers() when it has left that.
+  /// What a removal has taken out.
+  struct Removed {
+    LOGAppenderSkeleton* appender = nullptr;  // null where it may be another one, or several
+    bool isAny = false;                       // somebody may use something that was here
+    bool wasThere = false;
+  };
+  Removed takeOut(const I18NString& name);
+  Removed takeOut(LOGAppenderSkeleton* appender);
+  /// Waits, where the calling thread may, until no other thread uses what was taken out.
+  void awaitUsers(const Removed& removed) const;
 
-  /// Empties the list, without closing anything, and adds these.
-  void replaceAppenders(const std::vector<LOGAppenderSkeleton*>& appenders);
+  /// Empties the list, without closing anything, and adds these. Each appender that was there is
+  /// first passed to `leave`, which may be empty.
+  void replaceAppenders(const std::vector<LOGAppenderSkeleton*>& appenders,
+                        const std::function<void(LOGAppenderSkeleton&)>& leave);
 
   /// Activates every appender and has it append the event; returns how many are in the list, also
-  /// those that refuse the event. What activation throws is reported; what appending throws goes
-  /// to the caller.
+  /// those that refuse the event, or were called, whichever is more. What activation throws is
+  /// reported; what appending throws goes to the caller.
   int appendLoopOnAppenders(LOGLoggingEvent* event);
+  /// The same for one of the list's appenders.
+  static void append(LOGAppenderSkeleton& appender, LOGLoggingEvent* event);
 
   /// Whether there is an appender. May be called without the owner's lock: an operation that
   /// changes the list shows here when it has come to its end.
   bool hasAppenders() const { return m_hasAppenders.load(std::memory_order_acquire); }
-  /// How many appenders there are, and the first of them, which must be there.
-  std::size_t size() const { return m_appenderList.size(); }
-  LOGAppenderSkeleton* first() const { return *m_appenderList.begin(); }
-  /// The appenders as they are now. May be called without the owner's lock.
+  /// The appenders as they are now. May be called without the owner's lock. An appender may be
+  /// destroyed as soon as it is removed, so that none may be looked at unless it is known to stay.
   std::vector<LOGAppenderSkeleton*> snapshot() const;
-  /// Those of them that are wanted; the same. An appender may be destroyed as soon as it is
-  /// removed, so that only here it is safe to look at any.
-  std::vector<LOGAppenderSkeleton*> snapshot(bool (*isWanted)(const LOGAppenderSkeleton&)) const;
-  /// One of them by number, null beyond the last; the same.
+  /// One of them by number, null beyond the last; under the owner's lock.
   LOGAppenderSkeleton* at(std::size_t position) const;
+  /// Pins one of them by number and returns it, null beyond the last; the same.
+  LOGAppenderSkeleton* pinAt(std::size_t position, LOGAppenderPin& pin) const;
+  /// Calls `look` with each appender while the list cannot change; the same. It calls nothing that
+  /// takes a lock.
+  template <typename Look>
+  void lookAtEach(Look look) const {
+    const ZEBThreadGuard guard(m_access);
+    for (const LOGAppenderSkeleton* const appender : m_appenderList) {
+      look(*appender);
+    }
+  }
   /// Calls `operation` with each appender in order; the operation may change the list.
   template <typename Operation>
   void forEach(Operation operation) {
@@ -70,6 +99,11 @@ class LOG4ZEB_EXPORT LOGAppenderAttachableImpl : public LOGAppenderAttachable, p
       operation(*appender);
     }
   }
+
+  class PinnedWalk;
+  /// Forgets walks of threads that a fork has left behind. REQUIRES: called in the child, and not
+  /// from within a walk over this list.
+  void forgetWalks() noexcept { m_innermostWalk = nullptr; }
 
  private:
   using Position = ZEBListIterator<LOGAppenderSkeleton*>;
@@ -83,10 +117,12 @@ class LOG4ZEB_EXPORT LOGAppenderAttachableImpl : public LOGAppenderAttachable, p
     ~Walk();
     /// The next appender, null at the end.
     LOGAppenderSkeleton* next();
+    bool isAtEnd() const { return m_next.atEnd(); }
     /// Tells the walk that the element at `position` goes away.
     void leave(Position position);
 
    private:
+    friend class PinnedWalk;
     friend class LOGAppenderAttachableImpl;
     LOGAppenderAttachableImpl& m_list;
     Position m_next;
@@ -94,6 +130,7 @@ class LOG4ZEB_EXPORT LOGAppenderAttachableImpl : public LOGAppenderAttachable, p
   };
 
   Walk* innermostWalk();
+  bool pinIfAttached(const LOGAppenderSkeleton& appender, LOGAppenderPin& pin) const;
   void remove(Position position);
   void add(LOGAppenderSkeleton* appender);
   void addUnlessThere(LOGAppenderSkeleton* newAppender);
@@ -109,6 +146,31 @@ class LOG4ZEB_EXPORT LOGAppenderAttachableImpl : public LOGAppenderAttachable, p
   Walk* m_innermostWalk = nullptr;
   unsigned m_epochOfWalks = 0;  // of the fork gate
   mutable ZEBThreadCriticalSection m_access;
+};
+
+/// A walk over a list whose lock is held only to go from one appender to the next; the appender that
+/// it has come to is pinned.
+class LOGAppenderAttachableImpl::PinnedWalk {
+ public:
+  PinnedWalk(LOGAppenderAttachableImpl& list, LOGAppenderPin& pin);
+  PinnedWalk(const PinnedWalk&) = delete;
+  PinnedWalk& operator=(const PinnedWalk&) = delete;
+  ~PinnedWalk();
+
+  /// Null at the end.
+  LOGAppenderSkeleton* appender() const noexcept { return m_appender; }
+  /// Whether the list had no other appender when the walk began.
+  bool isOnly() const noexcept { return m_isOnly; }
+  void goOn();
+
+ private:
+  void pinNext();
+
+  LOGAppenderAttachableImpl& m_list;
+  LOGAppenderPin& m_pin;
+  LOGAppenderSkeleton* m_appender = nullptr;
+  bool m_isOnly = false;
+  std::optional<Walk> m_walk;  // while there are further appenders; made and destroyed under the lock
 };
 
 #endif

@@ -3,6 +3,8 @@
 #include <typeinfo>
 #include <utility>
 
+#include "appenders/LOGAppenderClaim.h"
+#include "core/LOGCallScope.h"
 #include "core/LOGFailures.h"
 #include "core/LOGLevel.h"
 #include "core/LOGLoggingEvent.h"
@@ -49,7 +51,7 @@ LOGAppenderSkeleton& LOGAppenderSkeleton::operator=(const LOGAppenderSkeleton& o
   return *this;
 }
 
-LOGAppenderSkeleton::~LOGAppenderSkeleton() = default;
+LOGAppenderSkeleton::~LOGAppenderSkeleton() { LOGAppenderClaim::revoke(this); }
 
 std::unique_ptr<LOGErrorHandler> LOGAppenderSkeleton::cloneOfErrorHandler() const {
   return std::unique_ptr<LOGErrorHandler>(
@@ -82,6 +84,7 @@ LOG4ZEB_HOT void LOGAppenderSkeleton::doAppend(LOGLoggingEvent* event) {
                                   "LOGAppenderSkeleton::doAppend -- ZEB Exception occured",
                                   "LOGAppenderSkeleton::doAppend -- An Exception occured"};
   logReportingFailures(TEXTS, [&] {
+    const LOGCallScope call;  // ends after the lock
     const ZEBThreadGuard guard(getCriticalSection());
     if (m_closed == 1) {
       reportClosed();

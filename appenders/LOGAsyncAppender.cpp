@@ -1,38 +1,28 @@
 #include "appenders/LOGAsyncAppender.h"
 
 #include <algorithm>
-#include <set>
 #include <utility>
 
 #include "appenders/LOGBoundedFIFO.h"
 #include "appenders/LOGDispatcher.h"
 #include "appenders/LOGFileAppender.h"
+#include "core/LOGCallScope.h"
 #include "core/LOGFailures.h"
 #include "core/LOGLoggingEvent.h"
 #include "platform/ZEBAssertError.h"
 #include "platform/ZEBForkGate.h"
-#include "platform/ZEBThread.h"
+#include "platform/ZEBForkHandler.h"
 #include "platform/ZEBThreadGuard.h"
 #include "platform/ZEBTranslate.h"
 
 namespace {
 
 constexpr const char* SOURCE = "LOGAsyncAppender";
-constexpr unsigned int LONGEST_PAUSE = 10000;  // milliseconds between reports of waiting
-
-/// In milliseconds, how long a thread lets the dispatcher of a full queue go on before it looks
-/// whether there is any space, should there not be much.
-constexpr unsigned int LONGEST_WAIT_FOR_ROOM = 10;
-/// After so many milliseconds without any progress a thread believes that the dispatcher waits for
-/// it. What threads say of each other may be out of date until they get a processor, and a queue
-/// must not grow beyond its size for that.
-constexpr unsigned int WAIT_IN_VAIN = 50;
-constexpr const char* WAITING = "Waiting for free space in buffer, ";
 
 constexpr LOGFailureTexts CLOSE_TEXTS{
     "LOGAsyncAppender::close --- ", "LOGAsyncAppender::close --- ",
     "LOGAsyncAppender::close --- An unknown exception has occured."};
-// An append reports as addAppender does; that is how it is meant.
+// Deliberate: an append reports as addAppender does.
 constexpr LOGFailureTexts ADD_TEXTS{
     "LOGAsyncAppender::addAppender --- ", "LOGAsyncAppender::addAppender --- ",
     "LOGAsyncAppender::addAppender --- An unknown exception has occurred."};
@@ -52,15 +42,12 @@ constexpr LOGFailureTexts REMOVE_TEXTS{
     "LOGAsyncAppender::removeAppender --- ", "LOGAsyncAppender::removeAppender --- ",
     "LOGAsyncAppender::removeAppender --- An unknown exception has occurred."};
 
-/// Has file appenders hand over what a dispatcher has held back for them, before they leave its
-/// list.
-void handOver(LOGAppenderAttachableImpl& list) {
-  list.forEach([](LOGAppenderSkeleton& appender) {
-    auto* const file = dynamic_cast<LOGFileAppender*>(&appender);
-    if (file != nullptr) {
-      file->handOver();
-    }
-  });
+/// Has a file appender write what a dispatcher has held back for it.
+void handOver(LOGAppenderSkeleton& appender) {
+  auto* const file = dynamic_cast<LOGFileAppender*>(&appender);
+  if (file != nullptr) {
+    file->handOver();
+  }
 }
 
 /// Runs `operation` under the list's lock.
@@ -73,68 +60,82 @@ void underListLock(const LOGAppenderAttachableImpl& list, const LOGFailureTexts&
   });
 }
 
-bool isAsynchronous(const LOGAppenderSkeleton& appender) {
-  return dynamic_cast<const LOGAsyncAppender*>(&appender) != nullptr;
-}
-
-/// Appends the asynchronous ones, each behind those that it passes events on to.
-void collectReachable(const std::vector<LOGAppenderSkeleton*>& appenders,
-                      std::set<const LOGAppenderSkeleton*>& seen,
-                      std::vector<LOGAsyncAppender*>& order) {
-  for (LOGAppenderSkeleton* const appender : appenders) {
-    auto* const async = dynamic_cast<LOGAsyncAppender*>(appender);
-    if (async != nullptr && seen.insert(async).second) {
-      collectReachable(async->getAAI()->snapshot(&isAsynchronous), seen, order);
-      order.push_back(async);
-    }
-  }
-}
-
-/// Waits until a dispatcher that was asked to end does nothing any more (true) or waits for this
-/// thread (false).
-bool awaitEnd(const LOGDispatcher& dispatcher) {
-  ZEBForkGate::Visitor& self = ZEBForkGate::self();
-  unsigned int waited = 0;
-  while (const ZEBForkGate::Visitor* const thread = dispatcher.visitor()) {
-    if (waited++ >= WAIT_IN_VAIN && thread->waitsFor(self)) {
-      return false;
-    }
-    const ZEBForkGate::Wait wait(self, thread);
-    const ZEBForkGate::Rest rest;
-    ZEBThread::sleep(1);
-  }
-  return true;
-}
-
 }  // namespace
 
 const I18NString LOGAsyncAppender::BUFFER_SIZE_OPTION = "BufferSize";
 const I18NString LOGAsyncAppender::LOCATION_INFO_OPTION = "LocationInfo";
 
-/// What an appender loses when it is closed.
-struct LOGAsyncAppender::Parts {
-  explicit Parts(LOGAsyncAppender* owner) : bf(DEFAULT_BUFFER_SIZE), dispatcher(&bf, owner) {}
+/// Queue, list of attached appenders and thread.
+struct LOGAsyncAppender::Core {
+  Core() : bf(DEFAULT_BUFFER_SIZE), dispatcher(&bf, &aai) {}
+
+  void warnOfInterruption() {
+    LOGLogLog::warn(interruptedWarningMessage.exchange(1) == 0 ? "AsyncAppender interrupted."
+                                                               : "AsyncAppender interrupted again.");
+  }
+
+  void renewInChild() noexcept {
+    bf.renewInChild();
+    if (dispatcher.isLeftByFork()) {
+      isLeftByFork = true;
+      ++forks;
+      if (!aai.getCriticalSection().isHeldHere()) {
+        aai.forgetWalks();
+      }
+    }
+  }
+
+  LOGAppenderAttachableImpl aai;
   LOGBoundedFIFO bf;
-  LOGDispatcher dispatcher;  // destroyed first, which waits for the thread
+  std::atomic<int> interruptedWarningMessage{0};
+  std::atomic<bool> isLeftByFork{false};  // what is queued is the parent's, and there is no thread
+  std::atomic<unsigned> forks{0};         // in how many processes a thread was left behind
+  LOGDispatcher dispatcher;               // destroyed first, which waits for the thread
+  const ZEBForkHandler forkHandler{
+      this, [](void* core) { static_cast<Core*>(core)->renewInChild(); }};
+};
+
+/// An event for which there was no room.
+class LOGAsyncAppender::Arrival : public LOGCallScope::Waiting {
+ public:
+  Arrival(std::shared_ptr<Core> core, std::unique_ptr<LOGLoggingEvent> event)
+      : Waiting(core.get()),
+        m_core(std::move(core)),
+        m_event(std::move(event)),
+        m_forks(m_core->forks) {}
+
+  void finish() noexcept override {
+    logContainingFailures(ADD_TEXTS, [this] {
+      if (m_core->forks != m_forks) {
+        return;  // the parent's
+      }
+      // Under a lock that the program itself holds the dispatcher might wait for this thread.
+      if (!ZEBForkGate::self().mayWait()) {
+        m_core->bf.putBeyond(*m_event);
+      } else if (!m_core->bf.putWhenThereIsRoom(*m_event)) {
+        m_core->warnOfInterruption();
+      }
+    });
+  }
+
+ private:
+  const std::shared_ptr<Core> m_core;
+  const std::unique_ptr<LOGLoggingEvent> m_event;
+  const unsigned m_forks;
 };
 
 LOGAsyncAppender::LOGAsyncAppender()
-    : m_parts(zebTranslate(SOURCE, __LINE__, [this] { return std::make_shared<Parts>(this); })) {
+    : m_core(zebTranslate(SOURCE, __LINE__, [] { return std::make_shared<Core>(); })) {
   instance(SOURCE);
   m_closed = 1;
 }
 
 LOGAsyncAppender::~LOGAsyncAppender() {
   LOGAsyncAppender::close();
-  if (m_parts != nullptr) {
-    m_parts->dispatcher.join();  // it uses members that come to their end before m_parts does
-  }
+  m_core->dispatcher.join();
 }
 
-std::shared_ptr<LOGAsyncAppender::Parts> LOGAsyncAppender::parts() const {
-  const std::lock_guard<std::mutex> lock(m_leaf);
-  return m_parts;
-}
+LOGAppenderAttachableImpl* LOGAsyncAppender::getAAI() { return &m_core->aai; }
 
 void LOGAsyncAppender::activateOptions() {
   if (!mayStart()) {
@@ -142,191 +143,58 @@ void LOGAsyncAppender::activateOptions() {
   }
   const ZEBThreadGuard guard(getCriticalSection());
   if (mayStart()) {
-    const std::shared_ptr<Parts> m_dispatcher = parts();
-    ZEB_ASSERT(m_dispatcher, SOURCE, 114);
-    if (m_isLeftByFork) {
-      startInChild();
-    } else {
-      m_dispatcher->dispatcher.start();
-    }
+    m_core->dispatcher.startUnlessRunning();
     m_closed = 0;
   }
 }
 
 void LOGAsyncAppender::close() {
   m_closeRequested = true;
-  const std::shared_ptr<Parts> closing = parts();
-  if (closing == nullptr) {
-    return;
-  }
-  // A thread that waits for space holds this appender's lock, so it is let go before that is taken.
-  closing->bf.endWaiting();
-  if (closing->dispatcher.isCurrentThread()) {
-    // Closed by an appender attached here, under the list's lock, which comes after this
-    // appender's. The thread cannot wait for its own end either: the destructor, or a close() from
-    // elsewhere, does the rest.
-    m_closed = 1;
-    end(*closing);
-    return;
-  }
-  logReportingFailures(CLOSE_TEXTS, [&] {
+  m_core->bf.close();
+  logReportingFailures(CLOSE_TEXTS, [this] {
     {
       const ZEBThreadGuard guard(getCriticalSection());
       m_closed = 1;
     }
-    // No lock is held from here on: the dispatcher may need it to come to its end.
-    end(*closing);
-    // Where it needs one of the caller, as that of a logger which has all appenders removed, or a
-    // message closes the appender that copies it, the destructor or another close() does the rest.
-    if (awaitEnd(closing->dispatcher)) {
-      if (const std::shared_ptr<Parts> ended = takeParts()) {
-        ended->dispatcher.join();
-      }
+    m_core->dispatcher.close();
+    // Elsewhere the delivery that is under way may wait for the calling thread.
+    if (LOGCallScope::mayWait()) {
+      m_core->dispatcher.awaitEnd();
     }
   });
-}
-
-std::shared_ptr<LOGAsyncAppender::Parts> LOGAsyncAppender::takeParts() {
-  const ZEBThreadGuard guard(getCriticalSection());
-  const std::lock_guard<std::mutex> lock(m_leaf);
-  return m_isAppending ? nullptr : std::exchange(m_parts, nullptr);
-}
-
-void LOGAsyncAppender::end(Parts& parts) {
-  parts.bf.drop();
-  parts.dispatcher.close();
 }
 
 int LOGAsyncAppender::requiresLayout() { return 0; }
 
 int LOGAsyncAppender::flush(int milliseconds) {
-  const std::shared_ptr<Parts> flushed = parts();
-  if (flushed == nullptr || m_isLeftByFork) {
+  if (m_core->bf.isClosed() || m_core->isLeftByFork) {
     return 1;
   }
-  const unsigned int time = flushed->dispatcher.isCurrentThread()
-                                ? 0
-                                : static_cast<unsigned int>(std::max(milliseconds, 0));
-  return flushed->bf.waitUntilDelivered(time) ? 1 : 0;
+  return m_core->bf.waitUntilDelivered(LOGCallScope::mayWait() ? milliseconds : 0) ? 1 : 0;
 }
 
 int LOGAsyncAppender::getBufferSize() const {
-  const std::shared_ptr<Parts> current = parts();
-  return current == nullptr ? 0 : current->bf.getMaxSize();
+  return m_core->bf.isClosed() ? 0 : m_core->bf.getMaxSize();
 }
 
 void LOGAsyncAppender::setBufferSize(int size) {
-  const std::shared_ptr<Parts> m_bf = parts();
+  LOGBoundedFIFO* const m_bf = m_core->bf.isClosed() ? nullptr : &m_core->bf;
   ZEB_ASSERT(m_bf, SOURCE, __LINE__);
-  m_bf->bf.resize(size);
+  m_bf->resize(size);
 }
 
-LOGAsyncAppender::DispatcherTurn::DispatcherTurn(LOGAsyncAppender& appender)
-    : m_appender(appender) {
-  m_appender.setDispatcherWaits(true);
-}
-
-void LOGAsyncAppender::DispatcherTurn::begin() {
-  m_appender.m_aai.getCriticalSection().enter();
-  m_hasBegun = true;
-  m_appender.m_isDelivering = true;
-  m_appender.setDispatcherWaits(false);
-}
-
-bool LOGAsyncAppender::DispatcherTurn::isLockWanted() const {
-  return m_appender.m_aai.getCriticalSection().isWanted();
-}
-
-LOGAsyncAppender::DispatcherTurn::~DispatcherTurn() {
-  if (m_hasBegun) {
-    m_appender.m_isDelivering = false;
-    m_appender.m_aai.getCriticalSection().leave();
-  } else {
-    m_appender.setDispatcherWaits(false);
-  }
-}
-
-void LOGAsyncAppender::setDispatcherWaits(bool waits) {
-  m_dispatcherWaits = waits;
-  if (!waits && m_turnWaiters > 0) {
-    const std::lock_guard<std::mutex> lock(m_leaf);
-    m_turnTaken.notify_all();
-  }
-}
-
-void LOGAsyncAppender::waitForTurn() {
-  if (m_dispatcherWaits) {
-    const ZEBForkGate::Wait wait(ZEBForkGate::self(), m_parts->dispatcher.visitor());
-    const ZEBForkGate::Rest rest;
-    std::unique_lock<std::mutex> lock(m_leaf);
-    ++m_turnWaiters;
-    m_turnTaken.wait(lock, [this] { return !m_dispatcherWaits; });
-    --m_turnWaiters;
-  }
-}
-
-void LOGAsyncAppender::warnOfInterruption() {
-  LOGLogLog::warn(interruptedWarningMessage == 0 ? "AsyncAppender interrupted."
-                                                 : "AsyncAppender interrupted again.");
-  interruptedWarningMessage = 1;
-}
-
-bool LOGAsyncAppender::waitForSpace() {
-  LOGBoundedFIFO& bf = m_parts->bf;
-  for (unsigned int waited = 0; !bf.isWaitingEnded() && !bf.hasSpace();
-       waited += LONGEST_WAIT_FOR_ROOM) {
-    if (waited >= WAIT_IN_VAIN && isAwaitedByDispatcher()) {
-      return true;  // it had no memory to take as much out as there is too much
-    }
-    if (waited % LONGEST_PAUSE == 0) {
-      LOGLogLog::debug(WAITING);
-    }
-    bf.waitForSpace(LONGEST_WAIT_FOR_ROOM);
-    if (bf.isWaitingEnded()) {
-      warnOfInterruption();
-    }
-  }
-  return !bf.isWaitingEnded();
-}
-
-void LOGAsyncAppender::append(LOGLoggingEvent* event) {
+LOG4ZEB_HOT void LOGAsyncAppender::append(LOGLoggingEvent* event) {
   ZEB_ASSERT(event, SOURCE, __LINE__);
-  if (m_parts == nullptr) {
-    return;  // a filter has closed this appender
-  }
-  struct Appending {
-    bool& isAppending;
-    const bool wasAppending = std::exchange(isAppending, true);
-    ~Appending() { isAppending = wasAppending; }
-  };
-  const Appending appending{m_isAppending};
+  const LOGCallScope call;
   logReportingFailures(ADD_TEXTS, [&] { enqueue(*event); });
 }
 
-void LOGAsyncAppender::renewInChild() {
-  ZEBForkHandler::renew(m_leaf);
-  ZEBForkHandler::renew(m_turnTaken);
-  m_turnWaiters = 0;
-  m_isAppending = m_isAppending && getCriticalSection().isHeldHere();
-  if (m_parts != nullptr) {
-    m_parts->bf.renewInChild();
-    m_isLeftByFork = m_parts->dispatcher.isLeftByFork();
-  }
-  if (m_isLeftByFork) {
-    m_dispatcherWaits = false;
-    m_isDelivering = false;
-  }
-}
-
-void LOGAsyncAppender::startInChild() {
-  m_parts->bf.forgetParent();
-  m_parts->dispatcher.startInChild();
-  m_isLeftByFork = false;
-}
-
-void LOGAsyncAppender::enqueue(LOGLoggingEvent& event) {
-  if (m_isLeftByFork) {
-    startInChild();
+LOG4ZEB_HOT void LOGAsyncAppender::enqueue(LOGLoggingEvent& event) {
+  LOGBoundedFIFO& queue = m_core->bf;
+  if (m_core->isLeftByFork) {
+    queue.forgetParent();
+    m_core->dispatcher.startUnlessRunning();
+    m_core->isLeftByFork = false;
   }
   // Asked for here, these are the thread that logs and its context.
   event.getThreadName();
@@ -334,140 +202,118 @@ void LOGAsyncAppender::enqueue(LOGLoggingEvent& event) {
   if (locationInfo != 0) {
     event.getLocationInformation();
   }
-  if (putBesideList(event)) {
+  LOGCallScope& outermost = *LOGCallScope::outermost();
+  if ((!outermost.hasLeft(m_core.get()) && queue.tryPut(event)) || queue.isClosed()) {
     return;
   }
-  const bool isDispatcher = m_parts->dispatcher.isCurrentThread();
-  if (!isDispatcher) {
-    waitForTurn();
-  }
-  if (!enterList()) {
-    put(event);
-    return;
-  }
-  const ZEBThreadGuard guard(m_aai.getCriticalSection(), ZEBThreadGuard::Held());
-  // The thread that makes space cannot wait for it.
-  if (isDispatcher || waitForSpace()) {
-    put(event);
+  if (outermost.isDeliveryElsewhere(*this) || isServedByThisThread()) {
+    queue.putBeyond(event);
+  } else {
+    outermost.leave(std::make_unique<Arrival>(m_core, event.copyForQueue()));
   }
 }
 
-void LOGAsyncAppender::put(const LOGLoggingEvent& event) {
-  zebTranslate(SOURCE, __LINE__, [&] { m_parts->bf.putCopy(event); });
+bool LOGAsyncAppender::isServedByThisThread() const {
+  if (!LOGDispatcher::isAnyCurrentThread()) {
+    return false;
+  }
+  Queues queues;
+  queues.add(*this);
+  return std::any_of(queues.m_cores.begin(), queues.m_cores.end(),
+                     [](const auto& core) { return core->dispatcher.isCurrentThread(); });
 }
 
-bool LOGAsyncAppender::putBesideList(const LOGLoggingEvent& event) {
-  LOGBoundedFIFO& bf = m_parts->bf;
-  unsigned int waited = 0;
-  while (!bf.isWaitingEnded() && !isListLockedByOthers()) {
-    // The usual case. Nobody holds the list's lock, or a delivery does, which this does not touch:
-    // nobody could notice if it was taken here.
-    if (bf.hasSpace() || (waited >= WAIT_IN_VAIN && isAwaitedByDispatcher())) {
-      put(event);
-      return true;
+void LOGAsyncAppender::Queues::add(const std::shared_ptr<Core>& core) {
+  if (m_seen.insert(core.get()).second) {
+    add(core->aai);
+    m_cores.push_back(core);
+  }
+}
+
+void LOGAsyncAppender::Queues::add(const LOGAppenderSkeleton& appender) {
+  const auto* const async = dynamic_cast<const LOGAsyncAppender*>(&appender);
+  if (async != nullptr) {
+    add(async->m_core);
+  }
+}
+
+void LOGAsyncAppender::Queues::add(const LOGAppenderAttachableImpl& list) {
+  std::vector<std::shared_ptr<Core>> attached;
+  list.lookAtEach([&](const LOGAppenderSkeleton& appender) {
+    const auto* const async = dynamic_cast<const LOGAsyncAppender*>(&appender);
+    if (async != nullptr) {
+      attached.push_back(async->m_core);
     }
-    if (m_parts->dispatcher.isCurrentThread() || (!m_isDelivering && !m_dispatcherWaits)) {
-      break;
-    }
-    // The dispatcher is at work, and would have to wait for a lock that was taken here.
-    if (waited == 0) {
-      LOGLogLog::debug(WAITING);
-    }
-    const ZEBForkGate::Wait wait(ZEBForkGate::self(), m_parts->dispatcher.visitor());
-    bf.waitForRoom(LONGEST_WAIT_FOR_ROOM);
-    waited += LONGEST_WAIT_FOR_ROOM;
+  });
+  for (const std::shared_ptr<Core>& core : attached) {
+    add(core);
   }
-  if (waited > 0 && bf.isWaitingEnded()) {
-    warnOfInterruption();
-  }
-  return false;
 }
 
-bool LOGAsyncAppender::enterList() {
-  // Not waited for as other locks are: the dispatcher may get it first, and then wait for one that
-  // this thread holds.
-  ZEBThreadCriticalSection& list = m_aai.getCriticalSection();
-  for (unsigned int waited = 0; !list.tryEnter(); ++waited) {
-    if ((waited >= WAIT_IN_VAIN && isAwaitedByDispatcher()) ||
-        (m_isDelivering && m_parts->bf.hasSpace())) {
-      return false;
-    }
-    if (list.isLeftByFork()) {
-      list.enter();
-      return true;
-    }
-    const ZEBForkGate::Wait wait(ZEBForkGate::self(), list.holder());
-    const ZEBForkGate::Rest rest;
-    ZEBThread::sleep(1);
-  }
-  return true;
-}
-
-bool LOGAsyncAppender::isAwaitedByDispatcher() const {
-  const ZEBForkGate::Visitor* const dispatcher = m_parts->dispatcher.visitor();
-  return dispatcher != nullptr && dispatcher->waitsFor(ZEBForkGate::self());
-}
-
-bool LOGAsyncAppender::isListLockedByOthers() const {
-  return !m_isDelivering && m_aai.getCriticalSection().isHeldElsewhere();
-}
-
-void LOGAsyncAppender::flushReachable(const std::vector<LOGAppenderSkeleton*>& appenders,
-                                      int milliseconds) {
-  std::set<const LOGAppenderSkeleton*> seen;
-  std::vector<LOGAsyncAppender*> order;
-  collectReachable(appenders, seen, order);
+void LOGAsyncAppender::Queues::flush(int milliseconds) const {
   // Backwards: several may pass events on to the same one, which then waits for all of them.
-  std::for_each(order.rbegin(), order.rend(),
-                [milliseconds](LOGAsyncAppender* async) { async->flush(milliseconds); });
+  std::for_each(m_cores.rbegin(), m_cores.rend(), [milliseconds](const auto& core) {
+    if (!core->bf.isClosed() && !core->isLeftByFork) {
+      core->bf.waitUntilDelivered(milliseconds);
+    }
+  });
 }
 
-bool LOGAsyncAppender::reaches(LOGAppenderSkeleton* from, const LOGAsyncAppender& to) {
-  std::set<const LOGAppenderSkeleton*> seen;
-  std::vector<LOGAsyncAppender*> order;
-  collectReachable({from}, seen, order);
-  return seen.count(&to) != 0;
+bool LOGAsyncAppender::reaches(const LOGAppenderSkeleton& from, const LOGAsyncAppender& to) {
+  Queues queues;
+  queues.add(from);
+  return std::find(queues.m_cores.begin(), queues.m_cores.end(), to.m_core) !=
+         queues.m_cores.end();
 }
 
 void LOGAsyncAppender::addAppender(LOGAppenderSkeleton* newAppender) {
-  underListLock(m_aai, ADD_TEXTS, [&] { m_aai.addAppender(newAppender); });
+  underListLock(m_core->aai, ADD_TEXTS, [&] { m_core->aai.addAppender(newAppender); });
 }
 
 ZEBListIterator<LOGAppenderSkeleton*> LOGAsyncAppender::getAllAppenders() {
   ZEBListIterator<LOGAppenderSkeleton*> all;
-  underListLock(m_aai, GET_ALL_TEXTS, [&] { all = m_aai.getAllAppenders(); });
+  underListLock(m_core->aai, GET_ALL_TEXTS, [&] { all = m_core->aai.getAllAppenders(); });
   return all;
 }
 
 LOGAppenderSkeleton* LOGAsyncAppender::getAppender(const I18NString& name) {
   LOGAppenderSkeleton* found = nullptr;
-  underListLock(m_aai, GET_TEXTS, [&] { found = m_aai.getAppender(name); });
+  underListLock(m_core->aai, GET_TEXTS, [&] { found = m_core->aai.getAppender(name); });
   return found;
 }
 
 int LOGAsyncAppender::isAttached(LOGAppenderSkeleton* appender) {
   int attached = 0;
-  underListLock(m_aai, IS_ATTACHED_TEXTS, [&] { attached = m_aai.isAttached(appender); });
+  underListLock(m_core->aai, IS_ATTACHED_TEXTS,
+                [&] { attached = m_core->aai.isAttached(appender); });
   return attached;
 }
 
 void LOGAsyncAppender::removeAllAppenders() {
-  underListLock(m_aai, REMOVE_ALL_TEXTS, [&] {
-    handOver(m_aai);
-    m_aai.removeAllAppenders();
+  LOGAppenderAttachableImpl& list = m_core->aai;
+  underListLock(list, REMOVE_ALL_TEXTS, [&] { list.removeAllAppenders(); });
+  list.awaitUsers({nullptr, true, true});
+}
+
+template <typename TakeOut>
+void LOGAsyncAppender::remove(TakeOut takeOut) {
+  LOGAppenderAttachableImpl& list = m_core->aai;
+  LOGAppenderAttachableImpl::Removed removed;
+  underListLock(list, REMOVE_TEXTS, [&] {
+    list.forEach(handOver);
+    removed = takeOut(list);
   });
+  list.awaitUsers(removed);
+  // A delivery that went on meanwhile may have held a line back.
+  if (removed.wasThere && removed.appender != nullptr && LOGCallScope::mayWait()) {
+    logReportingFailures(REMOVE_TEXTS, [&] { handOver(*removed.appender); });
+  }
 }
 
 void LOGAsyncAppender::removeAppender(const I18NString& name) {
-  underListLock(m_aai, REMOVE_TEXTS, [&] {
-    handOver(m_aai);
-    m_aai.removeAppender(name);
-  });
+  remove([&](LOGAppenderAttachableImpl& list) { return list.takeOut(name); });
 }
 
 void LOGAsyncAppender::removeAppender(LOGAppenderSkeleton* appender) {
-  underListLock(m_aai, REMOVE_TEXTS, [&] {
-    handOver(m_aai);
-    m_aai.removeAppender(appender);
-  });
+  remove([&](LOGAppenderAttachableImpl& list) { return list.takeOut(appender); });
 }

@@ -2,27 +2,29 @@
 #define APPENDERS_LOGASYNCAPPENDER_H
 
 #include <atomic>
-#include <condition_variable>
 #include <memory>
-#include <mutex>
+#include <set>
 #include <vector>
 
 #include "appenders/LOGAppenderAttachable.h"
 #include "appenders/LOGAppenderAttachableImpl.h"
 #include "appenders/LOGAppenderSkeleton.h"
-#include "platform/ZEBForkHandler.h"
-
-class LOGBoundedFIFO;
-class LOGDispatcher;
 
 /// Spares the threads that log the time of slow appenders: it queues copies of events, and a thread
-/// of its own passes them on to the appenders attached to it. A thread that logs waits while the
-/// queue is full. What is queued is lost when the process dies, and when the appender is closed
-/// without flush(); the orderly shutdown of the library flushes. In the child of a fork the queue
-/// is empty, what was in it being the parent's, and the first event starts a thread there.
+/// of its own, the dispatcher, passes them on to the appenders attached to it. While the queue is
+/// full, a thread that logs waits at the end of its outermost call, when it holds no lock any more:
+/// a full queue blocks its callers and nobody else. What is logged from within a delivery never
+/// waits. What is queued is lost when the process dies, and when the appender is closed without
+/// flush(); the orderly shutdown of the library flushes. In the child of a fork the queue is empty,
+/// what was in it being the parent's, and the first event starts a thread there.
 ///
-/// Attached appenders are not owned, and not closed with this one.
+/// Attached appenders are not owned, and not closed with this one. One that was removed may be
+/// deleted when the removal returns, if that was not called from within a call that logs or a
+/// delivery, nor under a lock of the library.
 class LOG4ZEB_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAppenderAttachable {
+ private:
+  struct Core;
+
  public:
   static constexpr int DEFAULT_BUFFER_SIZE = 128;  // events
   /// How long, in milliseconds, an orderly end waits for each appender's queue.
@@ -41,20 +43,18 @@ class LOG4ZEB_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
   /// Starts the dispatcher thread, unless it runs or the appender was closed for good. Throws
   /// ZEBSystemError when there is no thread to be had.
   void activateOptions() override;
-  /// Ends the dispatcher thread and drops what is queued. Threads that wait for space go on, their
+  /// Drops what is queued and ends the dispatcher thread. Threads that wait for room go on, their
   /// events lost. Closed for good: nothing starts it again. Waits for a delivery that is under way,
-  /// unless that one waits for the calling thread.
+  /// unless it is called under a lock, from within a call that logs or from a delivery.
   void close() override;
   int requiresLayout() override;
 
-  /// Waits until what is queued now has been passed on. Returns 1, or 0 when the time, in
-  /// milliseconds, is up before.
+  /// Waits until what is queued now, and what threads wait to queue, has been passed on. Returns 1,
+  /// or 0 when the time, in milliseconds, is up before. Under a lock, from within a call that logs
+  /// or from a delivery it does not wait.
   int flush(int milliseconds);
-  /// Gives every asynchronous appender among these, and among those attached to one of them, up to
-  /// that time each: none before those that pass events on to it.
-  static void flushReachable(const std::vector<LOGAppenderSkeleton*>& appenders, int milliseconds);
   /// Whether `from` is `to`, or passes events on to it, perhaps through others.
-  static bool reaches(LOGAppenderSkeleton* from, const LOGAsyncAppender& to);
+  static bool reaches(const LOGAppenderSkeleton& from, const LOGAsyncAppender& to);
 
   /// The capacity of the queue in events. What is queued beyond a smaller one stays queued. 0 once
   /// closed. Setting throws ZEBAssertError then.
@@ -64,7 +64,8 @@ class LOG4ZEB_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
   int getLocationInfo() const { return locationInfo; }
   void setLocationInfo(int info) { locationInfo = info; }
 
-  // Each takes the lock of the list of attached appenders. A thread that waits for space holds it.
+  // Each takes the lock of the list of attached appenders, which the dispatcher takes only to go
+  // from one of them to the next.
   void addAppender(LOGAppenderSkeleton* newAppender) override;
   ZEBListIterator<LOGAppenderSkeleton*> getAllAppenders() override;
   LOGAppenderSkeleton* getAppender(const I18NString& name) override;
@@ -72,75 +73,44 @@ class LOG4ZEB_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
   void removeAllAppenders() override;
   void removeAppender(const I18NString& name) override;
   void removeAppender(LOGAppenderSkeleton* appender) override;
-  LOGAppenderAttachableImpl* getAAI() { return &m_aai; }
+  LOGAppenderAttachableImpl* getAAI();
 
-  /// The dispatcher's way to the list's lock, which it gets before the next thread that logs, so
-  /// that it always makes progress: those that come after the turn was asked for wait until it has
-  /// begun.
-  class LOG4ZEB_EXPORT DispatcherTurn {
+  /// Queues of asynchronous appenders, which can be flushed after the appenders are gone.
+  class LOG4ZEB_EXPORT Queues {
    public:
-    explicit DispatcherTurn(LOGAsyncAppender& appender);
-    DispatcherTurn(const DispatcherTurn&) = delete;
-    DispatcherTurn& operator=(const DispatcherTurn&) = delete;
-    ~DispatcherTurn();
-    /// Takes the lock, until the turn is destroyed.
-    void begin();
-    /// Whether a thread sleeps until the lock is free.
-    bool isLockWanted() const;
+    /// Adds the queue of the appender, if it has one, and those of appenders attached to it.
+    /// REQUIRES: the appender exists. Throws std::bad_alloc.
+    void add(const LOGAppenderSkeleton& appender);
+    /// The same for the appenders of a list, whose lock is not needed.
+    void add(const LOGAppenderAttachableImpl& list);
+    /// Gives each up to that time, in milliseconds: none before those that pass events on to it.
+    void flush(int milliseconds) const;
 
    private:
-    LOGAsyncAppender& m_appender;
-    bool m_hasBegun = false;
+    friend class LOGAsyncAppender;
+    void add(const std::shared_ptr<Core>& core);
+
+    std::vector<std::shared_ptr<Core>> m_cores;  // each behind those that it passes events on to
+    std::set<const Core*> m_seen;
   };
 
  protected:
   void append(LOGLoggingEvent* event) override;
 
  private:
-  struct Parts;
+  class Arrival;
 
-  void setDispatcherWaits(bool waits);
-  void waitForTurn();
-  bool waitForSpace();
-  void warnOfInterruption();
-  void renewInChild();
-  void startInChild();
-  /// Whether this thread, by waiting for space, would keep the dispatcher from making it.
-  bool isAwaitedByDispatcher() const;
-  bool isListLockedByOthers() const;
-  void enqueue(LOGLoggingEvent& event);
-  /// Queues a copy, whatever the capacity.
-  void put(const LOGLoggingEvent& event);
-  /// Queues the event, when there is space for it, unless the list's lock has to be taken first.
-  /// Returns whether it did.
-  bool putBesideList(const LOGLoggingEvent& event);
-  /// Takes the list's lock. Returns whether it did; without it there is space for the event, or the
-  /// dispatcher waits for this thread.
-  bool enterList();
-  std::shared_ptr<Parts> parts() const;
-  /// Leaves them to the caller, who joins the dispatcher without a lock. Null when another one has
-  /// them, or an append goes on under this call.
-  std::shared_ptr<Parts> takeParts();
-  static void end(Parts& parts);
   bool mayStart() const { return m_closed != 0 && !m_closeRequested && m_stale != 1; }
+  void enqueue(LOGLoggingEvent& event);
+  /// Whether the calling thread is the dispatcher here, or of a queue that this one passes events on
+  /// to, perhaps through others.
+  bool isServedByThisThread() const;
+  template <typename TakeOut>
+  void remove(TakeOut takeOut);
 
-  LOGAppenderAttachableImpl m_aai;
-  // Queue and dispatcher, until close(). Changed under the appender's lock and m_leaf, read under
-  // either.
-  std::shared_ptr<Parts> m_parts;
+  // Shared with queues that are flushed and with threads that wait for room.
+  const std::shared_ptr<Core> m_core;
   std::atomic<int> locationInfo{0};
-  // Guarded by the appender's lock.
-  int interruptedWarningMessage = 0;
-  bool m_isAppending = false;
-
-  mutable std::mutex m_leaf;
-  std::condition_variable m_turnTaken;
-  std::atomic<int> m_turnWaiters{0};
-  std::atomic<bool> m_dispatcherWaits{false};
-  std::atomic<bool> m_isDelivering{false};  // set while the dispatcher holds the list's lock
-  std::atomic<bool> m_isLeftByFork{false};  // queue and dispatcher are still as the parent's were
-  const ZEBForkHandler m_forkHandler{
-      this, [](void* appender) { static_cast<LOGAsyncAppender*>(appender)->renewInChild(); }};
 };
 
 #endif

@@ -1,9 +1,9 @@
 #include "appenders/LOGBoundedFIFO.h"
 
 #include <algorithm>
+#include <cassert>
 #include <chrono>
-#include <memory>
-#include <new>
+#include <thread>
 
 #include "core/LOGLogLog.h"
 #include "core/LOGLoggingEvent.h"
@@ -14,21 +14,53 @@
 
 namespace {
 
+using Clock = std::chrono::steady_clock;
 using Lock = std::unique_lock<std::mutex>;
 
-/// Says that a thread waits, as long as it does.
-class Waiter {
+constexpr std::chrono::seconds BETWEEN_REPORTS(10);
+
+// After an event the dispatcher looks for the next one, first without a pause, then in pauses that
+// double, and sleeps until it is woken when there was none for so long.
+constexpr int LOOKS_WITHOUT_PAUSE = 20;
+constexpr unsigned int SHORTEST_PAUSE = 50;    // microseconds
+constexpr unsigned int LONGEST_PAUSE = 1000;   // microseconds
+constexpr std::chrono::milliseconds AWAKE(30);
+
+/// Counts a thread that sleeps, as long as it does.
+class Sleeper {
  public:
-  explicit Waiter(std::atomic<int>& waiters) : m_waiters(waiters) { ++m_waiters; }
-  Waiter(const Waiter&) = delete;
-  Waiter& operator=(const Waiter&) = delete;
-  ~Waiter() { --m_waiters; }
+  explicit Sleeper(std::atomic<int>& sleepers) : m_sleepers(sleepers) { ++m_sleepers; }
+  Sleeper(const Sleeper&) = delete;
+  Sleeper& operator=(const Sleeper&) = delete;
+  ~Sleeper() { --m_sleepers; }
 
  private:
-  std::atomic<int>& m_waiters;
+  std::atomic<int>& m_sleepers;
 };
 
 }  // namespace
+
+struct LOGBoundedFIFO::Caller {
+  explicit Caller(LOGBoundedFIFO& queue) : m_queue(queue), number(queue.m_callers++) {
+    previous = m_queue.m_newestCaller;
+    (previous == nullptr ? m_queue.m_oldestCaller : previous->next) = this;
+    m_queue.m_newestCaller = this;
+  }
+  Caller(const Caller&) = delete;
+  Caller& operator=(const Caller&) = delete;
+  ~Caller() {
+    (previous == nullptr ? m_queue.m_oldestCaller : previous->next) = next;
+    (next == nullptr ? m_queue.m_newestCaller : next->previous) = previous;
+    if (m_queue.m_flushesWaiting > 0) {
+      m_queue.m_delivered.notify_all();
+    }
+  }
+
+  LOGBoundedFIFO& m_queue;
+  const std::uint64_t number;
+  Caller* previous = nullptr;
+  Caller* next = nullptr;
+};
 
 LOGBoundedFIFO::LOGBoundedFIFO(int capacity) : maxSize(capacity) {
   if (capacity < 1) {
@@ -41,83 +73,121 @@ LOGBoundedFIFO::~LOGBoundedFIFO() = default;
 
 void LOGBoundedFIFO::put(LOGLoggingEvent* event) {
   {
-    const Lock lock(m_access);
+    const Lock lock(m_writing);
     if (length() < maxSize) {
-      m_arriving.add(event);
-      noteArrival();
-      return;
+      m_records.add(event);
+      noteQueued();
+      event = nullptr;
     }
   }
-  LOGLogLog::error("LOGBoundedFIFO:put --- The list of LOGEventLogger is full.");
+  if (event != nullptr) {
+    LOGLogLog::error("LOGBoundedFIFO:put --- The list of LOGEventLogger is full.");
+  }
+  wakeDispatcher();
 }
 
-LOG4ZEB_HOT void LOGBoundedFIFO::putCopy(const LOGLoggingEvent& event) {
+LOG4ZEB_HOT bool LOGBoundedFIFO::hasRoom() {
+  const auto fits = [this](std::uint64_t left) {
+    return static_cast<std::int64_t>(m_queuedCount.load(std::memory_order_relaxed) - left) <
+           capacity();
+  };
+  if (fits(m_leftAtLeast)) {
+    return true;  // whatever has left since
+  }
+  m_leftAtLeast = m_leftCount;
+  return fits(m_leftAtLeast);
+}
+
+inline void LOGBoundedFIFO::noteQueued() {
+  // Sequentially consistent, as m_isAsleep is: either the dispatcher sees the event before it falls
+  // asleep, or the writer sees that it sleeps.
+  m_queuedCount.store(m_queuedCount.load(std::memory_order_relaxed) + 1);
+}
+
+template <typename MayPut>
+LOG4ZEB_HOT bool LOGBoundedFIFO::put(const LOGLoggingEvent& event, MayPut mayPut) {
   const std::size_t packed = LOGPackedEvent::sizeOf(event);
-  // A message of a class of its own is cloned, which is code of the application: not under the
-  // lock.
-  std::unique_ptr<LOGLoggingEvent> copy;
+  std::unique_ptr<LOGLoggingEvent> whole;
   if (packed == 0) {
-    copy = std::make_unique<LOGLoggingEvent>(event);
+    whole = event.copyForQueue();
   }
-  const Lock lock(m_access);
-  if (packed != 0) {
-    m_arriving.addPacked(event, packed);
-  } else {
-    m_arriving.add(copy.get());
-    copy.release();
+  {
+    const Lock lock(m_writing);
+    if (isClosed() || !mayPut()) {
+      return false;
+    }
+    if (packed != 0) {
+      m_records.addPacked(event, packed);
+    } else {
+      m_records.add(whole.get());
+      whole.release();
+    }
+    noteQueued();
   }
-  noteArrival();
+  if (m_isAsleep) {
+    wakeDispatcher();
+  }
+  return true;
 }
 
-inline void LOGBoundedFIFO::noteArrival() {
-  if (!hasSpace()) {
-    m_mayExceed = true;
+LOG4ZEB_HOT bool LOGBoundedFIFO::tryPut(const LOGLoggingEvent& event) {
+  return put(event, [this] { return hasRoom(); });
+}
+
+bool LOGBoundedFIFO::putBeyond(const LOGLoggingEvent& event) {
+  return put(event, [] { return true; });
+}
+
+bool LOGBoundedFIFO::putWhenThereIsRoom(const LOGLoggingEvent& event) {
+  assert(ZEBForkGate::self().mayWait());
+  const ZEBForkGate::Rest rest;
+  Lock lock(m_sleeping);
+  const Caller caller(*this);
+  const Sleeper sleeper(m_callersWaiting);
+  m_arrived.notify_all();  // ends a pause of the dispatcher
+  for (auto nextReport = Clock::now(); !isClosed();) {
+    if (Clock::now() >= nextReport) {
+      nextReport += BETWEEN_REPORTS;
+      lock.unlock();
+      LOGLogLog::debug("Waiting for free space in buffer, ");
+      lock.lock();
+    }
+    if (tryPut(event)) {
+      return true;
+    }
+    // Woken when there is room for several, so that callers and dispatcher take turns less often.
+    m_freed.wait_until(lock, nextReport,
+                       [this] { return length() <= capacity() / 2 || isClosed(); });
   }
-  // Only this side changes the count, so it needs no atomic addition.
-  m_queuedCount.store(m_queuedCount.load(std::memory_order_relaxed) + 1, std::memory_order_release);
-  if (m_isEventAwaited) {
-    m_isEventAwaited = false;
-    m_arrived.notify_all();
-  }
+  return false;
 }
 
 LOGLoggingEvent* LOGBoundedFIFO::get() {
-  void* memory = nullptr;
-  try {
-    return get(memory);
-  } catch (...) {
-    ::operator delete(memory);
-    throw;
-  }
+  auto unpacked = std::make_unique<LOGLoggingEvent>();
+  std::unique_ptr<LOGLoggingEvent> whole;
+  const LOGLoggingEvent* const oldest = take(*unpacked, whole);
+  return oldest == unpacked.get() ? unpacked.release() : whole.release();
 }
 
-LOG4ZEB_HOT LOGLoggingEvent* LOGBoundedFIFO::get(void*& memory) {
-  LOGLoggingEvent* oldest = nullptr;
+LOG4ZEB_HOT LOGLoggingEvent* LOGBoundedFIFO::take(LOGLoggingEvent& unpacked,
+                                                  std::unique_ptr<LOGLoggingEvent>& whole) {
+  LOGLoggingEvent* event = nullptr;
+  std::uint64_t number = 0;
   {
-    const Lock leaving(m_leavingAccess);
-    if (m_leaving.isEmpty()) {
-      const Lock lock(m_access);
-      m_leaving.swap(m_arriving);
-    }
-    if (m_leaving.isEmpty()) {
+    const ZEBThreadGuard guard(getCriticalSection());
+    if (m_records.isEmpty()) {
       return nullptr;
     }
-    oldest = m_leaving.take(memory);
-    first = first + 1 >= maxSize ? 0 : first + 1;
-    m_leftCount.store(m_leftCount.load(std::memory_order_relaxed) + 1);
+    event = m_records.take(unpacked, whole);
+    number = m_leftCount.load(std::memory_order_relaxed);
+    m_leftCount = number + 1;
   }
-  if ((m_spaceWaiters > 0 && hasSpace()) || (m_roomWaiters > 0 && hasRoom())) {
-    const Lock lock(m_access);
+  if (m_callersWaiting > 0 && length() <= capacity() / 2) {
+    const Lock lock(m_sleeping);
     m_freed.notify_all();
   }
-  return oldest;
+  return isClosed() || number < m_dropUntil ? nullptr : event;
 }
-
-int LOGBoundedFIFO::isFull() const { return length() >= maxSize ? 1 : 0; }
-
-int LOGBoundedFIFO::wasEmpty() const { return length() == 1 ? 1 : 0; }
-
-int LOGBoundedFIFO::wasFull() const { return length() + 1 == maxSize ? 1 : 0; }
 
 int LOGBoundedFIFO::length() const {
   std::uint64_t left = m_leftCount;
@@ -131,150 +201,108 @@ int LOGBoundedFIFO::length() const {
   }
 }
 
-bool LOGBoundedFIFO::hasEvents() const {
-  const std::uint64_t left = m_leftCount;
-  if (left < m_queuedAtLeast.load(std::memory_order_relaxed)) {
-    return true;  // unlike after drop(), which may go beyond what was looked at
-  }
-  const std::uint64_t queued = m_queuedCount;
-  m_queuedAtLeast.store(queued, std::memory_order_relaxed);
-  return left != queued;
-}
-
-int LOGBoundedFIFO::excess() {
-  if (!m_mayExceed) {
-    return 0;
-  }
-  const Lock lock(m_access);
-  const int excess = std::max(length() - std::max<int>(maxSize, 1), 0);
-  m_mayExceed = excess > 0;
-  return excess;
-}
-
-int LOGBoundedFIFO::getMaxSize() const { return maxSize; }
-
 void LOGBoundedFIFO::resize(int newSize) {
   {
-    const Waiter waiter(m_resizesWaiting);
-    {
-      const Lock lock(m_access);
-      m_arrived.notify_all();
-    }
     const ZEBThreadGuard guard(getCriticalSection());
     maxSize = newSize;
-    m_mayExceed = true;
   }
-  const Lock lock(m_access);
+  const Lock lock(m_sleeping);
   m_freed.notify_all();
+}
+
+void LOGBoundedFIFO::pause(Lock& lock, unsigned int& microseconds) {
+  m_arrived.wait_for(lock, std::chrono::microseconds(microseconds));
+  microseconds = std::min(2 * microseconds, LONGEST_PAUSE);
+}
+
+bool LOGBoundedFIFO::waitForEvent(const std::atomic<int>& interrupted) {
+  const auto isOver = [&] { return hasEvents() || interrupted != 0 || isClosed(); };
+  for (int i = 0; i < LOOKS_WITHOUT_PAUSE && !isOver(); ++i) {
+    std::this_thread::yield();
+  }
+  if (!isOver()) {
+    assert(ZEBForkGate::self().mayWait());
+    const ZEBForkGate::Rest rest;
+    Lock lock(m_sleeping);
+    const auto end = Clock::now() + AWAKE;
+    for (unsigned int microseconds = SHORTEST_PAUSE; !isOver() && Clock::now() < end;) {
+      pause(lock, microseconds);
+    }
+    m_isAsleep = true;
+    m_arrived.wait(lock, isOver);
+    m_isAsleep = false;
+  }
+  return hasEvents();
+}
+
+void LOGBoundedFIFO::wakeDispatcher() {
+  const Lock lock(m_sleeping);
   m_arrived.notify_all();
 }
-
-void LOGBoundedFIFO::waitForEvent(unsigned int milliseconds) {
-  const ZEBForkGate::Rest rest;
-  Lock lock(m_access);
-  m_isEventAwaited = true;
-  m_arrived.wait_for(lock, std::chrono::milliseconds(milliseconds),
-                     [this] { return length() > 0 || m_waitingEnded || m_resizesWaiting > 0; });
-  m_isEventAwaited = false;
-}
-
-bool LOGBoundedFIFO::hasFewerThan(int events) const {
-  const auto isFewer = [&](std::uint64_t left) {
-    return static_cast<std::int64_t>(m_queuedCount - left) < events;
-  };
-  if (isFewer(m_leftAtLeast.load(std::memory_order_acquire))) {
-    return true;  // whatever has left since
-  }
-  const std::uint64_t left = m_leftCount;
-  m_leftAtLeast.store(left, std::memory_order_release);
-  return isFewer(left);
-}
-
-bool LOGBoundedFIFO::hasSpace() const { return hasFewerThan(std::max<int>(maxSize, 1)); }
-
-bool LOGBoundedFIFO::hasRoom() const { return hasFewerThan(maxSize / 2 + 1); }
-
-void LOGBoundedFIFO::waitForRoom(unsigned int milliseconds) {
-  const ZEBForkGate::Rest rest;
-  Lock lock(m_access);
-  const Waiter waiter(m_roomWaiters);
-  m_freed.wait_for(lock, std::chrono::milliseconds(milliseconds),
-                   [this] { return hasRoom() || m_waitingEnded; });
-}
-
-bool LOGBoundedFIFO::waitForSpace(unsigned int milliseconds) {
-  const ZEBForkGate::Rest rest;
-  Lock lock(m_access);
-  const Waiter waiter(m_spaceWaiters);
-  m_freed.wait_for(lock, std::chrono::milliseconds(milliseconds),
-                   [this] { return hasSpace() || m_waitingEnded; });
-  return hasSpace() && !m_waitingEnded;
-}
-
-void LOGBoundedFIFO::endWaiting() {
-  const Lock lock(m_access);
-  m_waitingEnded = true;
-  m_arrived.notify_all();
-  m_freed.notify_all();
-  m_delivered.notify_all();
-}
-
-bool LOGBoundedFIFO::isWaitingEnded() const { return m_waitingEnded; }
-
-void LOGBoundedFIFO::yieldToResize() {
-  if (isResizeWaiting()) {
-    Lock lock(m_access);
-    m_arrived.wait(lock, [this] { return m_resizesWaiting == 0 || m_waitingEnded; });
-  }
-}
-
-bool LOGBoundedFIFO::isResizeWaiting() const { return m_resizesWaiting > 0; }
 
 void LOGBoundedFIFO::noteDelivered(int events) {
   m_deliveredCount += static_cast<std::uint64_t>(events);
-  if (m_deliveryWaiters > 0) {
-    const Lock lock(m_access);
+  if (m_flushesWaiting > 0) {
+    const Lock lock(m_sleeping);
     m_delivered.notify_all();
   }
 }
 
-bool LOGBoundedFIFO::waitUntilDelivered(unsigned int milliseconds) {
+bool LOGBoundedFIFO::waitUntilDelivered(int milliseconds) {
+  if (milliseconds <= 0) {
+    return m_callersWaiting == 0 && m_deliveredCount >= m_queuedCount;
+  }
+  assert(ZEBForkGate::self().mayWait());
+  const auto end = Clock::now() + std::chrono::milliseconds(milliseconds);
   const ZEBForkGate::Rest rest;
-  Lock lock(m_access);
-  const Waiter waiter(m_deliveryWaiters);
+  Lock lock(m_sleeping);
+  const Sleeper sleeper(m_flushesWaiting);
+  m_arrived.notify_all();  // ends a pause of the dispatcher
+  const std::uint64_t laterCallers = m_callers;
+  const auto areCallersThrough = [&] {
+    return m_oldestCaller == nullptr || m_oldestCaller->number >= laterCallers || isClosed();
+  };
+  if (!m_delivered.wait_until(lock, end, areCallersThrough)) {
+    return false;
+  }
   const std::uint64_t target = m_queuedCount;
-  m_delivered.wait_for(lock, std::chrono::milliseconds(milliseconds),
-                       [&] { return m_deliveredCount >= target || m_waitingEnded; });
+  m_delivered.wait_until(lock, end, [&] { return m_deliveredCount >= target || isClosed(); });
   return m_deliveredCount >= target;
 }
 
-void LOGBoundedFIFO::drop() {
-  // Without memory, too: a dispatcher ends only when nothing is queued. What was is deleted without
-  // the locks.
-  LOGEventRecords older;
-  LOGEventRecords newer;
-  const Lock leaving(m_leavingAccess);
-  const Lock lock(m_access);
-  older.swap(m_leaving);
-  newer.swap(m_arriving);
-  m_leftCount = m_queuedCount.load();
+void LOGBoundedFIFO::close() {
+  const Lock lock(m_sleeping);
+  m_isClosed = true;
+  for (std::condition_variable* const condition : {&m_arrived, &m_freed, &m_delivered}) {
+    condition->notify_all();
+  }
+}
+
+void LOGBoundedFIFO::waitForEnd(const std::atomic<bool>& isRunning) {
+  assert(ZEBForkGate::self().mayWait());
+  const ZEBForkGate::Rest rest;
+  Lock lock(m_sleeping);
+  m_delivered.wait(lock, [&] { return !isRunning; });
+}
+
+void LOGBoundedFIFO::noteEnd() {
+  const Lock lock(m_sleeping);
+  m_delivered.notify_all();
 }
 
 void LOGBoundedFIFO::renewInChild() noexcept {
-  ZEBForkHandler::renew(m_access);
-  ZEBForkHandler::renew(m_leavingAccess);
+  ZEBForkHandler::renew(m_writing);
+  ZEBForkHandler::renew(m_sleeping);
   for (std::condition_variable* const condition : {&m_arrived, &m_freed, &m_delivered}) {
     ZEBForkHandler::renew(*condition);
   }
-  for (std::atomic<int>* const waiters :
-       {&m_resizesWaiting, &m_spaceWaiters, &m_roomWaiters, &m_deliveryWaiters}) {
-    *waiters = 0;
-  }
-  m_isEventAwaited = false;
+  m_callersWaiting = 0;
+  m_flushesWaiting = 0;
+  m_isAsleep = false;
+  m_oldestCaller = m_newestCaller = nullptr;
 }
 
-void LOGBoundedFIFO::forgetParent() {
-  drop();
-  const Lock lock(m_access);
-  m_deliveredCount = m_queuedCount.load();
+void LOGBoundedFIFO::forgetParent() noexcept {
+  m_dropUntil = m_queuedCount.load();
+  m_deliveredCount = m_leftCount.load();
 }

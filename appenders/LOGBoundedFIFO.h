@@ -3,8 +3,8 @@
 
 #include <atomic>
 #include <condition_variable>
-#include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <mutex>
 
 #include "appenders/LOGEventRecords.h"
@@ -13,112 +13,111 @@
 class LOGLoggingEvent;
 
 /// The queue between the threads that log and an asynchronous appender's dispatcher. It owns the
-/// events in it. Its LOGMutex lock is the dispatcher's, held for a whole pass over the queue; none
-/// of the operations but resize() takes it. What they share is guarded by locks of its own, under
-/// which nothing else happens: one for what comes in and one for what goes out, so that the two
-/// sides meet only when all that came in changes sides at once.
+/// events in it. Its LOGMutex lock is for who takes events out; threads that put events in have a
+/// lock of their own, which the taker never takes, and a third one is for those who sleep. Nothing
+/// but memory and the diagnostics is used under any of them.
 class LOG4ZEB_EXPORT LOGBoundedFIFO : public LOGMutex {
  public:
-  /// A capacity below 1 is reported and kept; waitForSpace() then treats it as 1.
+  /// A capacity below 1 is reported and kept; for those who wait for room it counts as 1.
   explicit LOGBoundedFIFO(int maxSize);
   LOGBoundedFIFO(const LOGBoundedFIFO&) = delete;
   LOGBoundedFIFO& operator=(const LOGBoundedFIFO&) = delete;
   /// Deletes the events that are still queued.
   ~LOGBoundedFIFO() override;
 
-  /// Queues the event and owns it from now on; on a full queue reports that and takes nothing.
+  /// Queues the event, which may be null, and owns it from now on; on a full queue reports that and
+  /// takes nothing.
   void put(LOGLoggingEvent* event);
-  /// Queues a copy of the event whatever the capacity.
-  void putCopy(const LOGLoggingEvent& event);
   /// The oldest event, owned by the caller, or null. Throws std::bad_alloc where there is no memory
   /// for it; it stays in the queue then.
   LOGLoggingEvent* get();
-  /// The same, made in `memory` if it has to be made; `memory` is of one event from operator new,
-  /// or null, and is null when it was used.
-  LOGLoggingEvent* get(void*& memory);
   /// Each returns 1 or 0. wasEmpty() holds just after the first put, wasFull() just after a get
   /// from a full queue.
-  int isFull() const;
-  int wasEmpty() const;
-  int wasFull() const;
+  int isFull() const { return length() >= maxSize ? 1 : 0; }
+  int wasEmpty() const { return length() == 1 ? 1 : 0; }
+  int wasFull() const { return length() + 1 == maxSize ? 1 : 0; }
   int length() const;
-  /// Whether length() is not 0. For the dispatcher, which hardly ever has to look at the other side
-  /// for the answer.
-  bool hasEvents() const;
-  /// By how much length() exceeds the capacity, 0 when it does not.
-  int excess();
-  int getMaxSize() const;
+  int getMaxSize() const { return maxSize; }
   int minimum(int a, int b) const { return a < b ? a : b; }
-  /// Changes the capacity; queued events stay, even beyond it. Takes the dispatcher's lock, which
-  /// the dispatcher leaves for it.
+  /// Changes the capacity; queued events stay, even beyond it.
   void resize(int newSize);
 
-  /// Waits until an event is queued, endWaiting() or resize() is called, or the time is up.
-  void waitForEvent(unsigned int milliseconds);
-  /// Waits until there is room for one more event (true), endWaiting() is called (false) or the
-  /// time is up (false).
-  bool waitForSpace(unsigned int milliseconds);
-  bool hasSpace() const;
-  /// The same, but it ends when half of the queue is free: for those who need not be woken for
-  /// every single event, because nothing waits for them.
-  void waitForRoom(unsigned int milliseconds);
-  /// Ends all waiting, now and from now on.
-  void endWaiting();
-  bool isWaitingEnded() const;
-  /// Lets a resize() that waits for the dispatcher's lock go first. Called without that lock.
-  void yieldToResize();
-  bool isResizeWaiting() const;
+  // For the threads that log.
+  /// Queues a copy of the event if there is room and the queue is not closed. Returns whether it
+  /// did.
+  bool tryPut(const LOGLoggingEvent& event);
+  /// The same whatever the capacity.
+  bool putBeyond(const LOGLoggingEvent& event);
+  /// The same when there is room, for which it waits. Says so in the diagnostics, at first and every
+  /// ten seconds. Returns false when the queue is closed. REQUIRES: the thread may wait.
+  bool putWhenThereIsRoom(const LOGLoggingEvent& event);
 
-  /// Notes that so many events from get() were delivered.
+  // For a dispatcher.
+  /// Waits until there is an event (true), or until there is none and `interrupted` is not 0 or the
+  /// queue was closed (false). For some time after the last event it looks for the next one by
+  /// itself; a thread that puts one in wakes it only later.
+  bool waitForEvent(const std::atomic<int>& interrupted);
+  bool hasEvents() const noexcept { return m_queuedCount != m_leftCount; }
+  /// Takes the first event out, as LOGEventRecords::take does. From now on it counts as being
+  /// delivered. Null where there is none, or one that is not to be delivered because the queue was
+  /// closed or is that of a forked process.
+  LOGLoggingEvent* take(LOGLoggingEvent& unpacked, std::unique_ptr<LOGLoggingEvent>& whole);
+  /// Notes that so many calls of take() have led to the end.
   void noteDelivered(int events);
-  /// Waits until all that is queued now was delivered (true) or the time is up (false).
-  bool waitUntilDelivered(unsigned int milliseconds);
-  /// Deletes what is queued.
-  void drop();
+  /// Ends the dispatcher's wait.
+  void wakeDispatcher();
 
-  /// Makes the queue usable in the child of a fork, where nobody waits at it. What is queued are
-  /// the parent's events, until forgetParent() drops them.
+  /// Waits until all that is queued now, and what threads wait to queue now, was delivered (true),
+  /// or until the time is up (false). REQUIRES: the thread may wait, or 0 milliseconds.
+  bool waitUntilDelivered(int milliseconds);
+  /// Takes nothing more, lets threads go that wait for room, and has what is queued dropped.
+  void close();
+  bool isClosed() const noexcept { return m_isClosed.load(std::memory_order_acquire); }
+  /// Waits until `isRunning` is false, which noteEnd() tells. REQUIRES: the thread may wait.
+  void waitForEnd(const std::atomic<bool>& isRunning);
+  void noteEnd();
+
+  /// Makes the queue usable in the child of a fork, where nobody waits at it.
   void renewInChild() noexcept;
-  void forgetParent();
+  /// Has what is queued dropped, which is the parent's.
+  void forgetParent() noexcept;
 
  private:
-  static constexpr std::size_t CACHE_LINE = 64;
+  /// A thread that waits for room; the oldest is the first of them.
+  struct Caller;
 
-  void noteArrival();
-  bool hasRoom() const;
-  bool hasFewerThan(int events) const;
+  int capacity() const { return maxSize > 1 ? maxSize.load() : 1; }
+  bool hasRoom();
+  template <typename MayPut>
+  bool put(const LOGLoggingEvent& event, MayPut mayPut);
+  void noteQueued();
+  void pause(std::unique_lock<std::mutex>& lock, unsigned int& microseconds);
 
-  // What is read without a lock. A change that somebody may wait for is followed by a look at who
-  // waits, and who waits says so before a last look at these. The queue's length is the difference
-  // of two counts, one for each side, so that neither side waits for the other's part of the cache.
   std::atomic<int> maxSize;
-  std::atomic<int> m_resizesWaiting{0};
-  std::atomic<bool> m_waitingEnded{false};
-  std::atomic<bool> m_mayExceed{false};  // cleared under m_access
-  std::atomic<int> m_spaceWaiters{0};
-  std::atomic<int> m_roomWaiters{0};
-  std::atomic<int> m_deliveryWaiters{0};
+  std::atomic<bool> m_isClosed{false};
+  std::atomic<std::uint64_t> m_dropUntil{0};  // events before that number are dropped
+
+  // Those who sleep. A change that they may wait for is followed by a look at their numbers, and
+  // they are counted before a last look at what they wait for, so that no wake-up is missed.
+  std::mutex m_sleeping;
   std::condition_variable m_arrived;
   std::condition_variable m_freed;
   std::condition_variable m_delivered;
+  std::atomic<bool> m_isAsleep{false};  // the dispatcher, until it is woken
+  std::atomic<int> m_callersWaiting{0};
+  std::atomic<int> m_flushesWaiting{0};
+  Caller* m_oldestCaller = nullptr;  // guarded by m_sleeping, like the next two
+  Caller* m_newestCaller = nullptr;
+  std::uint64_t m_callers = 0;  // so many have begun to wait
 
-  // The side that events come in at.
-  alignas(CACHE_LINE) mutable std::mutex m_access;
-  std::atomic<std::uint64_t> m_queuedCount{0};          // changed under m_access
-  mutable std::atomic<std::uint64_t> m_leftAtLeast{0};  // m_leftCount when it was looked at last
-  // Guarded by m_access.
-  LOGEventRecords m_arriving;  // the newer events
-  bool m_isEventAwaited = false;
-
-  // The side that events go out at.
-  alignas(CACHE_LINE) mutable std::mutex m_leavingAccess;  // taken before m_access
-  std::atomic<std::uint64_t> m_leftCount{0};               // changed under m_leavingAccess
-  mutable std::atomic<std::uint64_t> m_queuedAtLeast{0};   // m_queuedCount, looked at last
+  LOGEventRecords m_records;
+  // The writers' side.
+  alignas(64) std::mutex m_writing;
+  std::atomic<std::uint64_t> m_queuedCount{0};  // changed under m_writing
+  std::uint64_t m_leftAtLeast = 0;              // m_leftCount, looked at last; guarded by m_writing
+  // The dispatcher's side.
+  alignas(64) std::atomic<std::uint64_t> m_leftCount{0};
   std::atomic<std::uint64_t> m_deliveredCount{0};
-  // Guarded by m_leavingAccess.
-  LOGEventRecords m_leaving;  // the older events
-  int first = 0;              // index of the oldest event, modulo the capacity
-  [[maybe_unused]] int nextIndex = 0;
 };
 
 #endif

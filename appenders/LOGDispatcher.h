@@ -3,74 +3,67 @@
 
 #include <atomic>
 #include <chrono>
-#include <cstddef>
-#include <vector>
+#include <memory>
 
-#include "appenders/LOGAsyncAppender.h"
+#include "core/LOGLoggingEvent.h"
 #include "platform/ZEBFmFile.h"
-#include "platform/ZEBForkGate.h"
 #include "platform/ZEBThread.h"
 
 class LOGAppenderAttachableImpl;
+class LOGAppenderPin;
+class LOGAsyncAppender;
 class LOGBoundedFIFO;
-class LOGLoggingEvent;
 
 /// The thread that takes events out of an asynchronous appender's queue and passes each to the
-/// appenders attached there.
+/// appenders attached there. It holds no lock while it does: the appender that it calls is pinned.
 class LOG4ZEB_EXPORT LOGDispatcher : public ZEBThread {
  public:
   /// Neither object is owned; both must outlive the thread. Throws ZEBAssertError when `container`
   /// is null.
   LOGDispatcher(LOGBoundedFIFO* bf, LOGAsyncAppender* container);
+  /// The same for the list of a container.
+  LOGDispatcher(LOGBoundedFIFO* bf, LOGAppenderAttachableImpl* list);
   ~LOGDispatcher() override;
 
   /// Asks the thread to end; it does so when the queue is empty. Throws ZEBAssertError without a
   /// queue.
   void close();
   void run() override;
-  /// Whether the calling thread is this one.
-  bool isCurrentThread() const;
-  /// What the thread is for locks, nullptr before and after it runs.
-  const ZEBForkGate::Visitor* visitor() const { return m_visitor; }
 
+  /// Starts the thread, again in the child of a fork. Throws ZEBSystemError.
+  void startUnlessRunning();
+  /// Waits until the thread does nothing any more. REQUIRES: the calling thread may wait.
+  void awaitEnd();
   /// In the child of a fork, whether the thread was left behind in the parent. Where it has forked
   /// itself it goes on.
-  bool isLeftByFork();
-  /// Starts the thread again in the child, without what it had taken in the parent.
-  void startInChild();
+  bool isLeftByFork() noexcept;
+  /// Whether the calling thread is this one.
+  bool isCurrentThread() const noexcept { return s_current == this; }
+  static bool isAnyCurrentThread() noexcept { return s_current != nullptr; }
 
  private:
-  /// One pass under the queue's lock; false when the thread is to end.
-  bool drain();
-  void deliverNext(ZEBFmFile::Batch& batch);
-  bool passesOnToOneFile() const;
-  bool mayGoOn(const LOGAsyncAppender::DispatcherTurn& turn) const;
-  void deliverTaken(const LOGAsyncAppender::DispatcherTurn& turn);
-  void takeOut();
-  void takeOne();
-  bool hasTaken() const { return m_nextTaken < m_taken.size(); }
-  void deliver(LOGLoggingEvent* event);
+  bool pass(LOGAppenderPin& pin);
+  void deliverNext(ZEBFmFile::Batch& batch, LOGAppenderPin& pin);
+  void deliver(LOGLoggingEvent& event, ZEBFmFile::Batch& batch, LOGAppenderPin& pin);
   void handOver(ZEBFmFile::Batch& batch);
   bool isTimeToHandOver();
-  void forgetTaken() noexcept;
-  void forget(LOGLoggingEvent* event) noexcept;
+
+  inline static thread_local const LOGDispatcher* s_current = nullptr;
 
   LOGBoundedFIFO* m_bf;
   LOGAppenderAttachableImpl* m_aai;
-  LOGAsyncAppender* m_container;
-  std::vector<LOGLoggingEvent*> m_taken;  // out of the queue and owned; used by the thread only
-  std::size_t m_nextTaken = 0;            // those before it were delivered
-  void* m_memory = nullptr;               // for the next event, left by one that was delivered
+  std::atomic<int> interrupted{0};
+  std::atomic<bool> m_isRunning{false};
 
-  // What was delivered but may wait for the operating system with others; used by the thread only.
+  // Used by the thread only.
+  LOGLoggingEvent m_unpacked;
+  // What was delivered but may wait for the operating system with others.
   int m_notHandedOver = 0;
+  bool m_mayHold = false;  // the lines of the last event
   std::chrono::steady_clock::time_point m_lastLook;
   std::chrono::steady_clock::time_point m_lastHandOver;
   int m_eventsUntilLook = 0;
   int m_eventsBetweenLooks = 1;
-  std::atomic<int> interrupted{0};
-  std::atomic<std::uint64_t> m_threadId{0};
-  std::atomic<const ZEBForkGate::Visitor*> m_visitor{nullptr};
 };
 
 #endif

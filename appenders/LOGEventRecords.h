@@ -1,51 +1,65 @@
 #ifndef APPENDERS_LOGEVENTRECORDS_H
 #define APPENDERS_LOGEVENTRECORDS_H
 
+#include <atomic>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
-#include <utility>
 
 class LOGLoggingEvent;
 
-/// Events one after the other in one piece of memory, packed where possible, so that who writes
-/// them and who reads them go through it straight. It keeps its memory when it is empty. Not safe
-/// for several threads.
+/// Events one after the other in pieces of memory, packed where possible, so that who writes them
+/// and who reads them go through it straight. One thread at a time writes and one reads, and these
+/// two do not wait for each other: a record begins with a word that says that it is complete.
 class LOGEventRecords {
  public:
-  LOGEventRecords() = default;
+  /// Throws std::bad_alloc.
+  LOGEventRecords();
   LOGEventRecords(const LOGEventRecords&) = delete;
   LOGEventRecords& operator=(const LOGEventRecords&) = delete;
   /// Deletes the events that are left.
-  ~LOGEventRecords() { clear(); }
+  ~LOGEventRecords();
 
-  bool isEmpty() const noexcept { return m_begin == m_end; }
-  /// Adds a packed copy. REQUIRES: `size` is LOGPackedEvent::sizeOf(event) and not 0. Throws
-  /// std::bad_alloc; nothing is added then.
+  // The writer's side. Each throws std::bad_alloc; nothing is added then.
+  /// Adds a packed copy. REQUIRES: `size` is LOGPackedEvent::sizeOf(event) and not 0.
   void addPacked(const LOGLoggingEvent& event, std::size_t size);
-  /// Adds the event itself and owns it from now on. Throws std::bad_alloc; nothing is added then.
+  /// Adds the event itself, which may be null, and owns it from now on.
   void add(LOGLoggingEvent* event);
-  /// Takes the first event out, owned by the caller; there must be one. An event that has to be
-  /// made is made in `memory`, which is for one event and from operator new, and null then; or in
-  /// memory of its own. Throws std::bad_alloc; the event is left then.
-  LOGLoggingEvent* take(void*& memory);
-  /// Deletes all events.
-  void clear() noexcept;
-  void swap(LOGEventRecords& other) noexcept;
+
+  // The reader's side.
+  bool isEmpty() const noexcept;
+  /// Takes out the first event, which must be there: one that was packed is put into `unpacked`,
+  /// which the result points at then; another one is left to `whole` and the result points there.
+  LOGLoggingEvent* take(LOGLoggingEvent& unpacked, std::unique_ptr<LOGLoggingEvent>& whole) noexcept;
 
  private:
+  enum class Kind : std::uint32_t { PACKED, WHOLE, NEXT_PIECE };
+
   /// What stands in front of each event.
   struct Head {
-    std::size_t size;        // of head and event, in bytes
-    LOGLoggingEvent* whole;  // the event, when it is not packed behind this
+    std::atomic<std::uint32_t> size{0};  // of head and event, in bytes; 0 until all is there
+    Kind kind = Kind::PACKED;
   };
 
-  void makeRoom(std::size_t size);
-  Head head() const noexcept;
+  /// Head and events stand behind it.
+  struct Piece {
+    Piece* next;
+    std::size_t size;
+    char* begin() noexcept { return reinterpret_cast<char*>(this + 1); }
+  };
 
-  std::unique_ptr<char[]> m_memory;
-  std::size_t m_capacity = 0;
-  std::size_t m_begin = 0;  // of the first event that is left
-  std::size_t m_end = 0;    // of the last one
+  static Piece* newPiece(std::size_t size);
+  static Head& headAt(char* place) noexcept { return *reinterpret_cast<Head*>(place); }
+  template <typename Fill>
+  void addRecord(Kind kind, std::size_t size, Fill fill);
+  void goToNextPiece() noexcept;
+
+  // Each side stands in cache lines of its own.
+  alignas(64) Piece* m_writtenPiece;
+  char* m_writeAt;  // where the next head stands already, with a size of 0
+  alignas(64) Piece* m_readPiece;
+  char* m_readAt;
+  std::atomic<Piece*> m_spare{nullptr};  // was read, and will be written again
 };
 
 #endif

@@ -28,6 +28,7 @@
 #include "platform/ZEBIDOM_Parser.h"
 #include "platform/ZEBSharedLibrary.h"
 #include "platform/ZEBThreadGuard.h"
+#include "platform/ZEBThreadOuterGuard.h"
 #include "platform/ZEBTranslate.h"
 #include "platform/ZEBUtConvert.h"
 #include "platform/ZEBUtProcess.h"
@@ -178,7 +179,7 @@ void LOGDOMConfigurator::forEachAppender(Operation operation) const {
 }
 
 void LOGDOMConfigurator::initialize() {
-  const ZEBThreadGuard guard(g_runLock);
+  const ZEBThreadOuterGuard guard(g_runLock);
   if (m_domConfig == nullptr) {
     m_domConfig = zebTranslate(SOURCE, __LINE__, [] { return new LOGDOMConfigurator; });
     LOGConfiguratorHook::registerConfigurator(&LOGDOMConfigurator::shutdown,
@@ -187,19 +188,19 @@ void LOGDOMConfigurator::initialize() {
 }
 
 void LOGDOMConfigurator::shutdown() {
-  const ZEBThreadGuard guard(g_runLock);
+  const ZEBThreadOuterGuard guard(g_runLock);
   delete std::exchange(m_domConfig, nullptr);
 }
 
 void LOGDOMConfigurator::runExclusively(const std::function<void()>& operation) {
-  const ZEBThreadGuard guard(g_runLock);
+  const ZEBThreadOuterGuard guard(g_runLock);
   operation();
 }
 
 int LOGDOMConfigurator::configure(const I18NString& fileName) {
   int configured = 0;
   logContainingFailures(DO_CONFIGURE_TEXTS, [&] {
-    const ZEBThreadGuard guard(g_runLock);
+    const ZEBThreadOuterGuard guard(g_runLock);
     initialize();
     configured = m_domConfig->doConfigure(fileName, LOGManager::getLoggerRepository());
   });
@@ -209,7 +210,7 @@ int LOGDOMConfigurator::configure(const I18NString& fileName) {
 int LOGDOMConfigurator::configureWithProcID(const I18NString& fileName) {
   int configured = 0;
   logContainingFailures(DO_CONFIGURE_TEXTS, [&] {
-    const ZEBThreadGuard guard(g_runLock);
+    const ZEBThreadOuterGuard guard(g_runLock);
     applyProcIDtoFileAppender(1);
     configured = configure(fileName);
     applyProcIDtoFileAppender(0);
@@ -220,7 +221,7 @@ int LOGDOMConfigurator::configureWithProcID(const I18NString& fileName) {
 int LOGDOMConfigurator::configure(const ZEBIDOM_Element& root) {
   int configured = 0;
   logContainingFailures(DO_CONFIGURE_TEXTS, [&] {
-    const ZEBThreadGuard guard(g_runLock);
+    const ZEBThreadOuterGuard guard(g_runLock);
     initialize();
     configured = m_domConfig->doConfigure(root, LOGManager::getLoggerRepository());
   });
@@ -240,7 +241,7 @@ bool LOGDOMConfigurator::isReasonableLoggerName(const I18NString& name) {
 }
 
 void LOGDOMConfigurator::applyProcIDtoFileAppender(int on) {
-  const ZEBThreadGuard guard(g_runLock);
+  const ZEBThreadOuterGuard guard(g_runLock);
   initialize();
   m_domConfig->m_procIdFlag = on;
   if (on == 1) {
@@ -260,7 +261,7 @@ int LOGDOMConfigurator::doConfigure(const I18NString& fileName, LOGLoggerReposit
 int LOGDOMConfigurator::doConfigure(char* fileName, LOGLoggerRepository* repository) {
   int configured = 0;
   logContainingFailures(DO_CONFIGURE_TEXTS, [&] {
-    const ZEBThreadGuard guard(g_runLock);
+    const ZEBThreadOuterGuard guard(g_runLock);
     m_repository = repository;
     configured = parseFile(fileName) ? 1 : 0;
   });
@@ -270,7 +271,7 @@ int LOGDOMConfigurator::doConfigure(char* fileName, LOGLoggerRepository* reposit
 int LOGDOMConfigurator::doConfigure(const ZEBIDOM_Element& root, LOGLoggerRepository* repository) {
   int configured = 0;
   logContainingFailures(DO_CONFIGURE_TEXTS, [&] {
-    const ZEBThreadGuard guard(g_runLock);
+    const ZEBThreadOuterGuard guard(g_runLock);
     m_repository = repository;
     configured = parse(root) ? 1 : 0;
   });
@@ -391,7 +392,7 @@ void LOGDOMConfigurator::parseLogger(const ZEBIDOM_Element& element) {
   constexpr LOGFailureTexts TEXTS{
       LOCK_TEXT, LOCK_TEXT, "LOGDOMConfigurator::parseLogger -- An unknown exception has occurred"};
   logContainingFailures(TEXTS, [&] {
-    const ZEBThreadGuard guard(*this);
+    const ZEBThreadOuterGuard guard(*this);
     LOGLogger* const logger = findLogger(element.getAttribute(LOG4ZEB_NAME_ATTR), classOf(element));
     if (logger == nullptr) {
       return;
@@ -430,7 +431,7 @@ void LOGDOMConfigurator::parseRoot(const ZEBIDOM_Element& element) {
   constexpr LOGFailureTexts TEXTS{
       LOCK_TEXT, LOCK_TEXT, "LOGDOMConfigurator::parseRoot -- An unknown exception has occurred"};
   logContainingFailures(TEXTS, [&] {
-    const ZEBThreadGuard guard(*this);
+    const ZEBThreadOuterGuard guard(*this);
     parseChildrenOfLoggerElement(element, m_repository->getRootLogger(), true);
   });
 }
@@ -515,7 +516,7 @@ void LOGDOMConfigurator::parseRenderer(const ZEBIDOM_Element& element) {
       LOCK_TEXT, LOCK_TEXT,
       "LOGDOMConfigurator::parseRenderer -- An unknown exception has occurred"};
   logContainingFailures(TEXTS, [&] {
-    const ZEBThreadGuard guard(*this);
+    const ZEBThreadOuterGuard guard(*this);
     reportUnlessBaseName(element.getAttribute(RENDERING_CLASS_ATTR));
     auto* const renderers = dynamic_cast<LOGRendererSupport*>(m_repository);
     if (renderers != nullptr) {
@@ -575,7 +576,7 @@ LOGAppenderSkeleton* LOGDOMConfigurator::parseAppender(const ZEBIDOM_Element& el
       "LOGDOMConfigurator::parseAppender -- An unknown exception has occured."};
   LOGAppenderSkeleton* appender = nullptr;
   logContainingFailures(TEXTS, [&] {
-    const ZEBThreadGuard guard(*this);
+    const ZEBThreadOuterGuard guard(*this);
     appender = newAppender(element);
     if (appender != nullptr) {
       forEachChildElement(element, [&](const ZEBIDOM_Element& child) {
@@ -962,7 +963,7 @@ void LOGDOMConfigurator::replaceUnusableAppenders(
     const auto* const async = dynamic_cast<const LOGAsyncAppender*>(&holder);
     // An order that the document has turned round must not have events go round for ever.
     const bool isCircle =
-        live != nullptr && async != nullptr && LOGAsyncAppender::reaches(live, *async);
+        live != nullptr && async != nullptr && LOGAsyncAppender::reaches(*live, *async);
     if (live != nullptr && !isCircle) {
       holder.removeAppender(appender);
       holder.addAppender(live);
@@ -976,11 +977,11 @@ void LOGDOMConfigurator::closeRetiredAppenders() {
     return dynamic_cast<const LOGAsyncAppender*>(retired.appender) != nullptr;
   });
   contained([this] {
-    std::vector<LOGAppenderSkeleton*> appenders;
+    LOGAsyncAppender::Queues queues;
     for (const Retired& retired : m_retired) {
-      appenders.push_back(retired.appender);
+      queues.add(*retired.appender);
     }
-    LOGAsyncAppender::flushReachable(appenders, LOGAsyncAppender::LONGEST_FINAL_FLUSH);
+    queues.flush(LOGAsyncAppender::LONGEST_FINAL_FLUSH);
   });
   for (const Retired& retired : m_retired) {
     contained([&] {

@@ -349,27 +349,15 @@ void LOGHierarchy::shutdown() {
 }
 
 void LOGHierarchy::shutdownExclusively() {
-  bool isFlushed = false;
+  int timeToFlush = LOGAsyncAppender::LONGEST_FINAL_FLUSH;
   logContainingLackOfMemory("LOGHierarchy::shutdown -- no memory to flush in order", [&] {
-    std::vector<LOGAppenderSkeleton*> appenders;
-    forEachLogger([&](LOGLogger& logger) {
-      const std::vector<LOGAppenderSkeleton*> attached = logger.snapshotOfAppenders();
-      appenders.insert(appenders.end(), attached.begin(), attached.end());
-    });
-    LOGAsyncAppender::flushReachable(appenders, LOGAsyncAppender::LONGEST_FINAL_FLUSH);
-    isFlushed = true;
+    LOGAsyncAppender::Queues queues;
+    forEachLogger([&queues](const LOGLogger& logger) { queues.add(logger.getAAI()); });
+    queues.flush(LOGAsyncAppender::LONGEST_FINAL_FLUSH);
+    timeToFlush = 0;
   });
   // Closing one waits for its thread, which may be logging: not under a logger's lock, as below.
-  forEachLogger([isFlushed](LOGLogger& logger) {
-    for (std::size_t i = 0; LOGAppenderSkeleton* const appender = logger.appenderAt(i); ++i) {
-      if (auto* const async = dynamic_cast<LOGAsyncAppender*>(appender)) {
-        if (!isFlushed) {
-          async->flush(LOGAsyncAppender::LONGEST_FINAL_FLUSH);
-        }
-        async->close();
-      }
-    }
-  });
+  forEachLogger([timeToFlush](LOGLogger& logger) { logger.closeAsyncAppenders(timeToFlush); });
   forEachLogger([](LOGLogger& logger) { logger.closeNestedAppenders(); });
   forEachLogger([](LOGLogger& logger) { logger.removeAllAppenders(); });
   LOGLogLog::shutdown();

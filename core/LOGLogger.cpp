@@ -4,7 +4,10 @@
 #include <cstring>
 #include <typeinfo>
 
+#include "appenders/LOGAppenderPin.h"
 #include "appenders/LOGAppenderSkeleton.h"
+#include "appenders/LOGAsyncAppender.h"
+#include "core/LOGCallScope.h"
 #include "core/LOGFailures.h"
 #include "core/LOGHierarchy.h"
 #include "core/LOGLoggingEvent.h"
@@ -124,7 +127,7 @@ LOG4ZEB_HOT void LOGLogger::logEnabled(int rank, const I18NString& message) {
   if (level != nullptr) {
     logContainingLackOfMemory(EVENT_LOST, [&] {
       LOGLoggingEvent event(this, level, LOGMessageText{message});
-      callAppenders(&event);
+      passOn(event);
     });
   }
 }
@@ -136,7 +139,7 @@ void LOGLogger::logWithTextOf(int rank, const I18NString& message, const Thrown&
     logContainingLackOfMemory(EVENT_LOST, [&] {
       LOGLoggingEvent event(this, level, LOGMessageText{message});
       event.setThrowableStrRep(LOGThrowableText::of(thrown));
-      callAppenders(&event);
+      passOn(event);
     });
   }
 }
@@ -197,18 +200,42 @@ void LOGLogger::assertLog(int assertion, const I18NString& msg) {
 void LOGLogger::forcedLog(const I18NString& fqn, LOGLevel* level, LOGObject* message) {
   logContainingLackOfMemory(EVENT_LOST, [&] {
     LOGLoggingEvent event(fqn, this, level, message);
-    callAppenders(&event);
+    passOn(event);
   });
 }
 
+LOG4ZEB_HOT void LOGLogger::passOn(LOGLoggingEvent& event) {
+  // Before any lock is taken: code of the program may log itself.
+  if (event.needsRendering() && hasAppendersOnTheWay()) {
+    event.render();
+  }
+  callAppenders(&event);
+}
+
+bool LOGLogger::hasAppendersOnTheWay() const {
+  for (const LOGLogger* logger = this; logger != nullptr; logger = logger->getParent()) {
+    if (logger->mayHaveAppenders()) {
+      return true;
+    }
+    if (logger->getAdditivity() == 0) {
+      break;
+    }
+  }
+  return false;
+}
+
+inline bool LOGLogger::mayHaveAppenders() const {
+  // Most loggers have none, and are passed without their lock. Whoever holds it may be adding one.
+  return getCriticalSection().isHeldElsewhere() || m_aai.hasAppenders();
+}
+
 LOG4ZEB_HOT void LOGLogger::callAppenders(LOGLoggingEvent* event) {
+  const LOGCallScope call;
   // What is logged from within an asynchronous delivery is logged like anything else.
   const ZEBFmFile::Batch::Pause pause;
   int writes = 0;
   for (LOGLogger* logger = this; logger != nullptr; logger = logger->getParent()) {
-    // Most loggers have no appenders. Unless somebody holds its lock, which is asked first, taking
-    // it would change nothing that anybody could notice.
-    if (logger->getCriticalSection().isHeldElsewhere() || logger->m_aai.hasAppenders()) {
+    if (logger->mayHaveAppenders()) {
       writes += locked(*logger, "LOGLogger::callAppenders -- unable to lock mutex",
                        [&] { return logger->m_aai.appendLoopOnAppenders(event); });
     }
@@ -282,21 +309,33 @@ void LOGLogger::removeAllAppenders() { removeAllAppenders(nullptr); }
 void LOGLogger::removeAllAppenders(LOGHashtable* table) {
   locked(*this, "LOGLogger::removeAllAppenders -- unable to lock mutex",
          [&] { m_aai.removeAllAppenders(table); });
+  m_aai.awaitUsers({nullptr, true, true});
 }
 
 void LOGLogger::removeAppender(const I18NString& name) {
-  locked(*this, "LOGLogger::removeAppender -- unable to lock mutex",
-         [&] { m_aai.removeAppender(name); });
+  m_aai.awaitUsers(locked(*this, "LOGLogger::removeAppender -- unable to lock mutex",
+                          [&] { return m_aai.takeOut(name); }));
 }
 
 void LOGLogger::removeAppender(LOGAppenderSkeleton* appender) {
-  locked(*this, "LOGLogger::removeAppender -- unable to lock mutex",
-         [&] { m_aai.removeAppender(appender); });
+  m_aai.awaitUsers(locked(*this, "LOGLogger::removeAppender -- unable to lock mutex",
+                          [&] { return m_aai.takeOut(appender); }));
 }
 
-void LOGLogger::replaceAppenders(const std::vector<LOGAppenderSkeleton*>& appenders) {
+void LOGLogger::replaceAppenders(const std::vector<LOGAppenderSkeleton*>& appenders,
+                                 const std::function<void(LOGAppenderSkeleton&)>& leave) {
   locked(*this, "LOGLogger::replaceAppenders -- unable to lock mutex",
-         [&] { m_aai.replaceAppenders(appenders); });
+         [&] { m_aai.replaceAppenders(appenders, leave); });
+}
+
+void LOGLogger::closeAsyncAppenders(int milliseconds) {
+  LOGAppenderPin pin;
+  for (std::size_t i = 0; LOGAppenderSkeleton* const appender = m_aai.pinAt(i, pin); ++i) {
+    if (auto* const async = dynamic_cast<LOGAsyncAppender*>(appender)) {
+      async->flush(milliseconds);
+      async->close();
+    }
+  }
 }
 
 void LOGLogger::closeNestedAppenders() {

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cstdint>
 #include <exception>
+#include <functional>
 #include <memory>
 #include <new>
 #include <type_traits>
@@ -146,7 +147,9 @@ class LOG4ZEB_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   const I18NString& getName() const { return m_name; }
   const I18NString& getResourceBundleString(const I18NString& key) const;
 
-  // Appenders are not owned. Each operation takes the logger's lock but isAttached().
+  // Appenders are not owned. Each operation takes the logger's lock but isAttached(). One that was
+  // removed may be deleted when the removal returns, if that was not called from within a call that
+  // logs, nor under a lock of the library.
   void addAppender(LOGAppenderSkeleton* newAppender) override;
   ZEBListIterator<LOGAppenderSkeleton*> getAllAppenders() override;
   LOGAppenderSkeleton* getAppender(const I18NString& name) override;
@@ -158,13 +161,19 @@ class LOG4ZEB_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   void removeAppender(LOGAppenderSkeleton* appender) override;
   /// The appenders as they are now, without taking the logger's lock.
   std::vector<LOGAppenderSkeleton*> snapshotOfAppenders() const { return m_aai.snapshot(); }
-  /// One of them by number, null beyond the last.
+  /// One of them by number, null beyond the last; under the logger's lock.
   LOGAppenderSkeleton* appenderAt(std::size_t position) const { return m_aai.at(position); }
+  const LOGAppenderAttachableImpl& getAAI() const { return m_aai; }
   /// Attaches these appenders in place of those there, which are not closed, in one step: no event
-  /// meets a part of either set.
-  void replaceAppenders(const std::vector<LOGAppenderSkeleton*>& appenders);
-  /// Closes the appenders, which stay attached.
+  /// meets a part of either set. Each that was there is first passed to `leave`, which may be empty,
+  /// under the logger's lock.
+  void replaceAppenders(const std::vector<LOGAppenderSkeleton*>& appenders,
+                        const std::function<void(LOGAppenderSkeleton&)>& leave = nullptr);
+  /// Closes the appenders, which stay attached, under the logger's lock.
   void closeNestedAppenders();
+  /// Closes the asynchronous ones without that lock, so that it can wait for their threads; first
+  /// flushes each, for up to so many milliseconds.
+  void closeAsyncAppenders(int milliseconds);
 
   /// As the operations of LOGManager.
   static LOGLogger* getLogger(const I18NString& name);
@@ -208,6 +217,9 @@ class LOG4ZEB_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
       }
     }
   }
+  void passOn(LOGLoggingEvent& event);
+  bool hasAppendersOnTheWay() const;
+  bool mayHaveAppenders() const;
   void logEnabled(int rank, LOGObject* message);
   void logEnabled(int rank, const I18NString& message);
   template <typename Thrown>

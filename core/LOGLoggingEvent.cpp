@@ -39,13 +39,18 @@ std::string_view currentThreadText() {
   return {t_text.digits, t_text.size};
 }
 
+/// Whether the repository is the library's own, or there is none.
+bool isHierarchy(const LOGLoggerRepository* repository) {
+  return repository == nullptr || typeid(*repository) == typeid(LOGHierarchy);
+}
+
 /// The repository's side that renders, or null.
 LOGRendererMap* rendererMapOf(LOGLoggerRepository* repository) {
   if (repository == nullptr) {
     return nullptr;
   }
   // Spares nearly every program the search for a base class, event by event.
-  if (typeid(*repository) == typeid(LOGHierarchy)) {
+  if (isHierarchy(repository)) {
     return static_cast<LOGHierarchy*>(repository)->LOGHierarchy::getRendererMap();
   }
   auto* const renderers = dynamic_cast<LOGRendererSupport*>(repository);
@@ -76,20 +81,34 @@ LOG4ZEB_HOT LOGLoggingEvent::LOGLoggingEvent(LOGLogger* logger, LOGLevel* level)
 }
 
 LOGLoggingEvent::LOGLoggingEvent(const LOGLoggingEvent& other)
+    : LOGLoggingEvent(other, SharingMessage()) {
+  setMessage(other.getMessage());
+}
+
+LOGLoggingEvent::LOGLoggingEvent(const LOGLoggingEvent& other, SharingMessage)
     : LOGSerializable(other),
       m_timeStamp(other.m_timeStamp),
       m_sequence(other.m_sequence),
       m_ndcLookupRequired(other.m_ndcLookupRequired),
       m_mdcCopyLookupRequired(other.m_mdcCopyLookupRequired),
+      m_hasPlainMessage(other.m_hasPlainMessage),
       m_level(other.m_level),
       m_logger(other.m_logger),
+      m_message(other.m_message),
       m_threadName(other.m_threadName),
       m_ndc(other.m_ndc),
-      m_loggerName(other.m_loggerName) {
-  if (other.m_rare != nullptr && !other.m_rare->renderedMessage.isEmpty()) {
-    setRenderedMessage(other.m_rare->renderedMessage);
+      m_loggerName(other.m_loggerName),
+      m_plainMessage(other.m_plainMessage) {
+  if (other.isRendered()) {
+    m_rare = std::make_unique<Rare>(*other.m_rare);
+    m_rare->throwableStrRep.clear();
   }
-  setMessage(other.getMessage());
+}
+
+std::unique_ptr<LOGLoggingEvent> LOGLoggingEvent::copyForQueue() const {
+  return zebTranslate(SOURCE, __LINE__, [this] {
+    return std::unique_ptr<LOGLoggingEvent>(new LOGLoggingEvent(*this, SharingMessage()));
+  });
 }
 
 LOGLoggingEvent& LOGLoggingEvent::operator=(const LOGLoggingEvent& other) {
@@ -117,9 +136,54 @@ void LOGLoggingEvent::setMessage(const LOGObject* message) {
   });
 }
 
+LOG4ZEB_HOT bool LOGLoggingEvent::needsRendering() const {
+  if (isRendered() || m_logger == nullptr) {
+    return false;
+  }
+  if (!m_hasPlainMessage) {
+    return m_message != nullptr;
+  }
+  return !LOGRendererMap::isRenderedByDefault(m_plainMessage.instanceOf()) ||
+         !isHierarchy(m_logger->getRepository());
+}
+
+void LOGLoggingEvent::render() {
+  Rare& kept = rare();
+  try {
+    const std::unique_ptr<I18NString> text(getRenderedMessage());
+    if (text == nullptr) {
+      kept.rendering = Rendering::NULL_TEXT;
+    } else {
+      setRenderedMessage(*text);
+    }
+  } catch (...) {
+    kept.failure = std::current_exception();
+    kept.rendering = Rendering::FAILURE;
+  }
+}
+
+void LOGLoggingEvent::setRenderedMessage(const I18NString& text) {
+  rare().renderedMessage = text;
+  rare().rendering = Rendering::TEXT;
+}
+
+const I18NString* LOGLoggingEvent::keptRendering() const {
+  if (m_rare->rendering == Rendering::FAILURE) {
+    try {
+      std::rethrow_exception(m_rare->failure);
+    } catch (const ZEBThrowable& failure) {
+      failure.raise();  // a copy, because its back trace grows and another thread may have it too
+    }
+  }
+  return m_rare->rendering == Rendering::TEXT ? &m_rare->renderedMessage : nullptr;
+}
+
 I18NString* LOGLoggingEvent::getRenderedMessage() {
-  if (m_rare != nullptr && !m_rare->renderedMessage.isEmpty()) {
-    return zebTranslate(SOURCE, 155, [this] { return new I18NString(m_rare->renderedMessage); });
+  if (isRendered()) {
+    return zebTranslate(SOURCE, 155, [this] {
+      const I18NString* const text = keptRendering();
+      return text == nullptr ? nullptr : new I18NString(*text);
+    });
   }
   LOGObject* const message = getMessage();
   if (message == nullptr || m_logger == nullptr) {
@@ -132,9 +196,14 @@ I18NString* LOGLoggingEvent::getRenderedMessage() {
 }
 
 LOG4ZEB_HOT bool LOGLoggingEvent::appendRenderedMessage(I18NString& text) {
-  if (m_rare != nullptr && !m_rare->renderedMessage.isEmpty()) {
-    text.append(m_rare->renderedMessage);
-    return true;
+  if (isRendered()) {
+    return zebTranslate(SOURCE, __LINE__, [&] {
+      const I18NString* const kept = keptRendering();
+      if (kept != nullptr) {
+        text.append(*kept);
+      }
+      return kept != nullptr;
+    });
   }
   LOGObject* const message = getMessage();
   if (message == nullptr || m_logger == nullptr) {

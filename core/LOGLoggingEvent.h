@@ -2,6 +2,7 @@
 #define CORE_LOGLOGGINGEVENT_H
 
 #include <cstdint>
+#include <exception>
 #include <limits>
 #include <memory>
 
@@ -44,7 +45,9 @@ class LOG4ZEB_EXPORT LOGLoggingEvent : public LOGSerializable {
     return m_hasPlainMessage ? &m_plainMessage : m_message.get();
   }
   /// The message as text in a new string that the caller deletes, or null without a message, a
-  /// logger or a renderer. Each call renders anew.
+  /// logger or a renderer. Each call renders anew, and throws what rendering throws, unless the
+  /// message was rendered before, as a logger does for every message whose rendering is code of the
+  /// program: then each call returns, or throws, what that gave.
   I18NString* getRenderedMessage();
   /// Appends that text to `text` and returns whether there was one; usually without an allocation.
   bool appendRenderedMessage(I18NString& text);
@@ -54,6 +57,13 @@ class LOG4ZEB_EXPORT LOGLoggingEvent : public LOGSerializable {
   const I18NString& getThreadName();
   /// Never null.
   LOGLocationInfo* getLocationInformation() { return &m_locationInfo; }
+  /// Whether rendering the message runs code of the program, and was not done yet.
+  bool needsRendering() const;
+  /// Renders the message once, for all calls that follow. Throws std::bad_alloc; what rendering
+  /// throws is kept.
+  void render();
+  /// A copy for another thread, which shares the message. Throws as the constructor does.
+  std::unique_ptr<LOGLoggingEvent> copyForQueue() const;
   const I18NString& getThrowableStrRep() const;
   void setThrowableStrRep(const I18NString& text) { rare().throwableStrRep = text; }
   const I18NString& getLoggerName() const { return m_loggerName; }
@@ -80,14 +90,25 @@ class LOG4ZEB_EXPORT LOGLoggingEvent : public LOGSerializable {
   /// Everything but the message.
   LOGLoggingEvent(LOGLogger* logger, LOGLevel* level);
 
+  struct SharingMessage {};
+  LOGLoggingEvent(const LOGLoggingEvent& other, SharingMessage);
+
+  enum class Rendering { NOT_DONE, NULL_TEXT, TEXT, FAILURE };
+
   /// What hardly any event has.
   struct Rare {
+    Rendering rendering = Rendering::NOT_DONE;
     I18NString renderedMessage;
+    std::exception_ptr failure;  // shared with copies
     I18NString throwableStrRep;
   };
 
   Rare& rare();
-  void setRenderedMessage(const I18NString& text) { rare().renderedMessage = text; }
+  bool isRendered() const noexcept {
+    return m_rare != nullptr && m_rare->rendering != Rendering::NOT_DONE;
+  }
+  const I18NString* keptRendering() const;
+  void setRenderedMessage(const I18NString& text);
   void setMessage(const LOGObject* message);
 
   std::int64_t m_timeStamp = 0;
@@ -100,7 +121,7 @@ class LOG4ZEB_EXPORT LOGLoggingEvent : public LOGSerializable {
   LOGLocationInfo m_locationInfo;
   LOGLevel* m_level = nullptr;
   LOGLogger* m_logger = nullptr;
-  std::unique_ptr<LOGObject> m_message;
+  std::shared_ptr<LOGObject> m_message;  // with copies for queues
   std::unique_ptr<Rare> m_rare;
   I18NString m_threadName;
   I18NString m_ndc;

@@ -1,7 +1,7 @@
 #include "core/LOGPackedEvent.h"
 
 #include <cstring>
-#include <new>
+#include <limits>
 #include <string_view>
 
 #include "core/LOGLoggingEvent.h"
@@ -22,7 +22,7 @@ char* put(char* to, std::string_view text) noexcept {
 LOG4ZEB_HOT std::size_t LOGPackedEvent::sizeOf(const LOGLoggingEvent& event) noexcept {
   const I18NString& message = event.m_plainMessage.m_string;
   const bool isUsual = event.m_hasPlainMessage && event.m_plainMessage.m_instance == nullptr &&
-                       (event.m_rare == nullptr || event.m_rare->renderedMessage.isEmpty()) &&
+                       !event.isRendered() &&
                        isShortAscii(message) && isShortAscii(event.m_loggerName) &&
                        isShortAscii(event.m_threadName) && isShortAscii(event.m_ndc);
   return isUsual ? sizeof(LOGPackedEvent) + event.m_loggerName.length() +
@@ -48,24 +48,27 @@ LOG4ZEB_HOT void LOGPackedEvent::pack(const LOGLoggingEvent& event, char* bytes)
   put(put(put(put(bytes + sizeof(packed), loggerName), threadName), ndc), message);
 }
 
-LOG4ZEB_HOT LOGLoggingEvent* LOGPackedEvent::unpack(const char* bytes, void* memory) noexcept {
+LOG4ZEB_HOT void LOGPackedEvent::unpack(const char* bytes, LOGLoggingEvent& event) noexcept {
   LOGPackedEvent packed;
   std::memcpy(&packed, bytes, sizeof(packed));
   bytes += sizeof(packed);
-  const auto next = [&bytes](std::uint32_t size) {
-    const std::string_view text(bytes, size);
+  const auto next = [&bytes](I18NString& text, std::uint32_t size) {
+    text.clear();
+    text.appendAscii(std::string_view(bytes, size));
     bytes += size;
-    return text;
   };
-  auto* const event = new (memory) LOGLoggingEvent;
-  event->m_timeStamp = packed.m_timeStamp;
-  event->m_level = packed.m_level;
-  event->m_logger = packed.m_logger;
-  event->m_ndcLookupRequired = packed.m_ndcLookupRequired;
-  event->m_hasPlainMessage = true;
-  event->m_loggerName.appendAscii(next(packed.m_loggerNameSize));
-  event->m_threadName.appendAscii(next(packed.m_threadNameSize));
-  event->m_ndc.appendAscii(next(packed.m_ndcSize));
-  event->m_plainMessage.m_string.appendAscii(next(packed.m_messageSize));
-  return event;
+  event.m_timeStamp = packed.m_timeStamp;
+  event.m_sequence = std::numeric_limits<std::int32_t>::min();
+  event.m_level = packed.m_level;
+  event.m_logger = packed.m_logger;
+  event.m_ndcLookupRequired = packed.m_ndcLookupRequired;
+  event.m_mdcCopyLookupRequired = 1;
+  event.m_hasPlainMessage = true;
+  event.m_message.reset();
+  event.m_rare.reset();
+  event.m_plainMessage.m_instance.reset();
+  next(event.m_loggerName, packed.m_loggerNameSize);
+  next(event.m_threadName, packed.m_threadNameSize);
+  next(event.m_ndc, packed.m_ndcSize);
+  next(event.m_plainMessage.m_string, packed.m_messageSize);
 }

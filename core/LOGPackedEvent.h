@@ -18,8 +18,8 @@ class LOGPackedEvent {
   static std::size_t sizeOf(const LOGLoggingEvent& event) noexcept;
   /// Puts sizeOf(event) bytes, which is not 0, where `bytes` points to.
   static void pack(const LOGLoggingEvent& event, char* bytes) noexcept;
-  /// Makes the event again from these bytes, in memory for one.
-  static LOGLoggingEvent* unpack(const char* bytes, void* memory) noexcept;
+  /// Makes `event` the one that is in these bytes, whatever it was. Needs no memory.
+  static void unpack(const char* bytes, LOGLoggingEvent& event) noexcept;
 
  private:
   std::int64_t m_timeStamp;

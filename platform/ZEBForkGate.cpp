@@ -98,18 +98,6 @@ ZEBForkGate::Visitor& ZEBForkGate::join(Visitor*& cache) {
 
 ZEBForkGate::Visitor& ZEBForkGate::self() { return t_self != nullptr ? *t_self : join(t_self); }
 
-bool ZEBForkGate::Visitor::waitsFor(const Visitor& other) const noexcept {
-  constexpr int LONGEST_CHAIN = 16;
-  const Visitor* awaited = this;
-  for (int i = 0; i < LONGEST_CHAIN && awaited != nullptr && !awaited->isGone(); ++i) {
-    awaited = awaited->m_awaited.load(std::memory_order_acquire);
-    if (awaited == &other) {
-      return true;
-    }
-  }
-  return false;
-}
-
 bool ZEBForkGate::mustWait(const Visitor& visitor) noexcept {
   return visitor.m_locks.load(std::memory_order_relaxed) == 1 && g_forking.load() != &visitor;
 }

@@ -11,7 +11,7 @@
 /// holds is free in the child.
 ///
 /// Where the system has no forks the gate is always open. What it knows of each thread also tells
-/// who waits for whom, so that nobody waits for a thread that waits for him.
+/// whether the thread may wait for others.
 class ZEBForkGate {
  public:
   /// A thread that has held one of the library's locks. Never destroyed; a thread that ends leaves
@@ -29,38 +29,25 @@ class ZEBForkGate {
     /// Whether the thread is one of a process that this one was forked from.
     bool isGone() const noexcept { return m_isGone.load(std::memory_order_relaxed); }
 
-    /// Says which thread this one waits for, or nullptr once it goes on.
-    void setAwaited(const Visitor* awaited) noexcept {
-      m_awaited.store(awaited, std::memory_order_release);  // which may just have been made
+    /// Called by the thread itself when it has taken, and when it leaves, a lock under which it may
+    /// wait for other threads.
+    void outerLockTaken() noexcept { ++m_outerLocks; }
+    void outerLockLeft() noexcept { --m_outerLocks; }
+    /// Whether the thread, which calls this itself, holds no lock but such ones.
+    bool mayWait() const noexcept {
+      return m_locks.load(std::memory_order_relaxed) == m_outerLocks;
     }
-    /// Whether the thread waits for `other`, perhaps through further threads. What is said may just
-    /// have changed.
-    bool waitsFor(const Visitor& other) const noexcept;
 
    private:
     friend class ZEBForkGate;
     std::atomic<int> m_locks{0};  // changed by the thread itself
     std::atomic<bool> m_isGone{false};
     std::atomic<bool> m_isUsed{true};  // by a thread that has not ended
-    std::atomic<const Visitor*> m_awaited{nullptr};
+    int m_outerLocks = 0;
     Visitor* m_next = nullptr;
   };
 
-  /// While one lives, its thread is said to wait for `awaited`.
-  class Wait {
-   public:
-    Wait(Visitor& visitor, const Visitor* awaited) noexcept : m_visitor(visitor) {
-      m_visitor.setAwaited(awaited);
-    }
-    Wait(const Wait&) = delete;
-    Wait& operator=(const Wait&) = delete;
-    ~Wait() { m_visitor.setAwaited(nullptr); }
-
-   private:
-    Visitor& m_visitor;
-  };
-
-  /// Stands for a lock of the library, for one that is none of ZEBThreadCriticalSection.
+  /// Counts as a lock of the library, for code that uses another kind of lock.
   class Stay {
    public:
     Stay();

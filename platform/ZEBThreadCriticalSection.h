@@ -17,29 +17,29 @@ class LOG4ZEB_EXPORT ZEBThreadCriticalSection {
   constexpr explicit ZEBThreadCriticalSection(int = 0) noexcept {}
   ZEBThreadCriticalSection(const ZEBThreadCriticalSection&) = delete;
   ZEBThreadCriticalSection& operator=(const ZEBThreadCriticalSection&) = delete;
+#ifdef __SANITIZE_THREAD__
+  ~ZEBThreadCriticalSection();
+#endif
 
   /// Waits for the lock. Throws ZEBSystemError when the operating system refuses, and
   /// ZEBOutOfMemoryError, which only the first lock of a thread can meet.
   void enter();
-  /// Takes the lock unless another thread holds it or a fork is under way. Returns whether it did.
-  bool tryEnter();
   /// REQUIRES: the calling thread holds the lock.
   void leave() noexcept;
   /// Whether another thread holds the lock now.
   bool isHeldElsewhere() const noexcept;
   bool isHeldHere() const noexcept;
-  /// The thread that holds the lock now, nullptr while nobody does.
-  const ZEBForkGate::Visitor* holder() const noexcept;
   /// Whether the lock was held when this process was forked, and not taken since.
   bool isLeftByFork() const noexcept;
-  /// Whether a thread may be sleeping until the lock is left.
-  bool isWanted() const noexcept;
 
  private:
   using Mark = std::uintptr_t;
 
   void waitFor(Mark self);
   void sleepUntilTaken(Mark self);
+  void noteTaken() noexcept;
+  void noteTakenFromLostThread() noexcept;
+  void noteLeft() noexcept;
   void wakeWaiting() const noexcept;
 
   // The holder's visitor of the fork gate as a number, with the lowest bit set when others may

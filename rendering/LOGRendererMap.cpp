@@ -71,6 +71,8 @@ class RendererTable {
 
   /// Whether everything is rendered by the first default renderer.
   bool isOriginal() const { return m_isOriginal; }
+  /// Whether that is the renderer.
+  bool isOriginal(const Renderer& renderer) const { return renderer == m_original; }
 
   void clear() {
     std::map<I18NString, Renderer> dropped;
@@ -159,6 +161,11 @@ LOG4ZEB_HOT bool LOGRendererMap::appendRendered(LOGObject* object, I18NString& t
   }
   text.append(*rendered);
   return true;
+}
+
+LOG4ZEB_HOT bool LOGRendererMap::isRenderedByDefault(const I18NString& className) {
+  const RendererTable& table = RendererTable::instance();
+  return table.isOriginal() || table.isOriginal(table.find(className));
 }
 
 void LOGRendererMap::clear() { RendererTable::instance().clear(); }

@@ -29,6 +29,9 @@ class LOG4ZEB_EXPORT LOGRendererMap {
   /// Appends the object's text to `text` and returns whether there was one. What the first default
   /// renderer does, which is the object's own text, costs no allocation.
   bool appendRendered(LOGObject* object, I18NString& text) const;
+  /// Whether objects of that tag are rendered by the first default renderer, which is no code of a
+  /// program.
+  static bool isRenderedByDefault(const I18NString& className);
   /// Drops what was put. The default renderer stays.
   void clear();
 
