@@ -1,0 +1,399 @@
+// Appenders that a program removes and deletes while other threads use them, and messages whose
+// rendering is code of the program: neither may crash or hang what logs.
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <cstdlib>
+#include <ctime>
+#include <functional>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "appenders/LOGAsyncAppender.h"
+#include "appenders/LOGBoundedFIFO.h"
+#include "appenders/LOGDispatcher.h"
+#include "appenders/LOGFileAppender.h"
+#include "core/LOGHierarchy.h"
+#include "core/LOGLogger.h"
+#include "core/LOGManager.h"
+#include "core/LOGRootLogger.h"
+#include "layouts/LOGPatternLayout.h"
+#include "rendering/LOGObjectRenderer.h"
+#include "rendering/LOGRendererMap.h"
+#include "support/CapturingAppender.h"
+#include "support/TestEvent.h"
+#include "support/Workplace.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using Messages = std::vector<std::string>;
+using std::chrono::milliseconds;
+
+/// How long the tests go on in which threads meet by chance: longer where the environment says so.
+milliseconds duration() {
+  const char* const seconds = std::getenv("LOG4ZEB_TEST_SECONDS");
+  return seconds == nullptr ? milliseconds(300) : std::chrono::seconds(std::atoi(seconds));
+}
+
+template <typename Condition>
+bool eventually(Condition condition) {
+  const auto deadline = Clock::now() + std::chrono::seconds(20);
+  while (!condition()) {
+    if (Clock::now() > deadline) {
+      return false;
+    }
+    std::this_thread::sleep_for(milliseconds(1));
+  }
+  return true;
+}
+
+/// Runs each operation again and again, on a thread of its own, for the time of duration().
+void repeatBesideEachOther(const std::vector<std::function<void()>>& operations) {
+  std::atomic<bool> stop{false};
+  std::vector<std::thread> threads;
+  for (const auto& operation : operations) {
+    threads.emplace_back([&] {
+      while (!stop) {
+        operation();
+      }
+    });
+  }
+  std::this_thread::sleep_for(duration());
+  stop = true;
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+}
+
+/// An appender of the program that is full of holes once it is deleted.
+class OwnAppender : public LOGAppenderSkeleton {
+ public:
+  explicit OwnAppender(const I18NString& name) { setName(name); }
+  ~OwnAppender() override { m_text.assign(1000, 'x'); }
+  void append(LOGLoggingEvent*) override { m_text += m_text.size() < 100 ? "x" : ""; }
+  void close() override {
+    m_text = "closed";
+    m_closed = 1;
+  }
+
+ private:
+  std::string m_text;
+};
+
+class RemovedAppenders : public testing::Test {
+ protected:
+  RemovedAppenders() {
+    for (LOGLogger* const logger : {shop, other}) {
+      logger->setAdditivity(0);
+    }
+  }
+  ~RemovedAppenders() override {
+    shop->removeAllAppenders();
+    other->removeAllAppenders();
+  }
+
+  /// Adds one, logs, removes it and deletes it at once.
+  void useOnce(LOGLogger* logger) const {
+    auto appender = std::make_unique<OwnAppender>("own");
+    logger->addAppender(appender.get());
+    logger->info("x");
+    logger->removeAppender(appender.get());
+  }
+
+  Workplace workplace;
+  LOGLogger* shop = LOGManager::getLogger("shop");
+  LOGLogger* other = LOGManager::getLogger("other");
+};
+
+}  // namespace
+
+TEST_F(RemovedAppenders, AreNotReadByIsAttached) {
+  OwnAppender asked("asked");
+  repeatBesideEachOther({[&] { EXPECT_EQ(shop->isAttached(&asked), 0); }, [&] { useOnce(shop); }});
+  LOGAsyncAppender async;
+  repeatBesideEachOther({[&] { EXPECT_EQ(async.isAttached(&asked), 0); },
+                         [&] {
+                           OwnAppender own("own");
+                           async.addAppender(&own);
+                           async.removeAppender("own");
+                         }});
+}
+
+TEST_F(RemovedAppenders, AreNotTouchedByAShutdown) {
+  repeatBesideEachOther({[] { LOGManager::shutdown(); }, [&] { useOnce(shop); },
+                         [&] {
+                           OwnAppender behind("behind");
+                           LOGAsyncAppender async;
+                           async.setName("async");
+                           async.addAppender(&behind);
+                           other->addAppender(&async);
+                           other->info("x");
+                           other->removeAppender("async");
+                           async.removeAllAppenders();
+                         },
+                         [] { LOGManager::resetConfiguration(); }});
+}
+
+TEST_F(RemovedAppenders, AreNotTouchedByADelivery) {
+  LOGAsyncAppender async;
+  shop->addAppender(&async);
+  repeatBesideEachOther({[&] { shop->info("x"); },
+                         [&] {
+                           OwnAppender own("own");
+                           async.addAppender(&own);
+                           std::this_thread::sleep_for(std::chrono::microseconds(100));
+                           async.removeAppender(&own);
+                         },
+                         [&] {
+                           auto named = std::make_unique<OwnAppender>("named");
+                           async.addAppender(named.get());
+                           async.removeAppender("named");
+                         }});
+  shop->removeAllAppenders();
+}
+
+TEST_F(RemovedAppenders, DoNotWaitForTheFlushOfOthersOrForTheirOwnDelivery) {
+  CapturingAppender slow("slow");
+  OwnAppender plain("plain");
+  LOGAsyncAppender async;
+  std::atomic<bool> mayEnd{false};
+  std::atomic<bool> isDelivering{false};
+  slow.onAppend = [&](LOGLoggingEvent*) {
+    isDelivering = true;
+    EXPECT_TRUE(eventually([&] { return mayEnd.load(); }));
+    async.removeAppender(&slow);  // in a delivery: without waiting for it
+  };
+  async.addAppender(&slow);
+  shop->addAppender(&async);
+  shop->addAppender(&plain);
+  shop->info("x");
+  ASSERT_TRUE(eventually([&] { return isDelivering.load(); }));
+  std::atomic<bool> isFlushing{false};
+  std::thread flushing([&] {
+    isFlushing = true;
+    LOGManager::shutdown();
+  });
+  EXPECT_TRUE(eventually([&] { return isFlushing.load(); }));
+  std::this_thread::sleep_for(milliseconds(50));
+  shop->removeAppender(&plain);
+  EXPECT_FALSE(mayEnd) << "removed while the shutdown flushes";
+  std::atomic<bool> isRemoved{false};
+  std::thread removing([&] {
+    async.removeAppender(&slow);  // from outside: waits for the delivery
+    isRemoved = true;
+  });
+  std::this_thread::sleep_for(milliseconds(50));
+  EXPECT_FALSE(isRemoved);
+  mayEnd = true;
+  removing.join();
+  flushing.join();
+}
+
+TEST_F(RemovedAppenders, AppendingLastCountsAsAnAppender) {
+  LOGRootLogger root(nullptr);
+  CapturingAppender once("once");
+  once.onAppend = [&](LOGLoggingEvent*) { root.removeAppender(&once); };
+  root.addAppender(&once);
+  LOGHierarchy hierarchy(&root);
+  root.info("x");
+  EXPECT_EQ(once.messages, Messages{"x"});
+  EXPECT_EQ(Workplace::diagnosticsEqual(
+                "log4zeb:WARN No appenders could be found for logger (root)."),
+            0);
+}
+
+namespace {
+
+/// A message that logs to another logger while it is rendered or cloned.
+class LoggingMessage : public LOGObject {
+ public:
+  LoggingMessage(LOGLogger& logger, bool whenCloned)
+      : LOGObject("order"), m_logger(logger), m_whenCloned(whenCloned) {}
+  const I18NString& toString() const override {
+    m_logger.info("rendered");
+    return LOGObject::toString();
+  }
+  LOGObject* clone() const override {
+    if (m_whenCloned) {
+      m_logger.info("cloned");
+    }
+    return new LoggingMessage(m_logger, m_whenCloned);
+  }
+  ~LoggingMessage() override { m_logger.info("destroyed"); }
+
+ private:
+  LOGLogger& m_logger;
+  const bool m_whenCloned;
+};
+
+class MessagesThatLog : public RemovedAppenders {
+ protected:
+  MessagesThatLog() { LOGManager::getRootLogger()->setLevel(LOGLevel::toLevel("INFO")); }
+  ~MessagesThatLog() override { LOGManager::getRootLogger()->removeAllAppenders(); }
+
+  /// One thread logs the message at `shop`, one logs text at `other`.
+  void logCrosswise(bool whenCloned) {
+    LoggingMessage order(*LOGManager::getLogger("db"), whenCloned);
+    repeatBesideEachOther({[&] { shop->info(&order); }, [&] { other->info("plain"); }});
+  }
+};
+
+}  // namespace
+
+TEST_F(MessagesThatLog, DoNotHangOnALoggersAnAppendersOrALayoutsLock) {
+  LOGPatternLayout layout("%m%n");
+  LOGFileAppender file(&layout, "orders", 1);
+  file.setName("file");
+  LOGFileAppender second(&layout, "others", 1);
+  second.setName("second");
+  LOGManager::getRootLogger()->addAppender(&file);
+  other->setAdditivity(1);
+  shop->addAppender(&file);
+  logCrosswise(false);
+  shop->removeAppender(&file);
+  shop->addAppender(&second);
+  logCrosswise(false);
+  shop->removeAppender(&second);
+  LOGManager::getRootLogger()->removeAppender(&file);
+}
+
+TEST_F(MessagesThatLog, DoNotHangOnAQueue) {
+  CapturingAppender capture;
+  LOGAsyncAppender async;
+  async.addAppender(&capture);
+  for (LOGLogger* const logger : {shop, other, LOGManager::getRootLogger()}) {
+    logger->addAppender(&async);
+  }
+  logCrosswise(true);
+  for (LOGLogger* const logger : {shop, other, LOGManager::getRootLogger()}) {
+    logger->removeAppender(&async);
+  }
+  async.close();
+}
+
+TEST_F(MessagesThatLog, AreRenderedOnceAndAlwaysGiveWhatThatGave) {
+  CapturingAppender first("first");
+  CapturingAppender second("second");
+  CapturingAppender queued("queued");
+  LOGAsyncAppender async;
+  async.addAppender(&queued);
+  for (LOGAppenderSkeleton* const appender : {static_cast<LOGAppenderSkeleton*>(&first),
+                                              static_cast<LOGAppenderSkeleton*>(&second),
+                                              static_cast<LOGAppenderSkeleton*>(&async)}) {
+    shop->addAppender(appender);
+  }
+  int renderings = 0;
+  ActingMessage counted("text", [&] { ++renderings; });
+  shop->info(&counted);
+  EXPECT_EQ(async.flush(10000), 1);
+  EXPECT_EQ(renderings, 1) << "for all appenders, also behind a queue";
+
+  struct OddRenderer : LOGObjectRenderer {
+    I18NString* doRender(LOGObject* object) override {
+      if (object->toString() == "null") {
+        return nullptr;
+      }
+      if (object->toString() == "throws") {
+        throw std::runtime_error("broken");
+      }
+      return new I18NString(object->toString() == "empty" ? "" : "rendered");
+    }
+  };
+  LOGRendererMap().put("Odd", new OddRenderer);
+  for (const char* text : {"null", "empty", "x"}) {
+    LOGObject odd(text);
+    odd.instance("Odd");
+    shop->info(&odd);
+  }
+  EXPECT_EQ(async.flush(10000), 1);
+  const Messages expected{"text", "(null)", "", "rendered"};
+  EXPECT_EQ(first.messages, expected);
+  EXPECT_EQ(second.messages, expected);
+  EXPECT_EQ(queued.messages, expected);
+
+  LOGObject odd("throws");
+  odd.instance("Odd");
+  shop->info(&odd);
+  EXPECT_EQ(async.flush(10000), 1);
+  EXPECT_EQ(Workplace::diagnosticsEqual(
+                "log4zeb:ERROR LOGAppenderSkeleton::doAppend -- ZEB Exception occured"),
+            3)
+      << "each appender meets what rendering threw";
+  TestEvent own("shop", "INFO", &counted);
+  first.doAppend(&own);
+  second.doAppend(&own);
+  EXPECT_EQ(renderings, 3) << "an event that the program makes is rendered by each";
+  LOGRendererMap().clear();
+  shop->removeAllAppenders();
+}
+
+TEST(ADispatcherOfAProgram, DeliversWhatIsQueuedWhenItIsClosedAndLeavesTheQueueToTheNext) {
+  Workplace workplace;
+  CapturingAppender capture;
+  LOGAsyncAppender container;
+  container.addAppender(&capture);
+  LOGBoundedFIFO queue(5);
+  for (int i = 0; i < 5; ++i) {
+    queue.put(new TestEvent("own", "INFO", std::to_string(i)));
+  }
+  queue.resize(2);
+  {
+    LOGDispatcher dispatcher(&queue, &container);
+    dispatcher.close();
+    dispatcher.start();
+    dispatcher.join();
+  }
+  EXPECT_EQ(capture.messages, (Messages{"0", "1", "2", "3", "4"}));
+  LOGDispatcher second(&queue, &container);
+  second.start();
+  const std::clock_t before = std::clock();
+  std::this_thread::sleep_for(milliseconds(300));
+  EXPECT_LT(std::clock() - before, CLOCKS_PER_SEC / 5) << "it sleeps";
+  queue.put(new TestEvent("own", "INFO", "5"));
+  second.close();
+  second.join();
+  EXPECT_EQ(capture.messages.size(), 6U);
+}
+
+TEST(AnAsyncAppender, LetsWaitingThreadsGoWhenItIsClosedDuringADelivery) {
+  Workplace workplace;
+  CapturingAppender slow;
+  std::atomic<bool> mayEnd{false};
+  std::atomic<bool> isDelivering{false};
+  slow.onAppend = [&](LOGLoggingEvent*) {
+    isDelivering = true;
+    EXPECT_TRUE(eventually([&] { return mayEnd.load(); }));
+  };
+  LOGAsyncAppender async;
+  async.setBufferSize(1);
+  async.addAppender(&slow);
+  LOGLogger* const logger = LOGManager::getLogger("closed");
+  logger->setAdditivity(0);
+  logger->addAppender(&async);
+  logger->info("delivered");
+  ASSERT_TRUE(eventually([&] { return isDelivering.load(); }));
+  logger->info("queued");
+  std::atomic<bool> hasReturned{false};
+  std::thread waiting([&] {
+    logger->info("waits");
+    hasReturned = true;
+  });
+  EXPECT_TRUE(eventually([] {
+    return Workplace::diagnosticsEqual("log4zeb: Waiting for free space in buffer, ") == 1;
+  }));
+  EXPECT_EQ(logger->getAppender(""), &async) << "the logger's lock is free";
+  std::thread closing([&] { async.close(); });
+  EXPECT_TRUE(eventually([&] { return hasReturned.load(); }));
+  mayEnd = true;
+  closing.join();
+  waiting.join();
+  EXPECT_EQ(slow.messages, Messages{"delivered"});
+  EXPECT_EQ(Workplace::diagnosticsEqual("log4zeb:WARN AsyncAppender interrupted."), 1);
+  logger->removeAllAppenders();
+}
