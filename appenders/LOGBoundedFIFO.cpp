@@ -124,18 +124,25 @@ LOG4ZEB_HOT bool LOGBoundedFIFO::put(const LOGLoggingEvent& event, MayPut mayPut
     }
     noteQueued();
   }
-  if (m_isAsleep) {
-    wakeDispatcher();
-  }
   return true;
 }
 
-LOG4ZEB_HOT bool LOGBoundedFIFO::tryPut(const LOGLoggingEvent& event) {
+LOG4ZEB_HOT bool LOGBoundedFIFO::putIfThereIsRoom(const LOGLoggingEvent& event) {
   return put(event, [this] { return hasRoom(); });
 }
 
-bool LOGBoundedFIFO::putBeyond(const LOGLoggingEvent& event) {
-  return put(event, [] { return true; });
+LOG4ZEB_HOT bool LOGBoundedFIFO::tryPut(const LOGLoggingEvent& event) {
+  const bool isPut = putIfThereIsRoom(event);
+  if (isPut && m_isAsleep) {
+    wakeDispatcher();
+  }
+  return isPut;
+}
+
+void LOGBoundedFIFO::putBeyond(const LOGLoggingEvent& event) {
+  if (put(event, [] { return true; }) && m_isAsleep) {
+    wakeDispatcher();
+  }
 }
 
 bool LOGBoundedFIFO::putWhenThereIsRoom(const LOGLoggingEvent& event) {
@@ -152,7 +159,8 @@ bool LOGBoundedFIFO::putWhenThereIsRoom(const LOGLoggingEvent& event) {
       LOGLogLog::debug("Waiting for free space in buffer, ");
       lock.lock();
     }
-    if (tryPut(event)) {
+    if (putIfThereIsRoom(event)) {
+      m_arrived.notify_all();
       return true;
     }
     // Woken when there is room for several, so that callers and dispatcher take turns less often.

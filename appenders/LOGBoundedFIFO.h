@@ -47,7 +47,7 @@ class LOG4ZEB_EXPORT LOGBoundedFIFO : public LOGMutex {
   /// did.
   bool tryPut(const LOGLoggingEvent& event);
   /// The same whatever the capacity.
-  bool putBeyond(const LOGLoggingEvent& event);
+  void putBeyond(const LOGLoggingEvent& event);
   /// The same when there is room, for which it waits. Says so in the diagnostics, at first and every
   /// ten seconds. Returns false when the queue is closed. REQUIRES: the thread may wait.
   bool putWhenThereIsRoom(const LOGLoggingEvent& event);
@@ -90,6 +90,7 @@ class LOG4ZEB_EXPORT LOGBoundedFIFO : public LOGMutex {
   bool hasRoom();
   template <typename MayPut>
   bool put(const LOGLoggingEvent& event, MayPut mayPut);
+  bool putIfThereIsRoom(const LOGLoggingEvent& event);
   void noteQueued();
   void pause(std::unique_lock<std::mutex>& lock, unsigned int& microseconds);
 
