@@ -72,6 +72,27 @@ std::string quoted(std::string_view name) {
   return "\"" + std::string(name.substr(0, LONGEST)) + "\"";
 }
 
+std::string readAll(std::istream& in) {
+  constexpr std::size_t CHUNK = 65536;
+  std::string bytes;
+  while (in) {
+    const std::size_t had = bytes.size();
+    bytes.resize(had + CHUNK);
+    in.read(&bytes[had], CHUNK);
+    bytes.resize(had + static_cast<std::size_t>(in.gcount()));
+    if (bytes.size() > MAX_FILE_SIZE) {
+      refuse("the file is larger than 4 MiB");
+    }
+  }
+  if (in.bad()) {
+    refuse("the file cannot be read: " + std::generic_category().message(errno));
+  }
+  if (bytes.empty()) {
+    refuse("the file is empty");
+  }
+  return bytes;
+}
+
 std::string readFile(const I18NString& fileName) {
   const auto path = std::filesystem::u8path(fileName.toStdString());
   std::error_code unknown;
@@ -83,24 +104,7 @@ std::string readFile(const I18NString& fileName) {
   if (!file) {
     refuse("the file cannot be opened: " + std::generic_category().message(errno));
   }
-  constexpr std::size_t CHUNK = 65536;
-  std::string bytes;
-  while (file) {
-    const std::size_t had = bytes.size();
-    bytes.resize(had + CHUNK);
-    file.read(&bytes[had], CHUNK);
-    bytes.resize(had + static_cast<std::size_t>(file.gcount()));
-    if (bytes.size() > MAX_FILE_SIZE) {
-      refuse("the file is larger than 4 MiB");
-    }
-  }
-  if (file.bad()) {
-    refuse("the file cannot be read: " + std::generic_category().message(errno));
-  }
-  if (bytes.empty()) {
-    refuse("the file is empty");
-  }
-  return bytes;
+  return readAll(file);
 }
 
 /// Builds a document's data from its bytes.
@@ -407,10 +411,20 @@ ZEBIDOM_Parser::ZEBIDOM_Parser(int validation) { ZEB_ASSERT(validation == 0, SOU
 void ZEBIDOM_Parser::setLoadExternalDTD(int load) { ZEB_ASSERT(load == 0, SOURCE, __LINE__); }
 
 int ZEBIDOM_Parser::parse(const I18NString& fileName, ZEBIDOM_Document& document) {
+  return parseAfter([&] { return readFile(fileName); }, document);
+}
+
+int ZEBIDOM_Parser::parse(std::istream& in, ZEBIDOM_Document& document) {
+  return parseAfter([&] { return readAll(in); }, document);
+}
+
+template <typename Reading>
+int ZEBIDOM_Parser::parseAfter(Reading read, ZEBIDOM_Document& document) {
   Refusal refusal;
   const int parsed = zebTranslate(SOURCE, __LINE__, [&] {
     try {
-      document = ZEBIDOM_Document(TreeBuilder(readFile(fileName)).build());
+      m_text = read();
+      document = ZEBIDOM_Document(TreeBuilder(m_text).build());
       return 1;
     } catch (const Refusal& caught) {
       refusal = caught;

@@ -1,6 +1,9 @@
 #ifndef PLATFORM_ZEBIDOM_PARSER_H
 #define PLATFORM_ZEBIDOM_PARSER_H
 
+#include <iosfwd>
+#include <string>
+
 #include "platform/I18NString.h"
 
 class ZEBIDOM_Document;
@@ -24,6 +27,10 @@ class LOG4ZEB_EXPORT ZEBIDOM_Parser {
   /// cannot be read or is refused; `document` is then what it was, and the operations below tell
   /// why. Throws ZEBOutOfMemoryError.
   int parse(const I18NString& fileName, ZEBIDOM_Document& document);
+  /// Parses what the stream holds, likewise.
+  int parse(std::istream& in, ZEBIDOM_Document& document);
+  /// The bytes that the last parse() parsed.
+  const std::string& getText() const noexcept { return m_text; }
 
   /// Where the last parse() failed, both counted from 1; 0 when it did not, or at no such place.
   int getErrorLine() const noexcept { return m_errorLine; }
@@ -32,6 +39,11 @@ class LOG4ZEB_EXPORT ZEBIDOM_Parser {
   const I18NString& getErrorReason() const noexcept { return m_errorReason; }
 
  private:
+  /// Parses what `read` returns.
+  template <typename Reading>
+  int parseAfter(Reading read, ZEBIDOM_Document& document);
+
+  std::string m_text;
   int m_errorLine = 0;
   int m_errorColumn = 0;
   I18NString m_errorReason;

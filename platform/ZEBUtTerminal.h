@@ -10,6 +10,9 @@ class ZEBUtTerminal {
  public:
   static bool isStandardError();
   static bool isStandardOutput();
+  /// Whether standard output goes to a pipe or socket whose other end has been closed. Never known
+  /// on Windows.
+  static bool hasLostReader();
   /// Makes the standard streams pass every byte as it is, line ends too.
   static void passBytesUnchanged();
   /// What main() was given, in UTF-8.

@@ -178,6 +178,12 @@ const Mistake MISTAKES[] = {
      "logger-name", "no more than 1024 characters", "a shorter name"},
     {19, R"(<logger name="root" additivity="false">)", "logger-named-root",
      "not the root logger itself", "<root>"},
+    {19, R"(<logger name="ROOT" additivity="false">)", "logger-named-root",
+     "a logger of the name \"ROOT\"", "<root>"},
+    {19, R"(<logger name="shop::db" additivity="false">)", "logger-name", "only dots separate",
+     "name=\"shop.db\""},
+    {19, R"(<logger name="/shop/db/" additivity="false">)", "logger-name", "only dots separate",
+     "name=\"shop.db\""},
     {19, R"(<logger name="shop.*" additivity="false">)", "logger-name", "stands for itself",
      "name=\"shop\""},
     {19, R"(<logger name="shop " additivity="false">)", "blanks", "are part of the name",
@@ -258,6 +264,10 @@ const Mistake MISTAKES[] = {
      R"(class="LOGFileAppender"><layout class="LOGSimpleLayout"/><param name="File" value="a"/>)"
      R"(</appender>)",
      "shared-file", "its events are in it twice", "one appender for both"},
+    {15,
+     R"(</appender><appender name="A" class="LOGFileAppender"><param name="File" value="out.log.1"/>)"
+     R"(<layout class="LOGSimpleLayout"/></appender>)",
+     "shared-file", "\"FILE\" renames its full file to this name", "no backup gets", 2},
     // Layouts and patterns.
     {14, "", "no-layout", "it writes nothing", "<layout", 1, 13},
     {16, R"(<appender name="ASYNC" class="LOGAsyncAppender"><layout class="LOGSimpleLayout"/>)",
@@ -415,7 +425,12 @@ TEST(CheckCommand, IsContentWithWhatOnlyLooksLikeAMistake) {
   split[25] += R"(<appender-ref ref="GRAVE"/>)";
   Words traced = CLEAN;  // nobody knows what a filter from a library accepts
   traced[11] += R"(<filter class="LOGLogUVDDyeTraceFilter"/><filter class="LOGDenyAllFilter"/>)";
-  for (const Words& lines : {silent, split, traced}) {
+  Words numbered = CLEAN;  // only the first backup is made
+  numbered[15] +=
+      R"(<appender name="A" class="LOGFileAppender"><param name="File" value="out.log.2"/>)"
+      R"(<layout class="LOGSimpleLayout"/></appender>)";
+  numbered[21] += R"(<appender-ref ref="A"/>)";
+  for (const Words& lines : {silent, split, traced, numbered}) {
     const Outcome outcome = checkText(text(lines), {});
     EXPECT_EQ(outcome.exitCode, 0) << outcome.output;
     EXPECT_EQ(mentions(outcome.output, "FILE if the filter LOGLogUVDDyeTraceFilter lets it"),
@@ -546,6 +561,28 @@ TEST(CheckCommand, AgreesWithWhatTheLibraryThenDoes) {
   ChildProcess log(LOG4ZEB_COMMAND, {"log", "--config", DOCUMENT, "--logger", "shop"}, "lines");
   log.wait();
   EXPECT_EQ(Workplace::lines("out.log"), Words(2, "    INFO|    shop|an example message"));
+}
+
+TEST(CheckCommand, ReadsADocumentOnceAndStandardInputForADash) {
+  const Workplace workplace;
+  Words lines = CLEAN;
+  lines[20] = R"(    <level value="WARNING"/>)";
+  Workplace::write(DOCUMENT, text(lines));
+  const auto checkFrom = [](const std::string& name) {
+    ChildProcess command(LOG4ZEB_COMMAND, {"check", "--quiet", name}, DOCUMENT);
+    const std::string output = command.receive();
+    EXPECT_EQ(command.wait().exitCode, 1) << output << command.errors();
+    return output;
+  };
+  EXPECT_TRUE(mentions(checkFrom("-"), "-:20:12: warning: \"WARNING\" is no level"));
+#ifndef _WIN32
+  ChildProcess command("/bin/sh", {"-c",
+                                   "mkfifo pipe && (cat log.xml >pipe & timeout 10 \"$0\" check "
+                                   "--quiet pipe)",
+                                   LOG4ZEB_COMMAND});
+  EXPECT_TRUE(mentions(command.receive(), "pipe:20:12: warning: \"WARNING\" is no level"));
+  EXPECT_EQ(command.wait().exitCode, 1);
+#endif
 }
 
 TEST(CheckCommand, LooksFromTheDirectoryWhereTheProgramRuns) {

@@ -1,6 +1,10 @@
 // The command log4zeb, run as processes, and its parts that read and judge lines.
 
 #include <gtest/gtest.h>
+#ifndef _WIN32
+#include <fcntl.h>
+#include <sys/stat.h>
+#endif
 
 #include <algorithm>
 #include <atomic>
@@ -153,6 +157,124 @@ TEST(Command, NamesWhatIsWrongWithTheDocument) {
   }
 }
 
+TEST(Command, RefusesADocumentThatLetsNothingBeLogged) {
+  const Workplace workplace;
+  const std::string simple = "<layout class='LOGSimpleLayout'/>";
+  const std::string denyAll = "<filter class='LOGDenyAllFilter'/>";
+  const std::string accepting =
+      "<filter class='LOGStringMatchFilter'><param name='StringToMatch' value='x'/></filter>";
+  const auto appender = [](const std::string& className, const std::string& children) {
+    return "<appender name='A' class='" + className + "'>" + children + "</appender>";
+  };
+  const std::string console = appender("LOGConsoleAppender", simple);
+  const std::string behindQueue = "<appender name='B' class='LOGConsoleAppender'>" + simple;
+  const struct {
+    const char* rootAttributes;
+    std::string appenders;
+    const char* level;
+    bool isGood;
+  } CASES[] = {
+      {"", console, "OFF", false},
+      {" threshold='OFF'", console, "DEBUG", false},
+      {"", appender("LOGConsoleAppender", ""), "DEBUG", false},
+      {"", appender("LOGConsoleAppender", simple + denyAll), "DEBUG", false},
+      {"",
+       appender("LOGConsoleAppender", simple + "<filter class='LOGLevelRangeFilter'><param "
+                                               "name='LevelMax' value='INFO'/></filter>"),
+       "WARN", false},
+      {"", appender("LOGTCPSocketAppender", ""), "DEBUG", false},
+      {"", appender("LOGFileAppender", simple), "DEBUG", false},
+      {"", appender("LOGAsyncAppender", ""), "DEBUG", false},
+      {"",
+       appender("LOGAsyncAppender", "<appender-ref ref='B'/>") + behindQueue + denyAll +
+           "</appender>",
+       "DEBUG", false},
+      {"",
+       appender("LOGAsyncAppender", "<appender-ref ref='B'/>") + behindQueue + accepting + denyAll +
+           "</appender>",
+       "FATAL", true},
+      {"", appender("LOGConsoleAppender", simple + accepting + denyAll), "FATAL", true},
+  };
+  for (const auto& [rootAttributes, appenders, level, isGood] : CASES) {
+    Workplace::write("log.xml", "<log4j:configuration" + std::string(rootAttributes) + ">" +
+                                    appenders + "<root><level value='" + level +
+                                    "'/><appender-ref ref='A'/></root></log4j:configuration>");
+    const Outcome outcome = run(logCommand(), "line\n");
+    EXPECT_EQ(outcome.exitCode, isGood ? 0 : 3) << rootAttributes << appenders << level;
+    EXPECT_EQ(mentions(outcome.errors, "lets no line be written or sent by the root logger"),
+              !isGood)
+        << outcome.errors;
+  }
+}
+
+#ifndef _WIN32
+TEST(Command, TellsWhyAGoodDocumentIsNotUsed) {
+  const Workplace workplace;
+  writeDocument();
+  const std::string notUtf8 = "log\xFF.xml";
+  std::filesystem::copy_file("log.xml", notUtf8);
+  Workplace::write("early.xml", Workplace::read("log.xml"));
+  const timespec beginning[2] = {};
+  ASSERT_EQ(utimensat(AT_FDCWD, "early.xml", beginning, 0), 0);
+  ASSERT_EQ(mkfifo("pipe.xml", 0600), 0);
+  const struct {
+    Words arguments;
+    int exitCode;
+    const char* reason;
+  } CASES[] = {
+      {{"log", "--config", notUtf8}, 3, "its name is not UTF-8"},
+      {{"check", notUtf8}, 2, "the name of the file is not UTF-8"},
+      {{"log", "--watch", "--config", "early.xml"}, 3, "not after 1970-01-01"},
+      {{"log", "--watch", "--config", "pipe.xml"}, 3, "a pipe or a device is not watched"},
+      {{"log", "--config", "early.xml"}, 0, ""},
+  };
+  for (const auto& [arguments, exitCode, reason] : CASES) {
+    Workplace::write("input", "");
+    ChildProcess command(LOG4ZEB_COMMAND, arguments, "input");
+    EXPECT_EQ(command.wait().exitCode, exitCode) << reason;
+    const std::string said = command.receive() + command.errors();
+    EXPECT_TRUE(mentions(said, reason)) << said;
+    EXPECT_FALSE(mentions(said, "well-formed")) << said;
+  }
+}
+
+TEST(Command, EndsWhenNobodyReadsItsConsoleAnyMore) {
+  const auto shell = [](const std::string& line) {
+    ChildProcess process("/bin/sh", {"-c", line, LOG4ZEB_COMMAND});
+    process.wait();
+    return process.receive();
+  };
+  for (const std::string input : {"yes", "(echo y; sleep 2)"}) {
+    const Workplace workplace;
+    Workplace::write("log.xml",
+                     "<log4j:configuration><appender name='OUT' class='LOGConsoleAppender'>"
+                     "<layout class='LOGPatternLayout'/></appender><root>"
+                     "<appender-ref ref='OUT'/></root></log4j:configuration>");
+    shell(input + " | (timeout 10 \"$0\" log --config log.xml 2>errors; echo $? >code) | head -1");
+    EXPECT_EQ(Workplace::read("code"), "5\n");
+    EXPECT_TRUE(mentions(Workplace::read("errors"), "nobody reads standard output any more\n"));
+    EXPECT_TRUE(mentions(Workplace::read("errors"), " logged\n"));
+
+    // A reader is not missed by who writes to a file alone.
+    writeDocument("%m%n");
+    shell("(sleep 0.3; echo late) | (\"$0\" log --config log.xml; echo $? >code) | true");
+    EXPECT_EQ(Workplace::read("code"), "0\n");
+    EXPECT_EQ(Workplace::lines(LOG_FILE), Words{"late"});
+  }
+}
+
+TEST(Command, ExitsWith5WhenStandardOutputCannotBeWritten) {
+  const Workplace workplace;
+  writeDocument();
+  for (const std::string arguments : {"check log.xml", "check --json log.xml", "--help"}) {
+    ChildProcess shell(
+        "/bin/sh", {"-c", "\"$0\" " + arguments + " >" + Workplace::FULL_DISK, LOG4ZEB_COMMAND});
+    EXPECT_EQ(shell.wait().exitCode, 5) << arguments;
+    EXPECT_EQ(shell.errors(), "log4zeb: cannot write to standard output\n");
+  }
+}
+#endif
+
 TEST(Command, NamesWhatIsWrongWithTheInput) {
   const Workplace workplace;
   writeDocument();
@@ -176,6 +298,11 @@ TEST(Command, RefusesBadArguments) {
     EXPECT_EQ(run(arguments, "lost\n").exitCode, 2);
   }
   EXPECT_TRUE(mentions(run({"nonsense"}).errors, "no subcommand 'nonsense'"));
+  EXPECT_TRUE(mentions(run({"--bogus"}).errors, "no option '--bogus'; see log4zeb --help"));
+  for (const Words& arguments :
+       {Words{"log", "--confg", "x"}, Words{"log", "--confg=x"}, logCommand({"--confg", "x"})}) {
+    EXPECT_TRUE(mentions(run(arguments).errors, "no option '--confg'; see log4zeb log --help"));
+  }
   EXPECT_TRUE(mentions(run(logCommand({"--level", "LOUD"})).errors, "'LOUD' is not a level"));
   EXPECT_FALSE(std::filesystem::exists(LOG_FILE));
 }

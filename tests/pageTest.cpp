@@ -127,6 +127,54 @@ TEST(Page, StandsBetweenTheHeaderAndTheFooterOfTheLayout) {
             outcome.output.substr(outcome.output.find("<table")));
 }
 
+TEST(Page, IsNoSuccessWhenARowIsNotWhole) {
+  const Workplace workplace;
+  writeRows();
+  const std::string rows = Workplace::read(ROWS);
+  const std::size_t secondRow = rows.find("<tr>", rows.find("<tr>") + 1);
+  const std::size_t secondEnd = rows.find("</tr>", secondRow);
+  // Cut at each byte of a row; and behind it the rows of a later start.
+  for (std::size_t size = secondRow + 1; size < secondEnd + 5; ++size) {
+    for (const std::string& later : {std::string(), "\r\n" + rows}) {
+      Workplace::write("cut.html", rows.substr(0, size) + later);
+      const Outcome outcome = page({"cut.html"});
+      ASSERT_EQ(outcome.exitCode, 4) << size;
+      ASSERT_EQ(outcome.errors,
+                "log4zeb: the input file 'cut.html' has a row that is not whole: the page is not "
+                "complete\n");
+    }
+  }
+  Workplace::write("cut.html", rows.substr(0, secondEnd + 5));
+  EXPECT_EQ(page({"cut.html"}).exitCode, 0);
+  Workplace::write("cut.html", rows.substr(0, rows.find("<td", rows.find("<td") + 1)) + rows);
+  const Outcome firstIsCut = page({"cut.html"});
+  EXPECT_EQ(firstIsCut.exitCode, 4);
+  EXPECT_NE(firstIsCut.errors.find("not whole"), std::string::npos) << firstIsCut.errors;
+}
+
+#ifndef _WIN32
+TEST(Page, ReadsNoMoreThanARowMayHave) {
+  constexpr std::uintmax_t SIZE = 200'000'000;
+  for (const std::string beginning : {"", "<tr>", "\r\n<tr>\r\n<td>"}) {
+    const Workplace workplace;
+    Workplace::write("endless", beginning);
+    std::filesystem::resize_file("endless", SIZE);
+    const Outcome outcome =
+        run("/bin/sh", {"-c", "(\"$0\" page - >page; echo $?; wc -c) <endless", LOG4ZEB_COMMAND});
+    std::istringstream output(outcome.output);
+    int exitCode = 0;
+    std::uintmax_t left = 0;
+    output >> exitCode >> left;
+    EXPECT_EQ(exitCode, 4);
+    EXPECT_GT(left, SIZE / 2);
+    EXPECT_NE(outcome.errors.find(beginning.empty() ? "does not begin with a row"
+                                                    : "has a row of more than 16 MiB"),
+              std::string::npos)
+        << outcome.errors;
+  }
+}
+#endif
+
 TEST(Page, NamesWhatIsWrong) {
   const Workplace workplace;
   writeRows();

@@ -27,7 +27,8 @@ library itself has made of it: loggers, levels, filters, and samples that the la
 Exit codes:
   0  nothing to complain of
   1  warnings: legal, but probably not meant
-  2  the document cannot be used, or bad arguments)";
+  2  the document cannot be used, or bad arguments
+  5  the report cannot be written)";
 
 /// Colours are for terminals, unless the user has asked for none.
 bool wantsColours() {
@@ -47,7 +48,7 @@ CheckCommand::CheckCommand(CLI::App& app) {
       ->type_name("DIRECTORY");
   command->add_flag("--json", m_json, "Print one JSON object");
   command->add_flag("--quiet", m_quiet, "Print what is odd and nothing else");
-  command->add_option("DOCUMENT", m_document, "The configuration document")
+  command->add_option("DOCUMENT", m_document, "The configuration document; - is standard input")
       ->required()
       ->type_name("");
   command->footer(NOTES);

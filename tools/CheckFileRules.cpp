@@ -19,6 +19,16 @@ bool writesFile(const std::string& className) {
   return className == "LOGFileAppender" || className == ROLLING;
 }
 
+/// Whether the appender makes a backup whose name has that text behind the file's name and a dot.
+bool makesBackup(const ZEBIDOM_Element& appender, const std::string& end) {
+  const ZEBIDOM_Element most = CheckedDocument::paramOf(appender, "MaxBackupIndex");
+  const int backups =
+      most.isNull() ? 1 : CheckWords::number(CheckedDocument::attribute(most, "value")).value;
+  const int index = CheckWords::number(end).value;
+  return CheckedDocument::classOf(appender) == ROLLING && index > 0 && index <= backups &&
+         end == std::to_string(index);
+}
+
 std::string assignment(const std::string& name, const std::string& value) {
   return name + "=" + CheckWords::quoted(value);
 }
@@ -173,6 +183,22 @@ void CheckFileRules::checkSharedFiles() {
                 (isTwice ? "a logger refers to both, so that its events are in it twice"
                          : "one of them empties or renames it under the other"),
             "a file of its own, or one appender for both");
+      }
+    }
+    const std::string beginning = name + ".";
+    for (auto other = files.lower_bound(beginning);
+         other != files.end() && other->first.compare(0, beginning.size(), beginning) == 0;
+         ++other) {
+      const std::string end = other->first.substr(beginning.size());
+      const auto roller = std::find_if(
+          uses.begin(), uses.end(), [&](const Use& use) { return makesBackup(use.appender, end); });
+      for (const Use& use : roller == uses.end() ? std::vector<Use>() : other->second) {
+        m_findings.warn(
+            "shared-file", use.param, "value",
+            "the appender " +
+                CheckWords::quoted(CheckedDocument::attribute(roller->appender, "name")) +
+                " renames its full file to this name, and removes what is there",
+            "a name that no backup gets");
       }
     }
   }

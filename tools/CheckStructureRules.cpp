@@ -92,6 +92,17 @@ std::string assignment(const std::string& name, const std::string& value) {
   return name + "=" + CheckWords::quoted(value);
 }
 
+/// The name with dots where other languages and paths have "::" and "/".
+std::string withDots(std::string name) {
+  for (const std::string separator : {"::", "/"}) {
+    for (std::size_t at; (at = name.find(separator)) != std::string::npos;) {
+      name.replace(at, separator.size(),
+                   at == 0 || at + separator.size() == name.size() ? "" : ".");
+    }
+  }
+  return name;
+}
+
 }  // namespace
 
 bool CheckStructureRules::checkRoot() {
@@ -311,11 +322,11 @@ void CheckStructureRules::checkLogger(const ZEBIDOM_Element& element) {
   }
   checkTruthValue(element, "additivity");
   const std::string name = CheckedDocument::attribute(element, "name");
-  if (name == "root") {
-    m_findings.warn(
-        "logger-named-root", element, "name",
-        "this is a logger of the name \"root\" below the root logger, not the root logger itself",
-        "<root>");
+  if (CheckWords::lower(name) == "root") {
+    m_findings.warn("logger-named-root", element, "name",
+                    "this is a logger of the name " + CheckWords::quoted(name) +
+                        " below the root logger, not the root logger itself",
+                    "<root>");
   }
   if (!LOGDOMConfigurator::isReasonableLoggerName(element.getAttribute("name"))) {
     m_findings.warn("logger-name", element, "name",
@@ -335,6 +346,11 @@ void CheckStructureRules::checkLogger(const ZEBIDOM_Element& element) {
         "the dots in " + CheckWords::quoted(name) +
             " enclose an empty component, so that it is above no logger that it seems to be above",
         "a name whose components have a dot between them");
+  } else if (const std::string dotted = withDots(name); dotted != name) {
+    m_findings.warn("logger-name", element, "name",
+                    "only dots separate the components of a name: no logger is above " +
+                        CheckWords::quoted(name) + " or below it for its \"::\" or \"/\"",
+                    assignment("name", dotted));
   }
   const std::string className = CheckedDocument::classOf(element);
   if (!className.empty() &&

@@ -1,8 +1,7 @@
 #include "tools/CheckedDocument.h"
 
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
+#include <iostream>
 #include <iterator>
 
 #include "platform/ZEBIDOM_DOMImplementation.h"
@@ -12,6 +11,7 @@
 
 namespace {
 
+constexpr const char* STANDARD_INPUT = "-";
 constexpr const char* BLANKS = " \t\r\n";
 
 bool beginsCharacter(char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }
@@ -20,16 +20,21 @@ bool beginsCharacter(char c) { return (static_cast<unsigned char>(c) & 0xC0) != 
 
 CheckedDocument::CheckedDocument(const std::string& fileName)
     : m_fileName(fileName), m_document(ZEBIDOM_DOMImplementation::getInstance().createDocument()) {
+  const I18NString name = I18NString::fromUtf8(fileName);
+  if (name.toStdString() != fileName) {
+    m_errorReason = "the name of the file is not UTF-8, so that the library cannot open it";
+    return;
+  }
   ZEBIDOM_Parser parser(0);
   parser.setLoadExternalDTD(0);
-  m_isParsed = parser.parse(I18NString::fromUtf8(fileName), m_document) != 0;
+  m_isParsed = (fileName == STANDARD_INPUT ? parser.parse(std::cin, m_document)
+                                           : parser.parse(name, m_document)) != 0;
   if (!m_isParsed) {
     m_errorReason = parser.getErrorReason().toStdString();
     m_errorPlace = {parser.getErrorLine(), parser.getErrorColumn()};
     return;
   }
-  std::ifstream file(std::filesystem::u8path(fileName), std::ios::binary);
-  m_text.assign(std::istreambuf_iterator<char>(file), {});
+  m_text = parser.getText();
   if (m_text.compare(0, 3, "\xEF\xBB\xBF") == 0) {
     m_text.erase(0, 3);  // it is no column of its line
   }

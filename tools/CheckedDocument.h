@@ -13,6 +13,7 @@
 /// attributes stand. Texts are UTF-8.
 class CheckedDocument {
  public:
+  /// Reads the file, or standard input for "-", once.
   explicit CheckedDocument(const std::string& fileName);
   CheckedDocument(const CheckedDocument&) = delete;
   CheckedDocument& operator=(const CheckedDocument&) = delete;

@@ -30,7 +30,7 @@ LineJob::End LineJob::run() {
     }
   });
   while (ended.wait_for(ATTENTION) != std::future_status::ready) {
-    if (StopSignal::received() != 0) {
+    if (StopSignal::received() != 0 || m_logger.hasLostReader()) {
       progress.clear();
       const bool resting = comesToRest();
       thread.detach();

@@ -8,15 +8,17 @@ class LineLogger;
 class LineReader;
 
 /// Sends every line of a reader to a logger. Lines are read and logged on a thread of their own, so
-/// that the calling thread can show progress and answer a stop signal while the input is silent.
+/// that the calling thread can show progress, answer a stop signal and see that nobody reads the
+/// console any more while the input is silent.
 class LineJob {
  public:
   enum class End {
     /// Every line that could be read was logged, and the thread has ended.
     COMPLETE,
-    /// A stop signal came; no line is half logged and none will be logged any more.
+    /// A stop signal came, or the reader of the console has gone; no line is half logged and none
+    /// will be logged any more.
     STOPPED,
-    /// A stop signal came, but a log call does not return: something below it is blocked.
+    /// The same, but a log call does not return: something below it is blocked.
     STUCK
   };
 

@@ -1,7 +1,20 @@
 #include "tools/LineLogger.h"
 
+#include "config/LOGDOMConfigurator.h"
 #include "log4zeb.h"
+#include "platform/ZEBUtTerminal.h"
 #include "tools/LineLevel.h"
+#include "tools/LogDestinations.h"
+
+bool LineLogger::hasLostReader() const {
+  bool isConsole = false;
+  if (ZEBUtTerminal::hasLostReader()) {
+    // A watchdog may be about to give the logger other appenders.
+    LOGDOMConfigurator::runExclusively(
+        [&] { isConsole = LogDestinations::includeConsole(m_logger); });
+  }
+  return isConsole;
+}
 
 void LineLogger::log(std::string_view line) {
   ++m_read;

@@ -23,6 +23,8 @@ class LineLogger {
 
   void log(std::string_view line);
   Counts getCounts() const noexcept { return {m_read.load(), m_logged.load()}; }
+  /// Whether lines go to the console, and nobody reads it any more.
+  bool hasLostReader() const;
 
  private:
   LOGLogger* m_logger;

@@ -2,19 +2,36 @@
 
 #include <CLI/CLI.hpp>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <memory>
+#include <system_error>
 #include <vector>
 
 #include "config/LOGXMLWatchdog.h"
 #include "log4zeb.h"
+#include "platform/ZEBIDOM_DOMImplementation.h"
+#include "platform/ZEBIDOM_Document.h"
+#include "platform/ZEBIDOM_Element.h"
+#include "platform/ZEBIDOM_Parser.h"
 #include "tools/CommandSupport.h"
 #include "tools/LineJob.h"
 #include "tools/LineLevel.h"
 #include "tools/LineLogger.h"
 #include "tools/LineReader.h"
+#include "tools/LogDestinations.h"
 #include "tools/StopSignal.h"
+
+namespace fs = std::filesystem;
+
+/// Tells also whether the time of the document's file let it look at the document.
+class DocumentWatchdog : public LOGXMLWatchdog {
+ public:
+  using LOGXMLWatchdog::LOGXMLWatchdog;
+  ~DocumentWatchdog() override { stop(); }
+  using LOGFileWatchdog::hasSeenChange;
+};
 
 namespace {
 
@@ -37,35 +54,10 @@ Exit codes:
   2        bad arguments
   3        the document cannot be read, or lets nothing be logged
   4        the input cannot be read
+  5        the document has an appender for the console, and nobody reads standard output any
+           more; the lines logged until then are where they belong
   128 + n  ended by signal n, such as 130 after an interrupt; the lines logged until then
            are where they belong)";
-
-bool hasAppenders(LOGLogger& logger) { return !logger.getAllAppenders().atEnd(); }
-
-bool anyLoggerHasAppenders() {
-  if (hasAppenders(*LOGManager::getRootLogger())) {
-    return true;
-  }
-  for (LOGObject* const object : LOGManager::getCurrentLoggers()) {
-    auto* const logger = dynamic_cast<LOGLogger*>(object);
-    if (logger != nullptr && hasAppenders(*logger)) {
-      return true;
-    }
-  }
-  return false;
-}
-
-bool reachesAppenders(LOGLogger* logger) {
-  for (; logger != nullptr; logger = logger->getParent()) {
-    if (hasAppenders(*logger)) {
-      return true;
-    }
-    if (logger->getAdditivity() == 0) {
-      break;
-    }
-  }
-  return false;
-}
 
 LOGLogger* loggerNamed(const std::string& name) {
   return name.empty() ? LOGManager::getRootLogger() : LOGManager::getLogger(name);
@@ -76,28 +68,59 @@ std::string whereToLook(const std::string& document) {
   return "; 'log4zeb check " + document + "' tells more";
 }
 
-void complainOfDocument(const std::string& document) {
-  std::ifstream file;
-  if (CommandSupport::openToRead(file, document, "configuration document")) {
-    CommandSupport::say("cannot apply the configuration document '" + document +
-                        "': it is not well-formed XML with the root element log4j:configuration" +
-                        whereToLook(document));
+/// Why the library did not apply a document that is there.
+std::string whyNotApplied(const I18NString& document, const DocumentWatchdog* watchdog) {
+  ZEBIDOM_Document parsed = ZEBIDOM_DOMImplementation::getInstance().createDocument();
+  ZEBIDOM_Parser parser(0);
+  if (parser.parse(document, parsed) == 0) {
+    const std::string line = std::to_string(parser.getErrorLine());
+    return (line == "0" ? "" : "line " + line + ": ") + parser.getErrorReason().toStdString();
   }
+  const std::string tag = parsed.getDocumentElement().getTagName().toStdString();
+  if (tag != "log4j:configuration" && tag != "configuration") {
+    return "its root element is not log4j:configuration";
+  }
+  return watchdog != nullptr && !watchdog->hasSeenChange()
+             ? "--watch takes a document for unchanged whose time is not after 1970-01-01 00:00 UTC"
+             : "the library's diagnostics say why";
+}
+
+void complainOfDocument(const std::string& document, const DocumentWatchdog* watchdog) {
+  const I18NString name = I18NString::fromUtf8(document);
+  std::string reason;
+  if (name.toStdString() != document) {
+    reason = "its name is not UTF-8";
+  } else if (std::error_code unknown;
+             fs::is_other(fs::u8path(document), unknown)) {  // it may have nothing more to read
+    reason = watchdog != nullptr
+                 ? "a pipe or a device is not watched"
+                 : "it is not well-formed XML with the root element log4j:configuration";
+  } else if (std::ifstream file;
+             CommandSupport::openToRead(file, document, "configuration document")) {
+    reason = whyNotApplied(name, watchdog);
+  } else {
+    return;
+  }
+  CommandSupport::say("cannot apply the configuration document '" + document + "': " + reason +
+                      whereToLook(document));
 }
 
 /// Returns the logger, once the document was applied; complains and returns null when nothing that
 /// is logged through it would arrive anywhere.
 LOGLogger* usableLogger(const std::string& document, const std::string& loggerName) {
-  if (!anyLoggerHasAppenders()) {
+  if (!LogDestinations::hasAnyLoggerAppenders()) {
     CommandSupport::say("the configuration document '" + document +
                         "' configures nothing: no logger has an appender" + whereToLook(document));
     return nullptr;
   }
   LOGLogger* const logger = loggerNamed(loggerName);
-  if (!reachesAppenders(logger)) {
+  const bool hasAppenders = LogDestinations::hasAppenders(logger);
+  if (!hasAppenders || !LogDestinations::canLog(logger)) {
     CommandSupport::say(
-        "the configuration document '" + document + "' has no appender for " +
+        "the configuration document '" + document + "' " +
+        (hasAppenders ? "lets no line be written or sent by " : "has no appender for ") +
         (loggerName.empty() ? "the root logger" : "the logger '" + loggerName + "'") +
+        (hasAppenders ? ": levels, filters, or appenders without what they need prevent it" : "") +
         whereToLook(document));
     return nullptr;
   }
@@ -110,7 +133,7 @@ void report(const LineLogger::Counts& counts) {
 }
 
 /// The watchdog, which may be null, comes first: it must not apply the document again afterwards.
-void shutDown(LOGXMLWatchdog* watchdog) {
+void shutDown(DocumentWatchdog* watchdog) {
   if (watchdog != nullptr) {
     watchdog->stop();
   }
@@ -118,16 +141,17 @@ void shutDown(LOGXMLWatchdog* watchdog) {
 }
 
 /// Ends the process without waiting for the thread that may still wait for input.
-[[noreturn]] void endByStopSignal(LineJob::End end, const LineLogger::Counts& counts,
-                                  LOGXMLWatchdog* watchdog) {
+[[noreturn]] void endEarly(LineJob::End end, const LineLogger::Counts& counts,
+                           DocumentWatchdog* watchdog) {
   const int signal = StopSignal::received();
-  CommandSupport::say("stopped by signal " + std::to_string(signal));
+  CommandSupport::say(signal != 0 ? "stopped by signal " + std::to_string(signal)
+                                  : "nobody reads standard output any more");
   report(counts);
   // Where a log call does not return, the watchdog may wait for the same thing.
   if (end == LineJob::End::STOPPED) {
     shutDown(watchdog);
   }
-  std::_Exit(128 + signal);
+  std::_Exit(signal != 0 ? 128 + signal : LogCommand::BAD_OUTPUT);
 }
 
 std::string levelComplaint(const std::string& name) {
@@ -168,7 +192,6 @@ LogCommand::LogCommand(CLI::App& app) {
 
 int LogCommand::run() const {
   if (m_input == STANDARD_INPUT) {
-    std::ios::sync_with_stdio(false);
     return logLinesOf(std::cin);
   }
   std::vector<char> buffer(64 * 1024);
@@ -179,8 +202,8 @@ int LogCommand::run() const {
 
 int LogCommand::logLinesOf(std::istream& in) const {
   // Constructing it applies the document.
-  const std::unique_ptr<LOGXMLWatchdog> watchdog =
-      m_watch ? std::make_unique<LOGXMLWatchdog>(m_document) : nullptr;
+  const std::unique_ptr<DocumentWatchdog> watchdog =
+      m_watch ? std::make_unique<DocumentWatchdog>(m_document) : nullptr;
   LOGLogger* const logger = configure(watchdog.get());
   if (logger == nullptr) {
     shutDown(watchdog.get());
@@ -193,7 +216,7 @@ int LogCommand::logLinesOf(std::istream& in) const {
   LineJob job(reader, lines);
   const LineJob::End end = job.run();
   if (end != LineJob::End::COMPLETE) {
-    endByStopSignal(end, lines.getCounts(), watchdog.get());
+    endEarly(end, lines.getCounts(), watchdog.get());
   }
   shutDown(watchdog.get());
   if (reader.failed()) {
@@ -203,11 +226,11 @@ int LogCommand::logLinesOf(std::istream& in) const {
   return reader.failed() ? BAD_INPUT : 0;
 }
 
-LOGLogger* LogCommand::configure(LOGXMLWatchdog* watchdog) const {
+LOGLogger* LogCommand::configure(DocumentWatchdog* watchdog) const {
   const int applied =
       watchdog != nullptr ? watchdog->wasApplied() : LOG4ZEBConfigurator::initialize(m_document);
   if (applied == 0) {
-    complainOfDocument(m_document);
+    complainOfDocument(m_document, watchdog);
     return nullptr;
   }
   LOGLogger* const logger = usableLogger(m_document, m_logger);

@@ -12,6 +12,7 @@
 
 #include "layouts/LOGHTMLLayout.h"
 #include "tools/CommandSupport.h"
+#include "tools/RowReader.h"
 
 namespace fs = std::filesystem;
 
@@ -27,13 +28,10 @@ Exit codes:
   0  the page is complete
   1  unexpected failure, such as no memory
   2  bad arguments
-  4  the rows cannot be read, are no such rows, or have other columns
+  4  the rows cannot be read, are no such rows, have other columns, or one is not whole
   5  the page cannot be written)";
 
-// How the lines of a row begin; what was logged has no such brackets in the rows any more.
-constexpr std::string_view ROW_BEGIN = "<tr>";
 constexpr std::string_view CELL_BEGIN = "<td";
-constexpr std::string_view ROW_END = "</tr>";
 constexpr int CELLS_WITH_LOCATION = 6;
 
 bool beginsWith(std::string_view text, std::string_view beginning) {
@@ -42,12 +40,12 @@ bool beginsWith(std::string_view text, std::string_view beginning) {
 
 bool isBlank(std::string_view line) { return line.find_first_not_of("\r\n") == line.npos; }
 
-/// The stream from where it stands to the end of the first row, or to its end where it holds none.
-std::string readFirstRow(std::istream& rows) {
+/// What there is up to the end of the first row, or to the end where there is none.
+std::string readFirstRow(RowReader& rows) {
   std::string text;
-  for (std::string line; std::getline(rows, line);) {
-    text += line + "\n";
-    if (beginsWith(line, ROW_END)) {
+  while (rows.next()) {
+    text += rows.line() + "\n";
+    if (rows.endsRow()) {
       break;
     }
   }
@@ -57,7 +55,9 @@ std::string readFirstRow(std::istream& rows) {
 int countCells(const std::string& row) {
   int cells = 0;
   for (std::size_t begin = 0; begin < row.size(); begin = row.find('\n', begin) + 1) {
-    cells += beginsWith(std::string_view(row).substr(begin), CELL_BEGIN) ? 1 : 0;
+    const std::string_view line = std::string_view(row).substr(begin);
+    cells = beginsWith(line, RowReader::ROW_BEGIN) ? 0 : cells;  // of one that is cut off
+    cells += beginsWith(line, CELL_BEGIN) ? 1 : 0;
   }
   return cells;
 }
@@ -117,9 +117,10 @@ int PageCommand::run() const {
   return CommandSupport::openToRead(rows, m_input, "input file") ? makePageOf(rows) : BAD_INPUT;
 }
 
-int PageCommand::makePageOf(std::istream& rows) const {
+int PageCommand::makePageOf(std::istream& in) const {
+  RowReader rows(in);
   const std::string firstRow = readFirstRow(rows);
-  if (const std::string complaint = complaintAbout(firstRow); !complaint.empty()) {
+  if (const std::string complaint = complaintAbout(firstRow, rows); !complaint.empty()) {
     CommandSupport::say(complaint);
     return BAD_INPUT;
   }
@@ -140,25 +141,30 @@ int PageCommand::makePageOf(std::istream& rows) const {
                         CommandSupport::reason(errno));
     return BAD_OUTPUT;
   }
-  if (rows.bad()) {
+  if (rows.failed()) {
     CommandSupport::say("cannot read on in the input");
+    return BAD_INPUT;
+  }
+  if (const std::string complaint = rows.complaint(); !complaint.empty()) {
+    CommandSupport::say("the input file '" + m_input + "' " + complaint +
+                        ": the page is not complete");
     return BAD_INPUT;
   }
   return 0;
 }
 
 /// Says why these rows make no page; empty when they do. No rows at all make an empty table.
-std::string PageCommand::complaintAbout(const std::string& firstRow) const {
+std::string PageCommand::complaintAbout(const std::string& firstRow, const RowReader& rows) const {
   const std::size_t begin = std::min(firstRow.find_first_not_of("\r\n"), firstRow.size());
   if (isBlank(firstRow)) {
     return "";
   }
   const std::string input = "the input file '" + m_input + "'";
-  if (!beginsWith(std::string_view(firstRow).substr(begin), ROW_BEGIN)) {
+  if (!beginsWith(std::string_view(firstRow).substr(begin), RowReader::ROW_BEGIN)) {
     return input + " does not begin with a row of the layout LOGHTMLLayout";
   }
   const bool hasLocation = countCells(firstRow) == CELLS_WITH_LOCATION;
-  if (hasLocation != m_locationInfo) {
+  if (hasLocation != m_locationInfo && rows.endsRow()) {
     return input + (hasLocation ? " has the column File:Line: add --location-info"
                                 : " has no column File:Line: leave out --location-info");
   }
@@ -166,15 +172,15 @@ std::string PageCommand::complaintAbout(const std::string& firstRow) const {
 }
 
 bool PageCommand::writePage(std::ostream& page, const std::string& firstRow,
-                            std::istream& rows) const {
+                            RowReader& rows) const {
   LOGHTMLLayout layout;
   layout.setLocationInfo(m_locationInfo ? 1 : 0);
   if (!m_title.empty()) {
     layout.setTitle(I18NString::fromUtf8(escaped(m_title)));
   }
   page << referring(layout.getHeader().toStdString()) << referring(firstRow);
-  for (std::string line; page && std::getline(rows, line);) {
-    page << referring(line) << '\n';
+  while (page && rows.next()) {
+    page << referring(rows.line()) << '\n';
   }
   page << layout.getFooter() << std::flush;
   return page.good();

@@ -4,6 +4,8 @@
 #include <iosfwd>
 #include <string>
 
+class RowReader;
+
 namespace CLI {
 class App;
 }
@@ -24,9 +26,9 @@ class PageCommand {
   int run() const;
 
  private:
-  int makePageOf(std::istream& rows) const;
-  std::string complaintAbout(const std::string& firstRow) const;
-  bool writePage(std::ostream& page, const std::string& firstRow, std::istream& rows) const;
+  int makePageOf(std::istream& in) const;
+  std::string complaintAbout(const std::string& firstRow, const RowReader& rows) const;
+  bool writePage(std::ostream& page, const std::string& firstRow, RowReader& rows) const;
 
   std::string m_input;
   std::string m_output;

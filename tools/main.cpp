@@ -20,9 +20,20 @@ namespace {
 
 constexpr int UNEXPECTED_FAILURE = 1;
 constexpr int BAD_ARGUMENTS = 2;
+constexpr int BAD_OUTPUT = 5;
 
 bool isSubcommand(CLI::App& app, const std::string& word) {
   return !app.get_subcommands([&](CLI::App* known) { return known->check_name(word); }).empty();
+}
+
+/// The first word that looks like an option and was not understood; empty when there is none.
+std::string unknownOption(const CLI::App& app) {
+  for (const std::string& word : app.remaining(true)) {
+    if (word.size() > 1 && word[0] == '-' && word != "--") {
+      return word.substr(0, word.find('='));
+    }
+  }
+  return "";
 }
 
 int run(std::vector<std::string> arguments) {
@@ -46,6 +57,15 @@ int run(std::vector<std::string> arguments) {
   try {
     app.parse(std::move(arguments));
   } catch (const CLI::ParseError& end) {
+    const std::string unknown = unknownOption(app);
+    if (end.get_exit_code() != 0 && !unknown.empty()) {
+      // The parser would complain first of what is missing, perhaps because of that very word.
+      const auto subcommands = app.get_subcommands();
+      CommandSupport::say("there is no option '" + unknown + "'; see log4zeb " +
+                          (subcommands.empty() ? "" : subcommands.front()->get_name() + " ") +
+                          "--help");
+      return BAD_ARGUMENTS;
+    }
     // Help and version end here too, with the code 0.
     return app.exit(end) == 0 ? 0 : BAD_ARGUMENTS;
   }
@@ -66,7 +86,13 @@ int run(std::vector<std::string> arguments) {
 int main(int argumentCount, char** arguments) {
   try {
     ZEBUtTerminal::passBytesUnchanged();
-    return run(ZEBUtTerminal::arguments(argumentCount, arguments));
+    std::ios::sync_with_stdio(false);
+    const int code = run(ZEBUtTerminal::arguments(argumentCount, arguments));
+    if (!std::cout.flush() && code != BAD_OUTPUT) {  // with that code it has been said
+      CommandSupport::say("cannot write to standard output");
+      return BAD_OUTPUT;
+    }
+    return code;
   } catch (const std::exception& failure) {
     std::cerr << "log4zeb: " << failure.what() << '\n';
     return UNEXPECTED_FAILURE;

@@ -1,10 +1,16 @@
 #include "platform/ZEBUtTerminal.h"
 
+#include <poll.h>
 #include <unistd.h>
 
 bool ZEBUtTerminal::isStandardError() { return isatty(STDERR_FILENO) == 1; }
 
 bool ZEBUtTerminal::isStandardOutput() { return isatty(STDOUT_FILENO) == 1; }
+
+bool ZEBUtTerminal::hasLostReader() {
+  pollfd output{STDOUT_FILENO, 0, 0};
+  return poll(&output, 1, 0) == 1 && (output.revents & (POLLERR | POLLHUP)) != 0;
+}
 
 void ZEBUtTerminal::passBytesUnchanged() {}
 

@@ -22,6 +22,8 @@ bool ZEBUtTerminal::isStandardError() { return isConsole(STD_ERROR_HANDLE); }
 
 bool ZEBUtTerminal::isStandardOutput() { return isConsole(STD_OUTPUT_HANDLE); }
 
+bool ZEBUtTerminal::hasLostReader() { return false; }
+
 void ZEBUtTerminal::passBytesUnchanged() {
   for (FILE* const stream : {stdin, stdout, stderr}) {
     _setmode(_fileno(stream), _O_BINARY);

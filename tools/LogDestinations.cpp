@@ -1,0 +1,114 @@
+#include "tools/LogDestinations.h"
+
+#include <algorithm>
+#include <set>
+#include <vector>
+
+#include "appenders/LOGAsyncAppender.h"
+#include "appenders/LOGConsoleAppender.h"
+#include "appenders/LOGFileAppender.h"
+#include "core/LOGLevel.h"
+#include "core/LOGLogger.h"
+#include "core/LOGLoggingEvent.h"
+#include "core/LOGManager.h"
+#include "filters/LOGDenyAllFilter.h"
+#include "filters/LOGLevelMatchFilter.h"
+#include "filters/LOGLevelRangeFilter.h"
+#include "filters/LOGStringMatchFilter.h"
+#include "net/LOGTCPSocketAppender.h"
+
+namespace {
+
+using Appenders = std::vector<LOGAppenderSkeleton*>;
+using Seen = std::set<const LOGAppenderSkeleton*>;
+
+Appenders appendersOf(const LOGLogger* logger) {
+  Appenders found;
+  for (; logger != nullptr; logger = logger->getAdditivity() == 0 ? nullptr : logger->getParent()) {
+    const Appenders own = logger->snapshotOfAppenders();
+    found.insert(found.end(), own.begin(), own.end());
+  }
+  return found;
+}
+
+/// Whether one of the appenders, or one behind them, is wanted, on a way on which all may pass.
+template <typename Passing, typename Wanted>
+bool reach(const Appenders& appenders, Passing mayPass, Wanted isWanted, Seen& seen) {
+  return std::any_of(appenders.begin(), appenders.end(), [&](LOGAppenderSkeleton* appender) {
+    if (!seen.insert(appender).second || !mayPass(*appender)) {
+      return false;
+    }
+    auto* const async = dynamic_cast<LOGAsyncAppender*>(appender);
+    return async == nullptr ? isWanted(*appender)
+                            : reach(async->getAAI()->snapshot(), mayPass, isWanted, seen);
+  });
+}
+
+/// Whether the filters let some line of the level pass.
+bool mayPass(LOGAppenderSkeleton& appender, LOGLevel& level) {
+  const I18NString message;
+  LOGLoggingEvent event(LOGManager::getRootLogger(), &level, LOGMessageText{message});
+  for (LOGFilter* filter = appender.getFirstFilter(); filter != nullptr; filter = filter->next) {
+    const bool isOfLevels = dynamic_cast<LOGDenyAllFilter*>(filter) != nullptr ||
+                            dynamic_cast<LOGLevelMatchFilter*>(filter) != nullptr ||
+                            dynamic_cast<LOGLevelRangeFilter*>(filter) != nullptr;
+    const auto* const text = dynamic_cast<const LOGStringMatchFilter*>(filter);
+    if (!isOfLevels && (text == nullptr || !text->getStringToMatch().isEmpty())) {
+      return true;  // it may accept
+    }
+    const int decision = isOfLevels ? filter->decide(&event) : LOGFilter::m_NEUTRAL;
+    if (decision != LOGFilter::m_NEUTRAL) {
+      return decision == LOGFilter::m_ACCEPT;
+    }
+  }
+  return true;
+}
+
+bool canWrite(LOGAppenderSkeleton& appender) {
+  const bool needsLayout = appender.requiresLayout() != 0 ||
+                           dynamic_cast<const LOGWriterAppender*>(&appender) != nullptr;
+  const auto* const file = dynamic_cast<const LOGFileAppender*>(&appender);
+  return dynamic_cast<const LOGTCPSocketAppender*>(&appender) == nullptr &&
+         (!needsLayout || appender.getLayout() != nullptr) &&
+         (file == nullptr || !file->getFile().isEmpty());
+}
+
+}  // namespace
+
+bool LogDestinations::hasAnyLoggerAppenders() {
+  if (!LOGManager::getRootLogger()->snapshotOfAppenders().empty()) {
+    return true;
+  }
+  for (LOGObject* const object : LOGManager::getCurrentLoggers()) {
+    const auto* const logger = dynamic_cast<const LOGLogger*>(object);
+    if (logger != nullptr && !logger->snapshotOfAppenders().empty()) {
+      return true;
+    }
+  }
+  return false;
+}
+
+bool LogDestinations::hasAppenders(LOGLogger* logger) { return !appendersOf(logger).empty(); }
+
+bool LogDestinations::canLog(LOGLogger* logger) {
+  const Appenders appenders = appendersOf(logger);
+  for (const int rank : {LOGLevel::DEBUG_RANK, LOGLevel::INFO_RANK, LOGLevel::WARN_RANK,
+                         LOGLevel::ERROR_RANK, LOGLevel::FATAL_RANK}) {
+    LOGLevel& level = *LOGLevel::toLevel(rank);
+    const auto passes = [&](LOGAppenderSkeleton& appender) { return mayPass(appender, level); };
+    Seen seen;
+    if (logger->isEnabledFor(&level) != 0 && reach(appenders, passes, canWrite, seen)) {
+      return true;
+    }
+  }
+  return false;
+}
+
+bool LogDestinations::includeConsole(LOGLogger* logger) {
+  const auto isConsole = [](LOGAppenderSkeleton& appender) {
+    return dynamic_cast<LOGConsoleAppender*>(&appender) != nullptr;
+  };
+  Seen seen;
+  return reach(
+      appendersOf(logger), [](LOGAppenderSkeleton&) { return true; }, isConsole, seen);
+}
