@@ -24,12 +24,8 @@ void QuietLoggers::registerWithBoth(int count) {
   for (int number = 0; number < count; ++number) {
     spdlog::register_logger(spdlog(name(number)));
   }
-  // When the library's table of names grows, some are not found any more and are made anew.
   for (int number = 0; number < count; ++number) {
-    if (LOGManager::exists(name(number)) == nullptr) {
-      LOGManager::getLogger(name(number));
-      number = -1;
-    }
+    LOGManager::getLogger(name(number));
   }
 }
 

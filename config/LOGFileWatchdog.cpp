@@ -1,6 +1,7 @@
 #include "config/LOGFileWatchdog.h"
 
 #include <chrono>
+#include <utility>
 
 #include "core/LOGFailures.h"
 #include "platform/ZEBFmDir.h"
@@ -53,6 +54,19 @@ void LOGFileWatchdog::check() {
   m_warnedAlready = 0;
 }
 
+void LOGFileWatchdog::start() {
+  bool hasEnded = false;
+  {
+    const std::lock_guard<std::mutex> lock(m_stopLock);
+    m_stopRequested = false;
+    hasEnded = std::exchange(m_hasEnded, false);
+  }
+  if (hasEnded) {
+    join();
+  }
+  ZEBThread::start();
+}
+
 void LOGFileWatchdog::stop() {
   {
     const std::lock_guard<std::mutex> lock(m_stopLock);
@@ -65,16 +79,20 @@ void LOGFileWatchdog::stop() {
 void LOGFileWatchdog::renewInChild() {
   ZEBForkHandler::renew(m_stopLock);
   ZEBForkHandler::renew(m_stopped);
+  m_stopRequested = false;  // whoever asked for it is not here
 }
 
 bool LOGFileWatchdog::waitForNextLook() {
   std::unique_lock<std::mutex> lock(m_stopLock);
-  return !m_stopped.wait_for(lock, std::chrono::milliseconds(m_delay.load()),
-                             [this] { return m_stopRequested; });
+  m_hasEnded = m_stopped.wait_for(lock, std::chrono::milliseconds(m_delay.load()),
+                                  [this] { return m_stopRequested; });
+  return !m_hasEnded;
 }
 
 void LOGFileWatchdog::run() {
   while (m_interrupted == 0 && waitForNextLook()) {
     checkAndConfigure();
   }
+  const std::lock_guard<std::mutex> lock(m_stopLock);
+  m_hasEnded = true;
 }

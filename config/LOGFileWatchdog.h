@@ -31,7 +31,11 @@ class LOG4ZEB_EXPORT LOGFileWatchdog : public ZEBThread {
   static void setDelay(unsigned int milliseconds);
   /// Looks at the file once. A file that cannot be read ends the polling of every watchdog.
   void checkAndConfigure();
-  /// Ends this watchdog's thread and waits for it; does nothing on that thread itself.
+  /// Begins the watching, also once more after stop(), and does nothing while it goes on. Throws
+  /// ZEBSystemError when the operating system gives no thread. Calls of start() and stop() by
+  /// several threads are serialised by the caller.
+  void start();
+  /// Ends this watchdog's thread and waits for it; on that thread itself it does not wait.
   void stop();
   void run() override;
   /// Does nothing here. Called on the watchdog's thread.
@@ -57,6 +61,7 @@ class LOG4ZEB_EXPORT LOGFileWatchdog : public ZEBThread {
   std::mutex m_stopLock;
   std::condition_variable m_stopped;
   bool m_stopRequested = false;  // guarded by m_stopLock
+  bool m_hasEnded = false;       // the thread, or it is about to; guarded by m_stopLock
   const ZEBForkHandler m_forkHandler{
       this, [](void* watchdog) { static_cast<LOGFileWatchdog*>(watchdog)->renewInChild(); }};
 };

@@ -64,7 +64,7 @@ int LOGHashtable::link(std::unique_ptr<LOGLoggerKey> key, LOGObject* value) {
     logReportOutOfMemory("LOGHashtable::put ---- Could not allocate memory");
     return 0;
   }
-  Node*& head = m_buckets[key->hashCode() % static_cast<std::uint32_t>(m_capacity)];
+  Node*& head = bucketOf(key->hashCode());
   head = new (memory) Node{key.release(), value, head};
   return ++m_count;
 }
@@ -87,7 +87,7 @@ LOGHashtable::Node** LOGHashtable::findLink(const I18NString& name, std::uint32_
   if (m_count == 0 || m_buckets == nullptr || m_capacity < 1) {
     return nullptr;
   }
-  Node** link = &m_buckets[hash % static_cast<std::uint32_t>(m_capacity)];
+  Node** link = &bucketOf(hash);
   while (*link != nullptr) {
     const LOGLoggerKey& key = *(*link)->key;
     if (key.hashCode() == hash && key.getString() == name) {
@@ -128,14 +128,16 @@ int LOGHashtable::unlink(Node** link) {
   return --m_count;
 }
 
-void LOGHashtable::removeLost(const LOGObject* value) {
-  for (Node** link = &m_lost; *link != nullptr; link = &(*link)->next) {
-    if ((*link)->value == value) {
-      Node* const node = *link;
-      *link = node->next;
-      deleteNode(node);
-      --m_count;
-      return;
+void LOGHashtable::removeValue(const I18NString& name, const LOGObject* value) {
+  if (m_count == 0) {
+    return;
+  }
+  for (Node** chain : {&bucketOf(name.hash()), &m_lost}) {
+    for (Node** link = chain; *link != nullptr; link = &(*link)->next) {
+      if ((*link)->value == value) {
+        unlink(link);
+        return;
+      }
     }
   }
 }

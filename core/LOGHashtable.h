@@ -44,8 +44,9 @@ class LOG4ZEB_EXPORT LOGHashtable : public LOGMutex {
   /// none.
   int remove(const LOGLoggerKey* key);
   int remove(const I18NString& name);
-  /// Deletes the entry of that value if a growth has lost it, which the others do not find.
-  void removeLost(const LOGObject* value);
+  /// Deletes the entry of `value`, which was put under that name, also where the others do not find
+  /// it; does nothing if there is none.
+  void removeValue(const I18NString& name, const LOGObject* value);
   /// The number of entries, those that a growth lost included.
   int size() const noexcept { return m_count; }
   /// The number of buckets.
@@ -68,6 +69,9 @@ class LOG4ZEB_EXPORT LOGHashtable : public LOGMutex {
 
   bool makeRoom();
   int link(std::unique_ptr<LOGLoggerKey> key, LOGObject* value);
+  Node*& bucketOf(std::uint32_t hash) const {
+    return m_buckets[hash % static_cast<std::uint32_t>(m_capacity)];
+  }
   Node** findLink(const I18NString& name, std::uint32_t hash) const;
   /// Deletes the entry at `link`; the result is that of remove().
   int unlink(Node** link);

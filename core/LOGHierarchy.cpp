@@ -1,6 +1,5 @@
 #include "core/LOGHierarchy.h"
 
-#include <mutex>
 #include <new>
 #include <utility>
 
@@ -10,26 +9,36 @@
 #include "core/LOGLogger.h"
 #include "core/LOGProvisionNode.h"
 #include "platform/ZEBAssertError.h"
-#include "platform/ZEBForkGate.h"
 #include "platform/ZEBThreadGuard.h"
 
 namespace {
 
 constexpr const char* SOURCE = "LOGHierarchy";
 constexpr const char* LOGGER_TAG = "LOGLogger";
-constexpr const char* PROVISION_TAG = "LOGProvisionNode";
+constexpr const char* NOT_IN_TABLE =
+    "LOGHierrachy::getLogger ---- Could not put Logger in LOGHashtable";
 
+/// A program may have given a logger another tag, which hides it.
 bool isLogger(const LOGObject* object) {
-  return object != nullptr && object->instanceOf() == LOGGER_TAG;
+  if (object == nullptr) {
+    return false;
+  }
+  const I18NString& tag = object->instanceOf();
+  return tag.isAscii() && tag.ascii() == LOGGER_TAG;
 }
 
-LOGLogger* asLogger(LOGObject* object) { return static_cast<LOGLogger*>(object); }
-
-/// Lets the next element be added without a failure.
-template <typename List>
-void makeRoomForOneMore(List& list) {
-  if (list.size() == list.capacity()) {
-    list.reserve(2 * list.size() + 1);
+/// Has a logger wait at all of the nodes, or throws and has it wait at none.
+void waitAt(const std::vector<LOGProvisionNode*>& nodes, LOGLogger* logger) {
+  std::size_t entered = 0;
+  try {
+    for (; entered < nodes.size(); ++entered) {
+      nodes[entered]->addElement(logger);
+    }
+  } catch (...) {
+    while (entered > 0) {
+      nodes[--entered]->removeLastElement();
+    }
+    throw;
   }
 }
 
@@ -52,6 +61,7 @@ LOGHierarchy::~LOGHierarchy() {
   if (m_root != nullptr && m_root->getRepository() == this) {
     m_root->setRepository(nullptr);
   }
+  m_ht->forget();  // the loggers and nodes are not its own
 }
 
 int LOGHierarchy::isDisabled(int level) {
@@ -95,13 +105,11 @@ LOGLogger* LOGHierarchy::getLogger(const I18NString& name) {
 
 LOGLogger* LOGHierarchy::getLogger(const I18NString& name, LOGLoggerFactory* factory) {
   ZEB_ASSERT(m_ht, SOURCE, __LINE__);
-  // Unless somebody holds the table's lock, nobody could notice if it was taken to find a logger
-  // that is known.
-  if (!m_ht->getCriticalSection().isHeldElsewhere()) {
-    LOGLogger* const known = m_index.find(name);
-    if (known != nullptr) {
-      return known;
-    }
+  const LOGLoggerIndex::Entry* const known = m_index.find(name);
+  LOGLogger* const logger =
+      known == nullptr ? nullptr : known->logger.load(std::memory_order_acquire);
+  if (isLogger(logger)) {
+    return logger;
   }
   return logReportingAndPassing("LOGHierarchy::getLogger -- unable to lock mutex", [&] {
     const ZEBThreadGuard guard(m_ht->getCriticalSection());
@@ -110,30 +118,25 @@ LOGLogger* LOGHierarchy::getLogger(const I18NString& name, LOGLoggerFactory* fac
 }
 
 LOGLogger* LOGHierarchy::findOrCreate(const I18NString& name, LOGLoggerFactory* factory) {
-  LOGObject* const found = m_ht->get(name);
-  if (found == nullptr) {
-    return addNew(name, factory);
+  const auto find = [&] {
+    const LOGLoggerIndex::Entry* const known = m_index.find(name);
+    return known == nullptr ? nullptr : known->logger.load(std::memory_order_relaxed);
+  };
+  if (LOGLogger* const known = find()) {
+    return isLogger(known) ? known : nullptr;
   }
-  if (isLogger(found)) {
-    LOGLogger* const logger = asLogger(found);
-    // A factory may have made it with another name.
-    if (logger->getName() == name && m_index.find(name) == nullptr) {
-      remember(logger);
+  if (m_index.find(name) == nullptr) {
+    LOGLogLog::debug("Creating new instance of LOGLogger: " + name);
+  }
+  std::unique_ptr<LOGLogger> made = createLogger(name, factory);
+  // The factory may have asked for loggers itself, this one included.
+  if (LOGLogger* const known = find()) {
+    if (known == made.get()) {
+      static_cast<void>(made.release());
     }
-    return logger;
+    return known;
   }
-  if (found->instanceOf() == PROVISION_TAG) {
-    return replaceProvision(name, factory, static_cast<const LOGProvisionNode&>(*found));
-  }
-  return nullptr;
-}
-
-void LOGHierarchy::remember(LOGLogger* logger) noexcept {
-  try {
-    m_index.add(logger);
-  } catch (const std::bad_alloc&) {
-    // It is found all the same, only not as fast.
-  }
+  return enter(name, std::move(made));
 }
 
 std::unique_ptr<LOGLogger> LOGHierarchy::createLogger(const I18NString& name,
@@ -141,105 +144,72 @@ std::unique_ptr<LOGLogger> LOGHierarchy::createLogger(const I18NString& name,
   ZEB_ASSERT(factory, SOURCE, __LINE__);
   std::unique_ptr<LOGLogger> logger(factory->makeNewLoggerInstance(name));
   ZEB_ASSERT(logger, SOURCE, __LINE__);
-  // Entries are told apart by their tag, whatever class a factory gave its loggers.
+  // Loggers are known by their tag, whatever class a factory gave them.
   logger->instance(LOGGER_TAG);
   logger->setRepository(this);
-  logger->setParent(m_root);
   return logger;
 }
 
-bool LOGHierarchy::enter(const I18NString& name, std::unique_ptr<LOGLogger> logger) {
-  // Room first, so that nothing fails once the table has the logger.
-  makeRoomForOneMore(m_notInTable);
-  makeRoomForOneMore(m_allLoggers);
-  const bool isInTable = putIntoTable(name, logger.get()) != 0;
-  m_allLoggers.push_back(logger.get());
-  if (isInTable) {
-    static_cast<void>(logger.release());
-  } else {
-    m_notInTable.push_back(std::move(logger));
-  }
-  return isInTable;
-}
-
-void LOGHierarchy::withdraw(const I18NString& name, LOGLogger* logger) noexcept {
-  m_allLoggers.pop_back();
-  if (!m_notInTable.empty() && m_notInTable.back().get() == logger) {
-    m_notInTable.pop_back();
-  } else if (m_ht->get(name) == static_cast<LOGObject*>(logger)) {
-    m_ht->remove(name);
-  } else {
-    m_ht->removeLost(logger);
-  }
-}
-
-template <typename Operation>
-void LOGHierarchy::linking(const I18NString& name, LOGLogger* logger, Operation operation) {
-  try {
-    operation();
-  } catch (...) {
-    for (LOGProvisionNode* const node : m_waitedAt) {
-      node->removeLastElement();
-    }
-    m_waitedAt.clear();
-    withdraw(name, logger);
-    throw;
-  }
-  m_waitedAt.clear();
-}
-
-int LOGHierarchy::putIntoTable(const I18NString& name, LOGObject* object) {
-  const int capacity = m_ht->capacity();
-  const int result = m_ht->put(name, object);
-  if (m_ht->capacity() != capacity) {
-    m_index.clear();  // a table that grows forgets names, which then make new loggers
-  }
-  return result;
-}
-
-LOGLogger* LOGHierarchy::replaceProvision(const I18NString& name, LOGLoggerFactory* factory,
-                                          const LOGProvisionNode& provision) {
-  std::unique_ptr<LOGLogger> made = createLogger(name, factory);
+LOGLogger* LOGHierarchy::enter(const I18NString& name, std::unique_ptr<LOGLogger> made) {
   LOGLogger* const logger = made.get();
-  const std::unique_lock<std::shared_mutex> access(m_tableAccess);
-  // The provision node stays behind the new entry, which shadows it.
-  const bool isInTable = enter(name, std::move(made));
-  // The new logger is linked upwards before anything is linked to it, so that other threads never
-  // walk over a logger whose parent is not settled.
-  linking(name, logger, [&] {
-    if (!isInTable) {
-      throw std::bad_alloc();  // the next look-up would meet the provision again
-    }
-    const std::vector<LOGLogger*> children = findChildren(&provision, logger);
-    logger->setParent(findParent(logger));
-    for (LOGLogger* const child : children) {
-      child->setParent(logger);
-    }
-  });
-  return logger;
-}
-
-LOGLogger* LOGHierarchy::addNew(const I18NString& name, LOGLoggerFactory* factory) {
+  LOGLoggerIndex::Entry* entry = m_index.find(name);
+  std::unique_ptr<LOGLoggerIndex::Entry> own;
+  std::vector<LOGLogger*> children;
+  if (entry == nullptr) {
+    own = std::make_unique<LOGLoggerIndex::Entry>(name);
+    entry = own.get();
+  } else {
+    children = findChildren(entry->provision.get(), logger);
+  }
+  // The table takes no empty name.
   if (name.isEmpty()) {
-    // The table takes no empty name, so its logger is found among those that were refused.
-    for (const auto& logger : m_notInTable) {
-      if (logger->getName().isEmpty()) {
-        return logger.get();
-      }
+    LOGLogLog::error(NOT_IN_TABLE);
+  }
+  Links links = findParent(name, logger);
+  m_index.reserve(links.missing.size() + 1);
+  m_tableEntries.reserve(links.missing.size() + 1);
+  m_loggers.reserve(1);
+  waitAt(links.nodes, logger);
+
+  // From here on nothing fails. Other threads find a logger, or walk over it, only once it is
+  // linked upwards.
+  logger->setParent(links.parent);
+  for (LOGLogger* const child : children) {
+    child->setParent(logger);
+  }
+  m_loggers.add(std::move(made));
+  if (!name.isEmpty()) {
+    m_tableEntries.add({&entry->name, logger, own != nullptr});
+  }
+  entry->logger.store(logger, std::memory_order_release);
+  if (own != nullptr) {
+    m_index.add(std::move(own));
+  }
+  for (std::unique_ptr<LOGLoggerIndex::Entry>& missing : links.missing) {
+    m_tableEntries.add({&missing->name, missing->provision.get(), false});
+    m_index.add(std::move(missing));
+  }
+  if (m_tableAccess.tryEnter()) {
+    const ZEBThreadGuard access(m_tableAccess, ZEBThreadGuard::Held{});
+    fillTable();
+  }
+  return logger;
+}
+
+void LOGHierarchy::fillTable() noexcept {
+  for (; m_inTable < m_tableEntries.size(); ++m_inTable) {
+    const TableEntry& entry = m_tableEntries[m_inTable];
+    int isTaken = 0;
+    try {
+      // A provision node stays behind the logger of its name, which shadows it.
+      isTaken = m_ht->put(*entry.name, entry.object);
+    } catch (const std::bad_alloc&) {
+      // It is refused, which concerns only those who list the table.
+    }
+    if (isTaken == 0 && entry.isRefusalReported) {
+      logReport(NOT_IN_TABLE);
     }
   }
-  LOGLogLog::debug("Creating new instance of LOGLogger: " + name);
-  std::unique_ptr<LOGLogger> made = createLogger(name, factory);
-  LOGLogger* const logger = made.get();
-  const std::unique_lock<std::shared_mutex> access(m_tableAccess);
-  const bool isInTable = enter(name, std::move(made));
-  linking(name, logger, [&] {
-    if (!isInTable) {
-      LOGLogLog::error("LOGHierrachy::getLogger ---- Could not put Logger in LOGHashtable");
-    }
-    logger->setParent(findParent(logger));
-  });
-  return logger;
 }
 
 std::vector<LOGLogger*> LOGHierarchy::findChildren(const LOGProvisionNode* provisionNode,
@@ -261,51 +231,55 @@ std::vector<LOGLogger*> LOGHierarchy::findChildren(const LOGProvisionNode* provi
   return children;
 }
 
-LOGLogger* LOGHierarchy::findParent(LOGLogger* logger) {
+LOGHierarchy::Links LOGHierarchy::findParent(const I18NString& name, LOGLogger* logger) {
   ZEB_ASSERT(logger, SOURCE, __LINE__);
   ZEB_ASSERT(m_ht, SOURCE, __LINE__);
-  const I18NString& name = logger->getName();
-  for (long dot = name.lastIndexOf("."); dot > 0;
-       dot = name.lastIndexOf(".", static_cast<std::size_t>(dot) - 1)) {
-    const I18NString prefix = name.substring(0, static_cast<std::size_t>(dot));
-    LOGObject* const found = m_ht->get(prefix);
-    if (isLogger(found)) {
-      return asLogger(found);
+  Links links{m_root, {}, {}};
+  // A factory may have made it with another name.
+  const I18NString& loggerName = logger->getName();
+  for (long dot = loggerName.lastIndexOf("."); dot > 0;
+       dot = loggerName.lastIndexOf(".", static_cast<std::size_t>(dot) - 1)) {
+    const I18NString prefix = loggerName.substring(0, static_cast<std::size_t>(dot));
+    if (prefix == name) {
+      continue;  // the logger itself
+    }
+    const LOGLoggerIndex::Entry* const found = m_index.find(prefix);
+    LOGLogger* const above =
+        found == nullptr ? nullptr : found->logger.load(std::memory_order_relaxed);
+    if (isLogger(above)) {
+      links.parent = above;
+      break;
     }
     if (found == nullptr) {
-      LOGLogLog::debug("Creating a new provision [" + prefix + "] for LOGLogger [" + name + "].");
-      auto provision = std::make_unique<LOGProvisionNode>(logger);
-      makeRoomForOneMore(m_waitedAt);
-      if (putIntoTable(prefix, provision.get()) == 0) {
-        throw std::bad_alloc();  // a later logger of that name would not become an ancestor
-      }
-      m_waitedAt.push_back(provision.release());
-    } else if (found->instanceOf() == PROVISION_TAG) {
-      makeRoomForOneMore(m_waitedAt);
-      static_cast<LOGProvisionNode*>(found)->addElement(logger);
-      m_waitedAt.push_back(static_cast<LOGProvisionNode*>(found));
+      LOGLogLog::debug("Creating a new provision [" + prefix + "] for LOGLogger [" + loggerName +
+                       "].");
+      links.missing.push_back(std::make_unique<LOGLoggerIndex::Entry>(
+          prefix, std::make_unique<LOGProvisionNode>(logger)));
+    } else if (above == nullptr) {
+      links.nodes.push_back(found->provision.get());
     } else {
       LOGLogLog::error(
           "LOGHierarchy::updateParents --- Could not find a logger parent neither a provision for "
           "logger [" +
-          name + "].");
+          loggerName + "].");
     }
   }
-  return m_root;
+  return links;
 }
 
 LOGLogger* LOGHierarchy::exists(const I18NString& name) {
   ZEB_ASSERT(m_ht, SOURCE, __LINE__);
-  const ZEBForkGate::Stay stay;
-  const std::shared_lock<std::shared_mutex> access(m_tableAccess);
-  LOGObject* const found = m_ht->get(name);
-  return isLogger(found) ? asLogger(found) : nullptr;
+  const LOGLoggerIndex::Entry* const found = m_index.find(name);
+  LOGLogger* const logger =
+      found == nullptr ? nullptr : found->logger.load(std::memory_order_acquire);
+  // Deliberate: no logger exists by the empty name, which the table does not take.
+  return isLogger(logger) && !name.isEmpty() ? logger : nullptr;
 }
 
 ZEBList<LOGObject*> LOGHierarchy::getCurrentLoggers() {
   ZEB_ASSERT(m_ht, SOURCE, __LINE__);
-  const ZEBForkGate::Stay stay;
-  const std::shared_lock<std::shared_mutex> access(m_tableAccess);
+  const ZEBThreadGuard access(m_tableAccess);
+  fillTable();
   ZEBList<LOGObject*> loggers;
   for (LOGObject* const entry : m_ht->elements()) {
     if (isLogger(entry)) {
@@ -317,22 +291,17 @@ ZEBList<LOGObject*> LOGHierarchy::getCurrentLoggers() {
 
 std::vector<LOGLogger*> LOGHierarchy::getAllLoggers() const {
   std::vector<LOGLogger*> loggers;
-  if (m_root != nullptr) {
-    loggers.push_back(m_root);
+  for (std::size_t i = 0; LOGLogger* const logger = loggerAt(i); ++i) {
+    loggers.push_back(logger);
   }
-  const ZEBForkGate::Stay stay;
-  const std::shared_lock<std::shared_mutex> access(m_tableAccess);
-  loggers.insert(loggers.end(), m_allLoggers.begin(), m_allLoggers.end());
   return loggers;
 }
 
 LOGLogger* LOGHierarchy::loggerAt(std::size_t position) const {
-  const ZEBForkGate::Stay stay;
-  const std::shared_lock<std::shared_mutex> access(m_tableAccess);
   if (m_root != nullptr && position-- == 0) {
     return m_root;
   }
-  return position < m_allLoggers.size() ? m_allLoggers[position] : nullptr;
+  return position < m_loggers.size() ? m_loggers[position].get() : nullptr;
 }
 
 template <typename Operation>
@@ -383,11 +352,12 @@ void LOGHierarchy::resetConfiguration() {
 
 void LOGHierarchy::clear() {
   const ZEBThreadGuard guard(m_ht->getCriticalSection());
-  const std::unique_lock<std::shared_mutex> access(m_tableAccess);
+  const ZEBThreadGuard access(m_tableAccess);
+  m_ht->forget();
+  m_inTable = 0;
+  m_tableEntries.clear();
   m_index.clear();
-  m_ht->clear();
-  m_notInTable.clear();
-  m_allLoggers.clear();
+  m_loggers.clear();
 }
 
 void LOGHierarchy::addHierarchyEventListener(LOGHierarchyEventListener* listener) {

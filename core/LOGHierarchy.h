@@ -4,10 +4,10 @@
 #include <atomic>
 #include <cstddef>
 #include <memory>
-#include <shared_mutex>
 #include <vector>
 
 #include "core/LOGDefaultLoggerFactory.h"
+#include "core/LOGGrowingList.h"
 #include "core/LOGHashtable.h"
 #include "core/LOGHierarchyEventListener.h"
 #include "core/LOGLoggerIndex.h"
@@ -22,8 +22,8 @@ class LOGProvisionNode;
 /// The repository of loggers: makes them by name, links each to its nearest existing ancestor by
 /// the dotted name, holds the threshold for all of them, and shuts them all down.
 ///
-/// Any thread may use it. getLogger() holds the lock of the table of names; other look-ups wait at
-/// most for the moment in which a new logger is linked.
+/// Any thread may use it. A name has one logger for ever. getLogger() holds a lock while it makes a
+/// new logger; look-ups of known names take none, and no look-up or list makes a new logger wait.
 class LOG4ZEB_EXPORT LOGHierarchy : public LOGMutex,
                                     public LOGLoggerRepository,
                                     public LOGRendererSupport {
@@ -56,10 +56,11 @@ class LOG4ZEB_EXPORT LOGHierarchy : public LOGMutex,
   LOGLogger* getRootLogger() override { return m_root; }
   /// The logger of that name, or null.
   LOGLogger* exists(const I18NString& name) override;
-  /// The loggers that can be found by name; the root is not among them.
+  /// The loggers that the table of names holds, in its order; the root is not among them.
+  /// Deliberate: the table loses names when it grows, at 200 names and each time at twice as many,
+  /// so that loggers are missing here that exists() and getLogger() find.
   ZEBList<LOGObject*> getCurrentLoggers() override;
-  /// The root and every logger that was ever made here, also those that the table of names lost or
-  /// refused.
+  /// The root and every logger that was ever made here.
   std::vector<LOGLogger*> getAllLoggers() const;
   /// One of them by number, null beyond the last.
   LOGLogger* loggerAt(std::size_t position) const;
@@ -83,24 +84,29 @@ class LOG4ZEB_EXPORT LOGHierarchy : public LOGMutex,
 
  private:
   void fireRemoveAppenderEvent(LOGLogger* logger, LOGAppenderSkeleton* appender);
+  /// What a new logger is linked to above.
+  struct Links {
+    LOGLogger* parent;
+    std::vector<LOGProvisionNode*> nodes;                         // at which it has to wait
+    std::vector<std::unique_ptr<LOGLoggerIndex::Entry>> missing;  // further ones, where it waits
+  };
+  /// What the table of names has to take. Name and object live as long as the index.
+  struct TableEntry {
+    const I18NString* name = nullptr;
+    LOGObject* object = nullptr;
+    bool isRefusalReported = false;
+  };
+
   std::unique_ptr<LOGLogger> createLogger(const I18NString& name, LOGLoggerFactory* factory);
-  /// Takes ownership; returns whether the table took the logger too.
-  bool enter(const I18NString& name, std::unique_ptr<LOGLogger> logger);
-  /// Deletes the logger that was entered last, under that name.
-  void withdraw(const I18NString& name, LOGLogger* logger) noexcept;
-  /// Runs `operation`, which links the logger that was entered last. What it throws leaves nothing
-  /// behind that knows the logger, which is deleted, and goes on to the caller.
-  template <typename Operation>
-  void linking(const I18NString& name, LOGLogger* logger, Operation operation);
-  /// Puts into the table of names; the result is the table's.
-  int putIntoTable(const I18NString& name, LOGObject* object);
-  void remember(LOGLogger* logger) noexcept;
   LOGLogger* findOrCreate(const I18NString& name, LOGLoggerFactory* factory);
-  LOGLogger* replaceProvision(const I18NString& name, LOGLoggerFactory* factory,
-                              const LOGProvisionNode& provision);
-  LOGLogger* addNew(const I18NString& name, LOGLoggerFactory* factory);
+  /// Enters a logger under a name that has none and links it. Throws before anything has changed,
+  /// or not at all.
+  LOGLogger* enter(const I18NString& name, std::unique_ptr<LOGLogger> made);
   std::vector<LOGLogger*> findChildren(const LOGProvisionNode* provisionNode, LOGLogger* logger);
-  LOGLogger* findParent(LOGLogger* logger);
+  /// `name` is what the logger is to be found by.
+  Links findParent(const I18NString& name, LOGLogger* logger);
+  /// Puts into the table what it has to take. REQUIRES: m_tableAccess is held.
+  void fillTable() noexcept;
   void shutdownExclusively();
   template <typename Operation>
   void forEachLogger(Operation operation) const;
@@ -108,22 +114,22 @@ class LOG4ZEB_EXPORT LOGHierarchy : public LOGMutex,
   std::atomic<int> m_thresholdInt;
   std::atomic<int> m_emittedNoAppenderWarning{0};
   ZEBList<LOGHierarchyEventListener> m_listeners;  // guarded by the hierarchy's own lock
-  // Changed under the table's own lock and m_tableAccess; read under either.
+  // Its own lock is held while a logger is made; its content is guarded by m_tableAccess.
   std::unique_ptr<LOGHashtable> m_ht;
   std::atomic<LOGLevel*> m_threshold;
   LOGLogger* m_root;
   std::unique_ptr<LOGRendererMap> m_rendererMap;
   LOGDefaultLoggerFactory m_defaultFactory;
 
-  // Lets look-ups go on while a factory runs under the table's lock. Only the diagnostics' lock is
-  // taken while it is held.
-  mutable std::shared_mutex m_tableAccess;
-  // Loggers as the table of names finds them. Changed under the table's own lock.
+  // Held while the table is listed. Who makes a logger never waits for it: what the table has to
+  // take is put there by whoever holds the lock next. Only the diagnostics' lock is taken while it
+  // is held.
+  mutable ZEBThreadCriticalSection m_tableAccess;
+  std::size_t m_inTable = 0;  // how many of m_tableEntries; guarded by m_tableAccess
+  // Changed under the table's own lock, read without one.
+  LOGGrowingList<TableEntry> m_tableEntries;
+  LOGGrowingList<std::unique_ptr<LOGLogger>> m_loggers;  // but the root
   LOGLoggerIndex m_index;
-  std::vector<LOGLogger*> m_allLoggers;                  // guarded like the table
-  std::vector<std::unique_ptr<LOGLogger>> m_notInTable;  // guarded like the table
-  // The nodes where the logger being linked waits. Changed under the table's own lock.
-  std::vector<LOGProvisionNode*> m_waitedAt;
 };
 
 #endif

@@ -8,7 +8,8 @@
 
 /// A severity: a rank, by which levels are compared, a name, and the severity that a syslog daemon
 /// is told. The seven predefined levels exist once in the process, are made on first use and live
-/// to its end. Levels never change once made, so they may be read by any thread.
+/// to its end. A level that is in use is not to be changed: any thread may be reading it, and what
+/// its rank decides is remembered. A logger that is to have another level is given one.
 class LOG4ZEB_EXPORT LOGLevel {
  public:
   static constexpr int ALL_RANK = -2147483647 - 1;

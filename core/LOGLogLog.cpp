@@ -1,5 +1,6 @@
 #include "core/LOGLogLog.h"
 
+#include <exception>
 #include <fstream>
 #include <iomanip>
 #include <memory>
@@ -27,6 +28,17 @@ ZEBThreadCriticalSection g_lock;
 
 [[noreturn]] void passOn(ZEBThrowable& t, const char* operation) {
   t.addBackTrace("ZEB_RETHROW", operation);
+  if (std::current_exception() != nullptr) {
+    try {
+      throw;
+    } catch (const ZEBThrowable& handled) {
+      if (&handled == &t) {
+        throw;  // as it is, whatever class of a program it has
+      }
+    } catch (...) {
+      // It is another one.
+    }
+  }
   t.raise();
   throw t;  // never reached, but a compiler does not believe that of a virtual call
 }

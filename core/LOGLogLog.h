@@ -24,7 +24,8 @@ class LOG4ZEB_EXPORT LOGLogLog {
   static void error(const I18NString& msg);
   static void error(const char* msg);
   /// These write the message, note in the back trace of `t` that they did, and throw `t` again:
-  /// they never return. They serve to record an exception and pass it on.
+  /// they never return. They serve to record an exception and pass it on: the one that is being
+  /// handled goes on as it is, any other is thrown by its raise().
   [[noreturn]] static void debug(const I18NString& msg, ZEBThrowable& t);
   [[noreturn]] static void warn(const I18NString& msg, ZEBThrowable& t);
   [[noreturn]] static void error(const I18NString& msg, ZEBThrowable& t);

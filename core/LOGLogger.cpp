@@ -36,7 +36,7 @@ auto locked(const LOGLogger& logger, const char* text, Operation&& operation)
 }  // namespace
 
 const I18NString LOGLogger::m_FQCN = "LOGLogger";
-std::atomic<std::uint32_t> LOGLogger::m_gateEpoch{1};
+std::atomic<std::uint64_t> LOGLogger::m_gateEpoch{1};
 
 LOGLogger::LOGLogger() : LOGLogger(I18NString()) {}
 
@@ -95,7 +95,7 @@ LOGLevel* LOGLogger::getChainedLevel() const {
 
 bool LOGLogger::wouldLogNow(int rank) const {
   // Read first: what changes from here on has another epoch.
-  const std::uint32_t epoch = m_gateEpoch.load(std::memory_order_acquire);
+  const std::uint64_t epoch = m_gateEpoch.load(std::memory_order_acquire);
   // A request on a logger without a repository is meant to be logged, unlike log() and the tests
   // is...Enabled(): only the level decides.
   LOGLoggerRepository* const repository = getRepository();
@@ -110,8 +110,7 @@ bool LOGLogger::wouldLogNow(int rank) const {
                          ? effective->toInt()
                          : std::max(effective->toInt(),
                                     static_cast<LOGHierarchy*>(repository)->getThresholdRank());
-  m_gate.store(std::uint64_t{epoch} << 32 | static_cast<std::uint32_t>(lowest),
-               std::memory_order_relaxed);
+  m_gate.store(epoch << GATE_BITS | stepFrom(lowest), std::memory_order_relaxed);
   return rank >= lowest;
 }
 

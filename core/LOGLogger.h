@@ -93,11 +93,11 @@ class LOG4ZEB_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
 
   /// Whether debug(), info(), ... with the level of that rank would log now.
   bool wouldLog(int rank) const {
-    // Two loads, whatever the depth of the logger: the lowest rank that logs is remembered until a
+    // Two loads, whatever the depth of the logger: the lowest step that logs is remembered until a
     // level, a threshold, a parent or a repository changes anywhere in the process.
     const std::uint64_t gate = m_gate.load(std::memory_order_relaxed);
-    return static_cast<std::uint32_t>(gate >> 32) == m_gateEpoch.load(std::memory_order_acquire)
-               ? rank >= static_cast<std::int32_t>(static_cast<std::uint32_t>(gate))
+    return isStep(rank) && gate >> GATE_BITS == m_gateEpoch.load(std::memory_order_acquire)
+               ? static_cast<unsigned>(rank / STEP) >= (gate & ((1U << GATE_BITS) - 1))
                : wouldLogNow(rank);
   }
   /// Makes every logger look at the levels again. To be called after anything has changed that
@@ -195,6 +195,17 @@ class LOG4ZEB_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   static const I18NString m_FQCN;
 
  private:
+  /// The ranks of the level methods are steps.
+  static constexpr int STEP = LOGLevel::DEBUG_RANK;
+  static constexpr bool isStep(int rank) {
+    return rank % STEP == 0 && rank >= LOGLevel::DEBUG_RANK && rank <= LOGLevel::FATAL_RANK;
+  }
+  /// The lowest step that is at least `rank`; one beyond the last if there is none.
+  static constexpr unsigned stepFrom(int rank) {
+    return rank <= LOGLevel::DEBUG_RANK  ? LOGLevel::DEBUG_RANK / STEP
+           : rank > LOGLevel::FATAL_RANK ? LOGLevel::FATAL_RANK / STEP + 1
+                                         : static_cast<unsigned>((rank + STEP - 1) / STEP);
+  }
   bool wouldLogNow(int rank) const;
   bool passesRepositoryAndLevel(const LOGLevel* level) const;
   void request(int rank, LOGObject* message) {
@@ -227,10 +238,12 @@ class LOG4ZEB_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   LOGLevel* keptCopyOf(const LOGLevel& level);
   void storeLevel(const LOGLevel* level);
 
-  static std::atomic<std::uint32_t> m_gateEpoch;
+  static std::atomic<std::uint64_t> m_gateEpoch;
 
   // What every event reads, of the logger and of each ancestor, stands together.
-  // The epoch in the upper half, and the lowest rank that logs, as it was then. Epoch 0 never is.
+  // The epoch, and in the lowest GATE_BITS the lowest step that logs, as it was then. Epoch 0 never
+  // is, and counting to the last takes decades.
+  static constexpr int GATE_BITS = 8;
   mutable std::atomic<std::uint64_t> m_gate{0};
   std::atomic<LOGLogger*> m_parent{nullptr};
   std::atomic<int> m_additive{1};

@@ -77,7 +77,7 @@ LOG4ZEB_HOT LOGLoggingEvent::LOGLoggingEvent(LOGLogger* logger, LOGLevel* level,
 LOG4ZEB_HOT LOGLoggingEvent::LOGLoggingEvent(LOGLogger* logger, LOGLevel* level)
     : m_timeStamp(ZEBUtTime::nowSeconds()), m_level(level), m_logger(logger) {
   ZEB_ASSERT(m_logger, SOURCE, 99);
-  m_loggerName = m_logger->getName();
+  zebTranslate(SOURCE, __LINE__, [this] { m_loggerName = m_logger->getName(); });
 }
 
 LOGLoggingEvent::LOGLoggingEvent(const LOGLoggingEvent& other)
@@ -228,15 +228,15 @@ const I18NString& LOGLoggingEvent::getThrowableStrRep() const {
 
 const I18NString& LOGLoggingEvent::getNDC() {
   if (m_ndcLookupRequired == 1) {
+    zebTranslate(SOURCE, __LINE__, [this] { m_ndc = LOGNDC::get(); });
     m_ndcLookupRequired = 0;
-    m_ndc = LOGNDC::get();
   }
   return m_ndc;
 }
 
 LOG4ZEB_HOT const I18NString& LOGLoggingEvent::getThreadName() {
   if (m_threadName.isEmpty()) {
-    m_threadName.appendAscii(currentThreadText());
+    zebTranslate(SOURCE, __LINE__, [this] { m_threadName.appendAscii(currentThreadText()); });
   }
   return m_threadName;
 }

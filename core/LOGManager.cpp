@@ -38,15 +38,20 @@ void LOGManager::init() {
       m_hierarchy = new LOGHierarchy(root.get());
       static_cast<void>(root.release());  // lives as long as the hierarchy, that is for ever
     }
-    m_repositorySelector = new LOGDefaultRepositorySelector(m_hierarchy.load());
+    static auto* const selector = new LOGDefaultRepositorySelector(m_hierarchy.load());
+    m_repositorySelector = selector;
   });
 }
 
 LOGLoggerRepository* LOGManager::getLoggerRepository() {
-  if (m_repositorySelector.load(std::memory_order_acquire) == nullptr) {
+  for (;;) {
+    // Loaded once, because another thread may replace it at any time, also by none.
+    LOGRepositorySelector* const selector = m_repositorySelector.load(std::memory_order_acquire);
+    if (selector != nullptr) {
+      return selector->getLoggerRepository();
+    }
     init();
   }
-  return m_repositorySelector.load(std::memory_order_acquire)->getLoggerRepository();
 }
 
 LOGLogger* LOGManager::getRootLogger() { return getLoggerRepository()->getRootLogger(); }
@@ -70,8 +75,9 @@ ZEBList<LOGObject*> LOGManager::getCurrentLoggers() {
 void LOGManager::resetConfiguration() { getLoggerRepository()->resetConfiguration(); }
 
 void LOGManager::shutdown() {
-  if (m_repositorySelector.load(std::memory_order_acquire) != nullptr) {
-    getLoggerRepository()->shutdown();
+  LOGRepositorySelector* const selector = m_repositorySelector.load(std::memory_order_acquire);
+  if (selector != nullptr) {
+    selector->getLoggerRepository()->shutdown();
   }
 }
 

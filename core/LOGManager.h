@@ -29,8 +29,10 @@ class LOG4ZEB_EXPORT LOGManager {
   static void resetConfiguration();
   /// Closes every appender. Does nothing before the first use of the library.
   static void shutdown();
-  /// Has `selector` choose the repository from now on; it is not owned. Throws ZEBAssertError when
-  /// `guard` is null. The guard is kept, but a later call with another guard is not refused.
+  /// Has `selector` choose the repository from now on; it is not owned, and other threads that are
+  /// asking the one before may still be in it. Null brings the default hierarchy back with the next
+  /// use. Throws ZEBAssertError when `guard` is null. The guard is kept, but a later call with
+  /// another guard is not refused.
   static void setRepositorySelector(LOGRepositorySelector* selector, LOGObject* guard);
 
  protected:

@@ -26,31 +26,27 @@ struct ThreadState {
   LOGStack* stack;
   unsigned generation;
   const LOGDiagnosticContext* popped;  // owned; what pop() returned is part of it
-  bool hasEnded;
+  bool isArmed;                        // to be freed at the thread's end
 };
 thread_local ThreadState t_state = {nullptr, 0, nullptr, false};
+
+void endThread(void*) {
+  t_state.isArmed = false;
+  LOGNDC::remove();
+  delete std::exchange(t_state.popped, nullptr);
+}
+
+/// Has the thread leave nothing behind, also after destructors that use it while the thread ends.
+void arm() {
+  if (!t_state.isArmed) {
+    ZEBThread::atEnd(&endThread, nullptr);
+    t_state.isArmed = true;
+  }
+}
 
 I18NString currentThreadKey() { return ZEBUtConvert::handleCvt(ZEBThread::currentThreadId()); }
 
 }  // namespace
-
-/// Takes the thread's entry out of the table when the thread ends.
-class LOGNDC::ThreadEnd {
- public:
-  ThreadEnd() = default;
-  ThreadEnd(const ThreadEnd&) = delete;
-  ThreadEnd& operator=(const ThreadEnd&) = delete;
-  ~ThreadEnd() {
-    LOGNDC::remove();
-    delete std::exchange(t_state.popped, nullptr);
-    t_state.hasEnded = true;
-  }
-  void arm() const {}
-
-  static thread_local const ThreadEnd t_instance;
-};
-
-thread_local const LOGNDC::ThreadEnd LOGNDC::ThreadEnd::t_instance;
 
 LOGHashtable& LOGNDC::table() {
   static auto* const table = new LOGHashtable;
@@ -71,9 +67,7 @@ LOGStack& LOGNDC::adopt(LOGStack* stack) {
   }
   t_state.stack = owned.release();
   t_state.generation = g_generation.load(std::memory_order_relaxed);
-  if (!t_state.hasEnded) {
-    ThreadEnd::t_instance.arm();
-  }
+  arm();
   return *t_state.stack;
 }
 
@@ -87,14 +81,6 @@ void LOGNDC::push(const I18NString& message) {
   });
 }
 
-void LOGNDC::removeEmptyAfterThreadEnd() {
-  // Nothing will remove the stack of a destructor that runs later than that of this thread's entry.
-  const LOGStack* const stack = currentStack();
-  if (t_state.hasEnded && stack != nullptr && stack->isEmpty() != 0) {
-    remove();
-  }
-}
-
 const I18NString& LOGNDC::pop() {
   LOGStack* const stack = currentStack();
   if (stack == nullptr || stack->isEmpty() != 0) {
@@ -103,10 +89,7 @@ const I18NString& LOGNDC::pop() {
   std::unique_ptr<LOGDiagnosticContext> popObj = stack->pop();
   ZEB_ASSERT(popObj, SOURCE, __LINE__);
   delete std::exchange(t_state.popped, popObj.release());
-  if (!t_state.hasEnded) {
-    ThreadEnd::t_instance.arm();
-  }
-  removeEmptyAfterThreadEnd();
+  arm();
   return t_state.popped->toString();
 }
 
@@ -139,7 +122,6 @@ void LOGNDC::setMaxDepth(int maxDepth) {
   LOGStack* const stack = currentStack();
   if (stack != nullptr && maxDepth < stack->size()) {
     stack->setSize(maxDepth);
-    removeEmptyAfterThreadEnd();
   }
 }
 
@@ -150,9 +132,9 @@ void LOGNDC::remove() {
   if (stack != nullptr) {
     t_state.stack = nullptr;
     const ZEBThreadGuard guard(table().getCriticalSection());
-    if (table().remove(stack->toString()) == -1) {
-      table().removeLost(stack);
-    }
+    // The stack itself, not the newest of its key: the number of a thread that is gone, or that
+    // forked, may be another's by now.
+    table().removeValue(stack->toString(), stack);
   }
 }
 

@@ -35,13 +35,10 @@ class LOG4ZEB_EXPORT LOGNDC {
   static void inherit(LOGStack* stack);
 
  private:
-  class ThreadEnd;
-
   static void lazyRemove();
   static LOGHashtable& table();
   static LOGStack* currentStack();
   static LOGStack& adopt(LOGStack* stack);
-  static void removeEmptyAfterThreadEnd();
 };
 
 #endif

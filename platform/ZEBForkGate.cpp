@@ -4,8 +4,10 @@
 #include <mutex>
 #include <new>
 #include <thread>
+#include <utility>
 
 #include "platform/ZEBForkHandler.h"
+#include "platform/ZEBThread.h"
 #include "platform/ZEBThreadPlace.h"
 
 namespace {
@@ -32,38 +34,11 @@ std::mutex& forkLock() {
 const bool IS_WATCHING = (forkLock(), ZEBForkGate::watchForks());
 
 thread_local Visitor* t_self = nullptr;
-thread_local bool t_hasEnded = false;
 
 }  // namespace
 
 std::atomic<bool> ZEBForkGate::s_isClosed{false};
 std::atomic<unsigned> ZEBForkGate::s_epoch{0};
-
-/// Leaves the thread's visitor to another thread. Destructors that run later in this one get
-/// another visitor, and keep it.
-class ZEBForkGate::ThreadEnd {
- public:
-  ThreadEnd() = default;
-  ThreadEnd(const ThreadEnd&) = delete;
-  ThreadEnd& operator=(const ThreadEnd&) = delete;
-  ~ThreadEnd() {
-    t_hasEnded = true;
-    Visitor* const self = t_self;
-    t_self = nullptr;
-    *m_cache = nullptr;
-    if (self->m_locks.load() == 0) {
-      self->m_isUsed.store(false, std::memory_order_release);
-    }
-  }
-
-  static void arm(Visitor*& cache) {
-    static thread_local ThreadEnd t_instance;
-    t_instance.m_cache = &cache;
-  }
-
- private:
-  Visitor** m_cache = nullptr;
-};
 
 ZEBForkGate::Visitor* ZEBForkGate::findUnused() noexcept {
   for (Visitor* visitor = g_visitors.load(); visitor != nullptr; visitor = visitor->m_next) {
@@ -76,10 +51,16 @@ ZEBForkGate::Visitor* ZEBForkGate::findUnused() noexcept {
   return nullptr;
 }
 
-ZEBForkGate::Visitor& ZEBForkGate::join(Visitor*& cache) {
-  if (t_self == nullptr) {
-    t_self = findUnused();
+/// Leaves the thread's visitor to another thread.
+void ZEBForkGate::leaveThread(void*) noexcept {
+  Visitor* const self = std::exchange(t_self, nullptr);
+  if (self->m_locks.load() == 0) {
+    self->m_isUsed.store(false, std::memory_order_release);
   }
+}
+
+ZEBForkGate::Visitor& ZEBForkGate::enterThread() {
+  t_self = findUnused();
   if (t_self == nullptr) {
     auto* const made = new Visitor;
     made->m_next = g_visitors.load();
@@ -89,14 +70,22 @@ ZEBForkGate::Visitor& ZEBForkGate::join(Visitor*& cache) {
   }
   // Where nothing forks, a thread's visitor stays: there the variables of a thread may be gone
   // before the destructors of its objects run.
-  if (!t_hasEnded && IS_WATCHING) {
-    ThreadEnd::arm(cache);
+  if (IS_WATCHING) {
+    ZEBThread::atEnd(&leaveThread, nullptr);
   }
-  cache = t_self;
   return *t_self;
 }
 
-ZEBForkGate::Visitor& ZEBForkGate::self() { return t_self != nullptr ? *t_self : join(t_self); }
+ZEBForkGate::Visitor& ZEBForkGate::join(Visitor*& cache) {
+  cache = &self();
+  if (IS_WATCHING) {
+    // Before the thread's visitor is left.
+    ZEBThread::atEnd([](void* kept) { *static_cast<Visitor**>(kept) = nullptr; }, &cache);
+  }
+  return *cache;
+}
+
+ZEBForkGate::Visitor& ZEBForkGate::self() { return t_self != nullptr ? *t_self : enterThread(); }
 
 bool ZEBForkGate::mustWait(const Visitor& visitor) noexcept {
   return visitor.m_locks.load(std::memory_order_relaxed) == 1 && g_forking.load() != &visitor;

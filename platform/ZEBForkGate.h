@@ -97,8 +97,8 @@ class ZEBForkGate {
   static void afterForkInChild() noexcept;
 
  private:
-  class ThreadEnd;
-
+  static Visitor& enterThread();
+  static void leaveThread(void*) noexcept;
   static Visitor* findUnused() noexcept;
   static bool mustWait(const Visitor& visitor) noexcept;
   static void waitUntilAllRest(const Visitor& forking);

@@ -33,6 +33,9 @@ class LOG4ZEB_EXPORT ZEBThread : public ZEBThreadRunnable {
 
   /// The operating system's number of the calling thread, as a debugger shows it.
   static std::uint64_t currentThreadId();
+  /// Has `operation(argument)` called when the calling thread ends, among the destructors of its
+  /// thread_local objects, the latest first; from one of these, it is called next.
+  static void atEnd(void (*operation)(void*), void* argument);
   /// Pauses the calling thread.
   static void sleep(unsigned int milliseconds);
 

@@ -188,9 +188,6 @@ class LoggersRound : public OwnHierarchy {
     askForAll(m_hierarchy);
     m_hierarchy.getLogger("application")->setLevel(LOGLevel::toLevel("WARN"));
     EXPECT_STREQ(m_hierarchy.getLogger(NAMES[0])->getChainedLevel()->toString(), "WARN");
-    if (Workplace::diagnosticsWith("Could not put Logger") > 0) {
-      return;  // one logger more, which nobody finds, waits with the others
-    }
     EXPECT_EQ(m_hierarchy.getAllLoggers().size(), m_before + NAMES.size());
     LOGRootLogger root(nullptr);
     LOGHierarchy fresh(&root);
@@ -595,6 +592,92 @@ TEST(AllocationFault, LosesNoMoreThanTheEventAndNeverThrows) {
              appender("all", "LOGLocalUDPAppender", param("Port", std::to_string(udp.port()))) +
                  root({"all"}),
              &udp);
+}
+
+TEST(AllocationFault, IsAnExceptionOfTheLibraryInTheTextsOfAnEvent) {
+  const Workplace workplace;
+  const std::string longest(1000, 'x');
+  LOGLogger* const logger = LOGManager::getLogger(longest);
+  LOGLevel* const level = LOGLevel::toLevel("INFO");
+  LOGNDC::push(longest);
+  for (const Mode mode : {Mode::One, Mode::AllFrom}) {
+    const auto isLibrarysException = [mode](const auto& operation) {
+      FailingHeap::fail(1, mode);
+      bool isRight = false;
+      try {
+        operation();
+      } catch (const ZEBOutOfMemoryError&) {
+        isRight = true;
+      } catch (...) {
+        // Another one.
+      }
+      return FailingHeap::end() && isRight;
+    };
+    EXPECT_TRUE(isLibrarysException([&] { LOGLoggingEvent("", logger, level, nullptr); }));
+    LOGLoggingEvent event("", logger, level, nullptr);
+    EXPECT_TRUE(isLibrarysException([&] { event.getNDC(); }));
+    EXPECT_EQ(event.getNDC(), longest) << "is copied once there is memory";
+  }
+  LOGNDC::remove();
+}
+
+TEST(AllocationFault, LeavesNothingOfAContextThatAThreadUsesAsItEnds) {
+  static auto use = [](int depth) {
+    LOGNDC::push(LONG_TEXT);
+    LOGNDC::push(LONG_TEXT);
+    for (int i = 0; i < depth; ++i) {
+      LOGNDC::pop();
+    }
+  };
+  struct Late {
+    explicit Late(int newDepth) : depth(newDepth) {}
+    ~Late() { use(depth); }
+    int depth;
+  };
+  const Workplace workplace;
+  const auto runThread = [](int depth) {
+    std::async(std::launch::async, [depth] {
+      static thread_local const Late last(depth);  // is destroyed after what the context has made
+      use(0);
+      static thread_local const Late first(depth + 1);
+      EXPECT_EQ(last.depth + 1, first.depth);
+    }).get();
+  };
+  runThread(0);  // fills what is kept for good
+  const long live = FailingHeap::live();
+  for (int depth = 0; depth < 3; ++depth) {
+    runThread(depth);
+    EXPECT_EQ(FailingHeap::live(), live) << depth;
+  }
+}
+
+TEST(ListOfLoggers, HoldsNobodyUpWhoMakesALogger) {
+  const Workplace workplace;
+  LOGRootLogger root(nullptr);
+  LOGHierarchy hierarchy(&root);
+  hierarchy.getLogger("old");
+  static std::promise<void> isListing;
+  static std::promise<void> mayGoOn;
+  auto listed = std::async(std::launch::async, [&] {
+    hierarchy.getCurrentLoggers();  // the thread's first lock needs memory too
+    FailingHeap::callInNext([] {
+      isListing.set_value();
+      mayGoOn.get_future().wait();
+    });
+    return hierarchy.getCurrentLoggers().size();
+  });
+  isListing.get_future().wait();
+  auto made = std::async(std::launch::async, [&] {
+    hierarchy.getLogger("new.one");
+    return hierarchy.exists("new.one") != nullptr && hierarchy.getAllLoggers().size() == 3;
+  });
+  const bool isMade =
+      made.wait_for(std::chrono::milliseconds(PATIENCE)) == std::future_status::ready;
+  mayGoOn.set_value();
+  EXPECT_TRUE(isMade) << "waits for the list";
+  EXPECT_TRUE(made.get());
+  EXPECT_EQ(listed.get(), 1U);
+  EXPECT_EQ(hierarchy.getCurrentLoggers().size(), 2U);
 }
 
 TEST(AllocationFault, EndsWithTheFirstEventOfAThread) {

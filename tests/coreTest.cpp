@@ -122,6 +122,23 @@ TEST(Hashtable, LosesEntriesThatCollideWhenItGrowsButStillOwnsThem) {
   EXPECT_EQ(table.contains("\x01"), 0);
 }
 
+TEST(Hashtable, RemovesAnEntryByItsValueWhereverItIs) {
+  LOGHashtable table(4);
+  std::vector<LOGObject*> values;
+  // Hashes 1, 5, 9 and 13, as above; two of them are lost.
+  for (const char* name : {"\x01", "\x05", "\x09", "\x0D", "\x05"}) {
+    table.put(name, values.emplace_back(new LOGObject(name)));
+  }
+  LOGObject* const newer = new LOGObject("newer");
+  table.put("\x09", newer);
+  EXPECT_EQ(table.size(), 6);
+  for (LOGObject* const value : values) {
+    table.removeValue(value->toString(), value);
+  }
+  EXPECT_EQ(table.size(), 1);
+  EXPECT_EQ(table.get("\x09"), newer);
+}
+
 TEST(Event, CopiesItsMessageAndKeepsTheFirstThreadsContext) {
   LOGLogger* const logger = LOGManager::getLogger("event.test");
   LOGObject message("text");
@@ -286,6 +303,31 @@ TEST(Diagnostics, PrefixTheirLinesAndTakeTheFileNameFromTheSettings) {
   LOGLogLog::shutdown();
   LOGLogLog::debug("appended");
   EXPECT_EQ(Workplace::lines("log4zeb.log").size(), 2U);
+}
+
+TEST(Diagnostics, PassAnExceptionOfAProgramsClassOnAsItIs) {
+  struct Own : ZEBThrowable {
+    explicit Own(int number) : ZEBThrowable("own", "source", 1), m_number(number) {}
+    int m_number;
+  };
+  Workplace workplace;
+  using Record = void (*)(const I18NString&, ZEBThrowable&);
+  for (const Record record :
+       {Record(&LOGLogLog::debug), Record(&LOGLogLog::warn), Record(&LOGLogLog::error)}) {
+    Own another(1);
+    try {
+      try {
+        throw Own(2);
+      } catch (ZEBThrowable& handled) {
+        EXPECT_THROW(record("another", another), ZEBThrowable) << "while one is handled";
+        record("own", handled);
+      }
+    } catch (const Own& passed) {
+      EXPECT_EQ(passed.m_number, 2);
+      EXPECT_EQ(passed.getBackTrace().size(), 1U);
+    }
+  }
+  EXPECT_EQ(Workplace::diagnostics().size(), 6U);
 }
 
 TEST(Diagnostics, TryAgainWhenTheirFileCannotBeOpened) {

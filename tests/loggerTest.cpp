@@ -98,12 +98,18 @@ TEST_F(Hierarchy, KeepsOneLoggerForTheEmptyNameAndNamesThatBeginWithADot) {
   EXPECT_GE(late.closings, 1) << "a logger that the table refused is shut down too";
 }
 
-TEST_F(Hierarchy, StillShutsDownLoggersThatTheGrowingTableLost) {
+TEST_F(Hierarchy, StillKnowsLoggersThatTheGrowingTableLost) {
+  std::vector<LOGLogger*> made;
   for (int i = 0; i < 500; ++i) {
-    hierarchy.getLogger(I18NString("logger" + std::to_string(i)));
+    made.push_back(hierarchy.getLogger(I18NString("logger" + std::to_string(i))));
   }
   EXPECT_LT(hierarchy.getCurrentLoggers().size(), 500U);
-  ASSERT_EQ(hierarchy.getAllLoggers().size(), 501U);
+  for (int i = 0; i < 500; ++i) {
+    EXPECT_EQ(hierarchy.exists(I18NString("logger" + std::to_string(i))), made[i]);
+    LOGLogger* const child = hierarchy.getLogger(I18NString("logger" + std::to_string(i) + ".x"));
+    EXPECT_EQ(child->getParent(), made[i]);
+  }
+  ASSERT_EQ(hierarchy.getAllLoggers().size(), 1001U);
   for (LOGLogger* const logger : hierarchy.getAllLoggers()) {
     logger->addAppender(&capture);
   }
@@ -249,6 +255,31 @@ TEST_F(Hierarchy, StampsWhatAFactoryMakes) {
       1);
 }
 
+TEST_F(Hierarchy, HasOneLoggerForANameThatItsFactoryAsksForItself) {
+  class AskingFactory : public LOGLoggerFactory {
+   public:
+    explicit AskingFactory(LOGHierarchy& asked) : m_asked(asked) {}
+    LOGLogger* makeNewLoggerInstance(const I18NString& name) override {
+      m_asked.getLogger(name + ".child");
+      LOGLogger* const known = name == "x" ? nullptr : m_asked.getLogger(name);
+      return name == "same" ? known : new OwnLogger(name == "x" ? "x.y" : name);
+    }
+
+   private:
+    LOGHierarchy& m_asked;
+  } factory(hierarchy);
+  for (const char* name : {"same", "other", "x"}) {
+    LOGLogger* const logger = hierarchy.getLogger(name, &factory);
+    EXPECT_EQ(hierarchy.getLogger(name), logger) << name;
+    EXPECT_EQ(hierarchy.exists(name), logger) << name;
+    EXPECT_EQ(logger->getParent(), &root) << name;
+    EXPECT_EQ(std::string(name) == "x" ? &root : logger,
+              hierarchy.getLogger(I18NString(name) + ".child")->getParent())
+        << "a logger that has another name is above no other";
+  }
+  EXPECT_EQ(hierarchy.getAllLoggers().size(), 7U);
+}
+
 TEST_F(Hierarchy, ResetsEverything) {
   LOGLogger* const logger = hierarchy.getLogger("a");
   logger->setLevel(level("ERROR"));
@@ -391,6 +422,73 @@ TEST(Manager, MakesItsHierarchyOnFirstUseFromAnyThread) {
   EXPECT_EQ(roots[0]->getLevel()->toInt(), LOGLevel::DEBUG_RANK);
   LOGLogger* const made = LOGLogger::getLogger("a");
   EXPECT_EQ(LOGManager::exists("a"), made);
+}
+
+TEST(Manager, KeepsEachNamesLoggerWhileThreadsAskForThousands) {
+  constexpr int NAMES = 6000;
+  constexpr int THREADS = 8;
+  const auto nameOf = [](int i) {
+    // A name with all that are above it, some of which are never asked for.
+    return I18NString("a" + std::to_string(i % 7) + ".b" + std::to_string(i % 211) +
+                      (i % 211 == i ? "" : ".c.d" + std::to_string(i)));
+  };
+  const Workplace workplace;
+  std::vector<std::vector<LOGLogger*>> found(THREADS, std::vector<LOGLogger*>(NAMES));
+  std::vector<std::thread> threads;
+  for (int t = 0; t < THREADS; ++t) {
+    threads.emplace_back([&, t] {
+      for (int i = 0; i < NAMES; ++i) {
+        const int mixed = (i * 7919 + t * 997) % NAMES;
+        found[t][mixed] = LOGManager::getLogger(nameOf(mixed));
+      }
+    });
+  }
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+  std::string document;
+  for (int i = 0; i < NAMES; ++i) {
+    document += "<logger name=\"" + nameOf(i).toStdString() + "\"><level value=\"" +
+                (i % 2 == 0 ? "warn" : "error") + "\"/></logger>";
+  }
+  ASSERT_EQ(Workplace::configure(document + "<root><level value=\"off\"/></root>"), 1);
+  for (int i = 0; i < NAMES; ++i) {
+    LOGLogger* const logger = LOGManager::getLogger(nameOf(i));
+    for (int t = 0; t < THREADS; ++t) {
+      ASSERT_EQ(found[t][i], logger) << nameOf(i).toStdString();
+    }
+    ASSERT_EQ(logger->getName(), nameOf(i));
+    ASSERT_NE(logger->getLevel(), nullptr);
+    ASSERT_EQ(logger->getLevel()->toInt(), i % 2 == 0 ? LOGLevel::WARN_RANK : LOGLevel::ERROR_RANK);
+    LOGLogger* parent = LOGManager::getRootLogger();
+    for (std::string above = nameOf(i).toStdString(); above.find('.') != std::string::npos;) {
+      above.resize(above.rfind('.'));
+      if (LOGLogger* const existing = LOGManager::exists(above)) {
+        parent = existing;
+        break;
+      }
+    }
+    ASSERT_EQ(logger->getParent(), parent) << nameOf(i).toStdString();
+  }
+}
+
+TEST(Manager, MakesItsHierarchyAgainWhileTheSelectorIsTakenAway) {
+  LOGObject guard;
+  LOGLogger* const root = LOGManager::getRootLogger();
+  std::atomic<bool> stop{false};
+  std::thread taking([&] {
+    while (!stop) {
+      LOGManager::setRepositorySelector(nullptr, &guard);
+    }
+  });
+  for (int i = 0; i < 500000; ++i) {
+    ASSERT_EQ(LOGManager::getRootLogger(), root);
+    if (i % 50000 == 0) {
+      LOGManager::shutdown();
+    }
+  }
+  stop = true;
+  taking.join();
 }
 
 TEST(Manager, AsksTheSelectorOnEveryCall) {

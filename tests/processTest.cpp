@@ -8,7 +8,9 @@
 #include <array>
 #include <atomic>
 #include <chrono>
+#include <cstdint>
 #include <cstdio>
+#include <fstream>
 #include <functional>
 #include <future>
 #include <iostream>
@@ -24,7 +26,9 @@
 #include "appenders/LOGFileAppender.h"
 #include "config/LOG4ZEBConfigurator.h"
 #include "config/LOGFileWatchdog.h"
+#include "core/LOGNDC.h"
 #include "layouts/LOGPatternLayout.h"
+#include "platform/ZEBThread.h"
 #include "support/CapturingAppender.h"
 #include "support/ChildProcess.h"
 #include "support/TestEvent.h"
@@ -399,12 +403,80 @@ TEST(ForkedChild, StartsItsOwnWatchdogThread) {
   LOGFileWatchdog::setDelay(10);
   watchdog->start();
   std::this_thread::sleep_for(30ms);
-  const pid_t child = forkAndRun([&] {
-    watchdog->start();
-    std::filesystem::last_write_time("watched", std::filesystem::last_write_time("watched") + 10s);
-    watchdog->changed.get_future().wait();
-    watchdog.reset();
+  for (const bool isStopped : {false, true}) {
+    if (isStopped) {
+      watchdog->stop();
+    }
+    const pid_t child = forkAndRun([&] {
+      if (!isStopped) {
+        watchdog->start();
+        watchdog->stop();
+      }
+      watchdog->start();
+      const auto time = std::filesystem::last_write_time("watched");
+      std::filesystem::last_write_time("watched", time + 10s);
+      const bool hasChanged =
+          watchdog->changed.get_future().wait_for(20s) == std::future_status::ready;
+      watchdog.reset();
+      _exit(hasChanged ? 0 : 1);
+    });
+    EXPECT_EQ(waitFor(child), 0) << isStopped;
+    watchdog->changed = std::promise<void>();
+  }
+}
+
+// Linux gives the next thread the number after the one that is written there, where that is
+// allowed.
+TEST(ForkedChild, KeepsTheContextOfAThreadThatHasTheNumberOfItsParent) {
+  SKIP_WHERE_CHILDREN_HAVE_NO_THREADS();
+  constexpr const char* LAST_NUMBER = "/proc/sys/kernel/ns_last_pid";
+  constexpr int NOT_ALLOWED = 77;
+  int result[2];
+  ASSERT_EQ(pipe(result), 0);
+  const pid_t parent = forkAndRun([&] {
+    const pid_t number = getpid();
+    LOGNDC::push("parent");
+    forkAndRun([&] {
+      while (getppid() == number) {
+        std::this_thread::sleep_for(1ms);
+      }
+      std::this_thread::sleep_for(50ms);  // the parent is gone and was waited for
+      char answer = NOT_ALLOWED;
+      for (int attempt = 0; attempt < 200 && answer == NOT_ALLOWED; ++attempt) {
+        std::this_thread::sleep_for(1ms);
+        std::ofstream last(LAST_NUMBER);
+        if (!(last << number - 1 << std::flush)) {
+          break;
+        }
+        std::promise<bool> pushed;
+        std::promise<void> removed;
+        std::thread thread([&] {
+          const bool isSame = ZEBThread::currentThreadId() == static_cast<std::uint64_t>(number);
+          LOGNDC::push("thread");
+          pushed.set_value(isSame);
+          removed.get_future().wait();
+          if (isSame) {
+            answer = LOGNDC::get() == "thread" ? 0 : 1;
+          }
+        });
+        if (pushed.get_future().get()) {
+          LOGNDC::remove();  // what was pushed before the fork, by that number
+        }
+        removed.set_value();
+        thread.join();
+      }
+      static_cast<void>(!write(result[1], &answer, 1));
+      _exit(0);
+    });
     _exit(0);
   });
-  EXPECT_EQ(waitFor(child), 0);
+  EXPECT_EQ(waitFor(parent), 0);
+  close(result[1]);
+  char answer = 2;
+  EXPECT_EQ(read(result[0], &answer, 1), 1) << "the child has crashed";
+  close(result[0]);
+  if (answer == NOT_ALLOWED) {
+    GTEST_SKIP() << "the number of the next thread cannot be chosen";
+  }
+  EXPECT_EQ(answer, 0);
 }

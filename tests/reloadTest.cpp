@@ -101,6 +101,37 @@ TEST(Watchdog, OfAMissingFileEndsAtOnceAndAnyCanBeStopped) {
   EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(3));
 }
 
+TEST(Watchdog, WatchesAgainWhenItIsStartedAfterItsEnd) {
+  struct Counting : LOGFileWatchdog {
+    using LOGFileWatchdog::LOGFileWatchdog;
+    Counting(const Counting&) = delete;
+    Counting& operator=(const Counting&) = delete;
+    ~Counting() override { stop(); }
+    void doOnChange() override {
+      ++changes;
+      if (stopsItself) {
+        stop();
+      }
+    }
+    std::atomic<int> changes{0};
+    std::atomic<bool> stopsItself{false};
+  };
+  Workplace workplace;
+  edit("");
+  Counting watchdog(DOCUMENT);
+  LOGFileWatchdog::setDelay(5);
+  watchdog.stop();
+  for (int round = 1; round <= 4; ++round) {
+    watchdog.stopsItself = round % 2 == 0;
+    watchdog.start();
+    edit("");
+    ASSERT_TRUE(eventually([&] { return watchdog.changes == round; })) << round;
+    if (!watchdog.stopsItself) {
+      watchdog.stop();
+    }
+  }
+}
+
 #ifndef _WIN32
 TEST(Watchdog, DoesNotWaitForWhoeverWritesToAPipe) {
   Workplace workplace;

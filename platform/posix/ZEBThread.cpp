@@ -13,6 +13,8 @@
 #include "platform/ZEBForkGate.h"
 #include "platform/ZEBSystemError.h"
 
+extern "C" void* __dso_handle;  // of this library; defined by the compiler
+
 class ZEBThread::Handle {
  public:
   pthread_t thread{};
@@ -93,6 +95,11 @@ std::uint64_t ZEBThread::currentThreadId() {
     t_threadId = static_cast<std::uint64_t>(syscall(SYS_gettid));
   }
   return t_threadId;
+}
+
+void ZEBThread::atEnd(void (*operation)(void*), void* argument) {
+  // What a compiler calls for a thread_local object.
+  abi::__cxa_thread_atexit(operation, argument, &__dso_handle);
 }
 
 void ZEBThread::sleep(unsigned int milliseconds) {

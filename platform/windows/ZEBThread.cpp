@@ -1,11 +1,14 @@
 #include "platform/ZEBThread.h"
 
+#include <cxxabi.h>
 #include <process.h>
 #include <windows.h>
 
 #include <chrono>
 
 #include "platform/ZEBSystemError.h"
+
+extern "C" void* __dso_handle;  // of this library; defined by the compiler
 
 class ZEBThread::Handle {
  public:
@@ -68,6 +71,11 @@ void ZEBThread::join() {
 void ZEBThread::run() {}
 
 std::uint64_t ZEBThread::currentThreadId() { return GetCurrentThreadId(); }
+
+void ZEBThread::atEnd(void (*operation)(void*), void* argument) {
+  // What a compiler calls for a thread_local object.
+  abi::__cxa_thread_atexit(operation, argument, &__dso_handle);
+}
 
 void ZEBThread::sleep(unsigned int milliseconds) {
   // The system may wake a thread a tick early.
