@@ -71,9 +71,10 @@ bool isFree(std::uintptr_t state) {
 #ifdef __SANITIZE_THREAD__
 ZEBThreadCriticalSection::~ZEBThreadCriticalSection() { __tsan_mutex_destroy(this, 0); }
 
-void ZEBThreadCriticalSection::noteTaken() noexcept {
-  __tsan_mutex_pre_lock(this, 0);
-  __tsan_mutex_post_lock(this, 0, 0);
+void ZEBThreadCriticalSection::noteTaken(bool hasWaited) noexcept {
+  const unsigned flags = hasWaited ? 0 : __tsan_mutex_try_lock;
+  __tsan_mutex_pre_lock(this, flags);
+  __tsan_mutex_post_lock(this, flags, 0);
 }
 
 void ZEBThreadCriticalSection::noteTakenFromLostThread() noexcept {
@@ -85,7 +86,7 @@ void ZEBThreadCriticalSection::noteLeft() noexcept {
   __tsan_mutex_post_unlock(this, 0);
 }
 #else
-inline void ZEBThreadCriticalSection::noteTaken() noexcept {}
+inline void ZEBThreadCriticalSection::noteTaken(bool) noexcept {}
 inline void ZEBThreadCriticalSection::noteTakenFromLostThread() noexcept {}
 inline void ZEBThreadCriticalSection::noteLeft() noexcept {}
 #endif
@@ -115,6 +116,25 @@ LOG4ZEB_HOT void ZEBThreadCriticalSection::enter() {
     leave();
     ZEBForkGate::waitUntilOpen();
   }
+}
+
+bool ZEBThreadCriticalSection::tryEnter() {
+  ZEBForkGate::Visitor& visitor = currentVisitor();
+  if (isHeldHere()) {
+    ++m_depth;
+    return true;
+  }
+  visitor.comeIn(std::memory_order_seq_cst);
+  Mark found = 0;
+  if (!ZEBForkGate::turnsAway(visitor) &&
+      m_state.compare_exchange_strong(found, markOf(&visitor), std::memory_order_seq_cst,
+                                      std::memory_order_relaxed)) {
+    m_depth = 1;
+    noteTaken(false);
+    return true;
+  }
+  visitor.goOut();
+  return false;
 }
 
 void ZEBThreadCriticalSection::waitFor(Mark self) {

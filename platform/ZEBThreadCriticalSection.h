@@ -24,6 +24,8 @@ class LOG4ZEB_EXPORT ZEBThreadCriticalSection {
   /// Waits for the lock. Throws ZEBSystemError when the operating system refuses, and
   /// ZEBOutOfMemoryError, which only the first lock of a thread can meet.
   void enter();
+  /// Takes the lock unless another thread holds it or a fork is under way. Returns whether it did.
+  bool tryEnter();
   /// REQUIRES: the calling thread holds the lock.
   void leave() noexcept;
   /// Whether another thread holds the lock now.
@@ -37,7 +39,7 @@ class LOG4ZEB_EXPORT ZEBThreadCriticalSection {
 
   void waitFor(Mark self);
   void sleepUntilTaken(Mark self);
-  void noteTaken() noexcept;
+  void noteTaken(bool hasWaited = true) noexcept;
   void noteTakenFromLostThread() noexcept;
   void noteLeft() noexcept;
   void wakeWaiting() const noexcept;

@@ -7,12 +7,17 @@
 /// Holds a critical section from its construction to its destruction.
 class ZEBThreadGuard {
  public:
+  /// Says that the calling thread holds the section.
+  struct Held {};
+
   /// Waits for the lock; throws ZEBSystemError or ZEBOutOfMemoryError when it cannot be taken.
   explicit ZEBThreadGuard(ZEBThreadCriticalSection& section) : m_section(section) {
     m_section.enter();
   }
   explicit ZEBThreadGuard(const ZEBThreadLockableResource& resource)
       : ZEBThreadGuard(resource.getCriticalSection()) {}
+  /// Takes over a lock that was taken before.
+  ZEBThreadGuard(ZEBThreadCriticalSection& section, Held) noexcept : m_section(section) {}
   ZEBThreadGuard(const ZEBThreadGuard&) = delete;
   ZEBThreadGuard& operator=(const ZEBThreadGuard&) = delete;
   ~ZEBThreadGuard() { m_section.leave(); }
