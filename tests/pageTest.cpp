@@ -137,6 +137,8 @@ TEST(Page, NamesWhatIsWrong) {
   Workplace::write("plain.log", "00:00 INFO <tr>\n");
   Workplace::write("empty.html", "");
   const std::string before = Workplace::read(ROWS);
+  Workplace::write("broken.html", before);
+  std::filesystem::resize_file("broken.html", std::uintmax_t{65} << 20);  // with zeros
   const struct {
     Words arguments;
     int exitCode;
@@ -152,6 +154,8 @@ TEST(Page, NamesWhatIsWrong) {
        5,
        std::string("cannot write the page '") + Workplace::FULL_DISK + "' ("},
       {{"--output", "no/page.html", ROWS}, 5, "cannot write the page 'no/page.html' ("},
+      {{"/dev/zero"}, 4, "'/dev/zero' does not begin with a row"},
+      {{"--output", "page.html", "broken.html"}, 4, "cannot read on in the input"},
       {{}, 2, "FILE is required"},
       {{"--location-info", "located.html"}, 0, ""},
       {{"empty.html"}, 0, ""},

@@ -36,18 +36,46 @@ constexpr std::string_view CELL_BEGIN = "<td";
 constexpr std::string_view ROW_END = "</tr>";
 constexpr int CELLS_WITH_LOCATION = 6;
 
+/// Far beyond any message that can be looked at in a page.
+constexpr std::size_t LONGEST_LINE = std::size_t{64} << 20;
+
 bool beginsWith(std::string_view text, std::string_view beginning) {
   return text.substr(0, beginning.size()) == beginning;
 }
 
 bool isBlank(std::string_view line) { return line.find_first_not_of("\r\n") == line.npos; }
 
-/// The stream from where it stands to the end of the first row, or to its end where it holds none.
+/// As std::getline(), but after a line longer than LONGEST_LINE, as a device without end may have,
+/// the stream counts as unreadable.
+bool readLine(std::istream& rows, std::string& line) {
+  char piece[65536];
+  line.clear();
+  for (;;) {
+    rows.getline(piece, sizeof piece);
+    line.append(piece, static_cast<std::size_t>(rows.gcount()));
+    if (line.size() > LONGEST_LINE) {
+      rows.setstate(std::ios::badbit);
+      return true;
+    }
+    if (rows.eof() || rows.bad()) {
+      return !line.empty();
+    }
+    if (!rows.fail()) {
+      line.pop_back();  // the line's end, which was counted
+      return true;
+    }
+    rows.clear();  // there is more of this line
+  }
+}
+
+/// The stream from where it stands to the end of the first row, or to where it is seen to be none.
 std::string readFirstRow(std::istream& rows) {
   std::string text;
-  for (std::string line; std::getline(rows, line);) {
+  bool hasBegun = false;
+  for (std::string line; text.size() <= LONGEST_LINE && readLine(rows, line);) {
     text += line + "\n";
-    if (beginsWith(line, ROW_END)) {
+    hasBegun = hasBegun || beginsWith(line, ROW_BEGIN);
+    if (beginsWith(line, ROW_END) || (!hasBegun && !isBlank(line))) {
       break;
     }
   }
@@ -173,7 +201,7 @@ bool PageCommand::writePage(std::ostream& page, const std::string& firstRow,
     layout.setTitle(I18NString::fromUtf8(escaped(m_title)));
   }
   page << referring(layout.getHeader().toStdString()) << referring(firstRow);
-  for (std::string line; page && std::getline(rows, line);) {
+  for (std::string line; page && readLine(rows, line);) {
     page << referring(line) << '\n';
   }
   page << layout.getFooter() << std::flush;
