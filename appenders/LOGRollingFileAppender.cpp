@@ -259,7 +259,7 @@ void LOGRollingFileAppender::renameReporting(int fromIndex, int toIndex) const {
   const I18NString from = backupName(m_absoluteName, fromIndex);
   // What the system has there, such as /dev/null and /dev/stdout, stays: all programs would miss
   // it.
-  if (ZEBFmDir::isDevice(from) != 0 ||
+  if (ZEBFmDir::isDevice(from) != 0 || ZEBFmDir::isLinkToOpenFile(from) != 0 ||
       ZEBFmDir::renameFile(from, backupName(m_absoluteName, toIndex)) == 0) {
     LOGLogLog::error("LOGRollingFileAppender::rollOver ---- Could not rename [" +
                      backupName(fileName, fromIndex) + "] to [" + backupName(fileName, toIndex) +

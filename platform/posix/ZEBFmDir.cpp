@@ -38,26 +38,6 @@ bool isWorkingDirectory(const I18NString& name) {
          named.st_dev == working.st_dev && named.st_ino == working.st_ino;
 }
 
-/// Whether the name is a link to a file that a process has open, as /dev/stdout is by way of
-/// others. Such links are the system's own.
-bool isLinkToOpenFile(std::string path) {
-  constexpr int MOST_LINKS = 40;  // as the system itself follows
-  struct stat status {};
-  for (int i = 0; i < MOST_LINKS && lstat(path.c_str(), &status) == 0 && S_ISLNK(status.st_mode);
-       ++i) {
-    const std::string directory = path.substr(0, path.rfind('/') + 1);  // empty where there is none
-    struct statfs fileSystem {};
-    if (statfs(directory.empty() ? "." : directory.c_str(), &fileSystem) == 0 &&
-        fileSystem.f_type == PROC_SUPER_MAGIC) {
-      return true;
-    }
-    std::error_code unreadable;
-    const std::string target = std::filesystem::read_symlink(path, unreadable).string();
-    path = target.empty() || target.front() == '/' ? target : directory + target;
-  }
-  return false;
-}
-
 }  // namespace
 
 int ZEBFmDir::exists(const I18NString& name, int mode) {
@@ -76,9 +56,27 @@ int ZEBFmDir::exists(const I18NString& name, int mode) {
 
 int ZEBFmDir::isDevice(const I18NString& name) {
   struct stat status {};
-  const bool isNoFile =
-      statusOf(name, status) == 0 && !S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode);
-  return isNoFile || isLinkToOpenFile(name.toStdString()) ? 1 : 0;
+  return statusOf(name, status) == 0 && !S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode) ? 1
+                                                                                             : 0;
+}
+
+int ZEBFmDir::isLinkToOpenFile(const I18NString& name) {
+  constexpr int MOST_LINKS = 40;  // as the system itself follows
+  std::string path = name.toStdString();
+  struct stat status {};
+  for (int i = 0; i < MOST_LINKS && lstat(path.c_str(), &status) == 0 && S_ISLNK(status.st_mode);
+       ++i) {
+    const std::string directory = path.substr(0, path.rfind('/') + 1);  // empty where there is none
+    struct statfs fileSystem {};
+    if (statfs(directory.empty() ? "." : directory.c_str(), &fileSystem) == 0 &&
+        fileSystem.f_type == PROC_SUPER_MAGIC) {
+      return 1;
+    }
+    std::error_code unreadable;
+    const std::string target = std::filesystem::read_symlink(path, unreadable).string();
+    path = target.empty() || target.front() == '/' ? target : directory + target;
+  }
+  return 0;
 }
 
 std::pair<I18NString, I18NString> ZEBFmDir::splitPath(const I18NString& name) {
