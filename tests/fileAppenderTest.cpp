@@ -97,8 +97,8 @@ class ActingResolver : public IZEBConfiguration {
 };
 
 #ifndef _WIN32
-/// Memory whose end can be taken away: whoever uses it next first gets it back and calls a
-/// function.
+/// Memory whose beginning or end can be taken away: whoever uses it next first gets it back and
+/// calls a function.
 class InterruptingMemory {
  public:
   explicit InterruptingMemory(std::function<void()> onUse) : m_onUse(std::move(onUse)) {
@@ -117,10 +117,11 @@ class InterruptingMemory {
     munmap(m_memory, 2 * m_page);
   }
 
-  /// The place for an object of which so many bytes are not to be taken away.
+  /// The place for an object whose beginning has so many bytes.
   void* placeWith(std::size_t bytes) { return end() - bytes; }
-  void takeAway() { mprotect(end(), m_page, PROT_NONE); }
-  void giveBack() { mprotect(end(), m_page, PROT_READ | PROT_WRITE); }
+  void takeBeginning() { mprotect(m_memory, m_page, PROT_NONE); }
+  void takeEnd() { mprotect(end(), m_page, PROT_NONE); }
+  void giveBack() { mprotect(m_memory, 2 * m_page, PROT_READ | PROT_WRITE); }
 
  private:
   char* end() { return static_cast<char*>(m_memory) + m_page; }
@@ -408,54 +409,67 @@ TEST_F(RollingFileAppenderTest, RenamesNoDevice) {
 
 TEST_F(RollingFileAppenderTest, RefusesNoEventDuringTheRolloverOfAnotherThread) {
   // The appender stands where one part of it after the other is out of reach of the thread that
-  // logs, so that the rollover comes to its end between any two looks at it.
-  for (std::size_t within = sizeof(void*); within < sizeof(LOGAppenderSkeleton);
-       within += sizeof(void*)) {
-    std::atomic<bool> mayGoOn{true};
+  // logs, so that the rollover begins, or comes to its end, between any two looks at it.
+  const auto soon = [](const std::atomic<bool>& condition) {  // what holds a lock may keep it false
+    for (int i = 0; i < 20 && !condition; ++i) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+  };
+  const auto wait = [](const std::atomic<bool>& condition) {
+    while (!condition) {
+      std::this_thread::yield();
+    }
+  };
+  constexpr std::size_t STEP = sizeof(void*);
+  for (std::size_t i = 2; i < 2 * sizeof(LOGAppenderSkeleton) / STEP; ++i) {
+    const bool isUnderWay = i % 2 == 0;
+    std::atomic<bool> mayBegin{isUnderWay};
+    std::atomic<bool> mayEnd{true};
     std::atomic<bool> isReopening{false};
     std::atomic<bool> isOver{false};
+    std::atomic<bool> isLogged{false};
     const ActingResolver resolver([&] {
       isReopening = true;
-      while (!mayGoOn) {
-        std::this_thread::yield();
-      }
+      wait(mayEnd);
     });
     InterruptingMemory memory([&] {
-      mayGoOn = true;
-      while (!isOver) {
-        std::this_thread::yield();
-      }
+      (isUnderWay ? mayEnd : mayBegin) = true;
+      soon(isUnderWay ? isOver : isReopening);
     });
-    auto* const rolling = new (memory.placeWith(within)) LOGRollingFileAppender(&layout, "i.log");
+    auto* const rolling = new (memory.placeWith(i / 2 * STEP)) LOGRollingFileAppender(&layout, "i");
     rolling->setMaximumFileSize(5);
-    mayGoOn = false;
+    mayEnd = false;
     isReopening = false;
     std::thread rollingOver([&] {
+      wait(mayBegin);
       append(*rolling, "aaa");
       isOver = true;
     });
-    while (!isReopening) {
-      std::this_thread::yield();
+    if (isUnderWay) {
+      wait(isReopening);
     }
     LOGObject message{I18NString("b")};
     LOGLoggingEvent event("fqn", LOGManager::getLogger("file"),
                           LOGLevel::toLevel(LOGLevel::INFO_RANK), &message);
-    memory.takeAway();
-    std::atomic<bool> isLogged{false};
+    isUnderWay ? memory.takeEnd() : memory.takeBeginning();
     std::thread logging([&] {
-      rolling->doAppend(&event);
+      rolling->LOGAppenderSkeleton::doAppend(&event);  // which does not use the beginning
       isLogged = true;
     });
-    for (int i = 0; i < 30 && !isLogged; ++i) {  // it may be waiting for the appender's lock
-      std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
+    soon(isLogged);
     memory.giveBack();
-    mayGoOn = true;
+    mayBegin = true;
+    mayEnd = true;
     rollingOver.join();
     logging.join();
-    EXPECT_EQ(Workplace::lines("i.log"), (Lines{"b"})) << within;
+    const Lines now = Workplace::lines("i");
+    const Lines before = Workplace::lines("i.1");
+    EXPECT_EQ(
+        std::count(now.begin(), now.end(), "b") + std::count(before.begin(), before.end(), "b"), 1)
+        << i;
     rolling->~LOGRollingFileAppender();
-    fs::remove("i.log");
+    fs::remove("i");
+    fs::remove("i.1");
   }
   EXPECT_EQ(Workplace::diagnosticsWith(CLOSED), 0);
 }
