@@ -75,7 +75,7 @@ void LOGAppenderSkeleton::reportClosed() const {
 }
 
 LOG4ZEB_HOT void LOGAppenderSkeleton::doAppend(LOGLoggingEvent* event) {
-  if (m_closed == 1 && !m_isReopening) {
+  if (isClosedToAll()) {
     reportClosed();
     return;
   }

@@ -2,6 +2,7 @@
 #define APPENDERS_LOGAPPENDERSKELETON_H
 
 #include <atomic>
+#include <cstdint>
 #include <memory>
 
 #include "appenders/LOGAppender.h"
@@ -104,9 +105,15 @@ class LOG4ZEB_EXPORT LOGAppenderSkeleton : public LOGMutex, public LOGAppender, 
   std::atomic<const LOGLevel*> m_threshold{nullptr};
   std::atomic<int> m_stale{0};
   std::atomic<bool> m_closeRequested{false};  // set by close()
-  /// Set while the holder of the lock has closed the appender only to open it again: others wait
-  /// for the lock instead of finding it closed.
-  std::atomic<bool> m_isReopening{false};
+  /// Counts beginnings and ends of the times in which the holder of the lock has closed the
+  /// appender only to open it again, so it is odd meanwhile: others then wait for the lock instead
+  /// of finding it closed.
+  std::atomic<std::uint64_t> m_reopenings{0};
+  /// Whether it is closed, and not only to be opened again. Takes no lock.
+  bool isClosedToAll() const {
+    const std::uint64_t before = m_reopenings;
+    return m_closed == 1 && before % 2 == 0 && m_reopenings == before;
+  }
 
  private:
   bool filtersLetPass(LOGLoggingEvent* event) const;

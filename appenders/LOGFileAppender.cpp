@@ -37,15 +37,18 @@ LOGFileAppender::LOGFileAppender(LOGLayout* layout, const I18NString& name)
 
 LOGFileAppender::LOGFileAppender(const LOGFileAppender& other)
     : LOGWriterAppender(other),
-      fileAppend(other.fileAppend),
+      fileAppend(other.fileAppend.load()),
       m_configuredAppend(other.m_configuredAppend),
       fileName(other.fileName),
-      bufferedIO(other.bufferedIO),
-      bufferSize(other.bufferSize) {
+      bufferedIO(other.bufferedIO.load()),
+      bufferSize(other.bufferSize.load()) {
   m_closed = 1;
 }
 
 LOGFileAppender::~LOGFileAppender() {
+  // The writer reports what is lost.
+  logContainingFailures(LOGFailureTexts::same("LOGFileAppender::~LOGFileAppender"),
+                        [this] { LOGFileAppender::closeFile(); });
   delete m_qw;
   m_qw = nullptr;
 }
@@ -57,7 +60,7 @@ LOG4ZEB_HOT void LOGFileAppender::activateOptions() {
   const ZEBThreadGuard guard(getCriticalSection());
   if (mayOpenByItself() && !fileName.isEmpty()) {
     // As far as others can see, the appender is closed until the opening has come to its end.
-    const Reopening reopening(m_isReopening);
+    const Reopening reopening(*this);
     setFile(fileName, m_configuredAppend, bufferedIO, bufferSize);
   }
 }
@@ -77,7 +80,7 @@ void LOGFileAppender::setFile(const I18NString& name, int append, int bufferedSw
 
 void LOGFileAppender::openReporting(const LOGFailureTexts& texts, const I18NString& name,
                                     int append, int bufferedSwitch, int size) {
-  if (m_closed == 0 && !m_isReopening) {
+  if (m_closed == 0 && m_reopenings % 2 == 0) {
     return;
   }
   logReportingFailures(texts, [&] {
@@ -87,17 +90,31 @@ void LOGFileAppender::openReporting(const LOGFailureTexts& texts, const I18NStri
         m_absoluteName.clear();  // a new beginning, perhaps from another working directory
       }
       m_configuredAppend = append;
+      bufferedIO = bufferedSwitch;
+      bufferSize = size;
       setFileOptions(name, append, bufferedSwitch, size);
     }
   });
 }
 
+I18NString LOGFileAppender::getFileCopy() const {
+  const ZEBThreadGuard guard(getCriticalSection());
+  return fileName;
+}
+
 void LOGFileAppender::setAppend(int append) {
+  const ZEBThreadGuard guard(getCriticalSection());
   fileAppend = append;
   m_configuredAppend = append;
 }
 
+void LOGFileAppender::setBufferSize(int size) {
+  const ZEBThreadGuard guard(getCriticalSection());
+  bufferSize = size;
+}
+
 void LOGFileAppender::setBufferedIO(int value) {
+  const ZEBThreadGuard guard(getCriticalSection());
   bufferedIO = value;
   if (value == 1) {
     setImmediateFlush(0);
@@ -165,15 +182,15 @@ void LOGFileAppender::setFileOptions(const I18NString& name, int append, int buf
 
 LOGFileAppender::OpenResult LOGFileAppender::open(const char* className, const I18NString& name,
                                                   int append, int bufferedSwitch, int size) {
-  // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): it may be this object's own name
-  const I18NString requested = name;
-  if (instanceOf() != className) {
-    instance(className);  // not written again: other threads compare appenders without the lock
-  }
-  if (bufferedSwitch == 1) {
-    setImmediateFlush(0);
-  }
+  I18NString requested;
   try {
+    if (instanceOf() != className) {
+      instance(className);  // not written again: other threads compare appenders without the lock
+    }
+    if (bufferedSwitch == 1) {
+      setImmediateFlush(0);
+    }
+    requested = name;  // which may be this object's own, and is emptied
     resetWriter();
     const bool wasRemembered = !m_absoluteName.isEmpty();
     const OpenResult result = openRemembered(requested, append, bufferedSwitch, size);
@@ -186,22 +203,36 @@ LOGFileAppender::OpenResult LOGFileAppender::open(const char* className, const I
     }
     return result;
   } catch (...) {
-    m_closed = 1;
-    m_fileOpened = 0;
-    fileName = requested;
+    const bool wasReset = !requested.isEmpty();
+    if (wasReset) {
+      m_closed = 1;
+      fileName = std::move(requested);
+    }
+    leaveToNextEvent(wasReset ? fileName : name);
     throw;
+  }
+}
+
+void LOGFileAppender::leaveToNextEvent(const I18NString& name) {
+  if (m_closed != 0) {
+    m_fileOpened = 0;
+    if (&name != &fileName) {
+      fileName = name;
+    }
   }
 }
 
 I18NString LOGFileAppender::absoluteNameOf(const I18NString& name) const {
   const I18NString resolved = ZEBConfigurationFactory::getInstance()->resolvePath(name);
-  return m_absoluteName.isEmpty() || m_absoluteNameSource != resolved
-             ? ZEBFmDir::absolutePath(resolved)
-             : m_absoluteName;
+  return isRemembered(resolved) ? m_absoluteName : ZEBFmDir::absolutePath(resolved);
+}
+
+bool LOGFileAppender::isRemembered(const I18NString& name) const {
+  return !m_absoluteName.isEmpty() && m_absoluteNameSource == name;
 }
 
 void LOGFileAppender::remember(const I18NString& name) {
-  if (m_absoluteName.isEmpty() || m_absoluteNameSource != name) {
+  if (!isRemembered(name)) {
     m_absoluteName = ZEBFmDir::absolutePath(name);
     m_absoluteNameSource = name;
   }

@@ -1,6 +1,8 @@
 #ifndef APPENDERS_LOGFILEAPPENDER_H
 #define APPENDERS_LOGFILEAPPENDER_H
 
+#include <atomic>
+#include <cstdint>
 #include <memory>
 
 #include "appenders/LOGWriterAppender.h"
@@ -41,17 +43,23 @@ class LOG4ZEB_EXPORT LOGFileAppender : public LOGWriterAppender {
   /// debug note. Takes the appender's lock.
   virtual void setFile(const I18NString& name, int append, int bufferedSwitch, int size);
 
-  /// The name as given, resolved by the host's configuration; empty after closing.
+  /// The name as given, resolved by the host's configuration; empty after closing. Only for the
+  /// time in which no other thread logs, opens or closes: these change the text that it refers to.
   const I18NString& getFile() const { return fileName; }
+  /// The same at any time. Takes the appender's lock.
+  I18NString getFileCopy() const;
+
+  // The setters of options may be called while events are logged; each takes the appender's lock.
+
   /// 1 when the file was last opened for appending, or will be.
   int getAppend() const { return fileAppend; }
   void setAppend(int append);
   int getBufferedIO() const { return bufferedIO; }
   /// 1 also switches flushing after every event off. Takes effect when the file is opened.
   void setBufferedIO(int value);
-  /// Bytes.
+  /// Bytes. Takes effect when the file is opened.
   int getBufferSize() const { return bufferSize; }
-  void setBufferSize(int size) { bufferSize = size; }
+  void setBufferSize(int size);
 
   /// Has the operating system get what a dispatcher has held back. Takes the appender's lock.
   void handOver();
@@ -67,44 +75,52 @@ class LOG4ZEB_EXPORT LOGFileAppender : public LOGWriterAppender {
   /// Closes the file and marks the appender closed; name and writer stay.
   void closeFile();
 
-  /// Marks the time in which an appender is closed only to be opened.
+  /// Marks the time in which an appender is closed only to be opened. Used under its lock.
   class Reopening {
    public:
-    explicit Reopening(std::atomic<bool>& flag) : m_flag(flag) { m_flag = true; }
+    explicit Reopening(LOGFileAppender& appender)
+        : m_count(appender.m_reopenings), m_isOutermost(m_count % 2 == 0) {
+      m_count += m_isOutermost ? 1 : 0;
+    }
     Reopening(const Reopening&) = delete;
     Reopening& operator=(const Reopening&) = delete;
-    ~Reopening() { m_flag = false; }
+    ~Reopening() { m_count += m_isOutermost ? 1 : 0; }
 
    private:
-    std::atomic<bool>& m_flag;
+    std::atomic<std::uint64_t>& m_count;
+    const bool m_isOutermost;  // a resolver of names may log through the same appender
   };
 
   enum class OpenResult { Opened, NoDirectory, NotOpened };
   /// The steps of setFileOptions() for an appender of the named class. When it throws, the appender
-  /// is closed and has `name` as its name, so that the next event tries again.
+  /// is closed and left to the next event.
   OpenResult open(const char* className, const I18NString& name, int append, int bufferedSwitch,
                   int size);
+  /// Has the next event try to open that file, unless the appender is open.
+  void leaveToNextEvent(const I18NString& name);
   /// The file that opening that name would open, from the root.
   I18NString absoluteNameOf(const I18NString& name) const;
+  /// Has m_absoluteName be that of the name, as long as it is not changed.
+  void remember(const I18NString& name);
+  bool isRemembered(const I18NString& name) const;
   /// Replaces the writer and deletes the one before.
   void replaceWriter(LOGQuietWriter* writer);
   /// setFile() with four arguments; `texts` are what is reported of setFileOptions().
   void openReporting(const struct LOGFailureTexts& texts, const I18NString& name, int append,
                      int bufferedSwitch, int size);
 
-  // All guarded by the appender's lock once the appender is in use.
-  int fileAppend = 1;
+  // All guarded by the appender's lock once the appender is in use; atomics are read without it.
+  std::atomic<int> fileAppend{1};
   int m_configuredAppend = 1;  // how a file is opened by an event; a rollover changes fileAppend
   I18NString fileName;
-  int bufferedIO = 0;
-  int bufferSize = DEFAULT_BUFFER_SIZE;
+  std::atomic<int> bufferedIO{0};
+  std::atomic<int> bufferSize{DEFAULT_BUFFER_SIZE};
   std::unique_ptr<ZEBFmFile> m_file;
   /// The file's name from the root, kept from the first opening to close(), so that the program may
   /// change its working directory meanwhile.
   I18NString m_absoluteName;
 
  private:
-  void remember(const I18NString& name);
   OpenResult openRemembered(const I18NString& name, int append, int bufferedSwitch, int size);
 
   I18NString m_text;                // room for the text of an event; guarded by the appender's lock

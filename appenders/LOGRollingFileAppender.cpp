@@ -12,6 +12,7 @@
 #include "core/LOGFailures.h"
 #include "platform/ZEBAssertError.h"
 #include "platform/ZEBFmDir.h"
+#include "platform/ZEBThreadGuard.h"
 #include "platform/ZEBTranslate.h"
 #include "platform/ZEBUtConvert.h"
 
@@ -60,12 +61,12 @@ class OptionalTurn {
 
 /// A rollover goes on whatever a step throws.
 template <typename Step>
-void attempt(Step step) noexcept {
+bool attempt(Step step) noexcept {
   constexpr LOGFailureTexts TEXTS{
       "LOGRollingFileAppender::rollOver -- some i18nstring exception occurred",
       "LOGRollingFileAppender::rollOver -- some ZEBThrowable exception occurred",
       "LOGRollingFileAppender::rollOver -- generic exception happened"};
-  logContainingFailures(TEXTS, step);
+  return logContainingFailures(TEXTS, step);
 }
 
 }  // namespace
@@ -84,11 +85,21 @@ LOGRollingFileAppender::LOGRollingFileAppender(LOGLayout* layout, const I18NStri
 
 LOGRollingFileAppender::LOGRollingFileAppender(const LOGRollingFileAppender& other)
     : LOGFileAppender(other),
-      maxFileSize(other.maxFileSize),
-      maxBackupIndex(other.maxBackupIndex),
-      addProcID(other.addProcID) {}
+      maxFileSize(other.maxFileSize.load()),
+      maxBackupIndex(other.maxBackupIndex.load()),
+      addProcID(other.addProcID.load()) {}
 
 LOGRollingFileAppender::~LOGRollingFileAppender() = default;
+
+void LOGRollingFileAppender::setMaximumFileSize(std::uint64_t bytes) {
+  const ZEBThreadGuard guard(getCriticalSection());
+  maxFileSize = bytes;
+}
+
+void LOGRollingFileAppender::setMaxBackupIndex(int index) {
+  const ZEBThreadGuard guard(getCriticalSection());
+  maxBackupIndex = index;
+}
 
 void LOGRollingFileAppender::setMaxFileSize(const I18NString&) {}
 
@@ -120,9 +131,7 @@ void LOGRollingFileAppender::setFileOptions(const I18NString& name, int append, 
       m_rolledFile =
           zebTranslate(SOURCE, __LINE__, [&] { return LOGRolledFile::of(absoluteNameOf(name)); });
     } catch (...) {
-      if (m_closed != 0) {
-        m_fileOpened = 0;  // so that the next event tries again
-      }
+      leaveToNextEvent(name);
       throw;
     }
     const OptionalTurn turn(m_rolledFile);
@@ -166,7 +175,21 @@ void LOGRollingFileAppender::subappend(LOGLoggingEvent* event) {
   }
 }
 
+/// The file that is rolled over is that of the name, which the program may have changed since one
+/// was opened.
+void LOGRollingFileAppender::takeName() {
+  if (!isRemembered(fileName)) {
+    auto file = LOGRolledFile::of(ZEBFmDir::absolutePath(fileName));
+    remember(fileName);
+    m_rolledFile = std::move(file);
+    m_rollovers = m_rolledFile->rollovers();
+  }
+}
+
 void LOGRollingFileAppender::rollOverUnlessDone() {
+  if (!attempt([this] { takeName(); })) {
+    return;  // the file goes on, and the next event tries again
+  }
   const OptionalTurn turn(m_rolledFile);
   if (hasBeenRolledOver()) {
     follow();
@@ -180,7 +203,7 @@ bool LOGRollingFileAppender::hasBeenRolledOver() const {
 }
 
 void LOGRollingFileAppender::follow() {
-  const Reopening reopening(m_isReopening);
+  const Reopening reopening(*this);
   reopenAppending();
 }
 
@@ -234,8 +257,9 @@ void LOGRollingFileAppender::removeOldestBackup() const {
 
 void LOGRollingFileAppender::renameReporting(int fromIndex, int toIndex) const {
   const I18NString from = backupName(m_absoluteName, fromIndex);
-  // A device under the name, such as /dev/null, stays: all programs would miss it.
-  if (ZEBFmDir::isDevice(from) != 0 ||
+  // What the system has there, such as /dev/null and /dev/stdout, stays: all programs would miss
+  // it.
+  if (ZEBFmDir::isDevice(from) != 0 || ZEBFmDir::isLinkToOpenFile(from) != 0 ||
       ZEBFmDir::renameFile(from, backupName(m_absoluteName, toIndex)) == 0) {
     LOGLogLog::error("LOGRollingFileAppender::rollOver ---- Could not rename [" +
                      backupName(fileName, fromIndex) + "] to [" + backupName(fileName, toIndex) +
@@ -255,11 +279,14 @@ void LOGRollingFileAppender::shiftBackups() const {
 
 void LOGRollingFileAppender::rollOver() {
   ZEB_ASSERT(m_qw, SOURCE, 82);
+  if (!attempt([this] { takeName(); })) {
+    return;
+  }
   const OptionalTurn turn(m_rolledFile);
   if (m_rolledFile != nullptr) {
     m_rolledFile->countRollover();
   }
-  const Reopening reopening(m_isReopening);
+  const Reopening reopening(*this);
   attempt([this] {
     const unsigned int count = countingWriter() == nullptr ? 0 : countingWriter()->getCount();
     LOGLogLog::debug("LOGRollingFileAppender::rollOver count " + ZEBUtConvert::handleCvt(count));

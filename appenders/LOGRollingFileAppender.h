@@ -1,6 +1,7 @@
 #ifndef APPENDERS_LOGROLLINGFILEAPPENDER_H
 #define APPENDERS_LOGROLLINGFILEAPPENDER_H
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <vector>
@@ -29,12 +30,12 @@ class LOG4ZEB_EXPORT LOGRollingFileAppender : public LOGFileAppender {
 
   /// Bytes. A limit of 4 GiB or more is never reached, because bytes are counted modulo 2^32.
   std::uint64_t getMaximumFileSize() const { return maxFileSize; }
-  void setMaximumFileSize(std::uint64_t bytes) { maxFileSize = bytes; }
+  void setMaximumFileSize(std::uint64_t bytes);
   /// Does nothing, on purpose: the size is set as a number.
   void setMaxFileSize(const I18NString& value);
   /// How many backups are kept; below 1 none is, and a full file is truncated.
   int getMaxBackupIndex() const { return maxBackupIndex; }
-  void setMaxBackupIndex(int index) { maxBackupIndex = index; }
+  void setMaxBackupIndex(int index);
   /// Whether the configuration may put the process id into the file's name.
   int getAddProcID() const { return addProcID; }
   void setAddProcID(int add) { addProcID = add; }
@@ -58,6 +59,7 @@ class LOG4ZEB_EXPORT LOGRollingFileAppender : public LOGFileAppender {
   void follow();
   /// Opens the file without emptying it, now or, where that fails, with the next event.
   void reopenAppending();
+  void takeName();
   void rollOverUnlessDone();
   I18NString backupName(const I18NString& base, int index) const;
   std::vector<int> candidateBackups() const;
@@ -69,9 +71,9 @@ class LOG4ZEB_EXPORT LOGRollingFileAppender : public LOGFileAppender {
   /// The writer in use, null when the program has set another one.
   LOGCountingQuietWriter* countingWriter() const;
 
-  std::uint64_t maxFileSize = DEFAULT_MAXIMUM_FILE_SIZE;
-  int maxBackupIndex = 1;
-  int addProcID = 1;
+  std::atomic<std::uint64_t> maxFileSize{DEFAULT_MAXIMUM_FILE_SIZE};
+  std::atomic<int> maxBackupIndex{1};
+  std::atomic<int> addProcID{1};
   std::shared_ptr<LOGRolledFile> m_rolledFile;  // null until it is opened
   unsigned int m_rollovers = 0;                 // of that file, when it was opened
   bool m_isBeyondCounting = false;              // the file had 4 GiB or more when it was opened

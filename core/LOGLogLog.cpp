@@ -140,7 +140,8 @@ void LOGLogLog::openDebugFile(const I18NString& name) {
   auto file = zebTranslate("LOGLogLog", __LINE__, [] { return std::make_unique<ZEBFmFile>(); });
   const int mode =
       ZEBFmDir::exists(name, ZEBFmDir::READ_WRITE_FILE) != 0 ? ZEBFmFile::APPEND : ZEBFmFile::WRITE;
-  if (file->open(name, mode) == 0) {
+  const bool mayWait = false;  // the log calls would, each for a pipe that nobody reads
+  if (file->open(name, mode, mayWait) == 0) {
     // Not initialised, so that the next message tries again.
     m_fileLogEnabled = 0;
     return;

@@ -22,12 +22,13 @@ class ZEBFmChannel {
 
   /// Opens the named file for appending, creating it if it is absent; `truncate` empties it. The
   /// file is not inherited by programs that the process starts, and others may rename and remove it
-  /// while it is open.
-  static Opened open(const I18NString& name, bool truncate);
+  /// while it is open. A pipe that nobody reads is waited for, or, unless `mayWait`, is an error.
+  static Opened open(const I18NString& name, bool truncate, bool mayWait);
   /// Uses a standard stream, numbered as in ZEBFmFile, without owning it.
   static Opened attachStandard(int stream);
-  /// How long the end of the process waits for locks. Where the system has ended all other threads
-  /// by then, the locks that they held are never left; that must not keep the process from ending.
+  /// How long the end of the process waits for locks. Those of a thread that is stuck in a write,
+  /// or that the system has ended by then, are never left; that must not keep the process from
+  /// ending.
   static std::chrono::seconds patienceAtEnd() noexcept;
   /// The error of an operation on a file that is not open.
   static int notOpenError() noexcept;

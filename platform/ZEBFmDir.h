@@ -22,6 +22,9 @@ class ZEBFmDir {
   static int exists(const I18NString& name, int mode);
   /// 1 when the name is that of a device, a pipe or a socket; 0 when the system fails to tell.
   static int isDevice(const I18NString& name);
+  /// 1 when the name is a link, perhaps by way of others, to a file that a process has open, as
+  /// /dev/stdout is; 0 when the system fails to tell.
+  static int isLinkToOpenFile(const I18NString& name);
   /// Splits before the file name: the directory part without its last separator (but "/" whole,
   /// and on Windows "C:" and "C:\"), empty when there is none, and the file part.
   static std::pair<I18NString, I18NString> splitPath(const I18NString& name);

@@ -590,11 +590,11 @@ int ZEBFmFile::succeeded(int error) noexcept {
   return error == 0 ? 1 : 0;
 }
 
-int ZEBFmFile::open(const I18NString& name, int mode) {
+int ZEBFmFile::open(const I18NString& name, int mode, bool mayWait) {
   close();
   const bool goesOn = m_endsInHalf && m_name == name && mode != TRUNCATE;
   m_name = name;
-  ZEBFmChannel::Opened opened = ZEBFmChannel::open(name, mode == TRUNCATE);
+  ZEBFmChannel::Opened opened = ZEBFmChannel::open(name, mode == TRUNCATE, mayWait);
   if (opened.error != 0) {
     return succeeded(opened.error);
   }

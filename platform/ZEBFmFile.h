@@ -37,8 +37,8 @@ class LOG4ZEB_EXPORT ZEBFmFile {
   ~ZEBFmFile();
 
   /// Opens the named file; a file that was open is closed first. Returns 1, or 0 with the reason in
-  /// getLastError().
-  int open(const I18NString& name, int mode);
+  /// getLastError(). A pipe that nobody reads is waited for, or, unless `mayWait`, is an error.
+  int open(const I18NString& name, int mode, bool mayWait = true);
   /// Attaches to standard output or standard error, which closing this object leaves open. Returns
   /// 1, or 0 when that stream is not open in the process.
   int attachStandard(int stream);

@@ -99,8 +99,11 @@ std::string readFile(const I18NString& fileName) {
   if (std::filesystem::is_directory(path, unknown)) {
     refuse("the file is a directory");
   }
-  errno = 0;
-  std::ifstream file(path, std::ios::binary);
+  std::ifstream file;
+  do {
+    errno = 0;
+    file.open(path, std::ios::binary);
+  } while (!file.is_open() && errno == EINTR);  // a signal, while it waits for a pipe's writer
   if (!file) {
     refuse("the file cannot be opened: " + std::generic_category().message(errno));
   }

@@ -18,6 +18,7 @@
 #include <string>
 #include <vector>
 
+#include "appenders/LOGRollingFileAppender.h"
 #include "core/LOGDefaultRepositorySelector.h"
 #include "core/LOGHierarchy.h"
 #include "core/LOGRootLogger.h"
@@ -717,6 +718,29 @@ TEST(AllocationFault, LetsTheNextEventActivateASyslogAppender) {
   }
   EXPECT_GT(n, 2);
   EXPECT_EQ(Workplace::diagnosticsWith("No syslog host is set"), 0);
+}
+
+TEST(AllocationFault, LetsTheNextEventOpenAFile) {
+  const Workplace workplace;
+  LOGLayout plain;
+  const I18NString name = "file-with-a-name-that-needs-memory.out";
+  for (const bool isRolling : {false, true}) {
+    long n = 0;
+    for (bool hasFailed = true; hasFailed;) {
+      SCOPED_TRACE((isRolling ? "rolling " : "plain ") + std::to_string(n + 1));
+      const std::unique_ptr<LOGFileAppender> file(isRolling ? new LOGRollingFileAppender
+                                                            : new LOGFileAppender);
+      file->setLayout(&plain);
+      FailingHeap::fail(++n, Mode::One);
+      EXPECT_NO_THROW(file->setFile(name, 1, 0, 1));
+      hasFailed = FailingHeap::end();
+      TestEvent event("a", "INFO", LONG_TEXT);
+      file->activateOptions();
+      file->doAppend(&event);
+      EXPECT_EQ(linesOf(takeOutputs()), Lines{LONG_TEXT});
+    }
+    EXPECT_GT(n, 10);
+  }
 }
 
 TEST(AllocationFault, NeitherTearsNorRepeatsALine) {

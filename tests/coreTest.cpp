@@ -7,7 +7,9 @@
 #include <thread>
 
 #ifdef __linux__
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 #endif
 
 #include "core/LOGHashtable.h"
@@ -338,6 +340,29 @@ TEST(Diagnostics, TryAgainWhenTheirFileCannotBeOpened) {
   LOGLogLog::debug("kept");
   EXPECT_EQ(Workplace::read("later/d.log"), "log4zeb: kept\r\n");
 }
+
+#ifdef __linux__
+TEST(Diagnostics, GoToAPipeFromWhenItHasAReaderOn) {
+  Workplace workplace;
+  fs::remove("log4zeb.log");
+  ASSERT_EQ(mkfifo("log4zeb.log", 0600), 0);
+  alarm(60);  // ends a test that waits for ever, as whoever opens a pipe without a reader does
+  LOGLogLog::debug("lost");
+  const int reader = open("log4zeb.log", O_RDONLY | O_NONBLOCK);
+  const std::string message(3 * static_cast<std::size_t>(fcntl(reader, F_GETPIPE_SZ)), 'x');
+  const std::string line = "log4zeb: " + message + "\r\n";
+  std::thread logging([&] { LOGLogLog::debug(I18NString(message)); });
+  std::string got;
+  for (char piece[4096]; got.size() < line.size();) {
+    const ssize_t size = read(reader, piece, sizeof piece);
+    got.append(piece, size > 0 ? static_cast<std::size_t>(size) : 0);
+  }
+  logging.join();
+  alarm(0);
+  close(reader);
+  EXPECT_TRUE(got == line) << "whole, although the pipe was full meanwhile";
+}
+#endif
 
 TEST(Diagnostics, KeepLinesOfManyThreadsWhole) {
   Workplace workplace;

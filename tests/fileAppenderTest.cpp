@@ -3,7 +3,18 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <memory>
 #include <thread>
+
+#ifndef _WIN32
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <csignal>
+#endif
 
 #include "appenders/LOGOnlyOnceErrorHandler.h"
 #include "appenders/LOGRollingFileAppender.h"
@@ -13,6 +24,7 @@
 #include "core/LOGManager.h"
 #include "layouts/LOGLayout.h"
 #include "platform/IZEBConfiguration.h"
+#include "platform/ZEBAssertError.h"
 #include "platform/ZEBConfigurationFactory.h"
 #include "support/Workplace.h"
 
@@ -65,6 +77,65 @@ class ActingMessage : public LOGObject {
  private:
   std::function<void()> m_act;
 };
+
+/// A resolver of file names that first does something, in force while it lives.
+class ActingResolver : public IZEBConfiguration {
+ public:
+  explicit ActingResolver(std::function<void()> act) : m_act(std::move(act)) {
+    ZEBConfigurationFactory::setInstance(this);
+  }
+  ActingResolver(const ActingResolver&) = delete;
+  ActingResolver& operator=(const ActingResolver&) = delete;
+  ~ActingResolver() override { ZEBConfigurationFactory::setInstance(nullptr); }
+  I18NString resolvePath(const I18NString& name) const override {
+    m_act();
+    return name;
+  }
+
+ private:
+  const std::function<void()> m_act;
+};
+
+#ifndef _WIN32
+/// Memory whose beginning or end can be taken away: whoever uses it next first gets it back and
+/// calls a function.
+class InterruptingMemory {
+ public:
+  explicit InterruptingMemory(std::function<void()> onUse) : m_onUse(std::move(onUse)) {
+    s_current = this;
+    struct sigaction action {};
+    action.sa_handler = [](int) {
+      s_current->giveBack();
+      s_current->m_onUse();
+    };
+    sigaction(SIGSEGV, &action, &m_before);
+  }
+  InterruptingMemory(const InterruptingMemory&) = delete;
+  InterruptingMemory& operator=(const InterruptingMemory&) = delete;
+  ~InterruptingMemory() {
+    sigaction(SIGSEGV, &m_before, nullptr);
+    munmap(m_memory, 2 * m_page);
+  }
+
+  /// The place for an object whose beginning has so many bytes.
+  void* placeWith(std::size_t bytes) { return end() - bytes; }
+  void takeBeginning() { mprotect(m_memory, m_page, PROT_NONE); }
+  void takeEnd() { mprotect(end(), m_page, PROT_NONE); }
+  void giveBack() { mprotect(m_memory, 2 * m_page, PROT_READ | PROT_WRITE); }
+
+ private:
+  char* end() { return static_cast<char*>(m_memory) + m_page; }
+
+  static InterruptingMemory* s_current;
+  const std::size_t m_page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+  void* const m_memory =
+      mmap(nullptr, 2 * m_page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  const std::function<void()> m_onUse;
+  struct sigaction m_before {};
+};
+
+InterruptingMemory* InterruptingMemory::s_current = nullptr;
+#endif
 
 }  // namespace
 
@@ -152,9 +223,48 @@ TEST_F(FileAppenderTest, ReportsBufferedRecordsThatAreLost) {
   append(appender, "buffered");
   EXPECT_TRUE(Workplace::diagnosticsWith("ERROR") == 0);
   appender.close();
+  { LOGFileAppender(&layout, Workplace::FULL_DISK, 1, 1, 4096).setFile("other"); }
+  EXPECT_EQ(Workplace::diagnosticsWith("ERROR"), 1) << "nothing is lost where nothing was logged";
+  for (const bool isRolling : {false, true}) {
+    const std::unique_ptr<LOGFileAppender> dying(isRolling ? new LOGRollingFileAppender
+                                                           : new LOGFileAppender);
+    dying->setLayout(&layout);
+    dying->setFile(Workplace::FULL_DISK, 1, 1, 4096);
+    append(*dying, "buffered");
+  }
   EXPECT_EQ(Workplace::diagnosticsEqual(
                 "log4zeb:ERROR LOGQuietWriter::close -- ZEBThrowable exception occurred"),
-            1);
+            3);
+}
+
+TEST_F(FileAppenderTest, TriesAgainWithTheNextEventAfterAnExceptionInOpening) {
+  for (const bool isRolling : {false, true}) {
+    SCOPED_TRACE(isRolling ? "rolling" : "plain");
+    Workplace::write("t.log", "old");
+    int failures = 1;
+    const ActingResolver resolver([&] {
+      if (failures-- > 0) {
+        ZEBAssertError::fail("not now", "test", 1);
+      }
+    });
+    const std::unique_ptr<LOGFileAppender> constructed(
+        isRolling ? new LOGRollingFileAppender(&layout, "c.log", 0)
+                  : new LOGFileAppender(&layout, "c.log", 0, 0, 1));
+    append(*constructed, "1");
+    EXPECT_EQ(Workplace::lines("c.log"), (Lines{"1"}));
+    failures = 2;
+    const std::unique_ptr<LOGFileAppender> told(isRolling ? new LOGRollingFileAppender
+                                                          : new LOGFileAppender);
+    told->setLayout(&layout);
+    told->setFile("t.log", 0, 1, 4096);
+    EXPECT_EQ(told->getFile(), I18NString("t.log"));
+    append(*told, "lost");
+    append(*told, "2");
+    EXPECT_EQ(Workplace::read("t.log"), "") << "emptied and buffered, as was said";
+    EXPECT_EQ(told->getBufferSize(), 4096);
+    told->close();
+    EXPECT_EQ(Workplace::lines("t.log"), (Lines{"2"}));
+  }
 }
 
 TEST_F(FileAppenderTest, TakesAnEarlierErrorHandlerBackIntoUse) {
@@ -280,8 +390,146 @@ TEST_F(RollingFileAppenderTest, RenamesNoDevice) {
   EXPECT_EQ(Workplace::diagnosticsEqual("log4zeb:ERROR LOGRollingFileAppender::rollOver ---- Could "
                                         "not rename [device] to [device.1]"),
             2);
+  // As /dev/stdout, whatever the stream leads to.
+  const int stream = open("redirected", O_WRONLY | O_CREAT, 0600);
+  fs::create_symlink("/proc/self/fd/" + std::to_string(stream), "link");
+  fs::create_symlink("link", "stream");
+  LOGRollingFileAppender onStream(&layout, "stream");
+  onStream.setMaximumFileSize(5);
+  append(onStream, "aaa");
+  close(stream);
+  EXPECT_TRUE(fs::is_symlink("stream") && fs::is_symlink("link"));
+  EXPECT_FALSE(fs::exists(fs::symlink_status("stream.1")));
+  fs::create_symlink("redirected", "alias");
+  LOGRollingFileAppender onAlias(&layout, "alias");
+  onAlias.setMaximumFileSize(5);
+  append(onAlias, "aaa");
+  EXPECT_TRUE(fs::is_symlink("alias.1")) << "a link of the user's own moves";
+}
+
+TEST_F(RollingFileAppenderTest, RefusesNoEventDuringTheRolloverOfAnotherThread) {
+  // The appender stands where one part of it after the other is out of reach of the thread that
+  // logs, so that the rollover begins, or comes to its end, between any two looks at it.
+  const auto soon = [](const std::atomic<bool>& condition) {  // what holds a lock may keep it false
+    for (int i = 0; i < 20 && !condition; ++i) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+  };
+  const auto wait = [](const std::atomic<bool>& condition) {
+    while (!condition) {
+      std::this_thread::yield();
+    }
+  };
+  constexpr std::size_t STEP = sizeof(void*);
+  for (std::size_t i = 2; i < 2 * sizeof(LOGAppenderSkeleton) / STEP; ++i) {
+    const bool isUnderWay = i % 2 == 0;
+    std::atomic<bool> mayBegin{isUnderWay};
+    std::atomic<bool> mayEnd{true};
+    std::atomic<bool> isReopening{false};
+    std::atomic<bool> isOver{false};
+    std::atomic<bool> isLogged{false};
+    const ActingResolver resolver([&] {
+      isReopening = true;
+      wait(mayEnd);
+    });
+    InterruptingMemory memory([&] {
+      (isUnderWay ? mayEnd : mayBegin) = true;
+      soon(isUnderWay ? isOver : isReopening);
+    });
+    auto* const rolling = new (memory.placeWith(i / 2 * STEP)) LOGRollingFileAppender(&layout, "i");
+    rolling->setMaximumFileSize(5);
+    mayEnd = false;
+    isReopening = false;
+    std::thread rollingOver([&] {
+      wait(mayBegin);
+      append(*rolling, "aaa");
+      isOver = true;
+    });
+    if (isUnderWay) {
+      wait(isReopening);
+    }
+    LOGObject message{I18NString("b")};
+    LOGLoggingEvent event("fqn", LOGManager::getLogger("file"),
+                          LOGLevel::toLevel(LOGLevel::INFO_RANK), &message);
+    isUnderWay ? memory.takeEnd() : memory.takeBeginning();
+    std::thread logging([&] {
+      rolling->LOGAppenderSkeleton::doAppend(&event);  // which does not use the beginning
+      isLogged = true;
+    });
+    soon(isLogged);
+    memory.giveBack();
+    mayBegin = true;
+    mayEnd = true;
+    rollingOver.join();
+    logging.join();
+    const Lines now = Workplace::lines("i");
+    const Lines before = Workplace::lines("i.1");
+    EXPECT_EQ(
+        std::count(now.begin(), now.end(), "b") + std::count(before.begin(), before.end(), "b"), 1)
+        << i;
+    rolling->~LOGRollingFileAppender();
+    fs::remove("i");
+    fs::remove("i.1");
+  }
+  EXPECT_EQ(Workplace::diagnosticsWith(CLOSED), 0);
 }
 #endif
+
+TEST_F(RollingFileAppenderTest, TakesOtherOptionsWhileAThreadLogs) {
+  append(appender, "aaa");
+  std::atomic<int> rollovers{0};
+  std::thread logging([&] {
+    for (; rollovers < 500; ++rollovers) {
+      append(appender, "aaa");
+    }
+  });
+  for (int i = 1; rollovers < 500; ++i) {
+    appender.setMaximumFileSize(static_cast<unsigned>(4 + i % 2));
+    appender.setMaxBackupIndex(i % 4);
+    appender.setAppend(i % 2);
+    appender.setBufferedIO(i % 2);
+    appender.setBufferSize(i);
+    EXPECT_EQ(appender.getFileCopy(), I18NString("r.log"));
+    EXPECT_EQ(appender.getBufferSize(), i) << "a rollover has set back what was set during it";
+    EXPECT_EQ(appender.getBufferedIO(), i % 2);
+    EXPECT_EQ(appender.getMaxBackupIndex() + appender.getMaximumFileSize(), i % 4 + 4 + i % 2);
+    EXPECT_LE(appender.getAppend(), 1);
+  }
+  logging.join();
+}
+
+TEST_F(RollingFileAppenderTest, RollsOverTheFileThatItsNameIs) {
+  append(appender, "a");
+  Workplace::write("n2.log", "found\r\n");
+  appender.setFile("n2.log");
+  append(appender, "b");  // fills r.log
+  EXPECT_EQ(Workplace::lines("r.log"), (Lines{"a", "b"}));
+  EXPECT_EQ(Workplace::lines("n2.log.1"), (Lines{"found"}));
+  EXPECT_EQ(Workplace::read("n2.log"), "");
+  LOGRollingFileAppender other(&layout, "n2.log");
+  appender.setFile("n3.log");
+  other.rollOver();
+  append(appender, "ccc");
+  EXPECT_EQ(Workplace::diagnosticsEqual("log4zeb:ERROR LOGRollingFileAppender::rollOver ---- Could "
+                                        "not rename [n3.log] to [n3.log.1]"),
+            0)
+      << "it has followed to the other name before";
+  EXPECT_EQ(Workplace::lines("n3.log.1"), (Lines{"ccc"}));
+
+  appender.close();
+  Workplace::clearDiagnostics();
+  appender.rollOver();  // of a file without a name
+  EXPECT_TRUE(fs::exists("n3.log"));
+  EXPECT_EQ(Workplace::lines("n3.log.1"), (Lines{"ccc"}));
+  EXPECT_EQ(Workplace::diagnosticsEqual("log4zeb:ERROR LOGRollingFileAppender::rollOver ---- Could "
+                                        "not rename [] to [.1]"),
+            1);
+  append(appender, "refused");
+  EXPECT_EQ(Workplace::diagnosticsWith(CLOSED), 1);
+  appender.setFile("n3.log", 1, 0, 1);
+  append(appender, "d");
+  EXPECT_EQ(Workplace::lines("n3.log"), (Lines{"d"}));
+}
 
 TEST_F(RollingFileAppenderTest, FindsTheBackupsOfAHugeIndexByReadingTheDirectory) {
   appender.setMaxBackupIndex(2000000000);

@@ -6,7 +6,9 @@
 #include <windows.h>
 #else
 #include <fcntl.h>
+#include <sys/ioctl.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <unistd.h>
 #endif
 
@@ -22,6 +24,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "platform/ZEBAssertError.h"
@@ -363,6 +366,28 @@ TEST_F(FmFile, WritesItsBufferAtTheEndOfTheProcess) {
     neverClosed->open("log", ZEBFmFile::APPEND);
     neverClosed->setBufferSize(1000);
     return writeText(*neverClosed, "last words") == 10 && Workplace::read("log").empty();
+  });
+  EXPECT_EQ(Workplace::read("log"), "last words");
+}
+
+TEST_F(FmFile, IsNotWaitedForAtTheEndOfTheProcessByMoreThanSeconds) {
+  expectInChild([] {
+    alarm(60);  // ends the process where waiting does not
+    static ZEBFmFile* const stuck = new ZEBFmFile;
+    static ZEBFmFile* const other = new ZEBFmFile;
+    bool held = mkfifo("pipe", 0600) == 0;
+    const int reader = open("pipe", O_RDONLY | O_NONBLOCK);  // which never reads
+    held = held && stuck->open("pipe", ZEBFmFile::APPEND) == 1;
+    held = held && other->open("log", ZEBFmFile::APPEND) == 1;
+    stuck->setBufferSize(10);
+    other->setBufferSize(1000);
+    held = held && writeText(*other, "last words") == 10;
+    const int capacity = fcntl(reader, F_GETPIPE_SZ);
+    std::thread([=] { writeText(*stuck, std::string(2 * capacity, 'x')); }).detach();
+    for (int size = 0; size < capacity; ioctl(reader, FIONREAD, &size)) {
+      ZEBThread::sleep(1);
+    }
+    return held;
   });
   EXPECT_EQ(Workplace::read("log"), "last words");
 }

@@ -10,7 +10,12 @@
 #include <thread>
 
 #ifndef _WIN32
+#include <fcntl.h>
+#include <pthread.h>
 #include <sys/stat.h>
+#include <unistd.h>
+
+#include <csignal>
 #endif
 
 #include "config/LOG4ZEBConfigurator.h"
@@ -145,6 +150,36 @@ TEST(Watchdog, DoesNotWaitForWhoeverWritesToAPipe) {
   EXPECT_TRUE(eventually([&watchdog] { return watchdog.wasApplied() == 0; }));
   watchdog.stop();
   EXPECT_EQ(Workplace::diagnosticsEqual("log4zeb:ERROR Could not parse the document"), 1);
+}
+
+TEST(Reload, TakesADocumentFromAPipeAlsoWhenSignalsCome) {
+  Workplace workplace;
+  ASSERT_EQ(mkfifo("pipe", 0600), 0);
+  static std::atomic<int> signals{0};
+  struct sigaction action {};
+  action.sa_handler = [](int) { ++signals; };
+  sigaction(SIGUSR1, &action, nullptr);
+  std::atomic<int> result{-1};
+  std::thread reading([&] { result = LOG4ZEBConfigurator::initialize("pipe"); });
+  const auto disturb = [&] {
+    for (const int before = signals; signals < before + 20 && result == -1;) {
+      pthread_kill(reading.native_handle(), SIGUSR1);
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+  };
+  disturb();
+  const std::string text = document("f.log", "WARN");
+  int writer = -1;
+  while (writer < 0 && result == -1) {
+    writer = open("pipe", O_WRONLY | O_NONBLOCK);
+  }
+  EXPECT_EQ(write(writer, text.data(), 100), 100);
+  disturb();
+  EXPECT_EQ(write(writer, &text[100], text.size() - 100), static_cast<ssize_t>(text.size() - 100));
+  close(writer);
+  reading.join();
+  EXPECT_EQ(result, 1);
+  EXPECT_EQ(rootRank(), LOGLevel::WARN_RANK);
 }
 #endif
 

@@ -141,8 +141,10 @@ void ZEBFmChannel::look() noexcept {
   m_appends = m_owned || (fcntl(descriptor, F_GETFL) & O_APPEND) != 0;
 }
 
-ZEBFmChannel::Opened ZEBFmChannel::open(const I18NString& name, bool truncate) {
-  const int flags = O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | (truncate ? O_TRUNC : 0);
+ZEBFmChannel::Opened ZEBFmChannel::open(const I18NString& name, bool truncate, bool mayWait) {
+  // Writing waits all the same: see writeWhenPossible().
+  const int flags = O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | (truncate ? O_TRUNC : 0) |
+                    (mayWait ? 0 : O_NONBLOCK);
   const std::string path = name.toStdString();
   constexpr mode_t PERMISSIONS = 0666;
   const int descriptor = beyondStandardStreams(
@@ -165,8 +167,8 @@ ZEBFmChannel::Opened ZEBFmChannel::attachStandard(int stream) {
   return {std::make_unique<ZEBFmChannel>(stream, false), 0};
 }
 
-// The other threads still run, and leave what they hold.
-std::chrono::seconds ZEBFmChannel::patienceAtEnd() noexcept { return std::chrono::hours(1); }
+// The other threads still run, and leave what they hold, unless they are stuck in a write.
+std::chrono::seconds ZEBFmChannel::patienceAtEnd() noexcept { return std::chrono::seconds(5); }
 
 int ZEBFmChannel::notOpenError() noexcept { return EBADF; }
 

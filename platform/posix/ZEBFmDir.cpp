@@ -1,13 +1,17 @@
 #include "platform/ZEBFmDir.h"
 
 #include <dirent.h>
+#include <linux/magic.h>
 #include <sys/stat.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <memory>
+#include <system_error>
 
 #include "platform/posix/Uninterrupted.h"
 
@@ -54,6 +58,25 @@ int ZEBFmDir::isDevice(const I18NString& name) {
   struct stat status {};
   return statusOf(name, status) == 0 && !S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode) ? 1
                                                                                              : 0;
+}
+
+int ZEBFmDir::isLinkToOpenFile(const I18NString& name) {
+  constexpr int MOST_LINKS = 40;  // as the system itself follows
+  std::string path = name.toStdString();
+  struct stat status {};
+  for (int i = 0; i < MOST_LINKS && lstat(path.c_str(), &status) == 0 && S_ISLNK(status.st_mode);
+       ++i) {
+    const std::string directory = path.substr(0, path.rfind('/') + 1);  // empty where there is none
+    struct statfs fileSystem {};
+    if (statfs(directory.empty() ? "." : directory.c_str(), &fileSystem) == 0 &&
+        fileSystem.f_type == PROC_SUPER_MAGIC) {
+      return 1;
+    }
+    std::error_code unreadable;
+    const std::string target = std::filesystem::read_symlink(path, unreadable).string();
+    path = target.empty() || target.front() == '/' ? target : directory + target;
+  }
+  return 0;
 }
 
 std::pair<I18NString, I18NString> ZEBFmDir::splitPath(const I18NString& name) {

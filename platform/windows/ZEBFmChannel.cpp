@@ -71,7 +71,8 @@ void ZEBFmChannel::look() noexcept {
   m_appends = m_owned;
 }
 
-ZEBFmChannel::Opened ZEBFmChannel::open(const I18NString& name, bool truncate) {
+// Pipes are in no directory, and opening one never waits.
+ZEBFmChannel::Opened ZEBFmChannel::open(const I18NString& name, bool truncate, bool /*mayWait*/) {
   const std::wstring path = ZEBWindowsName::toPath(name);
   // A lock needs the right to read; where that is denied, the file can still be logged to.
   HANDLE file = openToAppend(path, FILE_READ_DATA, truncate);

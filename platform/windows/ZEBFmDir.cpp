@@ -108,6 +108,10 @@ int ZEBFmDir::isDevice(const I18NString&) {
   return 0;  // devices are in no directory
 }
 
+int ZEBFmDir::isLinkToOpenFile(const I18NString&) {
+  return 0;  // neither are standard streams
+}
+
 std::pair<I18NString, I18NString> ZEBFmDir::splitPath(const I18NString& name) {
   const std::string path = name.toStdString();
   const std::size_t end = path.find_last_of("/\\:");
