@@ -45,6 +45,7 @@ class LOG4ZEB_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
   /// events lost. Closed for good: nothing starts it again. Waits for a delivery that is under way,
   /// unless that one waits for the calling thread.
   void close() override;
+  void append(LOGLoggingEvent* event) override;
   int requiresLayout() override;
 
   /// Waits until what is queued now has been passed on. Returns 1, or 0 when the time, in
@@ -92,9 +93,6 @@ class LOG4ZEB_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
     LOGAsyncAppender& m_appender;
     bool m_hasBegun = false;
   };
-
- protected:
-  void append(LOGLoggingEvent* event) override;
 
  private:
   struct Parts;
