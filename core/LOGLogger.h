@@ -34,6 +34,8 @@ class LOG4ZEB_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
 
  public:
   ~LOGLogger() override;
+  /// Takes a copy of `level`; null makes the logger inherit. Throws ZEBOutOfMemoryError.
+  virtual void setLevel(LOGLevel* level);
 
   /// 1 when both are loggers of the same name, else 0.
   int operator==(const LOGObject& other) const override;
@@ -131,8 +133,6 @@ class LOG4ZEB_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   LOGLevel* getChainedLevel() const;
   /// The logger's own level, null while it inherits.
   const LOGLevel* getLevel() const { return m_level.load(std::memory_order_acquire); }
-  /// Takes a copy of `level`; null makes the logger inherit. Throws ZEBOutOfMemoryError.
-  virtual void setLevel(LOGLevel* level);
 
   LOGLogger* getParent() const { return m_parent.load(std::memory_order_acquire); }
   void setParent(LOGLogger* parent) {
