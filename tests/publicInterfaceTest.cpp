@@ -14,7 +14,6 @@
 #include "appenders/LOGOnlyOnceErrorHandler.h"
 #include "appenders/LOGRollingFileAppender.h"
 #include "appenders/LOGWriter.h"
-#include "core/LOGDefaultRepositorySelector.h"
 #include "core/LOGLevel.h"
 #include "core/LOGLogger.h"
 #include "core/LOGLoggerFactory.h"
@@ -411,7 +410,7 @@ TEST(PublicInterface, LetsFiltersConvertersAndParsersOfTheProgramDecideAndFormat
   EXPECT_NE(row.indexOf("&lt;at&gt;"), -1);
 }
 
-// ---- loggers, their factory and repository, messages, renderers -------------------------------
+// ---- loggers and their factory, messages, renderers -------------------------------------------
 
 class Audit : public LOGLogger {
  public:
@@ -437,11 +436,6 @@ class Factory : public LOGLoggerFactory {
   LOGLogger* makeNewLoggerInstance(const I18NString& name) override { return new Audit(name); }
 };
 
-class Selector : public LOGDefaultRepositorySelector {
- public:
-  using LOGDefaultRepositorySelector::LOGDefaultRepositorySelector;
-};
-
 class Order : public LOGObject {
  public:
   explicit Order(int number) {
@@ -460,9 +454,6 @@ class OrderRenderer : public LOGObjectRenderer {
 };
 
 TEST(PublicInterface, TakesLoggersMessagesAndRenderersOfTheProgram) {
-  Selector selector(LOGManager::getLoggerRepository());
-  LOGObject guard = I18NString("mine");
-  LOGManager::setRepositorySelector(&selector, &guard);
   Factory factory;
   auto* const audit = static_cast<Audit*>(LOGManager::getLogger("audit", &factory));
   EXPECT_EQ(audit->state(), "audit additive inherits below the root known 0");
