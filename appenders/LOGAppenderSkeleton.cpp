@@ -27,11 +27,11 @@ LOGAppenderSkeleton::LOGAppenderSkeleton(const LOGAppenderSkeleton& other)
       LOGObject(other),
       m_name(other.m_name),
       m_closed(other.m_closed.load()),
-      m_tailFilter(other.m_tailFilter.load()),
-      m_headFilter(other.m_headFilter.load()),
+      m_tailFilter(other.m_tailFilter),
+      m_headFilter(other.m_headFilter),
       m_errorHandler(other.cloneOfErrorHandler()),
-      m_layout(other.m_layout.load()),
-      m_threshold(other.m_threshold.load()),
+      m_layout(other.m_layout),
+      m_threshold(other.m_threshold),
       m_stale(other.m_stale.load()),
       m_closeRequested(other.m_closeRequested.load()) {}
 
@@ -41,10 +41,10 @@ LOGAppenderSkeleton& LOGAppenderSkeleton::operator=(const LOGAppenderSkeleton& o
     LOGObject::operator=(other);
     m_name = other.m_name;
     m_closed = other.m_closed.load();
-    m_tailFilter = other.m_tailFilter.load();
-    m_headFilter = other.m_headFilter.load();
-    m_layout = other.m_layout.load();
-    m_threshold = other.m_threshold.load();
+    m_tailFilter = other.m_tailFilter;
+    m_headFilter = other.m_headFilter;
+    m_layout = other.m_layout;
+    m_threshold = other.m_threshold;
     m_stale = other.m_stale.load();
     m_closeRequested = other.m_closeRequested.load();
   }
@@ -128,7 +128,7 @@ void LOGAppenderSkeleton::addFilter(LOGFilter* newFilter) {
     return;
   }
   ZEB_ASSERT(m_tailFilter, SOURCE, 162);
-  m_tailFilter.load()->next = newFilter;
+  m_tailFilter->next = newFilter;
   m_tailFilter = newFilter;
 }
 

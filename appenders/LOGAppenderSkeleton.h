@@ -9,6 +9,8 @@
 #include "appenders/LOGErrorHandler.h"
 #include "core/LOGMutex.h"
 #include "core/LOGObject.h"
+#include "platform/ZEBOwnedPointer.h"
+#include "platform/ZEBSharedPointer.h"
 
 class LOGLevel;
 
@@ -30,6 +32,8 @@ class LOG4ZEB_EXPORT LOGAppenderSkeleton : public LOGMutex, public LOGAppender, 
 
   /// Called before every event, possibly by two threads at once: cheap once the appender works.
   virtual void activateOptions();
+  /// Writes the event; called by doAppend(), under the appender's lock. Does nothing here.
+  virtual void append(LOGLoggingEvent* event);
 
   /// Appends the event if the appender is open and threshold and filters let it pass. Failures of
   /// the library's family, and failed allocations, are reported and end here; others are reported
@@ -81,11 +85,15 @@ class LOG4ZEB_EXPORT LOGAppenderSkeleton : public LOGMutex, public LOGAppender, 
   int operator!=(const LOGAppenderSkeleton& other) const { return *this == other ? 0 : 1; }
   int operator==(const LOGObject& other) const override;
   int operator!=(const LOGObject& other) const override;
+  // Without these C++20 compares with the operands exchanged.
+  friend int operator==(const LOGObject& a, const LOGAppenderSkeleton& b) {
+    return a.operator==(b);
+  }
+  friend int operator!=(const LOGObject& a, const LOGAppenderSkeleton& b) {
+    return a.operator!=(b);
+  }
 
  protected:
-  /// Writes the event; called under the appender's lock. Does nothing here.
-  virtual void append(LOGLoggingEvent* event);
-
   /// Says in the diagnostics that an event was refused.
   void reportClosed() const;
 
@@ -98,11 +106,11 @@ class LOG4ZEB_EXPORT LOGAppenderSkeleton : public LOGMutex, public LOGAppender, 
 
   I18NString m_name;
   std::atomic<int> m_closed{0};
-  std::atomic<LOGFilter*> m_tailFilter{nullptr};
-  std::atomic<LOGFilter*> m_headFilter{nullptr};
-  std::unique_ptr<LOGErrorHandler> m_errorHandler;  // guarded by the appender's lock
-  std::atomic<LOGLayout*> m_layout{nullptr};
-  std::atomic<const LOGLevel*> m_threshold{nullptr};
+  ZEBSharedPointer<LOGFilter> m_tailFilter;
+  ZEBSharedPointer<LOGFilter> m_headFilter;
+  ZEBOwnedPointer<LOGErrorHandler> m_errorHandler;  // guarded by the appender's lock
+  ZEBSharedPointer<LOGLayout> m_layout;
+  ZEBSharedPointer<const LOGLevel> m_threshold;
   std::atomic<int> m_stale{0};
   std::atomic<bool> m_closeRequested{false};  // set by close()
   /// Counts beginnings and ends of the times in which the holder of the lock has closed the

@@ -47,6 +47,7 @@ class LOG4ZEB_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
   /// events lost. Closed for good: nothing starts it again. Waits for a delivery that is under way,
   /// unless it is called under a lock, from within a call that logs or from a delivery.
   void close() override;
+  void append(LOGLoggingEvent* event) override;
   int requiresLayout() override;
 
   /// Waits until what is queued now, and what threads wait to queue, has been passed on. Returns 1,
@@ -93,9 +94,6 @@ class LOG4ZEB_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
     std::vector<std::shared_ptr<Core>> m_cores;  // each behind those that it passes events on to
     std::set<const Core*> m_seen;
   };
-
- protected:
-  void append(LOGLoggingEvent* event) override;
 
  private:
   class Arrival;

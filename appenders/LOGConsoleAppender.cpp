@@ -112,7 +112,7 @@ void LOGConsoleAppender::closeWriter() {
 void LOGConsoleAppender::setQWForFiles() {
   delete std::exchange(m_qw, nullptr);
   ZEB_ASSERT(m_outFile, SOURCE, 231);
-  m_qw = zebTranslate(SOURCE, 232, [this] { return new LOGQuietWriter(nullptr, m_outFile.get()); });
+  m_qw = zebTranslate(SOURCE, 232, [this] { return new LOGQuietWriter(nullptr, m_outFile); });
 }
 
 void LOGConsoleAppender::subappend(LOGLoggingEvent* event) {
@@ -128,5 +128,5 @@ void LOGConsoleAppender::subappend(LOGLoggingEvent* event) {
   if (checkEntryConditions() == 0) {
     return;  // rendering the message has closed this appender
   }
-  m_qw->stWrite(m_outFile.get(), text);
+  m_qw->stWrite(m_outFile, text);
 }

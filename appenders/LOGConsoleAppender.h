@@ -1,10 +1,9 @@
 #ifndef APPENDERS_LOGCONSOLEAPPENDER_H
 #define APPENDERS_LOGCONSOLEAPPENDER_H
 
-#include <memory>
-
 #include "appenders/LOGWriterAppender.h"
 #include "platform/ZEBFmFile.h"
+#include "platform/ZEBOwnedPointer.h"
 
 /// Writes formatted events to standard output or standard error, each at once. The program's own
 /// use of the streams is not affected, and closing the appender leaves them open. Two console
@@ -35,18 +34,19 @@ class LOG4ZEB_EXPORT LOGConsoleAppender : public LOGWriterAppender {
   /// Reports that a target is not known; the value does not show.
   void targetWarn(const I18NString& value);
 
- protected:
+  // All of these run under the appender's lock.
   int checkEntryConditions() override;
   void closeWriter() override;
   void subappend(LOGLoggingEvent* event) override;
   /// Puts a writer for m_outFile in place of the one there.
   virtual void setQWForFiles();
 
+ protected:
+  I18NString target;                     // guarded by the appender's lock
+  ZEBOwnedPointer<ZEBFmFile> m_outFile;  // guarded by the appender's lock
+
  private:
   void openTarget(const I18NString& value);
-
-  I18NString target;                     // guarded by the appender's lock
-  std::unique_ptr<ZEBFmFile> m_outFile;  // guarded by the appender's lock
 };
 
 #endif

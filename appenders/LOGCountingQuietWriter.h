@@ -21,7 +21,7 @@ class LOG4ZEB_EXPORT LOGCountingQuietWriter : public LOGQuietWriter {
   unsigned int getCount() const { return count; }
   void setCount(unsigned int bytes) { count = bytes; }
 
- private:
+ protected:
   std::atomic<unsigned int> count{0};
 };
 

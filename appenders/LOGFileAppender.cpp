@@ -139,10 +139,10 @@ LOG4ZEB_HOT void LOGFileAppender::subappend(LOGLoggingEvent* event) {
   if (checkEntryConditions() == 0) {
     return;  // rendering the message has closed this appender
   }
-  m_qw->write(m_file.get(), text);
+  m_qw->write(m_file, text);
   m_text = std::move(text);
   if (immediateFlush == 1) {
-    m_qw->flush(m_file.get());
+    m_qw->flush(m_file);
   }
 }
 
@@ -157,12 +157,12 @@ void LOGFileAppender::replaceWriter(LOGQuietWriter* writer) { delete std::exchan
 
 void LOGFileAppender::setQWForFiles() {
   replaceWriter(
-      zebTranslate(SOURCE, __LINE__, [this] { return new LOGQuietWriter(nullptr, m_file.get()); }));
+      zebTranslate(SOURCE, __LINE__, [this] { return new LOGQuietWriter(nullptr, m_file); }));
 }
 
 void LOGFileAppender::closeFile() {
   if (m_qw != nullptr && m_file != nullptr) {
-    m_qw->close(m_file.get());
+    m_qw->close(m_file);
   }
   m_closed = 1;
 }
@@ -267,7 +267,7 @@ LOGFileAppender::OpenResult LOGFileAppender::openRemembered(const I18NString& na
   m_fileOpened = 1;
   writeHeader();
   if (m_qw != nullptr) {
-    m_qw->flush(m_file.get());
+    m_qw->flush(m_file);
   }
   return OpenResult::Opened;
 }

@@ -3,10 +3,10 @@
 
 #include <atomic>
 #include <cstdint>
-#include <memory>
 
 #include "appenders/LOGWriterAppender.h"
 #include "platform/ZEBFmFile.h"
+#include "platform/ZEBOwnedPointer.h"
 
 /// Appends formatted events to a file, which other threads and processes may share: each event is
 /// one record, whole in the file, and with the operating system when the log call returns. With
@@ -64,14 +64,16 @@ class LOG4ZEB_EXPORT LOGFileAppender : public LOGWriterAppender {
   /// Has the operating system get what a dispatcher has held back. Takes the appender's lock.
   void handOver();
 
- protected:
+  // All of these run under the appender's lock.
   int checkEntryConditions() override;
   void subappend(LOGLoggingEvent* event) override;
   void resetWriter() override;
   /// Puts a writer for m_file in place of the one there.
   virtual void setQWForFiles();
-  /// Opens the file under the appender's lock; acts only while the appender is closed.
+  /// Opens the file; acts only while the appender is closed.
   virtual void setFileOptions(const I18NString& name, int append, int bufferedSwitch, int size);
+
+ protected:
   /// Closes the file and marks the appender closed; name and writer stay.
   void closeFile();
 
@@ -115,7 +117,7 @@ class LOG4ZEB_EXPORT LOGFileAppender : public LOGWriterAppender {
   I18NString fileName;
   std::atomic<int> bufferedIO{0};
   std::atomic<int> bufferSize{DEFAULT_BUFFER_SIZE};
-  std::unique_ptr<ZEBFmFile> m_file;
+  ZEBOwnedPointer<ZEBFmFile> m_file;
   /// The file's name from the root, kept from the first opening to close(), so that the program may
   /// change its working directory meanwhile.
   I18NString m_absoluteName;

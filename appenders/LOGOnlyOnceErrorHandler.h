@@ -18,7 +18,7 @@ class LOG4ZEB_EXPORT LOGOnlyOnceErrorHandler : public LOGErrorHandler {
   /// The clone of a handler that has reported stays silent.
   LOGObject* clone() const override;
 
- private:
+ protected:
   // Kept for those who read them in a debugger; the diagnostics put prefixes of their own.
   I18NString WARN_PREFIX;
   I18NString ERROR_PREFIX;

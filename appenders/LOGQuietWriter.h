@@ -45,9 +45,10 @@ class LOG4ZEB_EXPORT LOGQuietWriter : public ZEBFileLockRW {
   /// The handler is not owned, and never called here.
   void setErrorHandler(LOGErrorHandler* eh) { errorHandler = eh; }
 
- protected:
   /// Throws a ZEBSystemError with the file's name and its last error.
   [[noreturn]] static void throwFileError(ZEBFmFile* file);
+
+ protected:
   /// Appends the text to the file's end and returns how many bytes that were. Throws
   /// ZEBSystemError.
   static std::size_t appendBytes(ZEBFmFile& file, const I18NString& s);

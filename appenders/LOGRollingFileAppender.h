@@ -47,10 +47,14 @@ class LOG4ZEB_EXPORT LOGRollingFileAppender : public LOGFileAppender {
   /// under the appender's lock. Throws ZEBAssertError while the appender was never open.
   void rollOver();
 
- protected:
   void subappend(LOGLoggingEvent* event) override;
   void setQWForFiles() override;
   void setFileOptions(const I18NString& name, int append, int bufferedSwitch, int size) override;
+
+ protected:
+  std::atomic<std::uint64_t> maxFileSize{DEFAULT_MAXIMUM_FILE_SIZE};
+  std::atomic<int> maxBackupIndex{1};
+  std::atomic<int> addProcID{1};
 
  private:
   /// Whether another appender of this process has, since this one has opened the file.
@@ -71,9 +75,6 @@ class LOG4ZEB_EXPORT LOGRollingFileAppender : public LOGFileAppender {
   /// The writer in use, null when the program has set another one.
   LOGCountingQuietWriter* countingWriter() const;
 
-  std::atomic<std::uint64_t> maxFileSize{DEFAULT_MAXIMUM_FILE_SIZE};
-  std::atomic<int> maxBackupIndex{1};
-  std::atomic<int> addProcID{1};
   std::shared_ptr<LOGRolledFile> m_rolledFile;  // null until it is opened
   unsigned int m_rollovers = 0;                 // of that file, when it was opened
   bool m_isBeyondCounting = false;              // the file had 4 GiB or more when it was opened

@@ -67,7 +67,7 @@ void LOGWriterAppender::setErrorHandler(LOGErrorHandler* eh) {
 }
 
 void LOGWriterAppender::takeIntoUse(LOGErrorHandler* handler) {
-  if (handler == m_errorHandler.get()) {
+  if (handler == m_errorHandler) {
     return;
   }
   for (auto& replaced : m_replacedErrorHandlers) {

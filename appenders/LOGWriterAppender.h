@@ -37,7 +37,6 @@ class LOG4ZEB_EXPORT LOGWriterAppender : public LOGAppenderSkeleton {
   const I18NString& getEncoding() const { return encoding; }
   void setEncoding(const I18NString& name) { encoding = name; }
 
- protected:
   // All of these run under the appender's lock.
   void append(LOGLoggingEvent* event) override;
   /// Non-zero when an event can be written now.
@@ -45,6 +44,8 @@ class LOG4ZEB_EXPORT LOGWriterAppender : public LOGAppenderSkeleton {
   virtual void closeWriter();
   virtual void subappend(LOGLoggingEvent* event) = 0;
   virtual void resetWriter();
+
+ protected:
   /// No header or footer of a layout is ever written by this family: both do nothing.
   void writeHeader() {}
   void writeFooter() {}

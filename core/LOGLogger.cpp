@@ -73,7 +73,7 @@ LOGLogger::~LOGLogger() = default;
 
 int LOGLogger::operator==(const LOGObject& other) const {
   const auto* const logger = dynamic_cast<const LOGLogger*>(&other);
-  return logger != nullptr && m_name == logger->m_name ? 1 : 0;
+  return logger != nullptr && *this == *logger ? 1 : 0;
 }
 
 int LOGLogger::operator!=(const LOGObject& other) const { return *this == other ? 0 : 1; }

@@ -15,6 +15,7 @@
 #include "core/LOGLevel.h"
 #include "core/LOGMutex.h"
 #include "core/LOGObject.h"
+#include "platform/ZEBSharedPointer.h"
 
 class LOGDefaultLoggerFactory;
 class LOGHashtable;
@@ -34,10 +35,17 @@ class LOG4ZEB_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
 
  public:
   ~LOGLogger() override;
+  /// Takes a copy of `level`; null makes the logger inherit. Throws ZEBOutOfMemoryError.
+  virtual void setLevel(LOGLevel* level);
 
   /// 1 when both are loggers of the same name, else 0.
   int operator==(const LOGObject& other) const override;
   int operator!=(const LOGObject& other) const override;
+  // Forms for each pair of types, without which C++20 compares with the operands exchanged.
+  int operator==(const LOGLogger& other) const { return m_name == other.m_name ? 1 : 0; }
+  int operator!=(const LOGLogger& other) const { return *this == other ? 0 : 1; }
+  friend int operator==(const LOGObject& a, const LOGLogger& b) { return a.operator==(b); }
+  friend int operator!=(const LOGObject& a, const LOGLogger& b) { return a.operator!=(b); }
   /// Refuses: throws ZEBAssertError.
   LOGObject* clone() const override;
 
@@ -126,8 +134,6 @@ class LOG4ZEB_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   LOGLevel* getChainedLevel() const;
   /// The logger's own level, null while it inherits.
   const LOGLevel* getLevel() const { return m_level.load(std::memory_order_acquire); }
-  /// Takes a copy of `level`; null makes the logger inherit. Throws ZEBOutOfMemoryError.
-  virtual void setLevel(LOGLevel* level);
 
   LOGLogger* getParent() const { return m_parent.load(std::memory_order_acquire); }
   void setParent(LOGLogger* parent) {
@@ -182,6 +188,9 @@ class LOG4ZEB_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   static LOGLogger* exists(const I18NString& name);
   static void shutdown();
 
+  /// The class name that events are made with.
+  static const I18NString m_FQCN;
+
  protected:
   LOGLogger();
   explicit LOGLogger(const I18NString& name);
@@ -190,9 +199,6 @@ class LOG4ZEB_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
 
   /// Logs without asking whether the level is enabled.
   void forcedLog(const I18NString& fqn, LOGLevel* level, LOGObject* message);
-
-  /// The class name that events are made with.
-  static const I18NString m_FQCN;
 
  private:
   /// The ranks of the level methods are steps.
@@ -245,14 +251,19 @@ class LOG4ZEB_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   // is, and counting to the last takes decades.
   static constexpr int GATE_BITS = 8;
   mutable std::atomic<std::uint64_t> m_gate{0};
-  std::atomic<LOGLogger*> m_parent{nullptr};
+
+ protected:
+  // A derived class that sets parent, level or repository itself calls forgetGates().
+  ZEBSharedPointer<LOGLogger> m_parent;
   std::atomic<int> m_additive{1};
   // Read without a lock by every request, so a copy that was replaced is kept in m_levelCopies; an
   // equal level takes it into use again.
-  std::atomic<LOGLevel*> m_level{nullptr};
-  std::atomic<LOGLoggerRepository*> m_repository{nullptr};
+  ZEBSharedPointer<LOGLevel> m_level;
+  ZEBSharedPointer<LOGLoggerRepository> m_repository;
   LOGAppenderAttachableImpl m_aai;  // guarded by the logger's lock
   I18NString m_name;
+
+ private:
   std::vector<std::unique_ptr<LOGLevel>> m_levelCopies;  // guarded by the logger's lock
 };
 

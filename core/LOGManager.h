@@ -35,6 +35,12 @@ class LOG4ZEB_EXPORT LOGManager {
   /// another guard is not refused.
   static void setRepositorySelector(LOGRepositorySelector* selector, LOGObject* guard);
 
+  // Empty, and read by nobody.
+  static const I18NString m_DEFAULT_CONFIGURATION_FILE;
+  static const I18NString m_DEFAULT_CONFIGURATION_KEY;
+  static const I18NString m_CONFIGURATOR_CLASS_KEY;
+  static const I18NString m_DEFAULT_INIT_OVERRIDE_KEY;
+
  protected:
   ~LOGManager() = default;
   static void init();
@@ -45,11 +51,6 @@ class LOG4ZEB_EXPORT LOGManager {
   static std::atomic<LOGHierarchy*> m_hierarchy;
   static std::atomic<LOGRepositorySelector*> m_repositorySelector;
   static std::atomic<LOGObject*> m_guard;
-
-  static const I18NString m_DEFAULT_CONFIGURATION_FILE;
-  static const I18NString m_DEFAULT_CONFIGURATION_KEY;
-  static const I18NString m_CONFIGURATOR_CLASS_KEY;
-  static const I18NString m_DEFAULT_INIT_OVERRIDE_KEY;
 };
 
 #endif

@@ -12,7 +12,7 @@ class LOG4ZEB_EXPORT LOGObject {
   /// An object without text; the tag is "LOGObject".
   LOGObject();
   /// A message with the given text; the tag is "LOGObject".
-  explicit LOGObject(const I18NString& text) : m_string(text) {}
+  LOGObject(const I18NString& text) : m_string(text) {}  // NOLINT: implicit
   LOGObject(const LOGObject& other)
       : m_instance(other.m_instance == nullptr ? nullptr : copyOf(*other.m_instance)),
         m_string(other.m_string) {}
@@ -45,6 +45,8 @@ class LOG4ZEB_EXPORT LOGObject {
   static std::unique_ptr<I18NString> copyOf(const I18NString& tag);
 
   std::unique_ptr<I18NString> m_instance;  // null for the tag of nearly all messages
+
+ protected:
   I18NString m_string;
 };
 

@@ -2,18 +2,14 @@
 
 #include "platform/ZEBAssertError.h"
 
-const int LOGFilter::m_DENY = -1;
-const int LOGFilter::m_NEUTRAL = 0;
-const int LOGFilter::m_ACCEPT = 1;
-
 LOGFilter::LOGFilter() { instance("LOGFilter"); }
 
 LOGFilter::LOGFilter(const LOGFilter& other)
-    : LOGOptionHandler(other), LOGObject(other), next(other.next.load()) {}
+    : LOGOptionHandler(other), LOGObject(other), next(other.next) {}
 
 LOGFilter& LOGFilter::operator=(const LOGFilter& other) {
   LOGObject::operator=(other);
-  next = other.next.load();
+  next = other.next;
   return *this;
 }
 

@@ -1,10 +1,9 @@
 #ifndef FILTERS_LOGFILTER_H
 #define FILTERS_LOGFILTER_H
 
-#include <atomic>
-
 #include "core/LOGObject.h"
 #include "core/LOGOptionHandler.h"
+#include "platform/ZEBSharedPointer.h"
 
 class LOGLoggingEvent;
 
@@ -14,11 +13,11 @@ class LOGLoggingEvent;
 class LOG4ZEB_EXPORT LOGFilter : public LOGOptionHandler, public LOGObject {
  public:
   /// Drop the event; no further filter is asked.
-  static const int m_DENY;
+  static constexpr int m_DENY = -1;
   /// No opinion: ask the next filter; the end of the chain means to append.
-  static const int m_NEUTRAL;
+  static constexpr int m_NEUTRAL = 0;
   /// Append the event; no further filter is asked.
-  static const int m_ACCEPT;
+  static constexpr int m_ACCEPT = 1;
 
   LOGFilter();
   /// The copy is linked to the same successor.
@@ -34,7 +33,7 @@ class LOG4ZEB_EXPORT LOGFilter : public LOGOptionHandler, public LOGObject {
   LOGObject* clone() const override;
 
   /// The following filter, null at the end; set by LOGAppenderSkeleton::addFilter.
-  std::atomic<LOGFilter*> next{nullptr};
+  ZEBSharedPointer<LOGFilter> next;
 };
 
 #endif

@@ -25,7 +25,7 @@ class LOG4ZEB_EXPORT LOGLevelMatchFilter : public LOGFilter {
   int getAcceptOnMatch() const { return acceptOnMatch; }
   void setAcceptOnMatch(int accept) { acceptOnMatch = accept; }
 
- private:
+ protected:
   int acceptOnMatch = 1;
   LOGLevel* levelToMatch = nullptr;  // not owned
 };

@@ -34,7 +34,7 @@ class LOG4ZEB_EXPORT LOGLevelRangeFilter : public LOGFilter {
   /// and kept.
   void setOption(const I18NString& option, const I18NString& value);
 
- private:
+ protected:
   int acceptOnMatch = 0;
   LOGLevel* levelMin = nullptr;
   LOGLevel* levelMax = nullptr;

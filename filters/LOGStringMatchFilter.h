@@ -27,7 +27,7 @@ class LOG4ZEB_EXPORT LOGStringMatchFilter : public LOGFilter {
   /// value that is neither "true" nor "false".
   void setOption(const I18NString& option, const I18NString& value);
 
- private:
+ protected:
   int acceptOnMatch = 1;
   I18NString stringToMatch;
 };

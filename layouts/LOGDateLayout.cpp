@@ -70,11 +70,6 @@ void LOGDateLayout::activateOptions() {
   }
 }
 
-LOGObject* LOGDateLayout::clone() const {
-  ZEBAssertError::fail("ZEB_ASSERT_NAMED(FALSE, \"Unable to clone LOGDateLayout object.\");",
-                       SOURCE, __LINE__);
-}
-
 void LOGDateLayout::setOption(const I18NString& option, const I18NString& value) {
   if (option == DATE_FORMAT_OPTION) {
     setDateFormat(value);

@@ -25,7 +25,6 @@ class LOG4ZEB_EXPORT LOGDateLayout : public LOGLayout {
 
   /// Sets the remembered format anew, if any, and gives it the time zone that was set, if any.
   void activateOptions() override;
-  LOGObject* clone() const override;
 
   /// Sets the option "DateFormat" or "TimeZone"; other names, also in another case, are ignored.
   virtual void setOption(const I18NString& option, const I18NString& value);

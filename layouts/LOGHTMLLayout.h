@@ -32,6 +32,8 @@ class LOG4ZEB_EXPORT LOGHTMLLayout : public LOGLayout {
   /// Whether there is a column for file and line: 0, as at first, or 1.
   void setLocationInfo(int locationInfo) { m_locationInfo = locationInfo; }
   int getLocationInfo() const { return m_locationInfo; }
+  /// Appends the text of a throwable to `buf`, escaped, as it stands in its row.
+  void appendThrowableAsHTML(const I18NString& trace, I18NString& buf) const;
 
  private:
   template <typename... Pieces>
@@ -39,7 +41,6 @@ class LOG4ZEB_EXPORT LOGHTMLLayout : public LOGLayout {
   void appendStyle(I18NString& text) const;
   void appendTableHead(I18NString& text) const;
   void appendCells(I18NString& text, LOGLoggingEvent& event) const;
-  void appendThrowableAsHTML(const I18NString& trace, I18NString& buf) const;
   I18NString escapeHTMLTags(const I18NString& text) const;
 
   I18NString m_title;

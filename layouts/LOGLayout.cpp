@@ -5,6 +5,7 @@
 
 #include "core/LOGFailures.h"
 #include "core/LOGLoggingEvent.h"
+#include "layouts/LOGDateLayout.h"
 #include "platform/I18NRuntimeError.h"
 #include "platform/ZEBAssertError.h"
 
@@ -29,6 +30,15 @@ std::unique_ptr<I18NString> render(LOGLoggingEvent& event) {
 }
 
 }  // namespace
+
+LOGObject* LOGLayoutObject::clone() const {
+  if (dynamic_cast<const LOGDateLayout*>(this) != nullptr) {
+    ZEBAssertError::fail("ZEB_ASSERT_NAMED(FALSE, \"Unable to clone LOGDateLayout object.\");",
+                         "LOGDateLayout", __LINE__);
+  }
+  ZEBAssertError::fail("ZEB_ASSERT_NAMED(FALSE, \"Unable to clone LOGLayout + derived objects.\");",
+                       SOURCE, 116);
+}
 
 LOGLayout::LOGLayout() : m_lineSeparator("\r\n") { instance(SOURCE); }
 
@@ -56,11 +66,6 @@ const I18NString& LOGLayout::getHeader() { return keep({}); }
 const I18NString& LOGLayout::getFooter() { return keep({}); }
 
 int LOGLayout::ignoresThrowable() { return 1; }
-
-LOGObject* LOGLayout::clone() const {
-  ZEBAssertError::fail("ZEB_ASSERT_NAMED(FALSE, \"Unable to clone LOGLayout + derived objects.\");",
-                       SOURCE, 116);
-}
 
 I18NString LOGLayout::takeBuffer() noexcept {
   I18NString text = std::move(m_buffer);

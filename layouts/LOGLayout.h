@@ -7,6 +7,17 @@
 
 class LOGLoggingEvent;
 
+/// The LOGObject that a layout is. It is a class of its own because a layout that overrode clone()
+/// itself would get a place for it in its first table, in front of what derived layouts add.
+class LOG4ZEB_EXPORT LOGLayoutObject : public LOGObject {
+ public:
+  /// Layouts refuse to be cloned: throws ZEBAssertError.
+  LOGObject* clone() const override;
+
+ protected:
+  LOGLayoutObject() = default;
+};
+
 /// Turns an event into the text that an appender writes. This class is the base of all layouts and
 /// itself the plain one: the message and a line end.
 ///
@@ -14,7 +25,7 @@ class LOGLoggingEvent;
 /// next call; a caller copies what it keeps. No such operation takes a lock. Threads that share
 /// a layout hold its lock around the call and the copy of its result. On one thread format() may be
 /// entered again by the message that it renders.
-class LOG4ZEB_EXPORT LOGLayout : public LOGOptionHandler, public LOGObject, public LOGMutex {
+class LOG4ZEB_EXPORT LOGLayout : public LOGOptionHandler, public LOGLayoutObject, public LOGMutex {
  public:
   LOGLayout();
   /// A new plain layout: nothing is taken over.
@@ -31,8 +42,6 @@ class LOG4ZEB_EXPORT LOGLayout : public LOGOptionHandler, public LOGObject, publ
   virtual const I18NString& getFooter();
   /// 1 when the layout leaves the event's throwable to the appender, else 0.
   virtual int ignoresThrowable();
-  /// Layouts refuse to be cloned: throws ZEBAssertError.
-  LOGObject* clone() const override;
 
  protected:
   /// An empty string with the room of the buffer, to build a text in. The buffer itself is set

@@ -12,9 +12,9 @@ class LOG4ZEB_EXPORT LOGNamedPatternConverter : public LOGPatternConverter,
   /// when the precision is not positive. A dot that ends the name separates nothing. Throws
   /// ZEBAssertError for a null event.
   I18NString* convert(LOGLoggingEvent* event) override;
-  bool appendText(I18NString& text, LOGLoggingEvent* event) override;
   /// The name, owned by the event.
   virtual const I18NString& getFullyQualifiedName(LOGLoggingEvent* event) = 0;
+  bool appendText(I18NString& text, LOGLoggingEvent* event) override;
 
  protected:
   /// Whole names.

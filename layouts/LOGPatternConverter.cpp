@@ -12,7 +12,7 @@ std::atomic<int> LOGPatternConverter::m_min{-1};
 std::atomic<int> LOGPatternConverter::m_max{NO_MAXIMUM};
 std::atomic<int> LOGPatternConverter::m_leftAlign{0};
 
-constexpr std::string_view LOGPatternConverter::SPACES[6] = {
+constexpr LOGPatternConverter::Blanks LOGPatternConverter::SPACES[6] = {
     " ", "  ", "    ", "        ", "                ", "                                "};
 
 LOGPatternConverter::LOGPatternConverter(LOGFormattingInfo* fi) {

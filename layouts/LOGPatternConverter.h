@@ -63,8 +63,13 @@ class LOG4ZEB_EXPORT LOGPatternConverter {
   static std::atomic<int> m_leftAlign;
   static constexpr int NO_MAXIMUM = std::numeric_limits<int>::max();
 
-  /// 1, 2, 4, 8, 16 and 32 blanks.
-  static const std::string_view SPACES[6];
+  /// A text of blanks, constant-initialised so that static initialisers can use it.
+  struct Blanks : std::string_view {
+    using std::string_view::basic_string_view;
+    operator I18NString() const { return I18NString::fromUtf8(*this); }  // NOLINT: implicit
+  };
+  /// 1, 2, 4, 8, 16 and 32 of them.
+  static const Blanks SPACES[6];
 
  private:
   void appendPadded(I18NString& sbuf, const I18NString* s);

@@ -85,15 +85,9 @@ LOGPatternLayout::Kind LOGPatternLayout::kindOf(const LOGPatternConverter& conve
 }
 
 const I18NString& LOGPatternLayout::format(LOGLoggingEvent* event) {
-  if (m_walks > 0) {
-    // Called by a message that is being rendered into m_line.
-    I18NString text = takeBuffer();
-    build(text, event);
-    return keep(std::move(text));
-  }
-  m_line.clear();
-  build(m_line, event);
-  return m_line;
+  I18NString text = takeBuffer();
+  build(text, event);
+  return keep(std::move(text));
 }
 
 LOG4ZEB_HOT void LOGPatternLayout::formatInto(I18NString& text, LOGLoggingEvent* event) {

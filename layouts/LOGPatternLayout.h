@@ -47,7 +47,6 @@ class LOG4ZEB_EXPORT LOGPatternLayout : public LOGLayout {
   void build(I18NString& text, LOGLoggingEvent* event);
 
   I18NString m_conversionPattern;
-  I18NString m_line;
   /// The converters of nearly every line, which are called without a look at their tables.
   enum class Kind { Basic, Date, Logger, Other };
   /// A converter, null in front of the first literal only, and the literal text that follows it.

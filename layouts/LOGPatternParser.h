@@ -57,7 +57,6 @@ class LOG4ZEB_EXPORT LOGPatternParser {
   /// ZEBOutOfMemoryError.
   LOGPatternConverter* parse();
 
- protected:
   /// Adds the converter for the conversion character `ch`, which was just read.
   virtual void finalizeConverter(const I18NString& ch);
   /// Takes ownership of the converter, puts it at the end of the chain and begins a new literal.

@@ -96,6 +96,10 @@ int LOGLocalUDPAppender::operator==(const LOGLocalUDPAppender& other) const {
              : 0;
 }
 
+int LOGLocalUDPAppender::operator==(const LOGAppenderSkeleton& other) const {
+  return *this == static_cast<const LOGObject&>(other);
+}
+
 int LOGLocalUDPAppender::operator==(const LOGObject& other) const {
   const auto* const appender = dynamic_cast<const LOGLocalUDPAppender*>(&other);
   return appender != nullptr && *this == *appender ? 1 : 0;

@@ -46,8 +46,22 @@ class LOG4ZEB_EXPORT LOGLocalUDPAppender : public LOGAppenderSkeleton {
   int operator!=(const LOGLocalUDPAppender& other) const { return *this == other ? 0 : 1; }
   int operator==(const LOGObject& other) const override;
   int operator!=(const LOGObject& other) const override;
+  // Forms for each pair of types, without which C++20 compares with the operands exchanged.
+  int operator==(const LOGAppenderSkeleton& other) const;
+  int operator!=(const LOGAppenderSkeleton& other) const { return *this == other ? 0 : 1; }
+  friend int operator==(const LOGAppenderSkeleton& a, const LOGLocalUDPAppender& b) {
+    return a.operator==(b);
+  }
+  friend int operator!=(const LOGAppenderSkeleton& a, const LOGLocalUDPAppender& b) {
+    return a.operator!=(b);
+  }
+  friend int operator==(const LOGObject& a, const LOGLocalUDPAppender& b) {
+    return a.operator==(b);
+  }
+  friend int operator!=(const LOGObject& a, const LOGLocalUDPAppender& b) {
+    return a.operator!=(b);
+  }
 
- protected:
   void append(LOGLoggingEvent* event) override;
 
  private:

@@ -58,7 +58,6 @@ class LOG4ZEB_EXPORT LOGSyslogAppender : public LOGAppenderSkeleton {
   /// The name for a code, empty for any other number.
   static I18NString getFacilityString(int code);
 
- protected:
   void append(LOGLoggingEvent* event) override;
 
  private:

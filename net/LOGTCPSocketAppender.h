@@ -32,7 +32,6 @@ class LOG4ZEB_EXPORT LOGTCPSocketAppender : public LOGAppenderSkeleton {
   void setReconnectionDelay(int delay) { m_reconnectionDelay = delay; }
   int getReconnectionDelay() const { return m_reconnectionDelay; }
 
- protected:
   void append(LOGLoggingEvent* event) override;
 
  private:

@@ -71,6 +71,8 @@ class LOG4ZEB_EXPORT I18NBytes {
     std::memset(m_data + m_size, c, count);
     m_size += static_cast<std::uint32_t>(count);
   }
+  /// Leaves out the last bytes. REQUIRES: there are as many.
+  void shorten(std::size_t bytes) noexcept { m_size -= static_cast<std::uint32_t>(bytes); }
   /// Keeps the room that there is.
   void clear() noexcept { m_size = 0; }
   /// Makes room for `capacity` bytes in all.

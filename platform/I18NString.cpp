@@ -70,7 +70,7 @@ I18NString::I18NString(const char16_t* units, std::size_t count) {
     if (i18n::isHighSurrogate(c) && i + 1 < count && i18n::isLowSurrogate(units[i + 1])) {
       c = i18n::combineSurrogates(c, units[++i]);
     }
-    m_hasLoneSurrogate = m_hasLoneSurrogate || i18n::isSurrogate(c);
+    m_loneSurrogates += i18n::isSurrogate(c) ? 1 : 0;
     i18n::appendCharacter(m_bytes, c);
   }
   m_units = static_cast<std::uint32_t>(count);
@@ -151,7 +151,7 @@ long I18NString::indexOf(const I18NString& text, std::size_t from) const {
   if (text.isEmpty()) {
     return static_cast<long>(from);
   }
-  if (text.m_hasLoneSurrogate) {
+  if (text.m_loneSurrogates != 0) {
     // Half of a pair can be found inside a whole one only by looking at code units.
     const std::size_t found = toUtf16().find(text.toUtf16(), from);
     return found == std::u16string::npos ? NOT_FOUND : static_cast<long>(found);
@@ -161,7 +161,7 @@ long I18NString::indexOf(const I18NString& text, std::size_t from) const {
 }
 
 long I18NString::lastIndexOf(const I18NString& text, std::size_t from) const {
-  if (!isAscii() || text.m_hasLoneSurrogate) {
+  if (!isAscii() || text.m_loneSurrogates != 0) {
     const std::size_t found = toUtf16().rfind(text.toUtf16(), from);
     return found == std::u16string::npos ? NOT_FOUND : static_cast<long>(found);
   }
@@ -173,7 +173,7 @@ bool I18NString::startsWith(const I18NString& text) const noexcept {
   if (bytes().substr(0, text.m_bytes.size()) == text.bytes()) {
     return true;
   }
-  if (!text.m_hasLoneSurrogate || text.m_units > m_units) {
+  if (text.m_loneSurrogates == 0 || text.m_units > m_units) {
     return false;
   }
   UnitReader own(m_bytes);
@@ -240,38 +240,24 @@ std::uint32_t I18NString::quickHash() const noexcept {
 }
 
 I18NString& I18NString::appendWithLoneSurrogate(const I18NString& text) {
-  if (!m_hasLoneSurrogate || !joinSurrogates(text.m_bytes)) {
-    const std::uint32_t units = text.m_units;
-    m_bytes.append(text.m_bytes);
-    m_units += units;
-    m_hasLoneSurrogate = true;
+  if (&text == this) {
+    return appendWithLoneSurrogate(I18NString(text));
   }
-  return *this;
-}
-
-bool I18NString::joinSurrogates(std::string_view stored) {
+  std::string_view appended = text.bytes();
   const char32_t high = surrogateAtEnd(m_bytes);
-  const char32_t low = surrogateAtBegin(stored);
-  if (!i18n::isHighSurrogate(high) || !i18n::isLowSurrogate(low)) {
-    return false;
+  const char32_t low = surrogateAtBegin(appended);
+  m_bytes.reserve(m_bytes.size() + appended.size());
+  m_loneSurrogates += text.m_loneSurrogates;
+  if (i18n::isHighSurrogate(high) && i18n::isLowSurrogate(low)) {
+    // The two halves become one character.
+    m_bytes.shorten(SURROGATE_SIZE);
+    i18n::appendCharacter(m_bytes, i18n::combineSurrogates(high, low));
+    appended.remove_prefix(SURROGATE_SIZE);
+    m_loneSurrogates -= 2;
   }
-  I18NBytes joined;
-  joined.append(bytes().substr(0, m_bytes.size() - SURROGATE_SIZE));
-  i18n::appendCharacter(joined, i18n::combineSurrogates(high, low));
-  joined.append(stored.substr(SURROGATE_SIZE));
-  m_bytes = std::move(joined);
-  recount();
-  return true;
-}
-
-void I18NString::recount() noexcept {
-  m_units = 0;
-  m_hasLoneSurrogate = false;
-  for (std::size_t i = 0; i < m_bytes.size();) {
-    const char32_t c = i18n::decodeStored(m_bytes, i);
-    m_units += c < 0x10000 ? 1 : 2;
-    m_hasLoneSurrogate = m_hasLoneSurrogate || i18n::isSurrogate(c);
-  }
+  m_bytes.append(appended);
+  m_units += text.m_units;
+  return *this;
 }
 
 LOG4ZEB_HOT I18NString& I18NString::append(std::string_view utf8) {
@@ -293,7 +279,7 @@ I18NString& I18NString::append(std::size_t count, char c) {
 }
 
 std::string_view I18NString::narrow(std::string& scratch) const {
-  if (!m_hasLoneSurrogate) {
+  if (m_loneSurrogates == 0) {
     return m_bytes;
   }
   scratch.clear();

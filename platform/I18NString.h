@@ -51,19 +51,19 @@ class LOG4ZEB_EXPORT I18NString {
   I18NString(const I18NString&) = default;
   I18NString(I18NString&& other) noexcept
       : m_units(std::exchange(other.m_units, 0)),
-        m_hasLoneSurrogate(std::exchange(other.m_hasLoneSurrogate, false)),
+        m_loneSurrogates(std::exchange(other.m_loneSurrogates, 0)),
         m_bytes(std::move(other.m_bytes)) {}
   I18NString& operator=(const I18NString& other) {
     m_bytes = other.m_bytes;  // first, because it may fail
     m_units = other.m_units;
-    m_hasLoneSurrogate = other.m_hasLoneSurrogate;
+    m_loneSurrogates = other.m_loneSurrogates;
     return *this;
   }
   I18NString& operator=(I18NString&& other) noexcept {
     if (this != &other) {
       m_bytes = std::move(other.m_bytes);
       m_units = std::exchange(other.m_units, 0);
-      m_hasLoneSurrogate = std::exchange(other.m_hasLoneSurrogate, false);
+      m_loneSurrogates = std::exchange(other.m_loneSurrogates, 0);
     }
     return *this;
   }
@@ -96,7 +96,7 @@ class LOG4ZEB_EXPORT I18NString {
   std::uint32_t quickHash() const noexcept;
 
   I18NString& append(const I18NString& text) {
-    if (text.m_hasLoneSurrogate) {
+    if (text.m_loneSurrogates != 0) {
       return appendWithLoneSurrogate(text);
     }
     const std::uint32_t units = text.m_units;  // this text may be the same object
@@ -118,7 +118,7 @@ class LOG4ZEB_EXPORT I18NString {
   void clear() noexcept {
     m_bytes.clear();
     m_units = 0;
-    m_hasLoneSurrogate = false;
+    m_loneSurrogates = 0;
   }
   /// Makes room for a text of `bytes` UTF-8 bytes.
   void reserve(std::size_t bytes) { m_bytes.reserve(bytes); }
@@ -145,13 +145,11 @@ class LOG4ZEB_EXPORT I18NString {
  private:
   std::string_view bytes() const noexcept { return m_bytes; }
   I18NString& appendWithLoneSurrogate(const I18NString& text);
-  bool joinSurrogates(std::string_view stored);
-  void recount() noexcept;
   std::size_t byteOffset(std::size_t position) const noexcept;
   std::size_t unitPosition(std::size_t offset) const noexcept;
 
   std::uint32_t m_units = 0;  // never more than there are bytes
-  bool m_hasLoneSurrogate = false;
+  std::uint32_t m_loneSurrogates = 0;
   I18NBytes m_bytes;
 };
 

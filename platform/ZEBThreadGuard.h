@@ -1,6 +1,8 @@
 #ifndef PLATFORM_ZEBTHREADGUARD_H
 #define PLATFORM_ZEBTHREADGUARD_H
 
+#include <utility>
+
 #include "platform/ZEBThreadCriticalSection.h"
 #include "platform/ZEBThreadLockableResource.h"
 
@@ -14,8 +16,11 @@ class ZEBThreadGuard {
   explicit ZEBThreadGuard(ZEBThreadCriticalSection& section) : m_section(section) {
     m_section.enter();
   }
-  explicit ZEBThreadGuard(const ZEBThreadLockableResource& resource)
-      : ZEBThreadGuard(resource.getCriticalSection()) {}
+  /// The same for an object that carries its section, such as a ZEBThreadLockableResource.
+  template <typename Lockable,
+            typename = decltype(std::declval<const Lockable&>().getCriticalSection())>
+  explicit ZEBThreadGuard(const Lockable& lockable)
+      : ZEBThreadGuard(lockable.getCriticalSection()) {}
   /// Takes over a lock that was taken before.
   ZEBThreadGuard(ZEBThreadCriticalSection& section, Held) noexcept : m_section(section) {}
   ZEBThreadGuard(const ZEBThreadGuard&) = delete;

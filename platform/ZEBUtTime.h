@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <ctime>
+#include <optional>
 
 #include "platform/I18NString.h"
 
@@ -15,11 +16,12 @@ class ZEBUtTime {
   };
 
   static TimeOfDay now();
+  /// The seconds of now(), by the same clock.
   static std::int64_t nowSeconds();
-  /// The broken-down local time.
-  static std::tm localTime(std::int64_t seconds);
-  /// The text of strftime for a local time; empty when it gives none.
-  static I18NString format(const char* format, const std::tm& time);
+  /// The broken-down local time; nothing for a time that the calendar does not have.
+  static std::optional<std::tm> localTime(std::int64_t seconds);
+  /// The text of strftime for a local time; empty when there is none, or no time.
+  static I18NString format(const char* format, const std::optional<std::tm>& time);
   /// The runtime's name of the local daylight-saving zone.
   static I18NString daylightZoneName();
 };

@@ -5,6 +5,8 @@
 #include <chrono>
 #include <cstdio>
 #include <ctime>
+#include <initializer_list>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <thread>
@@ -17,6 +19,7 @@
 #include "layouts/LOGSimpleDateFormat.h"
 #include "layouts/LOGTimeZone.h"
 #include "platform/ZEBAssertError.h"
+#include "support/TestEvent.h"
 #include "support/Workplace.h"
 
 namespace {
@@ -76,6 +79,19 @@ TEST(Date, KeepsTheTimeOfItsConstructionBesideTheTimeThatIsSet) {
   EXPECT_EQ(date.toString(), localText("%c", made));
 }
 
+TEST(Date, IsNoLaterThanAnEventThatComesAfterIt) {
+  LOGObject message("at the turn of a second");
+  TestEvent("app", "INFO", &message);
+  for (int turn = 0; turn < 2; ++turn) {
+    LOGDate date;
+    for (const std::int64_t second = date.getTime(); date.getTime() == second;) {
+      date = LOGDate();
+    }
+    const TestEvent event("app", "INFO", &message);
+    EXPECT_LE(date.getTime(), event.getTimeStamp());
+  }
+}
+
 TEST(Calendar, GivesTheFieldsOfLocalTime) {
   Workplace workplace;
   const std::unique_ptr<LOGCalendar> calendar(LOGCalendar::getInstance(nullptr));
@@ -90,6 +106,43 @@ TEST(Calendar, GivesTheFieldsOfLocalTime) {
     EXPECT_EQ(calendar->get(code), FIELDS[code]) << code;
   }
   EXPECT_EQ(calendar->get(-1), -1);
+}
+
+TEST(Calendar, HasNoFieldsOfATimeBeyondTheYearsThatItCanCount) {
+  Workplace workplace;
+  const std::unique_ptr<LOGCalendar> calendar(LOGCalendar::getInstance(nullptr));
+  LOGAbsoluteTimeDateFormat absolute;
+  LOGDateTimeDateFormat dateTime;
+  LOGISODateFormat iso;
+  LOGSimpleDateFormat simple("HH:mm:ss,SSS");
+  constexpr std::int64_t LAST_SECOND_OF_2147485547 = 67768036191676799;
+  for (const std::int64_t seconds :
+       {std::numeric_limits<std::int64_t>::max(), std::numeric_limits<std::int64_t>::min(),
+        LAST_SECOND_OF_2147485547}) {
+    LOGDate date;
+    calendar->setTime(&date);
+    date.setTime(seconds);
+    calendar->setTime(&date);
+    try {
+      calendar->get(LOGCalendar::YEAR);
+      ADD_FAILURE() << seconds << " has a year";
+    } catch (const ZEBAssertError& failure) {
+      EXPECT_STREQ(failure.what(), "ZEB_ASSERT(m_currentTime);");
+    }
+    for (LOGDateFormat* const format :
+         std::initializer_list<LOGDateFormat*>{&absolute, &dateTime, &iso, &simple}) {
+      EXPECT_EQ(text(*format, date, seconds), "");
+    }
+    EXPECT_EQ(Workplace::diagnosticsWith("DateFormat::format -- some ZEBThrowable exception "
+                                         "occurred"),
+              3);
+    EXPECT_EQ(Workplace::diagnosticsWith("LOGSimpleDateFormat::format ---- strftime returned an "
+                                         "error "),
+              1);
+    EXPECT_EQ(text(iso, date, localSeconds(2022, 3, 7, 9, 5, 7)).substr(0, 19),
+              "2022-03-07 09:05:07");
+    Workplace::clearDiagnostics();
+  }
 }
 
 TEST(DateFormat, WritesEveryFieldWithItsLeadingZeros) {

@@ -11,6 +11,7 @@
 #include "layouts/LOGPatternLayout.h"
 #include "layouts/LOGTTCCLayout.h"
 #include "layouts/LOGTimeZone.h"
+#include "layouts/LOGXMLLayout.h"
 #include "platform/I18NRuntimeError.h"
 #include "platform/ZEBAssertError.h"
 #include "support/TestEvent.h"
@@ -54,19 +55,26 @@ TEST(PlainLayout, WritesTheMessageAndALineEnd) {
   EXPECT_EQ(layout.format(nullptr), "");
 }
 
-TEST(PlainLayout, ReturnsEveryTextInOneBuffer) {
-  LOGLayout layout;
+TEST(Layout, ReturnsEveryTextInOneBuffer) {
+  LOGLayout plain;
+  LOGPatternLayout pattern("%m");
+  LOGTTCCLayout ttcc("NULL");
+  LOGXMLLayout xml;
   TestEvent event("app", "INFO", "hi");
-  const I18NString& buffer = layout.format(&event);
-  EXPECT_EQ(&layout.getContentType(), &buffer);
-  EXPECT_EQ(buffer, "text/plain");
-  EXPECT_EQ(&layout.getHeader(), &buffer);
-  EXPECT_EQ(buffer, "");
-  layout.format(&event);
-  EXPECT_EQ(&layout.getFooter(), &buffer);
-  EXPECT_EQ(buffer, "");
-  EXPECT_EQ(&layout.format(&event), &buffer);
-  EXPECT_EQ(LOGLayout(layout).instanceOf(), "LOGLayout");
+  for (LOGLayout* const layout : std::initializer_list<LOGLayout*>{&plain, &pattern, &ttcc, &xml}) {
+    SCOPED_TRACE(layout->instanceOf().toStdString());
+    const I18NString& buffer = layout->format(&event);
+    EXPECT_NE(buffer.indexOf("hi"), I18NString::NOT_FOUND);
+    EXPECT_EQ(&layout->getContentType(), &buffer);
+    EXPECT_EQ(buffer, "text/plain");
+    EXPECT_EQ(&layout->getHeader(), &buffer);
+    EXPECT_EQ(buffer, "");
+    layout->format(&event);
+    EXPECT_EQ(&layout->getFooter(), &buffer);
+    EXPECT_EQ(buffer, "");
+    EXPECT_EQ(&layout->format(&event), &buffer);
+  }
+  EXPECT_EQ(LOGLayout(plain).instanceOf(), "LOGLayout");
 }
 
 TEST(PlainLayout, ReportsWhatRenderingThrowsAndPassesItOn) {

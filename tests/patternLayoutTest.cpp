@@ -93,6 +93,21 @@ TEST(PatternLayout, WritesAsTextWhatIsNoSpecifier) {
   }
 }
 
+TEST(PatternLayout, TakesPatternsOfAnyLengthAndAlphabet) {
+  // Each character is two code units, which the parser reads one after the other.
+  const std::string emoji = "\xF0\x9F\x98\x80";
+  TestEvent event("app", "INFO", "hi");
+  for (const std::string& part : {emoji, "%%" + emoji, "%" + emoji}) {
+    std::string pattern;
+    std::string expected;
+    for (int i = 0; i < 500000; ++i) {
+      pattern += part;
+      expected += part[0] == part[1] ? part.substr(1) : part;
+    }
+    EXPECT_TRUE(formatted(pattern, event) == expected) << part;
+  }
+}
+
 TEST(PatternLayout, ReportsBadSpecifiersWithTheirPlace) {
   Workplace workplace;
   TestEvent event("app.db", "INFO", "message");

@@ -207,6 +207,7 @@ TEST(I18NString, GrowsLikeItsCodeUnits) {
     }
     ASSERT_EQ(subject.toUtf16(), units);
     ASSERT_EQ(subject, text(units)) << "halves of a pair must have joined";
+    ASSERT_EQ(subject.toStdString(), encodeAll(units));
     subject.append(subject);
     ASSERT_EQ(subject, text(units + units));
     I18NString moved = std::move(subject);

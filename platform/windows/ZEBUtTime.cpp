@@ -19,19 +19,24 @@ ZEBUtTime::TimeOfDay ZEBUtTime::now() {
 
 std::int64_t ZEBUtTime::nowSeconds() { return now().seconds; }
 
-std::tm ZEBUtTime::localTime(std::int64_t seconds) {
+std::optional<std::tm> ZEBUtTime::localTime(std::int64_t seconds) {
   std::tm result{};
   const __time64_t time = seconds;
-  _localtime64_s(&result, &time);
+  if (_localtime64_s(&result, &time) != 0) {
+    return std::nullopt;
+  }
   return result;
 }
 
-I18NString ZEBUtTime::format(const char* format, const std::tm& time) {
+I18NString ZEBUtTime::format(const char* format, const std::optional<std::tm>& time) {
+  if (!time) {
+    return {};
+  }
   // The plain characters of the runtime are in no fixed encoding, those of this function are
   // UTF-16.
   wchar_t text[256];
   const std::wstring wideFormat = ZEBWindowsName::toWide(format);
-  const std::size_t size = std::wcsftime(text, std::size(text), wideFormat.c_str(), &time);
+  const std::size_t size = std::wcsftime(text, std::size(text), wideFormat.c_str(), &*time);
   return ZEBWindowsName::fromWide({text, size});
 }
 
