@@ -432,7 +432,5 @@ void LOGHierarchy::setRenderer(const I18NString& className, LOGObjectRenderer* r
 }
 
 void LOGHierarchy::setRenderer(LOGObject* object, LOGObjectRenderer* renderer) {
-  if (object != nullptr) {
-    m_rendererMap->put(object->instanceOf(), renderer);
-  }
+  m_rendererMap->put(object == nullptr ? I18NString() : object->instanceOf(), renderer);
 }
