@@ -99,6 +99,26 @@ void contained(Operation operation) noexcept {
       operation);
 }
 
+/// Whether this thread is in a run, and so is whatever it calls.
+thread_local bool t_isRunning = false;
+
+class Running {
+ public:
+  Running() { t_isRunning = true; }
+  Running(const Running&) = delete;
+  Running& operator=(const Running&) = delete;
+  ~Running() { t_isRunning = false; }
+};
+
+/// Reports that `what` is refused, if this is within a run. Returns whether it is.
+bool isRefused(const char* what) {
+  if (t_isRunning) {
+    LOGLogLog::error(I18NString(what) +
+                     " -- refused, because this thread is reading a configuration document");
+  }
+  return t_isRunning;
+}
+
 bool isSet(const I18NString& attribute) { return !attribute.isEmpty() && attribute != NULL_WORD; }
 
 I18NString quoted(const I18NString& text) { return "\"" + text + "\""; }
@@ -187,44 +207,48 @@ void LOGDOMConfigurator::initialize() {
 }
 
 void LOGDOMConfigurator::shutdown() {
-  const ZEBThreadGuard guard(g_runLock);
-  delete std::exchange(m_domConfig, nullptr);
+  runExclusively([] { delete std::exchange(m_domConfig, nullptr); });
 }
 
-void LOGDOMConfigurator::runExclusively(const std::function<void()>& operation) {
+bool LOGDOMConfigurator::runExclusively(const std::function<void()>& operation) {
+  if (isRefused("LOGDOMConfigurator::shutdown")) {
+    return false;
+  }
   const ZEBThreadGuard guard(g_runLock);
   operation();
+  return true;
+}
+
+template <typename Operation>
+int LOGDOMConfigurator::run(Operation operation) {
+  int configured = 0;
+  logContainingFailures(DO_CONFIGURE_TEXTS, [&] {
+    if (isRefused("LOGDOMConfigurator::doConfigure")) {
+      return;
+    }
+    const ZEBThreadGuard guard(g_runLock);
+    const Running running;
+    initialize();
+    configured = operation();
+  });
+  return configured;
 }
 
 int LOGDOMConfigurator::configure(const I18NString& fileName) {
-  int configured = 0;
-  logContainingFailures(DO_CONFIGURE_TEXTS, [&] {
-    const ZEBThreadGuard guard(g_runLock);
-    initialize();
-    configured = m_domConfig->doConfigure(fileName, LOGManager::getLoggerRepository());
-  });
-  return configured;
+  return run([&] { return m_domConfig->doConfigure(fileName, LOGManager::getLoggerRepository()); });
 }
 
 int LOGDOMConfigurator::configureWithProcID(const I18NString& fileName) {
-  int configured = 0;
-  logContainingFailures(DO_CONFIGURE_TEXTS, [&] {
-    const ZEBThreadGuard guard(g_runLock);
+  return run([&] {
     applyProcIDtoFileAppender(1);
-    configured = configure(fileName);
+    const int configured = m_domConfig->doConfigure(fileName, LOGManager::getLoggerRepository());
     applyProcIDtoFileAppender(0);
+    return configured;
   });
-  return configured;
 }
 
 int LOGDOMConfigurator::configure(const ZEBIDOM_Element& root) {
-  int configured = 0;
-  logContainingFailures(DO_CONFIGURE_TEXTS, [&] {
-    const ZEBThreadGuard guard(g_runLock);
-    initialize();
-    configured = m_domConfig->doConfigure(root, LOGManager::getLoggerRepository());
-  });
-  return configured;
+  return run([&] { return m_domConfig->doConfigure(root, LOGManager::getLoggerRepository()); });
 }
 
 void LOGDOMConfigurator::configureAndWatch(const I18NString&) {}

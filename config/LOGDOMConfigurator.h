@@ -31,7 +31,8 @@ class ZEBSharedLibrary;
 /// A document may be applied again and again, also while other threads log. An appender that no
 /// re-read logger had is used again; one that was taken from such a logger is stale and is built
 /// anew. It stays open until the loggers have their new appenders, so that an event in between is
-/// not lost, and is closed at the end of the run. Runs and shutdowns wait for each other. No
+/// not lost, and is closed at the end of the run. Runs and shutdowns wait for each other; what a
+/// run calls, such as a library that the document loads, is refused both, with a report. No
 /// operation lets an exception out: what is wrong in a document is reported through the
 /// diagnostics, and reading goes on with the next element.
 class LOG4ZEB_EXPORT LOGDOMConfigurator : public LOGConfigurator, public ZEBThreadLockableResource {
@@ -58,8 +59,9 @@ class LOG4ZEB_EXPORT LOGDOMConfigurator : public LOGConfigurator, public ZEBThre
   /// Whether a document may name a logger so: not with more than 1024 characters or 64 dots.
   static bool isReasonableLoggerName(const I18NString& name);
 
-  /// Runs `operation` while no run and no shutdown of the configurator is under way.
-  static void runExclusively(const std::function<void()>& operation);
+  /// Runs `operation` while no run and no shutdown of the configurator is under way, and returns
+  /// true. Within a run it reports that it is refused and returns false.
+  static bool runExclusively(const std::function<void()>& operation);
 
   static const I18NString CONFIGURATION_TAG;
   static const I18NString OLD_CONFIGURATION_TAG;
@@ -103,6 +105,10 @@ class LOG4ZEB_EXPORT LOGDOMConfigurator : public LOGConfigurator, public ZEBThre
   LOGDOMConfigurator& operator=(const LOGDOMConfigurator&) = delete;
   ~LOGDOMConfigurator() override;
 
+  /// Runs `operation`, which applies a document and returns what the caller gets, unless this is
+  /// within a run.
+  template <typename Operation>
+  static int run(Operation operation);
   bool parseFile(const I18NString& fileName);
   bool parse(const ZEBIDOM_Element& root);
   bool hasConfigurationTag(const ZEBIDOM_Element& root) const;

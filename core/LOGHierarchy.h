@@ -102,6 +102,7 @@ class LOG4ZEB_EXPORT LOGHierarchy : public LOGMutex,
   std::vector<LOGLogger*> findChildren(const LOGProvisionNode* provisionNode, LOGLogger* logger);
   LOGLogger* findParent(LOGLogger* logger);
   void shutdownExclusively();
+  void resetExclusively();
   template <typename Operation>
   void forEachLogger(Operation operation) const;
 
