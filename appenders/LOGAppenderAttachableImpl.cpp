@@ -76,13 +76,18 @@ void LOGAppenderAttachableImpl::add(LOGAppenderSkeleton* appender) {
   m_appenderList.add(appender);
 }
 
-LOGAppenderAttachableImpl::Walk* LOGAppenderAttachableImpl::innermostWalk() {
-  // A thread that a fork has left behind will not come to the end of its walk.
+void LOGAppenderAttachableImpl::forgetVanishedThreads() {
+  // A thread that a fork has left behind will not come to the end of its walk or replacement.
   const unsigned epoch = ZEBForkGate::epoch();
-  if (m_epochOfWalks != epoch) {
-    m_epochOfWalks = epoch;
+  if (m_epochOfThreads != epoch) {
+    m_epochOfThreads = epoch;
     m_innermostWalk = nullptr;
+    m_isBeingReplaced = false;
   }
+}
+
+LOGAppenderAttachableImpl::Walk* LOGAppenderAttachableImpl::innermostWalk() {
+  forgetVanishedThreads();
   return m_innermostWalk;
 }
 
@@ -102,7 +107,21 @@ void LOGAppenderAttachableImpl::clear() {
 }
 
 void LOGAppenderAttachableImpl::publish() {
-  m_hasAppenders.store(!m_appenderList.isEmpty(), std::memory_order_release);
+  forgetVanishedThreads();
+  if (!m_isBeingReplaced) {
+    m_hasAppenders.store(!m_appenderList.isEmpty(), std::memory_order_release);
+  }
+}
+
+LOGAppenderAttachableImpl::Replacement::Replacement(LOGAppenderAttachableImpl& list)
+    : m_list(list) {
+  m_list.forgetVanishedThreads();
+  m_list.m_isBeingReplaced = true;
+}
+
+LOGAppenderAttachableImpl::Replacement::~Replacement() {
+  m_list.m_isBeingReplaced = false;
+  m_list.publish();
 }
 
 void LOGAppenderAttachableImpl::addAppender(LOGAppenderSkeleton* newAppender) {
@@ -175,13 +194,16 @@ int LOGAppenderAttachableImpl::isAttached(LOGAppenderSkeleton* appender) {
 void LOGAppenderAttachableImpl::removeAllAppenders() { removeAllAppenders(nullptr); }
 
 void LOGAppenderAttachableImpl::removeAllAppenders(LOGHashtable* appenderBag) {
-  forEach([appenderBag](LOGAppenderSkeleton& appender) {
-    appender.close();
-    if (appenderBag != nullptr &&
-        appenderBag->get(appender.getName()) == static_cast<LOGObject*>(&appender)) {
-      appender.markAsStale();
-    }
-  });
+  forgetVanishedThreads();
+  if (!m_isBeingReplaced) {
+    forEach([appenderBag](LOGAppenderSkeleton& appender) {
+      appender.close();
+      if (appenderBag != nullptr &&
+          appenderBag->get(appender.getName()) == static_cast<LOGObject*>(&appender)) {
+        appender.markAsStale();
+      }
+    });
+  }
   clear();
   publish();
 }
@@ -211,13 +233,14 @@ void LOGAppenderAttachableImpl::removeAppender(LOGAppenderSkeleton* appender) {
   }
 }
 
-void LOGAppenderAttachableImpl::replaceAppenders(
-    const std::vector<LOGAppenderSkeleton*>& appenders) {
-  // Without the list being seen empty between.
+void LOGAppenderAttachableImpl::detach(const std::vector<LOGAppenderSkeleton*>& appenders) {
   const Publishing publishing(*this);
-  clear();
-  for (LOGAppenderSkeleton* const appender : appenders) {
-    addUnlessThere(appender);
+  for (Position position = m_appenderList.begin(); !position.atEnd();) {
+    const Position current = position;
+    ++position;
+    if (std::find(appenders.begin(), appenders.end(), *current) != appenders.end()) {
+      remove(current);
+    }
   }
 }
 

@@ -42,8 +42,21 @@ class LOG4ZEB_EXPORT LOGAppenderAttachableImpl : public LOGAppenderAttachable, p
   /// is null and the list is not empty.
   void removeAppender(LOGAppenderSkeleton* appender) override;
 
-  /// Empties the list, without closing anything, and adds these.
-  void replaceAppenders(const std::vector<LOGAppenderSkeleton*>& appenders);
+  /// Removes these very objects, without looking into them.
+  void detach(const std::vector<LOGAppenderSkeleton*>& appenders);
+
+  /// While one lives, other appenders take the place of those in the list: removeAllAppenders()
+  /// closes none, and hasAppenders() answers as before. Lives under the owner's lock.
+  class LOG4ZEB_EXPORT Replacement {
+   public:
+    explicit Replacement(LOGAppenderAttachableImpl& list);
+    Replacement(const Replacement&) = delete;
+    Replacement& operator=(const Replacement&) = delete;
+    ~Replacement();
+
+   private:
+    LOGAppenderAttachableImpl& m_list;
+  };
 
   /// Activates every appender and has it append the event; returns how many are in the list, also
   /// those that refuse the event. What activation throws is reported; what appending throws goes
@@ -93,6 +106,7 @@ class LOG4ZEB_EXPORT LOGAppenderAttachableImpl : public LOGAppenderAttachable, p
     Walk* m_outer;
   };
 
+  void forgetVanishedThreads();
   Walk* innermostWalk();
   void remove(Position position);
   void add(LOGAppenderSkeleton* appender);
@@ -107,7 +121,8 @@ class LOG4ZEB_EXPORT LOGAppenderAttachableImpl : public LOGAppenderAttachable, p
   ZEBList<LOGAppenderSkeleton*> m_appenderList;
   ZEBListIterator<LOGAppenderSkeleton*> m_iterator;
   Walk* m_innermostWalk = nullptr;
-  unsigned m_epochOfWalks = 0;  // of the fork gate
+  bool m_isBeingReplaced = false;  // guarded by the owner's lock
+  unsigned m_epochOfThreads = 0;   // of the fork gate
   mutable ZEBThreadCriticalSection m_access;
 };
 

@@ -482,6 +482,7 @@ void LOGDOMConfigurator::parseChildrenOfLoggerElement(const ZEBIDOM_Element& ele
   });
   // Only now, and all together: until here the logger had its old appenders, still open.
   logger->replaceAppenders(appenders);
+  keepAppendersThatStayedAt(*logger);
   for (LOGAppenderSkeleton* const appender : appenders) {
     m_repository->fireAddAppenderEvent(logger, appender);
   }
@@ -836,6 +837,8 @@ std::vector<LOGLogger*> LOGDOMConfigurator::allLoggers() const {
       loggers.push_back(static_cast<LOGLogger*>(logger));
     }
   }
+  // A repository may have no root.
+  loggers.erase(std::remove(loggers.begin(), loggers.end(), nullptr), loggers.end());
   return loggers;
 }
 
@@ -883,6 +886,17 @@ void LOGDOMConfigurator::retireAppendersOf(const LOGLogger& logger) {
       m_retired.push_back({appender, isOwn});
     }
   }
+}
+
+void LOGDOMConfigurator::keepAppendersThatStayedAt(const LOGLogger& logger) {
+  const std::vector<LOGAppenderSkeleton*> attached = logger.snapshotOfAppenders();
+  m_retired.erase(std::remove_if(m_retired.begin(), m_retired.end(),
+                                 [&](const Retired& retired) {
+                                   return !retired.isOwn &&
+                                          std::find(attached.begin(), attached.end(),
+                                                    retired.appender) != attached.end();
+                                 }),
+                  m_retired.end());
 }
 
 bool LOGDOMConfigurator::isRetired(const LOGAppenderSkeleton& appender) const {

@@ -147,6 +147,8 @@ class LOG4ZEB_EXPORT LOGDOMConfigurator : public LOGConfigurator, public ZEBThre
   void beginRun(const ZEBIDOM_Element& root);
   void endRun();
   void retireAppendersOf(const LOGLogger& logger);
+  /// Appenders of the program that the logger's class has not let go stay as they are.
+  void keepAppendersThatStayedAt(const LOGLogger& logger);
   bool isRetired(const LOGAppenderSkeleton& appender) const;
   LOGAppenderSkeleton* usableAppender(const I18NString& name) const;
   /// Without those of the program, which may be gone as soon as they are removed.

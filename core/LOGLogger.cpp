@@ -295,8 +295,13 @@ void LOGLogger::removeAppender(LOGAppenderSkeleton* appender) {
 }
 
 void LOGLogger::replaceAppenders(const std::vector<LOGAppenderSkeleton*>& appenders) {
-  locked(*this, "LOGLogger::replaceAppenders -- unable to lock mutex",
-         [&] { m_aai.replaceAppenders(appenders); });
+  locked(*this, "LOGLogger::replaceAppenders -- unable to lock mutex", [&] {
+    const LOGAppenderAttachableImpl::Replacement replacement(m_aai);
+    removeAllAppenders();
+    for (LOGAppenderSkeleton* const appender : appenders) {
+      addAppender(appender);
+    }
+  });
 }
 
 void LOGLogger::closeNestedAppenders() {

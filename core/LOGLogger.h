@@ -160,8 +160,8 @@ class LOG4ZEB_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   std::vector<LOGAppenderSkeleton*> snapshotOfAppenders() const { return m_aai.snapshot(); }
   /// One of them by number, null beyond the last.
   LOGAppenderSkeleton* appenderAt(std::size_t position) const { return m_aai.at(position); }
-  /// Attaches these appenders in place of those there, which are not closed, in one step: no event
-  /// meets a part of either set.
+  /// Attaches these appenders in place of those there, by removeAllAppenders() and addAppender(),
+  /// which here close nothing, in one step: no event meets a part of either set.
   void replaceAppenders(const std::vector<LOGAppenderSkeleton*>& appenders);
   /// Closes the appenders, which stay attached.
   void closeNestedAppenders();
