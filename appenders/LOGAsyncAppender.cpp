@@ -63,16 +63,6 @@ void handOver(LOGAppenderAttachableImpl& list) {
   });
 }
 
-/// Runs `operation` under the list's lock.
-template <typename Operation>
-void underListLock(const LOGAppenderAttachableImpl& list, const LOGFailureTexts& texts,
-                   Operation operation) {
-  logReportingFailures(texts, [&] {
-    const ZEBThreadGuard guard(list.getCriticalSection());
-    operation();
-  });
-}
-
 bool isAsynchronous(const LOGAppenderSkeleton& appender) {
   return dynamic_cast<const LOGAsyncAppender*>(&appender) != nullptr;
 }
@@ -229,6 +219,7 @@ LOGAsyncAppender::DispatcherTurn::DispatcherTurn(LOGAsyncAppender& appender)
 void LOGAsyncAppender::DispatcherTurn::begin() {
   m_appender.m_aai.getCriticalSection().enter();
   m_hasBegun = true;
+  m_appender.detachDoomed();
   m_appender.m_isDelivering = true;
   m_appender.setDispatcherWaits(false);
 }
@@ -429,45 +420,156 @@ bool LOGAsyncAppender::reaches(LOGAppenderSkeleton* from, const LOGAsyncAppender
   return seen.count(&to) != 0;
 }
 
+template <typename Operation>
+void LOGAsyncAppender::underListLock(const LOGFailureTexts& texts, Operation operation) {
+  logReportingFailures(texts, [&] {
+    const ZEBThreadGuard guard(m_aai.getCriticalSection());
+    detachDoomed();
+    operation();
+  });
+}
+
 void LOGAsyncAppender::addAppender(LOGAppenderSkeleton* newAppender) {
-  underListLock(m_aai, ADD_TEXTS, [&] { m_aai.addAppender(newAppender); });
+  underListLock(ADD_TEXTS, [&] { m_aai.addAppender(newAppender); });
 }
 
 ZEBListIterator<LOGAppenderSkeleton*> LOGAsyncAppender::getAllAppenders() {
   ZEBListIterator<LOGAppenderSkeleton*> all;
-  underListLock(m_aai, GET_ALL_TEXTS, [&] { all = m_aai.getAllAppenders(); });
+  underListLock(GET_ALL_TEXTS, [&] { all = m_aai.getAllAppenders(); });
   return all;
 }
 
 LOGAppenderSkeleton* LOGAsyncAppender::getAppender(const I18NString& name) {
   LOGAppenderSkeleton* found = nullptr;
-  underListLock(m_aai, GET_TEXTS, [&] { found = m_aai.getAppender(name); });
+  underListLock(GET_TEXTS, [&] { found = m_aai.getAppender(name); });
   return found;
 }
 
 int LOGAsyncAppender::isAttached(LOGAppenderSkeleton* appender) {
   int attached = 0;
-  underListLock(m_aai, IS_ATTACHED_TEXTS, [&] { attached = m_aai.isAttached(appender); });
+  underListLock(IS_ATTACHED_TEXTS, [&] { attached = m_aai.isAttached(appender); });
   return attached;
 }
 
-void LOGAsyncAppender::removeAllAppenders() {
-  underListLock(m_aai, REMOVE_ALL_TEXTS, [&] {
+template <typename Doomed, typename Operation>
+void LOGAsyncAppender::removeEverywhere(const LOGFailureTexts& texts, bool isOne, Doomed doomed,
+                                        Operation operation) {
+  std::vector<LOGAppenderSkeleton*> objects;
+  const auto removeFrom = [&](LOGAsyncAppender& async) {
+    async.underListLock(texts, [&] {
+      handOver(async.m_aai);
+      operation(async.m_aai);
+    });
+  };
+  const auto removeFromRelated = [&](LOGAsyncAppender& related) {
+    ZEBThreadCriticalSection& list = related.m_aai.getCriticalSection();
+    if (list.isLeftByFork()) {
+      removeFrom(related);
+      return;
+    }
+    bool isAsked = false;
+    while (!list.tryEnter()) {
+      if (!isAsked) {
+        related.detachSoon(objects);
+        isAsked = true;
+      }
+      // A thread that holds a lock may be in a delivery that the related list's thread waits for.
+      // Others wait for the delivery under way, and not for further ones: the lock is not fair.
+      if (ZEBForkGate::self().holdsLocks() || (isOne && !objects.empty() && !related.m_hasDoomed)) {
+        return;
+      }
+      ZEBThread::sleep(1);
+    }
+    const ZEBThreadGuard guard(list, ZEBThreadGuard::Held());
+    removeFrom(related);
+  };
+  underListLock(texts, [&] {
+    if (m_predecessor != nullptr || m_successor != nullptr) {
+      objects = doomed(m_aai);
+    }
     handOver(m_aai);
-    m_aai.removeAllAppenders();
+    operation(m_aai);
   });
+  logReportingFailures(texts, [&] {
+    for (auto* async = m_predecessor.load(); async != nullptr; async = async->m_predecessor) {
+      removeFromRelated(*async);
+    }
+    for (auto* async = m_successor.load(); async != nullptr; async = async->m_successor) {
+      removeFromRelated(*async);
+    }
+  });
+}
+
+void LOGAsyncAppender::removeAllAppenders() {
+  removeEverywhere(
+      REMOVE_ALL_TEXTS, false, [](LOGAppenderAttachableImpl& list) { return list.snapshot(); },
+      [](LOGAppenderAttachableImpl& list) { list.removeAllAppenders(); });
 }
 
 void LOGAsyncAppender::removeAppender(const I18NString& name) {
-  underListLock(m_aai, REMOVE_TEXTS, [&] {
-    handOver(m_aai);
-    m_aai.removeAppender(name);
-  });
+  removeEverywhere(
+      REMOVE_TEXTS, true,
+      [&](LOGAppenderAttachableImpl& list) {
+        LOGAppenderSkeleton* const found = list.getAppender(name);
+        return found == nullptr ? std::vector<LOGAppenderSkeleton*>()
+                                : std::vector<LOGAppenderSkeleton*>{found};
+      },
+      [&](LOGAppenderAttachableImpl& list) { list.removeAppender(name); });
 }
 
 void LOGAsyncAppender::removeAppender(LOGAppenderSkeleton* appender) {
-  underListLock(m_aai, REMOVE_TEXTS, [&] {
+  removeEverywhere(
+      REMOVE_TEXTS, true,
+      [&](LOGAppenderAttachableImpl&) { return std::vector<LOGAppenderSkeleton*>{appender}; },
+      [&](LOGAppenderAttachableImpl& list) { list.removeAppender(appender); });
+}
+
+void LOGAsyncAppender::exchangeAppender(LOGAppenderSkeleton* old, LOGAppenderSkeleton* live) {
+  detachDoomed();
+  handOver(m_aai);
+  m_aai.removeAppender(old);
+  m_aai.addAppender(live);
+}
+
+void LOGAsyncAppender::detachSoon(const std::vector<LOGAppenderSkeleton*>& doomed) {
+  const std::lock_guard<std::mutex> lock(m_leaf);
+  m_doomed.insert(m_doomed.end(), doomed.begin(), doomed.end());
+  m_hasDoomed = true;
+}
+
+void LOGAsyncAppender::detachDoomed() {
+  if (m_hasDoomed) {
     handOver(m_aai);
-    m_aai.removeAppender(appender);
-  });
+    std::vector<LOGAppenderSkeleton*> doomed;
+    {
+      const std::lock_guard<std::mutex> lock(m_leaf);
+      doomed.swap(m_doomed);
+    }
+    m_aai.detach(doomed);
+    const std::lock_guard<std::mutex> lock(m_leaf);
+    m_hasDoomed = !m_doomed.empty();
+  }
+}
+
+void LOGAsyncAppender::succeed(LOGAsyncAppender& predecessor) {
+  m_predecessor = &predecessor;
+  predecessor.m_successor = this;
+}
+
+void LOGAsyncAppender::endSuccession() {
+  LOGAsyncAppender* const successor = m_successor;
+  if (successor == nullptr || parts() != nullptr) {
+    return;
+  }
+  {
+    // First, so that whoever still finds this one removes from it, and whoever does not need not.
+    const ZEBThreadGuard guard(m_aai.getCriticalSection());
+    m_aai.detach(m_aai.snapshot());
+  }
+  LOGAsyncAppender* const predecessor = m_predecessor;
+  successor->m_predecessor = predecessor;
+  if (predecessor != nullptr) {
+    predecessor->m_successor = successor;
+  }
+  m_successor = nullptr;
 }

@@ -14,6 +14,7 @@
 
 class LOGBoundedFIFO;
 class LOGDispatcher;
+struct LOGFailureTexts;
 
 /// Spares the threads that log the time of slow appenders: it queues copies of events, and a thread
 /// of its own passes them on to the appenders attached to it. A thread that logs waits while the
@@ -65,6 +66,9 @@ class LOG4ZEB_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
   void setLocationInfo(int info) { locationInfo = info; }
 
   // Each takes the lock of the list of attached appenders. A thread that waits for space holds it.
+  // What is removed is also removed from the appenders that this one succeeds, and from its
+  // successors. That waits for their deliveries, unless the caller holds a lock of the library, as
+  // in a delivery: then it takes effect there with the next one.
   void addAppender(LOGAppenderSkeleton* newAppender) override;
   ZEBListIterator<LOGAppenderSkeleton*> getAllAppenders() override;
   LOGAppenderSkeleton* getAppender(const I18NString& name) override;
@@ -73,6 +77,16 @@ class LOG4ZEB_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
   void removeAppender(const I18NString& name) override;
   void removeAppender(LOGAppenderSkeleton* appender) override;
   LOGAppenderAttachableImpl* getAAI() { return &m_aai; }
+
+  /// Takes the place of `predecessor`, which still passes on what it has queued. REQUIRES: the
+  /// other one lives until endSuccession().
+  void succeed(LOGAsyncAppender& predecessor);
+  /// Ends that for a predecessor that has been closed, and detaches what is attached to it. Where
+  /// its thread has not ended, things stay as they are.
+  void endSuccession();
+  /// Attaches `live` in place of `old`, which a predecessor keeps. REQUIRES: called under the
+  /// list's lock.
+  void exchangeAppender(LOGAppenderSkeleton* old, LOGAppenderSkeleton* live);
 
   /// The dispatcher's way to the list's lock, which it gets before the next thread that logs, so
   /// that it always makes progress: those that come after the turn was asked for wait until it has
@@ -99,6 +113,19 @@ class LOG4ZEB_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
  private:
   struct Parts;
 
+  /// Runs `operation` under the list's lock.
+  template <typename Operation>
+  void underListLock(const LOGFailureTexts& texts, Operation operation);
+  /// Removes from this list by `operation`, and then from those of the predecessors and successors;
+  /// from a list that is busy, the objects that `doomed` finds in this one, which is enough where
+  /// it `isOne`.
+  template <typename Doomed, typename Operation>
+  void removeEverywhere(const LOGFailureTexts& texts, bool isOne, Doomed doomed,
+                        Operation operation);
+  /// Has these removed before the next delivery. REQUIRES: they live until then.
+  void detachSoon(const std::vector<LOGAppenderSkeleton*>& doomed);
+  /// Does so. REQUIRES: called under the list's lock.
+  void detachDoomed();
   void setDispatcherWaits(bool waits);
   void waitForTurn();
   bool waitForSpace();
@@ -132,6 +159,11 @@ class LOG4ZEB_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
   // Guarded by the appender's lock.
   int interruptedWarningMessage = 0;
   bool m_isAppending = false;
+
+  std::atomic<LOGAsyncAppender*> m_predecessor{nullptr};
+  std::atomic<LOGAsyncAppender*> m_successor{nullptr};
+  std::vector<LOGAppenderSkeleton*> m_doomed;  // to be detached; guarded by m_leaf
+  std::atomic<bool> m_hasDoomed{false};
 
   mutable std::mutex m_leaf;
   std::condition_variable m_turnTaken;

@@ -585,6 +585,7 @@ LOGAppenderSkeleton* LOGDOMConfigurator::findAppenderByName(const I18NString& na
   LOGAppenderSkeleton* const appender = parseAppender(found->second.element);
   m_appendersUnderConstruction.pop_back();
   if (appender != nullptr) {
+    succeedRetired(*appender);
     ++m_appendersOfRun;
     found->second.isInUse = true;
     LOGLogLog::debug(PREFIX + ("Put appender " + name) + " into the appender bag.");
@@ -879,6 +880,7 @@ void LOGDOMConfigurator::beginRun(const ZEBIDOM_Element& root) {
 }
 
 void LOGDOMConfigurator::retireAppendersOf(const LOGLogger& logger) {
+  const ZEBThreadGuard guard(logger.getCriticalSection());  // which a removal takes, too
   for (LOGAppenderSkeleton* const appender : logger.snapshotOfAppenders()) {
     if (!isRetired(*appender)) {
       const bool isOwn = std::any_of(m_appenders.begin(), m_appenders.end(),
@@ -897,6 +899,15 @@ void LOGDOMConfigurator::keepAppendersThatStayedAt(const LOGLogger& logger) {
                                                     retired.appender) != attached.end();
                                  }),
                   m_retired.end());
+}
+
+void LOGDOMConfigurator::succeedRetired(LOGAppenderSkeleton& appender) const {
+  auto* const known = static_cast<LOGAppenderSkeleton*>(m_appenderBag->get(appender.getName()));
+  auto* const predecessor = dynamic_cast<LOGAsyncAppender*>(known);
+  auto* const async = dynamic_cast<LOGAsyncAppender*>(&appender);
+  if (async != nullptr && predecessor != nullptr && isRetired(*predecessor)) {
+    async->succeed(*predecessor);
+  }
 }
 
 bool LOGDOMConfigurator::isRetired(const LOGAppenderSkeleton& appender) const {
@@ -969,7 +980,12 @@ void LOGDOMConfigurator::endRun() {
     contained([&] {
       // Removal and addition under one lock, so that no event finds neither of them.
       const ZEBThreadGuard guard(logger->getCriticalSection());
-      replaceUnusableAppenders(*logger, logger->snapshotOfAppenders());
+      for (LOGAppenderSkeleton* const appender : logger->snapshotOfAppenders()) {
+        if (LOGAppenderSkeleton* const live = replacementFor(*appender, nullptr)) {
+          logger->removeAppender(appender);
+          logger->addAppender(live);
+        }
+      }
     });
   }
   for (const auto& appender : m_appenders) {
@@ -977,7 +993,11 @@ void LOGDOMConfigurator::endRun() {
     if (async != nullptr && async->isStale() == 0 && !isRetired(*async)) {
       contained([&] {
         const ZEBThreadGuard guard(async->getAAI()->getCriticalSection());
-        replaceUnusableAppenders(*async, async->getAAI()->snapshot());
+        for (LOGAppenderSkeleton* const attached : async->getAAI()->snapshot()) {
+          if (LOGAppenderSkeleton* const live = replacementFor(*attached, async)) {
+            async->exchangeAppender(attached, live);
+          }
+        }
       });
     }
   }
@@ -990,29 +1010,19 @@ void LOGDOMConfigurator::endRun() {
   m_appenders.erase(firstStale, m_appenders.end());
 }
 
-void LOGDOMConfigurator::replaceUnusableAppenders(
-    LOGAppenderAttachable& holder, const std::vector<LOGAppenderSkeleton*>& attached) const {
-  for (LOGAppenderSkeleton* const appender : attached) {
-    if (appender->isStale() == 0 && !isRetired(*appender)) {
-      continue;
-    }
-    LOGAppenderSkeleton* const live = usableAppender(appender->getName());
-    const auto* const async = dynamic_cast<const LOGAsyncAppender*>(&holder);
-    // An order that the document has turned round must not have events go round for ever.
-    const bool isCircle =
-        live != nullptr && async != nullptr && LOGAsyncAppender::reaches(live, *async);
-    if (live != nullptr && !isCircle) {
-      holder.removeAppender(appender);
-      holder.addAppender(live);
-    }
+LOGAppenderSkeleton* LOGDOMConfigurator::replacementFor(const LOGAppenderSkeleton& attached,
+                                                        const LOGAsyncAppender* async) const {
+  if (attached.isStale() == 0 && !isRetired(attached)) {
+    return nullptr;
   }
+  LOGAppenderSkeleton* const live = usableAppender(attached.getName());
+  // An order that the document has turned round must not have events go round for ever.
+  const bool isCircle =
+      live != nullptr && async != nullptr && LOGAsyncAppender::reaches(live, *async);
+  return isCircle ? nullptr : live;
 }
 
 void LOGDOMConfigurator::closeRetiredAppenders() {
-  // Asynchronous ones pass on what they have queued and are closed before those they pass it to.
-  std::stable_partition(m_retired.begin(), m_retired.end(), [](const Retired& retired) {
-    return dynamic_cast<const LOGAsyncAppender*>(retired.appender) != nullptr;
-  });
   contained([this] {
     std::vector<LOGAppenderSkeleton*> appenders;
     for (const Retired& retired : m_retired) {
@@ -1020,18 +1030,28 @@ void LOGDOMConfigurator::closeRetiredAppenders() {
     }
     LOGAsyncAppender::flushReachable(appenders, LOGAsyncAppender::LONGEST_FINAL_FLUSH);
   });
-  for (const Retired& retired : m_retired) {
-    contained([&] {
-      if (retired.isOwn) {
-        retired.appender->markAsStale();
-      }
-      retired.appender->close();
-      // What is stale is kept to the shutdown; without this, a socket would be for each reading.
-      auto* const sender = dynamic_cast<LOGLocalUDPAppender*>(retired.appender);
-      if (sender != nullptr && retired.isOwn) {
-        sender->release();
-      }
-    });
+  // Asynchronous ones are closed before those that they pass events on to.
+  for (const bool isAsync : {true, false}) {
+    for (const Retired& retired : m_retired) {
+      contained([&] {
+        auto* const async = dynamic_cast<LOGAsyncAppender*>(retired.appender);
+        if ((async != nullptr) != isAsync) {
+          return;
+        }
+        if (retired.isOwn) {
+          retired.appender->markAsStale();
+        }
+        retired.appender->close();
+        if (retired.isOwn && async != nullptr) {
+          async->endSuccession();
+        }
+        // What is stale is kept to the shutdown; without this, a socket would be for each reading.
+        auto* const sender = dynamic_cast<LOGLocalUDPAppender*>(retired.appender);
+        if (sender != nullptr && retired.isOwn) {
+          sender->release();
+        }
+      });
+    }
   }
   m_retired.clear();
 }

@@ -14,8 +14,8 @@
 #include "platform/ZEBIDOM_Element.h"
 #include "platform/ZEBThreadLockableResource.h"
 
-class LOGAppenderAttachable;
 class LOGAppenderSkeleton;
+class LOGAsyncAppender;
 class LOGErrorHandler;
 class LOGFilter;
 class LOGLayout;
@@ -149,6 +149,8 @@ class LOG4ZEB_EXPORT LOGDOMConfigurator : public LOGConfigurator, public ZEBThre
   void retireAppendersOf(const LOGLogger& logger);
   /// Appenders of the program that the logger's class has not let go stay as they are.
   void keepAppendersThatStayedAt(const LOGLogger& logger);
+  /// Lets a new asynchronous appender know the retired one whose place it takes.
+  void succeedRetired(LOGAppenderSkeleton& appender) const;
   bool isRetired(const LOGAppenderSkeleton& appender) const;
   LOGAppenderSkeleton* usableAppender(const I18NString& name) const;
   /// Without those of the program, which may be gone as soon as they are removed.
@@ -159,8 +161,9 @@ class LOG4ZEB_EXPORT LOGDOMConfigurator : public LOGConfigurator, public ZEBThre
   /// Builds what the document has for appenders that are behind one in use and cannot stay there,
   /// because loggers had them too.
   void rebuildBehind(LOGAppenderSkeleton& holder, std::set<const LOGAppenderSkeleton*>& seen);
-  void replaceUnusableAppenders(LOGAppenderAttachable& holder,
-                                const std::vector<LOGAppenderSkeleton*>& attached) const;
+  /// What takes the place of one attached to a logger, or to `async`: null where it stays.
+  LOGAppenderSkeleton* replacementFor(const LOGAppenderSkeleton& attached,
+                                      const LOGAsyncAppender* async) const;
   void closeRetiredAppenders();
   void detachFromLoggers(LOGAppenderSkeleton* appender) const;
   template <typename Operation>
