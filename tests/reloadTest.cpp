@@ -215,6 +215,41 @@ TEST(Reload, TouchesNoAppenderOfTheProgramAfterItsRemoval) {
   program.join();
 }
 
+TEST(Reload, ClosesNoAppenderThatTheProgramRemovesMeanwhile) {
+  Workplace workplace;
+  CapturingAppender slow("slow");
+  slow.onAppend = [](LOGLoggingEvent*) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  };
+  LOGAsyncAppender queue;
+  queue.setName("queue");
+  queue.addAppender(&slow);
+  CapturingAppender removed("removed");
+  CapturingAppender left("left");
+  auto deleted = std::make_unique<CapturingAppender>("deleted");
+  LOGLogger* const logger = LOGManager::getLogger("x");
+  for (LOGAppenderSkeleton* const appender :
+       {static_cast<LOGAppenderSkeleton*>(&queue), static_cast<LOGAppenderSkeleton*>(&removed),
+        static_cast<LOGAppenderSkeleton*>(&left),
+        static_cast<LOGAppenderSkeleton*>(deleted.get())}) {
+    logger->addAppender(appender);
+  }
+  for (int i = 0; i < 10; ++i) {
+    logger->info("queued");
+  }
+  std::thread reading([] { Workplace::configure("<logger name='x'/>"); });
+  EXPECT_TRUE(eventually([logger] { return logger->snapshotOfAppenders().empty(); }));
+  logger->removeAppender(&removed);
+  logger->removeAppender(deleted.get());
+  deleted.reset();
+  EXPECT_FALSE(queue.isClosedForGood());
+  reading.join();
+  EXPECT_TRUE(queue.isClosedForGood());
+  EXPECT_EQ(slow.messages.size(), 10U) << "what was queued is passed on";
+  EXPECT_EQ(removed.closings, 0);
+  EXPECT_EQ(left.closings, 1);
+}
+
 TEST(Reload, KeepsWhatIsBehindAnAsynchronousAppenderAtWork) {
   Workplace workplace;
   const auto async = [](const std::string& name, const std::string& next) {
