@@ -123,13 +123,18 @@ void LOGAppenderAttachableImpl::add(LOGAppenderSkeleton* appender) {
   m_appenderList.add(appender);
 }
 
-LOGAppenderAttachableImpl::Walk* LOGAppenderAttachableImpl::innermostWalk() {
-  // A thread that a fork has left behind will not come to the end of its walk.
+void LOGAppenderAttachableImpl::forgetVanishedThreads() {
+  // A thread that a fork has left behind will not come to the end of its walk or replacement.
   const unsigned epoch = ZEBForkGate::epoch();
-  if (m_epochOfWalks != epoch) {
-    m_epochOfWalks = epoch;
+  if (m_epochOfThreads != epoch) {
+    m_epochOfThreads = epoch;
     m_innermostWalk = nullptr;
+    m_isBeingReplaced = false;
   }
+}
+
+LOGAppenderAttachableImpl::Walk* LOGAppenderAttachableImpl::innermostWalk() {
+  forgetVanishedThreads();
   return m_innermostWalk;
 }
 
@@ -149,7 +154,21 @@ void LOGAppenderAttachableImpl::clear() {
 }
 
 void LOGAppenderAttachableImpl::publish() {
-  m_hasAppenders.store(!m_appenderList.isEmpty(), std::memory_order_release);
+  forgetVanishedThreads();
+  if (!m_isBeingReplaced) {
+    m_hasAppenders.store(!m_appenderList.isEmpty(), std::memory_order_release);
+  }
+}
+
+LOGAppenderAttachableImpl::Replacement::Replacement(LOGAppenderAttachableImpl& list)
+    : m_list(list) {
+  m_list.forgetVanishedThreads();
+  m_list.m_isBeingReplaced = true;
+}
+
+LOGAppenderAttachableImpl::Replacement::~Replacement() {
+  m_list.m_isBeingReplaced = false;
+  m_list.publish();
 }
 
 void LOGAppenderAttachableImpl::addAppender(LOGAppenderSkeleton* newAppender) {
@@ -238,17 +257,22 @@ void LOGAppenderAttachableImpl::removeAllAppenders() { removeAllAppenders(nullpt
 
 void LOGAppenderAttachableImpl::removeAllAppenders(LOGHashtable* appenderBag) {
   const bool isAny = !m_appenderList.isEmpty();
-  forEach([appenderBag](LOGAppenderSkeleton& appender) {
-    appender.close();
-    if (appenderBag != nullptr &&
-        appenderBag->get(appender.getName()) == static_cast<LOGObject*>(&appender)) {
-      appender.markAsStale();
-    }
-  });
+  forgetVanishedThreads();
+  if (!m_isBeingReplaced) {
+    forEach([appenderBag](LOGAppenderSkeleton& appender) {
+      appender.close();
+      if (appenderBag != nullptr &&
+          appenderBag->get(appender.getName()) == static_cast<LOGObject*>(&appender)) {
+        appender.markAsStale();
+      }
+    });
+  }
   clear();
   publish();
-  LOGAppenderClaim::revokeAll(*this);
-  awaitUsers({nullptr, isAny, isAny});
+  if (!m_isBeingReplaced) {
+    LOGAppenderClaim::revokeAll(*this);
+    awaitUsers({nullptr, true, isAny});
+  }
 }
 
 void LOGAppenderAttachableImpl::removeAppender(const I18NString& name) {
@@ -299,20 +323,6 @@ LOGAppenderAttachableImpl::Removed LOGAppenderAttachableImpl::takeOut(
 void LOGAppenderAttachableImpl::awaitUsers(const Removed& removed) const {
   if (removed.isAny) {
     LOGAppenderPin::awaitOthers(this, removed.appender);
-  }
-}
-
-void LOGAppenderAttachableImpl::replaceAppenders(
-    const std::vector<LOGAppenderSkeleton*>& appenders,
-    const std::function<void(LOGAppenderSkeleton&)>& leave) {
-  // Without the list being seen empty between.
-  const Publishing publishing(*this);
-  if (leave) {
-    forEach(leave);
-  }
-  clear();
-  for (LOGAppenderSkeleton* const appender : appenders) {
-    addUnlessThere(appender);
   }
 }
 

@@ -61,10 +61,18 @@ class LOG4ZEB_EXPORT LOGAppenderAttachableImpl : public LOGAppenderAttachable, p
   /// Waits, where the calling thread may, until no other thread uses what was taken out.
   void awaitUsers(const Removed& removed) const;
 
-  /// Empties the list, without closing anything, and adds these. Each appender that was there is
-  /// first passed to `leave`, which may be empty.
-  void replaceAppenders(const std::vector<LOGAppenderSkeleton*>& appenders,
-                        const std::function<void(LOGAppenderSkeleton&)>& leave);
+  /// While one lives, other appenders take the place of those in the list: removeAllAppenders()
+  /// closes none, and hasAppenders() answers as before. Lives under the owner's lock.
+  class LOG4ZEB_EXPORT Replacement {
+   public:
+    explicit Replacement(LOGAppenderAttachableImpl& list);
+    Replacement(const Replacement&) = delete;
+    Replacement& operator=(const Replacement&) = delete;
+    ~Replacement();
+
+   private:
+    LOGAppenderAttachableImpl& m_list;
+  };
 
   /// Activates every appender and has it append the event; returns how many are in the list, also
   /// those that refuse the event, or were called, whichever is more. What activation throws is
@@ -129,6 +137,7 @@ class LOG4ZEB_EXPORT LOGAppenderAttachableImpl : public LOGAppenderAttachable, p
     Walk* m_outer;
   };
 
+  void forgetVanishedThreads();
   Walk* innermostWalk();
   bool pinIfAttached(const LOGAppenderSkeleton& appender, LOGAppenderPin& pin) const;
   void remove(Position position);
@@ -144,7 +153,8 @@ class LOG4ZEB_EXPORT LOGAppenderAttachableImpl : public LOGAppenderAttachable, p
   ZEBList<LOGAppenderSkeleton*> m_appenderList;
   ZEBListIterator<LOGAppenderSkeleton*> m_iterator;
   Walk* m_innermostWalk = nullptr;
-  unsigned m_epochOfWalks = 0;  // of the fork gate
+  bool m_isBeingReplaced = false;  // guarded by the owner's lock
+  unsigned m_epochOfThreads = 0;   // of the fork gate
   mutable ZEBThreadCriticalSection m_access;
 };
 

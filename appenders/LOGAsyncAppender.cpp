@@ -19,6 +19,9 @@ namespace {
 
 constexpr const char* SOURCE = "LOGAsyncAppender";
 
+/// Guards which asynchronous appender takes the place of which. A leaf.
+ZEBThreadCriticalSection g_successionLock;
+
 constexpr LOGFailureTexts CLOSE_TEXTS{
     "LOGAsyncAppender::close --- ", "LOGAsyncAppender::close --- ",
     "LOGAsyncAppender::close --- An unknown exception has occured."};
@@ -85,6 +88,19 @@ struct LOGAsyncAppender::Core {
     }
   }
 
+  /// Null unless it is still passing on what it has queued; and where this one is.
+  std::shared_ptr<Core> predecessor() const {
+    const ZEBThreadGuard guard(g_successionLock);
+    const std::shared_ptr<Core> core = m_predecessor.lock();
+    return core == nullptr || core->bf.isClosed() ? nullptr : core;
+  }
+  std::shared_ptr<Core> successor() const {
+    const ZEBThreadGuard guard(g_successionLock);
+    return bf.isClosed() ? nullptr : m_successor.lock();
+  }
+
+  std::weak_ptr<Core> m_predecessor;  // guarded by the lock of successions, like the next
+  std::weak_ptr<Core> m_successor;
   LOGAppenderAttachableImpl aai;
   LOGBoundedFIFO bf;
   std::atomic<int> interruptedWarningMessage{0};
@@ -289,31 +305,48 @@ int LOGAsyncAppender::isAttached(LOGAppenderSkeleton* appender) {
   return attached;
 }
 
-void LOGAsyncAppender::removeAllAppenders() {
-  LOGAppenderAttachableImpl& list = m_core->aai;
-  underListLock(list, REMOVE_ALL_TEXTS, [&] { list.removeAllAppenders(); });
-  list.awaitUsers({nullptr, true, true});
-}
-
-template <typename TakeOut>
-void LOGAsyncAppender::remove(TakeOut takeOut) {
-  LOGAppenderAttachableImpl& list = m_core->aai;
-  LOGAppenderAttachableImpl::Removed removed;
-  underListLock(list, REMOVE_TEXTS, [&] {
-    list.forEach(handOver);
-    removed = takeOut(list);
-  });
-  list.awaitUsers(removed);
-  // A delivery that went on meanwhile may have held a line back.
-  if (removed.wasThere && removed.appender != nullptr && LOGCallScope::mayWait()) {
-    logReportingFailures(REMOVE_TEXTS, [&] { handOver(*removed.appender); });
+template <typename Remove>
+void LOGAsyncAppender::removeEverywhere(const LOGFailureTexts& texts, Remove remove) {
+  const auto removeFrom = [&](LOGAppenderAttachableImpl& list) {
+    LOGAppenderAttachableImpl::Removed removed;
+    underListLock(list, texts, [&] {
+      list.forEach(handOver);
+      removed = remove(list);
+    });
+    list.awaitUsers(removed);
+    // A delivery that went on meanwhile may have held a line back.
+    if (removed.wasThere && removed.appender != nullptr && LOGCallScope::mayWait()) {
+      logReportingFailures(texts, [&] { handOver(*removed.appender); });
+    }
+  };
+  removeFrom(m_core->aai);
+  for (std::shared_ptr<Core> core = m_core->predecessor(); core; core = core->predecessor()) {
+    removeFrom(core->aai);
+  }
+  for (std::shared_ptr<Core> core = m_core->successor(); core; core = core->successor()) {
+    removeFrom(core->aai);
   }
 }
 
+void LOGAsyncAppender::removeAllAppenders() {
+  removeEverywhere(REMOVE_ALL_TEXTS, [](LOGAppenderAttachableImpl& list) {
+    list.removeAllAppenders();
+    return LOGAppenderAttachableImpl::Removed{nullptr, true, true};
+  });
+}
+
 void LOGAsyncAppender::removeAppender(const I18NString& name) {
-  remove([&](LOGAppenderAttachableImpl& list) { return list.takeOut(name); });
+  removeEverywhere(REMOVE_TEXTS,
+                   [&](LOGAppenderAttachableImpl& list) { return list.takeOut(name); });
 }
 
 void LOGAsyncAppender::removeAppender(LOGAppenderSkeleton* appender) {
-  remove([&](LOGAppenderAttachableImpl& list) { return list.takeOut(appender); });
+  removeEverywhere(REMOVE_TEXTS,
+                   [&](LOGAppenderAttachableImpl& list) { return list.takeOut(appender); });
+}
+
+void LOGAsyncAppender::succeed(const LOGAsyncAppender& predecessor) {
+  const ZEBThreadGuard guard(g_successionLock);
+  m_core->m_predecessor = predecessor.m_core;
+  predecessor.m_core->m_successor = m_core;
 }

@@ -10,6 +10,8 @@
 #include "appenders/LOGAppenderAttachableImpl.h"
 #include "appenders/LOGAppenderSkeleton.h"
 
+struct LOGFailureTexts;
+
 /// Spares the threads that log the time of slow appenders: it queues copies of events, and a thread
 /// of its own, the dispatcher, passes them on to the appenders attached to it. While the queue is
 /// full, a thread that logs waits at the end of its outermost call, when it holds no lock any more:
@@ -76,6 +78,10 @@ class LOG4ZEB_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
   void removeAppender(LOGAppenderSkeleton* appender) override;
   LOGAppenderAttachableImpl* getAAI();
 
+  /// Takes the place of another one, which still passes on what it has queued: until it is closed,
+  /// what is removed from one of them is removed from both, and from those that it succeeds in turn.
+  void succeed(const LOGAsyncAppender& predecessor);
+
   /// Queues of asynchronous appenders, which can be flushed after the appenders are gone.
   class LOG4ZEB_EXPORT Queues {
    public:
@@ -103,8 +109,8 @@ class LOG4ZEB_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
   /// Whether the calling thread is the dispatcher here, or of a queue that this one passes events on
   /// to, perhaps through others.
   bool isServedByThisThread() const;
-  template <typename TakeOut>
-  void remove(TakeOut takeOut);
+  template <typename Remove>
+  void removeEverywhere(const LOGFailureTexts& texts, Remove remove);
 
   // Shared with queues that are flushed and with threads that wait for room.
   const std::shared_ptr<Core> m_core;

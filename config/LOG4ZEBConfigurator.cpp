@@ -15,12 +15,15 @@ void LOG4ZEBConfigurator::shutdown() {
       "LOG4ZEBConfigurator::shutdown -- some i18nstring exception occurred",
       "LOG4ZEBConfigurator::shutdown -- some ZEBThrowable exception occurred",
       "LOG4ZEBConfigurator::shutdown -- An unknown exception has occurred."};
-  logContainingFailures(TEXTS, [] {
-    LOGDOMConfigurator::runExclusively([] {
+  bool isRefused = false;
+  logContainingFailures(TEXTS, [&isRefused] {
+    isRefused = !LOGDOMConfigurator::runExclusively([] {
       if (LOGLogger::getRootLogger() != nullptr) {
         LOGLogger::shutdown();
       }
     });
   });
-  LOGLogLog::shutdown();
+  if (!isRefused) {
+    LOGLogLog::shutdown();
+  }
 }

@@ -6,6 +6,8 @@
 #include <string>
 #include <utility>
 
+#include "appenders/LOGAppenderClaim.h"
+#include "appenders/LOGAppenderPin.h"
 #include "appenders/LOGAppenderSkeleton.h"
 #include "appenders/LOGAsyncAppender.h"
 #include "appenders/LOGRollingFileAppender.h"
@@ -92,12 +94,36 @@ constexpr LOGFailureTexts DO_CONFIGURE_TEXTS{
     "LOGDOMConfigurator::doConfigure -- some ZEBThrowable exception occurred",
     "LOGDOMConfigurator::doConfigure -- An unknown exception has occurred."};
 
+bool isAsynchronous(const LOGAppenderSkeleton& appender) {
+  return dynamic_cast<const LOGAsyncAppender*>(&appender) != nullptr;
+}
+
 /// Runs one step of taking appenders out of use.
 template <typename Operation>
 void contained(Operation operation) noexcept {
   logContainingFailures(
       LOGFailureTexts::same("LOGDOMConfigurator -- an appender could not be taken out of use"),
       operation);
+}
+
+/// Whether this thread is in a run, and so is whatever it calls.
+thread_local bool t_isRunning = false;
+
+class Running {
+ public:
+  Running() { t_isRunning = true; }
+  Running(const Running&) = delete;
+  Running& operator=(const Running&) = delete;
+  ~Running() { t_isRunning = false; }
+};
+
+/// Reports that `what` is refused, if this is within a run. Returns whether it is.
+bool isRefused(const char* what) {
+  if (t_isRunning) {
+    LOGLogLog::error(I18NString(what) +
+                     " -- refused, because this thread is reading a configuration document");
+  }
+  return t_isRunning;
 }
 
 bool isSet(const I18NString& attribute) { return !attribute.isEmpty() && attribute != NULL_WORD; }
@@ -150,7 +176,7 @@ LOGDOMConfigurator::~LOGDOMConfigurator() {
   // Asynchronous ones first: they end threads that use the others.
   for (const bool isAsync : {true, false}) {
     forEachAppender([isAsync](LOGAppenderSkeleton& appender) {
-      if ((dynamic_cast<const LOGAsyncAppender*>(&appender) != nullptr) == isAsync) {
+      if (isAsynchronous(appender) == isAsync) {
         contained([&] { appender.close(); });
       }
     });
@@ -159,10 +185,11 @@ LOGDOMConfigurator::~LOGDOMConfigurator() {
       [this](LOGAppenderSkeleton& appender) { contained([&] { detachFromLoggers(&appender); }); });
   m_appenderBag->forget();
   m_objectTable.forget();
-  // Again, because closing one does not wait for a thread that waits for this one.
+  // Asynchronous ones again: destroying one waits for its thread, which a close() need not have done.
   for (auto* const appenders : {&m_appenders, &m_staleAppenders}) {
     for (auto& appender : *appenders) {
-      if (dynamic_cast<const LOGAsyncAppender*>(appender.get()) != nullptr) {
+      LOGAppenderPin::awaitOthers(nullptr, appender.get());
+      if (isAsynchronous(*appender)) {
         appender.reset();
       }
     }
@@ -188,44 +215,48 @@ void LOGDOMConfigurator::initialize() {
 }
 
 void LOGDOMConfigurator::shutdown() {
-  const ZEBThreadOuterGuard guard(g_runLock);
-  delete std::exchange(m_domConfig, nullptr);
+  runExclusively([] { delete std::exchange(m_domConfig, nullptr); });
 }
 
-void LOGDOMConfigurator::runExclusively(const std::function<void()>& operation) {
+bool LOGDOMConfigurator::runExclusively(const std::function<void()>& operation) {
+  if (isRefused("LOGDOMConfigurator::shutdown")) {
+    return false;
+  }
   const ZEBThreadOuterGuard guard(g_runLock);
   operation();
+  return true;
+}
+
+template <typename Operation>
+int LOGDOMConfigurator::run(Operation operation) {
+  int configured = 0;
+  logContainingFailures(DO_CONFIGURE_TEXTS, [&] {
+    if (isRefused("LOGDOMConfigurator::doConfigure")) {
+      return;
+    }
+    const ZEBThreadOuterGuard guard(g_runLock);
+    const Running running;
+    initialize();
+    configured = operation();
+  });
+  return configured;
 }
 
 int LOGDOMConfigurator::configure(const I18NString& fileName) {
-  int configured = 0;
-  logContainingFailures(DO_CONFIGURE_TEXTS, [&] {
-    const ZEBThreadOuterGuard guard(g_runLock);
-    initialize();
-    configured = m_domConfig->doConfigure(fileName, LOGManager::getLoggerRepository());
-  });
-  return configured;
+  return run([&] { return m_domConfig->doConfigure(fileName, LOGManager::getLoggerRepository()); });
 }
 
 int LOGDOMConfigurator::configureWithProcID(const I18NString& fileName) {
-  int configured = 0;
-  logContainingFailures(DO_CONFIGURE_TEXTS, [&] {
-    const ZEBThreadOuterGuard guard(g_runLock);
+  return run([&] {
     applyProcIDtoFileAppender(1);
-    configured = configure(fileName);
+    const int configured = m_domConfig->doConfigure(fileName, LOGManager::getLoggerRepository());
     applyProcIDtoFileAppender(0);
+    return configured;
   });
-  return configured;
 }
 
 int LOGDOMConfigurator::configure(const ZEBIDOM_Element& root) {
-  int configured = 0;
-  logContainingFailures(DO_CONFIGURE_TEXTS, [&] {
-    const ZEBThreadOuterGuard guard(g_runLock);
-    initialize();
-    configured = m_domConfig->doConfigure(root, LOGManager::getLoggerRepository());
-  });
-  return configured;
+  return run([&] { return m_domConfig->doConfigure(root, LOGManager::getLoggerRepository()); });
 }
 
 void LOGDOMConfigurator::configureAndWatch(const I18NString&) {}
@@ -459,6 +490,7 @@ void LOGDOMConfigurator::parseChildrenOfLoggerElement(const ZEBIDOM_Element& ele
   });
   // Only now, and all together: until here the logger had its old appenders, still open.
   logger->replaceAppenders(appenders);
+  keepAppendersThatStayedAt(*logger);
   for (LOGAppenderSkeleton* const appender : appenders) {
     m_repository->fireAddAppenderEvent(logger, appender);
   }
@@ -561,6 +593,7 @@ LOGAppenderSkeleton* LOGDOMConfigurator::findAppenderByName(const I18NString& na
   LOGAppenderSkeleton* const appender = parseAppender(found->second.element);
   m_appendersUnderConstruction.pop_back();
   if (appender != nullptr) {
+    succeedRetired(*appender);
     ++m_appendersOfRun;
     found->second.isInUse = true;
     LOGLogLog::debug(PREFIX + ("Put appender " + name) + " into the appender bag.");
@@ -813,6 +846,8 @@ std::vector<LOGLogger*> LOGDOMConfigurator::allLoggers() const {
       loggers.push_back(static_cast<LOGLogger*>(logger));
     }
   }
+  // A repository may have no root.
+  loggers.erase(std::remove(loggers.begin(), loggers.end(), nullptr), loggers.end());
   return loggers;
 }
 
@@ -820,11 +855,12 @@ void LOGDOMConfigurator::beginRun(const ZEBIDOM_Element& root) {
   // What a run that lacked memory has left to be closed is closed by this one; a program's own
   // appenders may be gone by now.
   m_retired.erase(std::remove_if(m_retired.begin(), m_retired.end(),
-                                 [](const Retired& retired) { return !retired.isOwn; }),
+                                 [](const Retired& retired) { return retired.claim != nullptr; }),
                   m_retired.end());
   for (LOGAppenderSkeleton* const appender : m_doubtful) {
     if (!isRetired(*appender)) {
-      m_retired.push_back({appender, true});
+      m_retired.push_back({appender, nullptr});
+      m_retiredQueues.add(*appender);
     }
   }
   m_appendersOfRun = 0;
@@ -853,12 +889,37 @@ void LOGDOMConfigurator::beginRun(const ZEBIDOM_Element& root) {
 }
 
 void LOGDOMConfigurator::retireAppendersOf(const LOGLogger& logger) {
+  const ZEBThreadGuard guard(logger.getCriticalSection());  // which a removal takes, too
   for (LOGAppenderSkeleton* const appender : logger.snapshotOfAppenders()) {
     if (!isRetired(*appender)) {
       const bool isOwn = std::any_of(m_appenders.begin(), m_appenders.end(),
                                      [&](const auto& own) { return own.get() == appender; });
-      m_retired.push_back({appender, isOwn});
+      m_retired.push_back({appender, nullptr});
+      if (!isOwn) {
+        m_retired.back().claim = std::make_unique<LOGAppenderClaim>(logger.getAAI(), *appender);
+      }
+      m_retiredQueues.add(*appender);
     }
+  }
+}
+
+void LOGDOMConfigurator::keepAppendersThatStayedAt(const LOGLogger& logger) {
+  const std::vector<LOGAppenderSkeleton*> attached = logger.snapshotOfAppenders();
+  m_retired.erase(std::remove_if(m_retired.begin(), m_retired.end(),
+                                 [&](const Retired& retired) {
+                                   return retired.claim != nullptr &&
+                                          std::find(attached.begin(), attached.end(),
+                                                    retired.appender) != attached.end();
+                                 }),
+                  m_retired.end());
+}
+
+void LOGDOMConfigurator::succeedRetired(LOGAppenderSkeleton& appender) const {
+  auto* const known = static_cast<LOGAppenderSkeleton*>(m_appenderBag->get(appender.getName()));
+  auto* const predecessor = dynamic_cast<LOGAsyncAppender*>(known);
+  auto* const async = dynamic_cast<LOGAsyncAppender*>(&appender);
+  if (async != nullptr && predecessor != nullptr && isRetired(*predecessor)) {
+    async->succeed(*predecessor);
   }
 }
 
@@ -932,7 +993,12 @@ void LOGDOMConfigurator::endRun() {
     contained([&] {
       // Removal and addition under one lock, so that no event finds neither of them.
       const ZEBThreadGuard guard(logger->getCriticalSection());
-      replaceUnusableAppenders(*logger, logger->snapshotOfAppenders());
+      for (LOGAppenderSkeleton* const appender : logger->snapshotOfAppenders()) {
+        if (LOGAppenderSkeleton* const live = replacementFor(*appender, nullptr)) {
+          logger->removeAppender(appender);
+          logger->addAppender(live);
+        }
+      }
     });
   }
   for (const auto& appender : m_appenders) {
@@ -940,7 +1006,12 @@ void LOGDOMConfigurator::endRun() {
     if (async != nullptr && async->isStale() == 0 && !isRetired(*async)) {
       contained([&] {
         const ZEBThreadGuard guard(async->getAAI()->getCriticalSection());
-        replaceUnusableAppenders(*async, async->getAAI()->snapshot());
+        for (LOGAppenderSkeleton* const attached : async->getAAI()->snapshot()) {
+          if (LOGAppenderSkeleton* const live = replacementFor(*attached, async)) {
+            async->getAAI()->removeAppender(attached);
+            async->getAAI()->addAppender(live);
+          }
+        }
       });
     }
   }
@@ -953,48 +1024,46 @@ void LOGDOMConfigurator::endRun() {
   m_appenders.erase(firstStale, m_appenders.end());
 }
 
-void LOGDOMConfigurator::replaceUnusableAppenders(
-    LOGAppenderAttachable& holder, const std::vector<LOGAppenderSkeleton*>& attached) const {
-  for (LOGAppenderSkeleton* const appender : attached) {
-    if (appender->isStale() == 0 && !isRetired(*appender)) {
-      continue;
-    }
-    LOGAppenderSkeleton* const live = usableAppender(appender->getName());
-    const auto* const async = dynamic_cast<const LOGAsyncAppender*>(&holder);
-    // An order that the document has turned round must not have events go round for ever.
-    const bool isCircle =
-        live != nullptr && async != nullptr && LOGAsyncAppender::reaches(*live, *async);
-    if (live != nullptr && !isCircle) {
-      holder.removeAppender(appender);
-      holder.addAppender(live);
-    }
+LOGAppenderSkeleton* LOGDOMConfigurator::replacementFor(const LOGAppenderSkeleton& attached,
+                                                        const LOGAsyncAppender* async) const {
+  if (attached.isStale() == 0 && !isRetired(attached)) {
+    return nullptr;
+  }
+  LOGAppenderSkeleton* const live = usableAppender(attached.getName());
+  // An order that the document has turned round must not have events go round for ever.
+  const bool isCircle =
+      live != nullptr && async != nullptr && LOGAsyncAppender::reaches(*live, *async);
+  return isCircle ? nullptr : live;
+}
+
+void LOGDOMConfigurator::closeOwn(LOGAppenderSkeleton& appender) {
+  appender.markAsStale();
+  appender.close();
+  // What is stale is kept to the shutdown; without this, a socket would be for each reading.
+  auto* const sender = dynamic_cast<LOGLocalUDPAppender*>(&appender);
+  if (sender != nullptr) {
+    sender->release();
   }
 }
 
 void LOGDOMConfigurator::closeRetiredAppenders() {
-  // Asynchronous ones pass on what they have queued and are closed before those they pass it to.
-  std::stable_partition(m_retired.begin(), m_retired.end(), [](const Retired& retired) {
-    return dynamic_cast<const LOGAsyncAppender*>(retired.appender) != nullptr;
-  });
-  contained([this] {
-    LOGAsyncAppender::Queues queues;
+  contained([this] { m_retiredQueues.flush(LOGAsyncAppender::LONGEST_FINAL_FLUSH); });
+  m_retiredQueues = {};
+  // Asynchronous ones are closed before those that they pass events on to.
+  for (const bool isAsync : {true, false}) {
     for (const Retired& retired : m_retired) {
-      queues.add(*retired.appender);
+      contained([&] {
+        if (retired.claim != nullptr) {
+          retired.claim->use([isAsync](LOGAppenderSkeleton& appender) {
+            if (isAsynchronous(appender) == isAsync) {
+              appender.close();
+            }
+          });
+        } else if (isAsynchronous(*retired.appender) == isAsync) {
+          closeOwn(*retired.appender);
+        }
+      });
     }
-    queues.flush(LOGAsyncAppender::LONGEST_FINAL_FLUSH);
-  });
-  for (const Retired& retired : m_retired) {
-    contained([&] {
-      if (retired.isOwn) {
-        retired.appender->markAsStale();
-      }
-      retired.appender->close();
-      // What is stale is kept to the shutdown; without this, a socket would be for each reading.
-      auto* const sender = dynamic_cast<LOGLocalUDPAppender*>(retired.appender);
-      if (sender != nullptr && retired.isOwn) {
-        sender->release();
-      }
-    });
   }
   m_retired.clear();
 }

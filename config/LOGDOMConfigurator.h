@@ -8,13 +8,14 @@
 #include <set>
 #include <vector>
 
+#include "appenders/LOGAsyncAppender.h"
 #include "config/LOGConfigurator.h"
 #include "core/LOGHashtable.h"
 #include "platform/I18NString.h"
 #include "platform/ZEBIDOM_Element.h"
 #include "platform/ZEBThreadLockableResource.h"
 
-class LOGAppenderAttachable;
+class LOGAppenderClaim;
 class LOGAppenderSkeleton;
 class LOGErrorHandler;
 class LOGFilter;
@@ -31,7 +32,8 @@ class ZEBSharedLibrary;
 /// A document may be applied again and again, also while other threads log. An appender that no
 /// re-read logger had is used again; one that was taken from such a logger is stale and is built
 /// anew. It stays open until the loggers have their new appenders, so that an event in between is
-/// not lost, and is closed at the end of the run. Runs and shutdowns wait for each other. No
+/// not lost, and is closed at the end of the run. Runs and shutdowns wait for each other; what a
+/// run calls, such as a library that the document loads, is refused both, with a report. No
 /// operation lets an exception out: what is wrong in a document is reported through the
 /// diagnostics, and reading goes on with the next element.
 class LOG4ZEB_EXPORT LOGDOMConfigurator : public LOGConfigurator, public ZEBThreadLockableResource {
@@ -58,8 +60,9 @@ class LOG4ZEB_EXPORT LOGDOMConfigurator : public LOGConfigurator, public ZEBThre
   /// Whether a document may name a logger so: not with more than 1024 characters or 64 dots.
   static bool isReasonableLoggerName(const I18NString& name);
 
-  /// Runs `operation` while no run and no shutdown of the configurator is under way.
-  static void runExclusively(const std::function<void()>& operation);
+  /// Runs `operation` while no run and no shutdown of the configurator is under way, and returns
+  /// true. Within a run it reports that it is refused and returns false.
+  static bool runExclusively(const std::function<void()>& operation);
 
   static const I18NString CONFIGURATION_TAG;
   static const I18NString OLD_CONFIGURATION_TAG;
@@ -103,6 +106,10 @@ class LOG4ZEB_EXPORT LOGDOMConfigurator : public LOGConfigurator, public ZEBThre
   LOGDOMConfigurator& operator=(const LOGDOMConfigurator&) = delete;
   ~LOGDOMConfigurator() override;
 
+  /// Runs `operation`, which applies a document and returns what the caller gets, unless this is
+  /// within a run.
+  template <typename Operation>
+  static int run(Operation operation);
   bool parseFile(const I18NString& fileName);
   bool parse(const ZEBIDOM_Element& root);
   bool hasConfigurationTag(const ZEBIDOM_Element& root) const;
@@ -141,6 +148,10 @@ class LOG4ZEB_EXPORT LOGDOMConfigurator : public LOGConfigurator, public ZEBThre
   void beginRun(const ZEBIDOM_Element& root);
   void endRun();
   void retireAppendersOf(const LOGLogger& logger);
+  /// Appenders of the program that the logger's class has not let go stay as they are.
+  void keepAppendersThatStayedAt(const LOGLogger& logger);
+  /// Lets a new asynchronous appender know the retired one whose place it takes.
+  void succeedRetired(LOGAppenderSkeleton& appender) const;
   bool isRetired(const LOGAppenderSkeleton& appender) const;
   LOGAppenderSkeleton* usableAppender(const I18NString& name) const;
   /// Without those of the program, which may be gone as soon as they are removed.
@@ -151,8 +162,10 @@ class LOG4ZEB_EXPORT LOGDOMConfigurator : public LOGConfigurator, public ZEBThre
   /// Builds what the document has for appenders that are behind one in use and cannot stay there,
   /// because loggers had them too.
   void rebuildBehind(LOGAppenderSkeleton& holder, std::set<const LOGAppenderSkeleton*>& seen);
-  void replaceUnusableAppenders(LOGAppenderAttachable& holder,
-                                const std::vector<LOGAppenderSkeleton*>& attached) const;
+  /// What takes the place of one attached to a logger, or to `async`: null where it stays.
+  LOGAppenderSkeleton* replacementFor(const LOGAppenderSkeleton& attached,
+                                      const LOGAsyncAppender* async) const;
+  static void closeOwn(LOGAppenderSkeleton& appender);
   void closeRetiredAppenders();
   void detachFromLoggers(LOGAppenderSkeleton* appender) const;
   template <typename Operation>
@@ -166,7 +179,7 @@ class LOG4ZEB_EXPORT LOGDOMConfigurator : public LOGConfigurator, public ZEBThre
   /// An appender taken from a logger that this run has read again.
   struct Retired {
     LOGAppenderSkeleton* appender;
-    bool isOwn;  // of the configurator, and not stale before
+    std::unique_ptr<LOGAppenderClaim> claim;  // of the program's; null for the configurator's
   };
 
   std::unique_ptr<LOGHashtable> m_appenderBag;  // newest appender of each name; owns none
@@ -186,6 +199,7 @@ class LOG4ZEB_EXPORT LOGDOMConfigurator : public LOGConfigurator, public ZEBThre
   std::size_t m_appendersOfRun = 0;
   std::vector<I18NString> m_appendersUnderConstruction;
   std::vector<Retired> m_retired;
+  LOGAsyncAppender::Queues m_retiredQueues;
   // What the configurator frees, in the opposite order.
   std::vector<std::unique_ptr<LOGFilter>> m_filters;
   std::vector<std::unique_ptr<LOGLayout>> m_layouts;

@@ -9,12 +9,13 @@
 class LOGConfiguratorHook {
  public:
   using Shutdown = void (*)();
-  using RunExclusively = void (*)(const std::function<void()>& operation);
+  using RunExclusively = bool (*)(const std::function<void()>& operation);
 
   static void registerConfigurator(Shutdown shutdown, RunExclusively runExclusively) noexcept;
   /// Calls what was registered, if anything.
   static void shutdown();
-  /// Runs `operation` while no run of the configurator is under way.
+  /// Runs `operation` while no run of the configurator is under way. Reports and does nothing where
+  /// one on this thread has called.
   static void runExclusively(const std::function<void()>& operation);
 };
 

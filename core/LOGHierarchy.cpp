@@ -337,17 +337,21 @@ void LOGHierarchy::resetConfiguration() {
   ZEB_ASSERT(m_ht, SOURCE, __LINE__);
   ZEB_ASSERT(m_root, SOURCE, __LINE__);
   logReportingAndPassing("LOGHierarchy::resetConfiguration -- ", [this] {
-    m_root->setLevel(LOGLevel::toLevel(LOGLevel::DEBUG_RANK));
-    setThreshold(LOGLevel::toLevel(LOGLevel::ALL_RANK));
-    shutdown();
-    forEachLogger([this](LOGLogger& logger) {
-      if (&logger != m_root) {
-        logger.setLevel(nullptr);
-        logger.setAdditivity(1);
-      }
-    });
-    m_rendererMap->clear();
+    LOGConfiguratorHook::runExclusively([this] { resetExclusively(); });
   });
+}
+
+void LOGHierarchy::resetExclusively() {
+  m_root->setLevel(LOGLevel::toLevel(LOGLevel::DEBUG_RANK));
+  setThreshold(LOGLevel::toLevel(LOGLevel::ALL_RANK));
+  shutdown();
+  forEachLogger([this](LOGLogger& logger) {
+    if (&logger != m_root) {
+      logger.setLevel(nullptr);
+      logger.setAdditivity(1);
+    }
+  });
+  m_rendererMap->clear();
 }
 
 void LOGHierarchy::clear() {
@@ -390,7 +394,5 @@ void LOGHierarchy::setRenderer(const I18NString& className, LOGObjectRenderer* r
 }
 
 void LOGHierarchy::setRenderer(LOGObject* object, LOGObjectRenderer* renderer) {
-  if (object != nullptr) {
-    m_rendererMap->put(object->instanceOf(), renderer);
-  }
+  m_rendererMap->put(object == nullptr ? I18NString() : object->instanceOf(), renderer);
 }

@@ -108,6 +108,7 @@ class LOG4ZEB_EXPORT LOGHierarchy : public LOGMutex,
   /// Puts into the table what it has to take. REQUIRES: m_tableAccess is held.
   void fillTable() noexcept;
   void shutdownExclusively();
+  void resetExclusively();
   template <typename Operation>
   void forEachLogger(Operation operation) const;
 

@@ -323,8 +323,16 @@ void LOGLogger::removeAppender(LOGAppenderSkeleton* appender) {
 
 void LOGLogger::replaceAppenders(const std::vector<LOGAppenderSkeleton*>& appenders,
                                  const std::function<void(LOGAppenderSkeleton&)>& leave) {
-  locked(*this, "LOGLogger::replaceAppenders -- unable to lock mutex",
-         [&] { m_aai.replaceAppenders(appenders, leave); });
+  locked(*this, "LOGLogger::replaceAppenders -- unable to lock mutex", [&] {
+    if (leave) {
+      m_aai.forEach(leave);
+    }
+    const LOGAppenderAttachableImpl::Replacement replacement(m_aai);
+    removeAllAppenders();
+    for (LOGAppenderSkeleton* const appender : appenders) {
+      addAppender(appender);
+    }
+  });
 }
 
 void LOGLogger::closeAsyncAppenders(int milliseconds) {

@@ -170,9 +170,9 @@ class LOG4ZEB_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   /// One of them by number, null beyond the last; under the logger's lock.
   LOGAppenderSkeleton* appenderAt(std::size_t position) const { return m_aai.at(position); }
   const LOGAppenderAttachableImpl& getAAI() const { return m_aai; }
-  /// Attaches these appenders in place of those there, which are not closed, in one step: no event
-  /// meets a part of either set. Each that was there is first passed to `leave`, which may be empty,
-  /// under the logger's lock.
+  /// Attaches these appenders in place of those there, by removeAllAppenders() and addAppender(),
+  /// which here close nothing, in one step: no event meets a part of either set. Each that was there
+  /// is first passed to `leave`, which may be empty, under the logger's lock.
   void replaceAppenders(const std::vector<LOGAppenderSkeleton*>& appenders,
                         const std::function<void(LOGAppenderSkeleton&)>& leave = nullptr);
   /// Closes the appenders, which stay attached, under the logger's lock.

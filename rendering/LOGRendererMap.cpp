@@ -29,6 +29,10 @@ class RendererTable {
     Renderer replaced;  // its destructor may be any code, and runs without the lock
     const ZEBThreadGuard guard(m_lock);
     Renderer entered = owner(renderer);
+    if (className.isEmpty()) {
+      replaced = std::move(entered);  // freed, unless it was entered otherwise
+      return;
+    }
     replaced = std::exchange(m_renderers[className], std::move(entered));
     m_isOriginal = false;
   }
@@ -113,7 +117,7 @@ class RendererTable {
 }  // namespace
 
 void LOGRendererMap::put(const I18NString& className, LOGObjectRenderer* renderer) {
-  if (!className.isEmpty() && renderer != nullptr) {
+  if (renderer != nullptr) {
     RendererTable::instance().put(className, renderer);
   }
 }
@@ -123,10 +127,13 @@ void LOGRendererMap::load(const I18NString& className, const I18NString& renderi
   library.load(renderingClass);
   const auto makeRenderer = reinterpret_cast<LOGObjectRenderer* (*)()>(
       library.isLoaded() == 0 ? nullptr : library.getSymbol("getRenderer"));
+  if (makeRenderer != nullptr && className.isEmpty()) {
+    return;  // nothing would be rendered by it
+  }
   LOGObjectRenderer* const renderer = makeRenderer == nullptr ? nullptr : makeRenderer();
   if (renderer == nullptr) {
     LOGLogLog::debug("LOGRendererMap::load --- no renderer from library [" + renderingClass + "]");
-  } else if (!className.isEmpty()) {
+  } else {
     RendererTable::instance().putFromLibrary(className, renderer);
   }
 }

@@ -14,10 +14,11 @@ class LOGObjectRenderer;
 class LOG4ZEB_EXPORT LOGRendererMap {
  public:
   /// Takes ownership of `renderer`; entering an object a second time, under whatever tag, is
-  /// harmless. Null and an empty tag change nothing.
+  /// harmless. Null changes nothing, and neither does an empty tag, whose renderer is freed.
   void put(const I18NString& className, LOGObjectRenderer* renderer);
   /// Puts the renderer that the shared library of the name `renderingClass` makes. A library that
-  /// does not load or makes none leaves things as they are, with a debug note.
+  /// does not load or makes none leaves things as they are, with a debug note; with an empty tag it
+  /// is loaded and not asked for one.
   void load(const I18NString& className, const I18NString& renderingClass);
   /// The renderer for that tag, the default one if there is none; valid until it is replaced.
   LOGObjectRenderer* get(const I18NString& className) const;

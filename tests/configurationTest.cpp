@@ -13,9 +13,12 @@
 #include "appenders/LOGRollingFileAppender.h"
 #include "config/LOG4ZEBConfigurator.h"
 #include "config/LOGDOMConfigurator.h"
+#include "core/LOGDefaultLoggerFactory.h"
 #include "core/LOGHierarchy.h"
 #include "core/LOGLogger.h"
 #include "core/LOGManager.h"
+#include "core/LOGRepositorySelector.h"
+#include "core/LOGRootLogger.h"
 #include "filters/LOGDenyAllFilter.h"
 #include "filters/LOGLevelMatchFilter.h"
 #include "filters/LOGLevelRangeFilter.h"
@@ -26,6 +29,7 @@
 #include "platform/ZEBIDOM_Document.h"
 #include "platform/ZEBIDOM_Element.h"
 #include "platform/ZEBIDOM_Parser.h"
+#include "support/CapturingAppender.h"
 #include "support/Workplace.h"
 
 namespace fs = std::filesystem;
@@ -226,6 +230,119 @@ TEST_F(Configuration, SharesEachOfManyAppenders) {
                        root(references));
   EXPECT_EQ(LOGManager::getLogger("a")->snapshotOfAppenders(),
             LOGManager::getRootLogger()->snapshotOfAppenders());
+}
+
+TEST_F(Configuration, GivesAppendersByTheOperationsOfALoggersClass) {
+  class Keeping : public LOGLogger {
+   public:
+    using LOGLogger::addAppender;
+    Keeping(const I18NString& name, LOGAppenderSkeleton* own) : LOGLogger(name), kept(own) {
+      addAppender(own);
+    }
+    void addAppender(LOGAppenderSkeleton* appender) override {
+      calls += "+" + appender->getName().toStdString();
+      LOGLogger::addAppender(appender);
+    }
+    void removeAllAppenders() override {
+      calls += " -";
+      removedFrom = snapshotOfAppenders().size();
+      LOGLogger::removeAllAppenders();
+      if (kept != nullptr) {
+        LOGLogger::addAppender(kept);
+      }
+    }
+    std::string calls;
+    std::size_t removedFrom = 0;
+    LOGAppenderSkeleton* kept;
+  };
+  CapturingAppender kept("kept");
+  CapturingAppender plain("plain");
+  class Factory : public LOGLoggerFactory {
+   public:
+    explicit Factory(LOGAppenderSkeleton* kept) : m_kept(kept) {}
+    LOGLogger* makeNewLoggerInstance(const I18NString& name) override {
+      return new Keeping(name, m_kept);
+    }
+
+   private:
+    LOGAppenderSkeleton* m_kept;
+  } factory(&kept);
+  auto* const logger = static_cast<Keeping*>(LOGManager::getLogger("own", &factory));
+  logger->addAppender(&plain);
+  const std::string document = fileAppender("F", "f.log") + fileAppender("G", "g.log") +
+                               "<logger name='own'>" + ref("F") + ref("G") + "</logger>";
+  std::atomic<bool> stop{false};
+  std::atomic<std::size_t> logged{0};
+  std::thread program([&] {
+    for (; !stop; ++logged) {
+      logger->info("x");
+    }
+  });
+  for (int i = 0; i < 20; ++i) {
+    EXPECT_EQ(Workplace::configure(document), 1);
+    EXPECT_EQ(logger->removedFrom, i == 0 ? 2U : 3U);
+  }
+  stop = true;
+  program.join();
+  EXPECT_EQ(logger->calls.substr(0, 18), "+kept+plain -+F+G ");
+  EXPECT_EQ(kept.closings, 0) << "the class has kept it";
+  EXPECT_EQ(plain.closings, 1);
+  EXPECT_EQ(kept.messages.size(), logged) << "no event finds the logger empty";
+  EXPECT_EQ(Workplace::lines("f.log").size(), Workplace::lines("g.log").size());
+  logger->kept = nullptr;
+  logger->removeAllAppenders();
+}
+
+TEST_F(Configuration, WorksOnARepositoryWithoutARoot) {
+  class Rootless : public LOGLoggerRepository {
+   public:
+    explicit Rootless(LOGLoggerRepository& inner) : m_inner(inner) {}
+    int isDisabled(int level) override { return m_inner.isDisabled(level); }
+    void setThreshold(const I18NString& level) override { m_inner.setThreshold(level); }
+    void setThreshold(LOGLevel* level) override { m_inner.setThreshold(level); }
+    void emitNoAppenderWarning(LOGLogger* logger) override {
+      m_inner.emitNoAppenderWarning(logger);
+    }
+    LOGLevel* getThreshold() override { return m_inner.getThreshold(); }
+    LOGLogger* getLogger(const I18NString& name, LOGLoggerFactory* factory) override {
+      return m_inner.getLogger(name, factory);
+    }
+    LOGLogger* getLogger(const I18NString& name) override { return m_inner.getLogger(name); }
+    LOGLogger* getRootLogger() override { return nullptr; }
+    LOGLogger* exists(const I18NString& name) override { return m_inner.exists(name); }
+    void shutdown() override { m_inner.shutdown(); }
+    ZEBList<LOGObject*> getCurrentLoggers() override { return m_inner.getCurrentLoggers(); }
+    void fireAddAppenderEvent(LOGLogger* logger, LOGAppenderSkeleton* appender) override {
+      m_inner.fireAddAppenderEvent(logger, appender);
+    }
+    void resetConfiguration() override { m_inner.resetConfiguration(); }
+
+   private:
+    LOGLoggerRepository& m_inner;
+  };
+  LOGRootLogger root(nullptr);
+  LOGHierarchy hierarchy(&root);
+  Rootless rootless(hierarchy);
+  class Selector : public LOGRepositorySelector {
+   public:
+    explicit Selector(LOGLoggerRepository* repository) : m_repository(repository) {}
+    LOGLoggerRepository* getLoggerRepository() override { return m_repository; }
+
+   private:
+    LOGLoggerRepository* m_repository;
+  } selector(&rootless);
+  LOGObject guard;
+  LOGManager::setRepositorySelector(&selector, &guard);
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_EQ(Workplace::configure(fileAppender("F", "f.log") + "<logger name='a'>" + ref("F") +
+                                   "</logger>" + Configuration::root(ref("F"))),
+              1);
+    LOGManager::getLogger("a")->warn("x");
+  }
+  EXPECT_EQ(Workplace::lines("f.log").size(), 2U);
+  EXPECT_EQ(Workplace::diagnosticsWith("parseRoot -- unable to lock mutex"), 2);
+  LOGManager::shutdown();
+  LOGManager::setRepositorySelector(nullptr, &guard);
 }
 
 TEST_F(Configuration, SetsAndUnsetsLevelsAndTheThreshold) {

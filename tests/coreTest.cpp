@@ -192,8 +192,11 @@ TEST(Event, MayHaveNoMessageButNeedsALogger) {
 }
 
 TEST(Renderer, IsChosenByTheObjectsTag) {
+  static int alive = 0;
   class Upper : public LOGObjectRenderer {
    public:
+    Upper() { ++alive; }
+    ~Upper() override { --alive; }
     I18NString* doRender(LOGObject* object) override {
       return new I18NString("<" + object->toString() + ">");
     }
@@ -203,6 +206,9 @@ TEST(Renderer, IsChosenByTheObjectsTag) {
   map.put("Order", renderer);
   map.put("Invoice", renderer);
   map.put("Order", renderer);
+  map.put("", renderer);
+  map.put("", new Upper);
+  EXPECT_EQ(alive, 1) << "what is put under no tag is freed, unless it is known";
   LOGObject order("o");
   order.instance("Order");
   LOGObject other("o");
@@ -211,6 +217,7 @@ TEST(Renderer, IsChosenByTheObjectsTag) {
   EXPECT_EQ(map.findAndRender(nullptr), nullptr);
   map.clear();
   EXPECT_EQ(*std::unique_ptr<I18NString>(map.findAndRender(&order)), I18NString("o"));
+  EXPECT_EQ(alive, 0);
 }
 
 TEST(DiagnosticContext, ComposesTheMessagesOfAThread) {

@@ -32,6 +32,38 @@ TEST(LoadedLibraries, AreFoundByNameAndUsedAgainByEveryRun) {
   EXPECT_EQ(Workplace::diagnosticsWith("noSuchLibrary"), 2);
 }
 
+TEST(LoadedLibraries, CannotReadADocumentOrShutDownWhileOneIsRead) {
+  Workplace workplace;
+  Workplace::write("nested.xml",
+                   "<log4j:configuration threshold='OFF'><logger name='made'/><root/>"
+                   "</log4j:configuration>");
+  Workplace::write("loaded.xml",
+                   "<log4j:configuration><root><appender-ref ref='F'/></root>"
+                   "<categoryFactory class='nesting'/>"
+                   "<logger name='made' class='Made'><appender-ref ref='F'/></logger>"
+                   "<renderer renderedClass='Order' renderingClass='nesting'/>"
+                   "<renderer renderingClass='nesting'/>"
+                   "<appender name='F' class='LOGFileAppender'><param name='File' value='f.log'/>"
+                   "<layout class='LOGSimpleLayout'/></appender></log4j:configuration>");
+  ASSERT_EQ(ChildProcess(LOG4ZEB_LOADED_LIBRARIES, {}).wait().exitCode, 0);
+  std::vector<std::string> lines;
+  for (int reading = 0; reading < 2; ++reading) {
+    for (const char* const message : {"denied, for it is not dyed", "dyed text", "dyed order 7"}) {
+      lines.insert(lines.end(), 2, message);  // by the logger and the root
+    }
+  }
+  EXPECT_EQ(Workplace::lines("f.log"), lines);
+  // While it is loaded, for a logger, and in each of two readings for the factory and for the one
+  // renderer that has something to render.
+  constexpr int TIMES = 6;
+  const std::string refused =
+      " -- refused, because this thread is reading a configuration document";
+  EXPECT_EQ(Workplace::diagnosticsEqual("log4zeb:ERROR LOGDOMConfigurator::doConfigure" + refused),
+            4 * TIMES);
+  EXPECT_EQ(Workplace::diagnosticsEqual("log4zeb:ERROR LOGDOMConfigurator::shutdown" + refused),
+            2 * TIMES);
+}
+
 TEST(LoadedLibraries, AreNotLoadedFromAPathThatADocumentNames) {
   Workplace workplace;
   std::filesystem::create_directory("evil");

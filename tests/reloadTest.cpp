@@ -18,10 +18,12 @@
 #include <csignal>
 #endif
 
+#include "appenders/LOGAsyncAppender.h"
 #include "config/LOG4ZEBConfigurator.h"
 #include "config/LOGXMLWatchdog.h"
 #include "core/LOGLogger.h"
 #include "core/LOGManager.h"
+#include "platform/ZEBThreadGuard.h"
 #include "support/CapturingAppender.h"
 #include "support/OpenSockets.h"
 #include "support/Workplace.h"
@@ -279,6 +281,41 @@ TEST(Reload, TouchesNoAppenderOfTheProgramAfterItsRemoval) {
   program.join();
 }
 
+TEST(Reload, ClosesNoAppenderThatTheProgramRemovesMeanwhile) {
+  Workplace workplace;
+  CapturingAppender slow("slow");
+  slow.onAppend = [](LOGLoggingEvent*) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  };
+  LOGAsyncAppender queue;
+  queue.setName("queue");
+  queue.addAppender(&slow);
+  CapturingAppender removed("removed");
+  CapturingAppender left("left");
+  auto deleted = std::make_unique<CapturingAppender>("deleted");
+  LOGLogger* const logger = LOGManager::getLogger("x");
+  for (LOGAppenderSkeleton* const appender :
+       {static_cast<LOGAppenderSkeleton*>(&queue), static_cast<LOGAppenderSkeleton*>(&removed),
+        static_cast<LOGAppenderSkeleton*>(&left),
+        static_cast<LOGAppenderSkeleton*>(deleted.get())}) {
+    logger->addAppender(appender);
+  }
+  for (int i = 0; i < 10; ++i) {
+    logger->info("queued");
+  }
+  std::thread reading([] { Workplace::configure("<logger name='x'/>"); });
+  EXPECT_TRUE(eventually([logger] { return logger->snapshotOfAppenders().empty(); }));
+  logger->removeAppender(&removed);
+  logger->removeAppender(deleted.get());
+  deleted.reset();
+  EXPECT_FALSE(queue.isClosedForGood());
+  reading.join();
+  EXPECT_TRUE(queue.isClosedForGood());
+  EXPECT_EQ(slow.messages.size(), 10U) << "what was queued is passed on";
+  EXPECT_EQ(removed.closings, 0);
+  EXPECT_EQ(left.closings, 1);
+}
+
 TEST(Reload, KeepsWhatIsBehindAnAsynchronousAppenderAtWork) {
   Workplace workplace;
   const auto async = [](const std::string& name, const std::string& next) {
@@ -305,6 +342,75 @@ TEST(Reload, KeepsWhatIsBehindAnAsynchronousAppenderAtWork) {
   })) << "B, used again as it is, does not pass events back to A";
   LOG4ZEBConfigurator::shutdown();
   EXPECT_EQ(Workplace::lines("f.log").size(), 4U);
+}
+
+/// An appender of the program behind an asynchronous one of the document, which has forty events
+/// queued for it when the document is read again.
+class OldQueue : public testing::Test {
+ protected:
+  static constexpr std::size_t QUEUED = 40;
+
+  static LOGAppenderSkeleton* async() { return LOGManager::getRootLogger()->getAppender("A"); }
+  static void attachTo(LOGAppenderSkeleton* async, LOGAppenderSkeleton* appender) {
+    dynamic_cast<LOGAsyncAppender&>(*async).addAppender(appender);
+  }
+  static void removeFrom(LOGAppenderSkeleton* async, LOGAppenderSkeleton* appender) {
+    dynamic_cast<LOGAsyncAppender&>(*async).removeAppender(appender);
+  }
+  static void configure() {
+    Workplace::configure(
+        "<appender name='A' class='LOGAsyncAppender'/><root><appender-ref ref='A'/></root>");
+  }
+
+  OldQueue() {
+    configure();
+    m_old = async();
+    m_own.onAppend = [this](LOGLoggingEvent*) {
+      ++m_taken;
+      std::this_thread::sleep_for(std::chrono::milliseconds(30));
+    };
+    attachTo(m_old, &m_own);
+    for (std::size_t i = 0; i < QUEUED; ++i) {
+      LOGManager::getRootLogger()->info("old");
+    }
+    m_reading = std::thread(&OldQueue::configure);
+    EXPECT_TRUE(eventually([this] { return async() != m_old; }));
+  }
+
+  Workplace m_workplace;
+  LOGAppenderSkeleton* m_old;
+  std::atomic<std::size_t> m_taken{0};
+  CapturingAppender m_own{"own"};
+  std::thread m_reading;
+};
+
+TEST_F(OldQueue, CallsNothingThatWasRemovedFromItsSuccessor) {
+  removeFrom(async(), &m_own);
+  const std::size_t taken = m_taken;
+  EXPECT_LT(taken, QUEUED);
+  m_reading.join();
+  EXPECT_EQ(m_taken, taken);
+  EXPECT_EQ(dynamic_cast<LOGAsyncAppender&>(*m_old).getAllAppenders().atEnd(), true);
+}
+
+TEST_F(OldQueue, LetsAnAppenderGoThatRemovesItselfFromTheSuccessorInADelivery) {
+  std::atomic<std::size_t> takenAtRemoval{0};
+  {
+    const ZEBThreadGuard guard(m_own.getCriticalSection());
+    m_own.onAppend = [&, slow = m_own.onAppend](LOGLoggingEvent* event) {
+      slow(event);
+      if (m_own.messages.back() == "new") {
+        removeFrom(async(), &m_own);
+        takenAtRemoval = m_taken.load();
+      }
+    };
+  }
+  attachTo(async(), &m_own);
+  LOGManager::getRootLogger()->info("new");
+  m_reading.join();
+  EXPECT_TRUE(eventually([&] { return takenAtRemoval != 0; }));
+  EXPECT_LT(takenAtRemoval, QUEUED);
+  EXPECT_LE(m_taken, takenAtRemoval + 1) << "the old queue may have been on its way in";
 }
 
 class AsyncReload : public testing::TestWithParam<bool> {};

@@ -1,6 +1,7 @@
 #ifndef TESTS_SUPPORT_CAPTURINGAPPENDER_H
 #define TESTS_SUPPORT_CAPTURINGAPPENDER_H
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <string>
@@ -36,7 +37,7 @@ class CapturingAppender : public LOGAppenderSkeleton {
   std::function<void(LOGLoggingEvent*)> onAppend;
   std::function<void()> onActivate;
   int closings = 0;
-  int activations = 0;
+  std::atomic<int> activations{0};  // two queues may pass events on at once
 };
 
 #endif
