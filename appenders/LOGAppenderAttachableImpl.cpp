@@ -227,8 +227,8 @@ LOGAppenderSkeleton* LOGAppenderAttachableImpl::pinAt(std::size_t position,
 bool LOGAppenderAttachableImpl::pinIfAttached(const LOGAppenderSkeleton& appender,
                                               LOGAppenderPin& pin) const {
   const ZEBThreadGuard guard(m_access);
-  const bool isAttached = std::find(m_appenderList.begin(), m_appenderList.end(), &appender) !=
-                          m_appenderList.end();
+  const bool isAttached =
+      std::find(m_appenderList.begin(), m_appenderList.end(), &appender) != m_appenderList.end();
   if (isAttached) {
     pin.set(*this, appender);
   }
@@ -335,7 +335,7 @@ void LOGAppenderAttachableImpl::activate(LOGAppenderSkeleton& appender) {
 }
 
 LOG4ZEB_HOT void LOGAppenderAttachableImpl::append(LOGAppenderSkeleton& appender,
-                                                    LOGLoggingEvent* event) {
+                                                   LOGLoggingEvent* event) {
   // Deliberate: appenders are activated before every event, so that one whose file could not be
   // opened gets another chance with each.
   activate(appender);

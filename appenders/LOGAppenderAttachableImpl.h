@@ -158,8 +158,8 @@ class LOG4ZEB_EXPORT LOGAppenderAttachableImpl : public LOGAppenderAttachable, p
   mutable ZEBThreadCriticalSection m_access;
 };
 
-/// A walk over a list whose lock is held only to go from one appender to the next; the appender that
-/// it has come to is pinned.
+/// A walk over a list whose lock is held only to go from one appender to the next; the appender
+/// that it has come to is pinned.
 class LOGAppenderAttachableImpl::PinnedWalk {
  public:
   PinnedWalk(LOGAppenderAttachableImpl& list, LOGAppenderPin& pin);
@@ -180,7 +180,8 @@ class LOGAppenderAttachableImpl::PinnedWalk {
   LOGAppenderPin& m_pin;
   LOGAppenderSkeleton* m_appender = nullptr;
   bool m_isOnly = false;
-  std::optional<Walk> m_walk;  // while there are further appenders; made and destroyed under the lock
+  std::optional<Walk>
+      m_walk;  // while there are further appenders; made and destroyed under the lock
 };
 
 #endif

@@ -16,6 +16,8 @@ ZEBThreadPlace& place() {
   return *place;
 }
 
+/// Made when the library is loaded: a fork beside its making would leave the child waiting for
+/// ever.
 [[maybe_unused]] const ZEBThreadPlace* const PLACE = &place();
 
 }  // namespace
@@ -37,6 +39,8 @@ std::atomic<LOGAppenderPin::Record*>& LOGAppenderPin::first() {
   }();
   return first;
 }
+
+[[maybe_unused]] const std::atomic<LOGAppenderPin::Record*>& LOGAppenderPin::s_first = first();
 
 LOGAppenderPin::Record& LOGAppenderPin::take() {
   const ZEBForkGate::Visitor* const self = &ZEBForkGate::self();
@@ -95,9 +99,8 @@ void LOGAppenderPin::awaitOthers(const LOGAppenderAttachable* list,
     const unsigned uses = record->uses.load(std::memory_order_acquire);
     const auto isUsed = [&] {
       const LOGAppenderSkeleton* const pinned = record->appender.load();
-      const bool isMeant = appender != nullptr
-                               ? pinned == appender
-                               : pinned != nullptr && record->list.load() == list;
+      const bool isMeant = appender != nullptr ? pinned == appender
+                                               : pinned != nullptr && record->list.load() == list;
       return isMeant && record->uses.load(std::memory_order_relaxed) == uses &&
              record->isOfOtherThread(self);
     };

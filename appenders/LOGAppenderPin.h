@@ -43,6 +43,7 @@ class LOGAppenderPin {
 
   static Record& take();
   static std::atomic<Record*>& first();
+  static const std::atomic<Record*>& s_first;  // has them made when the library is loaded
 
   Record& m_record;
 };

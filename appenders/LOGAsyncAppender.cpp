@@ -73,8 +73,9 @@ struct LOGAsyncAppender::Core {
   Core() : bf(DEFAULT_BUFFER_SIZE), dispatcher(&bf, &aai) {}
 
   void warnOfInterruption() {
-    LOGLogLog::warn(interruptedWarningMessage.exchange(1) == 0 ? "AsyncAppender interrupted."
-                                                               : "AsyncAppender interrupted again.");
+    LOGLogLog::warn(interruptedWarningMessage.exchange(1) == 0
+                        ? "AsyncAppender interrupted."
+                        : "AsyncAppender interrupted again.");
   }
 
   void renewInChild() noexcept {
@@ -107,8 +108,8 @@ struct LOGAsyncAppender::Core {
   std::atomic<bool> isLeftByFork{false};  // what is queued is the parent's, and there is no thread
   std::atomic<unsigned> forks{0};         // in how many processes a thread was left behind
   LOGDispatcher dispatcher;               // destroyed first, which waits for the thread
-  const ZEBForkHandler forkHandler{
-      this, [](void* core) { static_cast<Core*>(core)->renewInChild(); }};
+  const ZEBForkHandler forkHandler{this,
+                                   [](void* core) { static_cast<Core*>(core)->renewInChild(); }};
 };
 
 /// An event for which there was no room.
@@ -278,8 +279,7 @@ void LOGAsyncAppender::Queues::flush(int milliseconds) const {
 bool LOGAsyncAppender::reaches(const LOGAppenderSkeleton& from, const LOGAsyncAppender& to) {
   Queues queues;
   queues.add(from);
-  return std::find(queues.m_cores.begin(), queues.m_cores.end(), to.m_core) !=
-         queues.m_cores.end();
+  return std::find(queues.m_cores.begin(), queues.m_cores.end(), to.m_core) != queues.m_cores.end();
 }
 
 void LOGAsyncAppender::addAppender(LOGAppenderSkeleton* newAppender) {

@@ -79,7 +79,8 @@ class LOG4ZEB_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
   LOGAppenderAttachableImpl* getAAI();
 
   /// Takes the place of another one, which still passes on what it has queued: until it is closed,
-  /// what is removed from one of them is removed from both, and from those that it succeeds in turn.
+  /// what is removed from one of them is removed from both, and from those that it succeeds in
+  /// turn.
   void succeed(const LOGAsyncAppender& predecessor);
 
   /// Queues of asynchronous appenders, which can be flushed after the appenders are gone.
@@ -106,8 +107,8 @@ class LOG4ZEB_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
 
   bool mayStart() const { return m_closed != 0 && !m_closeRequested && m_stale != 1; }
   void enqueue(LOGLoggingEvent& event);
-  /// Whether the calling thread is the dispatcher here, or of a queue that this one passes events on
-  /// to, perhaps through others.
+  /// Whether the calling thread is the dispatcher here, or of a queue that this one passes events
+  /// on to, perhaps through others.
   bool isServedByThisThread() const;
   template <typename Remove>
   void removeEverywhere(const LOGFailureTexts& texts, Remove remove);

@@ -22,8 +22,8 @@ constexpr std::chrono::seconds BETWEEN_REPORTS(10);
 // After an event the dispatcher looks for the next one, first without a pause, then in pauses that
 // double, and sleeps until it is woken when there was none for so long.
 constexpr int LOOKS_WITHOUT_PAUSE = 20;
-constexpr unsigned int SHORTEST_PAUSE = 50;    // microseconds
-constexpr unsigned int LONGEST_PAUSE = 1000;   // microseconds
+constexpr unsigned int SHORTEST_PAUSE = 50;   // microseconds
+constexpr unsigned int LONGEST_PAUSE = 1000;  // microseconds
 constexpr std::chrono::milliseconds AWAKE(30);
 
 /// Counts a thread that sleeps, as long as it does.

@@ -48,8 +48,8 @@ class LOG4ZEB_EXPORT LOGBoundedFIFO : public LOGMutex {
   bool tryPut(const LOGLoggingEvent& event);
   /// The same whatever the capacity.
   void putBeyond(const LOGLoggingEvent& event);
-  /// The same when there is room, for which it waits. Says so in the diagnostics, at first and every
-  /// ten seconds. Returns false when the queue is closed. REQUIRES: the thread may wait.
+  /// The same when there is room, for which it waits. Says so in the diagnostics, at first and
+  /// every ten seconds. Returns false when the queue is closed. REQUIRES: the thread may wait.
   bool putWhenThereIsRoom(const LOGLoggingEvent& event);
 
   // For a dispatcher.

@@ -30,7 +30,8 @@ class LOGEventRecords {
   bool isEmpty() const noexcept;
   /// Takes out the first event, which must be there: one that was packed is put into `unpacked`,
   /// which the result points at then; another one is left to `whole` and the result points there.
-  LOGLoggingEvent* take(LOGLoggingEvent& unpacked, std::unique_ptr<LOGLoggingEvent>& whole) noexcept;
+  LOGLoggingEvent* take(LOGLoggingEvent& unpacked,
+                        std::unique_ptr<LOGLoggingEvent>& whole) noexcept;
 
  private:
   enum class Kind : std::uint32_t { PACKED, WHOLE, NEXT_PIECE };

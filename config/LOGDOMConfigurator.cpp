@@ -185,7 +185,8 @@ LOGDOMConfigurator::~LOGDOMConfigurator() {
       [this](LOGAppenderSkeleton& appender) { contained([&] { detachFromLoggers(&appender); }); });
   m_appenderBag->forget();
   m_objectTable.forget();
-  // Asynchronous ones again: destroying one waits for its thread, which a close() need not have done.
+  // Asynchronous ones again: destroying one waits for its thread, which a close() need not have
+  // done.
   for (auto* const appenders : {&m_appenders, &m_staleAppenders}) {
     for (auto& appender : *appenders) {
       LOGAppenderPin::awaitOthers(nullptr, appender.get());

@@ -28,7 +28,8 @@ class LOGCallScope {
     std::unique_ptr<Waiting> m_next;
   };
 
-  LOGCallScope() noexcept : m_outer(s_innermost), m_outermost(m_outer ? m_outer->m_outermost : this) {
+  LOGCallScope() noexcept
+      : m_outer(s_innermost), m_outermost(m_outer ? m_outer->m_outermost : this) {
     s_innermost = this;
   }
   LOGCallScope(const LOGCallScope&) = delete;

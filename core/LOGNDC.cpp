@@ -53,6 +53,8 @@ LOGHashtable& LOGNDC::table() {
   return *table;
 }
 
+LOGHashtable& LOGNDC::s_table = table();
+
 LOGStack* LOGNDC::currentStack() {
   return t_state.generation == g_generation.load(std::memory_order_relaxed) ? t_state.stack
                                                                             : nullptr;

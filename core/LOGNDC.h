@@ -37,6 +37,7 @@ class LOG4ZEB_EXPORT LOGNDC {
  private:
   static void lazyRemove();
   static LOGHashtable& table();
+  static LOGHashtable& s_table;  // has it made when the library is loaded
   static LOGStack* currentStack();
   static LOGStack& adopt(LOGStack* stack);
 };

@@ -4,6 +4,14 @@
 
 #include "platform/ZEBTranslate.h"
 
+namespace {
+
+/// Made when the library is loaded: a fork beside its making would leave the child waiting for
+/// ever.
+[[maybe_unused]] const I18NString& DEFAULT_TAG = LOGObject().instanceOf();
+
+}  // namespace
+
 LOGObject::LOGObject() = default;
 
 LOGObject& LOGObject::operator=(const LOGObject& other) {

@@ -22,9 +22,9 @@ char* put(char* to, std::string_view text) noexcept {
 LOG4ZEB_HOT std::size_t LOGPackedEvent::sizeOf(const LOGLoggingEvent& event) noexcept {
   const I18NString& message = event.m_plainMessage.m_string;
   const bool isUsual = event.m_hasPlainMessage && event.m_plainMessage.m_instance == nullptr &&
-                       !event.isRendered() &&
-                       isShortAscii(message) && isShortAscii(event.m_loggerName) &&
-                       isShortAscii(event.m_threadName) && isShortAscii(event.m_ndc);
+                       !event.isRendered() && isShortAscii(message) &&
+                       isShortAscii(event.m_loggerName) && isShortAscii(event.m_threadName) &&
+                       isShortAscii(event.m_ndc);
   return isUsual ? sizeof(LOGPackedEvent) + event.m_loggerName.length() +
                        event.m_threadName.length() + event.m_ndc.length() + message.length()
                  : 0;

@@ -76,6 +76,14 @@ I18NString::I18NString(const char16_t* units, std::size_t count) {
   m_units = static_cast<std::uint32_t>(count);
 }
 
+namespace {
+
+/// Made when the library is loaded: a fork beside its making would leave the child waiting for
+/// ever.
+[[maybe_unused]] const I18NString& NONE = I18NString::none();
+
+}  // namespace
+
 const I18NString& I18NString::none() {
   static const auto* const text = new I18NString;
   return *text;

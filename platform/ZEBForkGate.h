@@ -26,8 +26,6 @@ class ZEBForkGate {
     void goOut() noexcept {
       m_locks.store(m_locks.load(std::memory_order_relaxed) - 1, std::memory_order_release);
     }
-    /// Whether the thread holds one of the library's locks. For the thread itself.
-    bool holdsLocks() const noexcept { return m_locks.load(std::memory_order_relaxed) != 0; }
     /// Whether the thread is one of a process that this one was forked from.
     bool isGone() const noexcept { return m_isGone.load(std::memory_order_relaxed); }
 

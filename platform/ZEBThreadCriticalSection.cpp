@@ -66,8 +66,8 @@ bool isFree(std::uintptr_t state) {
 }  // namespace
 
 // The thread sanitizer sees only atomic operations here. With these notes it knows the lock as one,
-// and reports locks that are taken in opposite orders. They stand apart from the operations, so that
-// it also follows what isHeldElsewhere() tells a thread that takes no lock.
+// and reports locks that are taken in opposite orders. They stand apart from the operations, so
+// that it also follows what isHeldElsewhere() tells a thread that takes no lock.
 #ifdef __SANITIZE_THREAD__
 ZEBThreadCriticalSection::~ZEBThreadCriticalSection() { __tsan_mutex_destroy(this, 0); }
 

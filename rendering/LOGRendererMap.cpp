@@ -114,6 +114,10 @@ class RendererTable {
   std::atomic<bool> m_isOriginal{true};
 };
 
+/// Made when the library is loaded: a fork beside its making would leave the child waiting for
+/// ever.
+[[maybe_unused]] const RendererTable* const TABLE = &RendererTable::instance();
+
 }  // namespace
 
 void LOGRendererMap::put(const I18NString& className, LOGObjectRenderer* renderer) {

@@ -203,9 +203,9 @@ TEST_F(RemovedAppenders, AppendingLastCountsAsAnAppender) {
   LOGHierarchy hierarchy(&root);
   root.info("x");
   EXPECT_EQ(once.messages, Messages{"x"});
-  EXPECT_EQ(Workplace::diagnosticsEqual(
-                "log4zeb:WARN No appenders could be found for logger (root)."),
-            0);
+  EXPECT_EQ(
+      Workplace::diagnosticsEqual("log4zeb:WARN No appenders could be found for logger (root)."),
+      0);
 }
 
 namespace {
@@ -283,9 +283,9 @@ TEST_F(MessagesThatLog, AreRenderedOnceAndAlwaysGiveWhatThatGave) {
   CapturingAppender queued("queued");
   LOGAsyncAppender async;
   async.addAppender(&queued);
-  for (LOGAppenderSkeleton* const appender : {static_cast<LOGAppenderSkeleton*>(&first),
-                                              static_cast<LOGAppenderSkeleton*>(&second),
-                                              static_cast<LOGAppenderSkeleton*>(&async)}) {
+  for (LOGAppenderSkeleton* const appender :
+       {static_cast<LOGAppenderSkeleton*>(&first), static_cast<LOGAppenderSkeleton*>(&second),
+        static_cast<LOGAppenderSkeleton*>(&async)}) {
     shop->addAppender(appender);
   }
   int renderings = 0;
