@@ -1041,9 +1041,15 @@ void LOGDOMConfigurator::closeOwn(LOGAppenderSkeleton& appender) {
   appender.markAsStale();
   appender.close();
   // What is stale is kept to the shutdown; without this, a socket would be for each reading.
-  auto* const sender = dynamic_cast<LOGLocalUDPAppender*>(&appender);
-  if (sender != nullptr) {
+  if (auto* const sender = dynamic_cast<LOGLocalUDPAppender*>(&appender)) {
     sender->release();
+  }
+  // Nor does it keep appenders of the program, which may be deleted.
+  if (auto* const async = dynamic_cast<LOGAsyncAppender*>(&appender)) {
+    LOGAppenderAttachableImpl& list = *async->getAAI();
+    const ZEBThreadGuard guard(list.getCriticalSection());
+    const LOGAppenderAttachableImpl::Replacement withoutClosing(list);
+    list.removeAllAppenders();
   }
 }
 
