@@ -1,6 +1,7 @@
 #include "appenders/LOGAsyncAppender.h"
 
 #include <algorithm>
+#include <cassert>
 #include <utility>
 
 #include "appenders/LOGBoundedFIFO.h"
@@ -149,6 +150,7 @@ LOGAsyncAppender::LOGAsyncAppender()
 
 LOGAsyncAppender::~LOGAsyncAppender() {
   LOGAsyncAppender::close();
+  assert(ZEBForkGate::self().mayWait());
   m_core->dispatcher.join();
 }
 

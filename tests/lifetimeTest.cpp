@@ -23,6 +23,7 @@
 #include "core/LOGManager.h"
 #include "core/LOGRootLogger.h"
 #include "layouts/LOGPatternLayout.h"
+#include "platform/ZEBThreadGuard.h"
 #include "rendering/LOGObjectRenderer.h"
 #include "rendering/LOGRendererMap.h"
 #include "support/CapturingAppender.h"
@@ -397,3 +398,24 @@ TEST(AnAsyncAppender, LetsWaitingThreadsGoWhenItIsClosedDuringADelivery) {
   EXPECT_EQ(Workplace::diagnosticsEqual("log4zeb:WARN AsyncAppender interrupted."), 1);
   logger->removeAllAppenders();
 }
+
+#ifdef __SANITIZE_THREAD__
+TEST(TheThreadSanitizer, SeesLocksThatAreTakenInOppositeOrders) {
+  // The process in which it does, and fails, begins anew, with options of its own.
+  testing::GTEST_FLAG(death_test_style) = "threadsafe";
+  setenv("TSAN_OPTIONS", "exitcode=66", 1);
+  EXPECT_EXIT(
+      {
+        ZEBThreadCriticalSection first;
+        ZEBThreadCriticalSection second;
+        const auto takeBoth = [](ZEBThreadCriticalSection& one, ZEBThreadCriticalSection& other) {
+          const ZEBThreadGuard outer(one);
+          const ZEBThreadGuard inner(other);
+        };
+        takeBoth(first, second);
+        takeBoth(second, first);
+        std::exit(0);
+      },
+      testing::ExitedWithCode(66), "lock-order-inversion");
+}
+#endif
