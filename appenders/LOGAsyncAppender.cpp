@@ -119,6 +119,7 @@ class LOGAsyncAppender::Arrival : public LOGCallScope::Waiting {
   Arrival(std::shared_ptr<Core> core, std::unique_ptr<LOGLoggingEvent> event)
       : Waiting(core.get()),
         m_core(std::move(core)),
+        m_place(m_core->bf),
         m_event(std::move(event)),
         m_forks(m_core->forks) {}
 
@@ -138,6 +139,7 @@ class LOGAsyncAppender::Arrival : public LOGCallScope::Waiting {
 
  private:
   const std::shared_ptr<Core> m_core;
+  const LOGBoundedFIFO::Caller m_place;
   const std::unique_ptr<LOGLoggingEvent> m_event;
   const unsigned m_forks;
 };

@@ -4,6 +4,7 @@
 #include <cassert>
 #include <chrono>
 #include <thread>
+#include <utility>
 
 #include "core/LOGLogLog.h"
 #include "core/LOGLoggingEvent.h"
@@ -40,27 +41,22 @@ class Sleeper {
 
 }  // namespace
 
-struct LOGBoundedFIFO::Caller {
-  explicit Caller(LOGBoundedFIFO& queue) : m_queue(queue), number(queue.m_callers++) {
-    previous = m_queue.m_newestCaller;
-    (previous == nullptr ? m_queue.m_oldestCaller : previous->next) = this;
-    m_queue.m_newestCaller = this;
-  }
-  Caller(const Caller&) = delete;
-  Caller& operator=(const Caller&) = delete;
-  ~Caller() {
-    (previous == nullptr ? m_queue.m_oldestCaller : previous->next) = next;
-    (next == nullptr ? m_queue.m_newestCaller : next->previous) = previous;
-    if (m_queue.m_flushesWaiting > 0) {
-      m_queue.m_delivered.notify_all();
-    }
-  }
+LOGBoundedFIFO::Caller::Caller(LOGBoundedFIFO& queue) : m_queue(queue) {
+  const Lock lock(m_queue.m_sleeping);
+  m_number = m_queue.m_callers++;
+  m_forks = m_queue.m_forks;
+  m_previous = std::exchange(m_queue.m_newestCaller, this);
+  (m_previous == nullptr ? m_queue.m_oldestCaller : m_previous->m_next) = this;
+}
 
-  LOGBoundedFIFO& m_queue;
-  const std::uint64_t number;
-  Caller* previous = nullptr;
-  Caller* next = nullptr;
-};
+LOGBoundedFIFO::Caller::~Caller() {
+  const Lock lock(m_queue.m_sleeping);
+  if (m_forks == m_queue.m_forks) {
+    (m_previous == nullptr ? m_queue.m_oldestCaller : m_previous->m_next) = m_next;
+    (m_next == nullptr ? m_queue.m_newestCaller : m_next->m_previous) = m_previous;
+    m_queue.m_delivered.notify_all();
+  }
+}
 
 LOGBoundedFIFO::LOGBoundedFIFO(int capacity) : maxSize(capacity) {
   if (capacity < 1) {
@@ -149,8 +145,7 @@ bool LOGBoundedFIFO::putWhenThereIsRoom(const LOGLoggingEvent& event) {
   assert(ZEBForkGate::self().mayWait());
   const ZEBForkGate::Rest rest;
   Lock lock(m_sleeping);
-  const Caller caller(*this);
-  const Sleeper sleeper(m_callersWaiting);
+  const Sleeper sleeper(m_callersAsleep);
   m_arrived.notify_all();  // ends a pause of the dispatcher
   for (auto nextReport = Clock::now(); !isClosed();) {
     if (Clock::now() >= nextReport) {
@@ -190,7 +185,7 @@ LOG4ZEB_HOT LOGLoggingEvent* LOGBoundedFIFO::take(LOGLoggingEvent& unpacked,
     number = m_leftCount.load(std::memory_order_relaxed);
     m_leftCount = number + 1;
   }
-  if (m_callersWaiting > 0 && length() <= capacity() / 2) {
+  if (m_callersAsleep > 0 && length() <= capacity() / 2) {
     const Lock lock(m_sleeping);
     m_freed.notify_all();
   }
@@ -250,7 +245,7 @@ void LOGBoundedFIFO::wakeDispatcher() {
 
 void LOGBoundedFIFO::noteDelivered(int events) {
   m_deliveredCount += static_cast<std::uint64_t>(events);
-  if (m_flushesWaiting > 0) {
+  if (m_flushesAsleep > 0) {
     const Lock lock(m_sleeping);
     m_delivered.notify_all();
   }
@@ -258,17 +253,18 @@ void LOGBoundedFIFO::noteDelivered(int events) {
 
 bool LOGBoundedFIFO::waitUntilDelivered(int milliseconds) {
   if (milliseconds <= 0) {
-    return m_callersWaiting == 0 && m_deliveredCount >= m_queuedCount;
+    const Lock lock(m_sleeping);
+    return m_oldestCaller == nullptr && m_deliveredCount >= m_queuedCount;
   }
   assert(ZEBForkGate::self().mayWait());
   const auto end = Clock::now() + std::chrono::milliseconds(milliseconds);
   const ZEBForkGate::Rest rest;
   Lock lock(m_sleeping);
-  const Sleeper sleeper(m_flushesWaiting);
+  const Sleeper sleeper(m_flushesAsleep);
   m_arrived.notify_all();  // ends a pause of the dispatcher
   const std::uint64_t laterCallers = m_callers;
   const auto areCallersThrough = [&] {
-    return m_oldestCaller == nullptr || m_oldestCaller->number >= laterCallers || isClosed();
+    return m_oldestCaller == nullptr || m_oldestCaller->m_number >= laterCallers || isClosed();
   };
   if (!m_delivered.wait_until(lock, end, areCallersThrough)) {
     return false;
@@ -304,10 +300,11 @@ void LOGBoundedFIFO::renewInChild() noexcept {
   for (std::condition_variable* const condition : {&m_arrived, &m_freed, &m_delivered}) {
     ZEBForkHandler::renew(*condition);
   }
-  m_callersWaiting = 0;
-  m_flushesWaiting = 0;
+  m_callersAsleep = 0;
+  m_flushesAsleep = 0;
   m_isAsleep = false;
   m_oldestCaller = m_newestCaller = nullptr;
+  ++m_forks;
 }
 
 void LOGBoundedFIFO::forgetParent() noexcept {

@@ -43,6 +43,23 @@ class LOG4ZEB_EXPORT LOGBoundedFIFO : public LOGMutex {
   void resize(int newSize);
 
   // For the threads that log.
+  /// A thread that has found no room and is going to put an event in later. A flush waits for those
+  /// that were there when it began.
+  class Caller {
+   public:
+    explicit Caller(LOGBoundedFIFO& queue);
+    Caller(const Caller&) = delete;
+    Caller& operator=(const Caller&) = delete;
+    ~Caller();
+
+   private:
+    friend class LOGBoundedFIFO;
+    LOGBoundedFIFO& m_queue;
+    std::uint64_t m_number;
+    unsigned m_forks;
+    Caller* m_previous = nullptr;
+    Caller* m_next = nullptr;
+  };
   /// Queues a copy of the event if there is room and the queue is not closed. Returns whether it
   /// did.
   bool tryPut(const LOGLoggingEvent& event);
@@ -83,9 +100,6 @@ class LOG4ZEB_EXPORT LOGBoundedFIFO : public LOGMutex {
   void forgetParent() noexcept;
 
  private:
-  /// A thread that waits for room; the oldest is the first of them.
-  struct Caller;
-
   int capacity() const { return maxSize > 1 ? maxSize.load() : 1; }
   bool hasRoom();
   template <typename MayPut>
@@ -105,11 +119,12 @@ class LOG4ZEB_EXPORT LOGBoundedFIFO : public LOGMutex {
   std::condition_variable m_freed;
   std::condition_variable m_delivered;
   std::atomic<bool> m_isAsleep{false};  // the dispatcher, until it is woken
-  std::atomic<int> m_callersWaiting{0};
-  std::atomic<int> m_flushesWaiting{0};
+  std::atomic<int> m_callersAsleep{0};
+  std::atomic<int> m_flushesAsleep{0};
   Caller* m_oldestCaller = nullptr;  // guarded by m_sleeping, like the next two
   Caller* m_newestCaller = nullptr;
-  std::uint64_t m_callers = 0;  // so many have begun to wait
+  std::uint64_t m_callers = 0;  // so many there have been
+  unsigned m_forks = 0;         // callers of another process count as none
 
   LOGEventRecords m_records;
   // The writers' side.
