@@ -1038,6 +1038,8 @@ LOGAppenderSkeleton* LOGDOMConfigurator::replacementFor(const LOGAppenderSkeleto
 }
 
 void LOGDOMConfigurator::closeOwn(LOGAppenderSkeleton& appender) {
+  // A dispatcher that passes an event on may have come to it before it left the list.
+  LOGAppenderPin::awaitOthers(nullptr, &appender);
   appender.markAsStale();
   appender.close();
   // What is stale is kept to the shutdown; without this, a socket would be for each reading.
