@@ -222,7 +222,9 @@ LOG4ZEB_HOT void LOGAsyncAppender::enqueue(LOGLoggingEvent& event) {
   if ((!outermost.hasLeft(m_core.get()) && queue.tryPut(event)) || queue.isClosed()) {
     return;
   }
-  if (outermost.isDeliveryElsewhere(*this) || isServedByThisThread()) {
+  // What is logged from within a delivery, or by a message that is destroyed after one, never waits.
+  if (LOGDispatcher::isAnyCurrentThread() &&
+      (!outermost.isDeliveryTo(*this) || isServedByThisThread())) {
     queue.putBeyond(event);
   } else {
     outermost.leave(std::make_unique<Arrival>(m_core, event.copyForQueue()));
@@ -230,9 +232,6 @@ LOG4ZEB_HOT void LOGAsyncAppender::enqueue(LOGLoggingEvent& event) {
 }
 
 bool LOGAsyncAppender::isServedByThisThread() const {
-  if (!LOGDispatcher::isAnyCurrentThread()) {
-    return false;
-  }
   Queues queues;
   queues.add(*this);
   return std::any_of(queues.m_cores.begin(), queues.m_cores.end(),
