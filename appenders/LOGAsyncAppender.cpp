@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "appenders/LOGAppenderPin.h"
 #include "appenders/LOGBoundedFIFO.h"
 #include "appenders/LOGDispatcher.h"
 #include "appenders/LOGFileAppender.h"
@@ -53,6 +54,39 @@ void handOver(LOGAppenderSkeleton& appender) {
   }
 }
 
+// An attached appender may take the list's lock under its own, to remove itself. So its lock is
+// never taken under the list's, unless the caller has that already.
+
+void handOverAll(LOGAppenderAttachableImpl& list) {
+  LOGAppenderPin pin;
+  for (LOGAppenderAttachableImpl::PinnedWalk walk(list, pin); walk.appender() != nullptr;
+       walk.goOn()) {
+    handOver(*walk.appender());
+  }
+}
+
+template <typename Which>
+LOGAppenderAttachableImpl::Removed takeOut(LOGAppenderAttachableImpl& list, const Which& which) {
+  handOverAll(list);
+  const ZEBThreadGuard guard(list.getCriticalSection());
+  return list.takeOut(which);
+}
+
+void closeAndTakeOutEach(LOGAppenderAttachableImpl& list) {
+  const LOGCallScope call;  // closing waits for no delivery
+  LOGAppenderPin pin;
+  const auto pinFirst = [&] {
+    const ZEBThreadGuard guard(list.getCriticalSection());
+    return list.pinAt(0, pin);
+  };
+  while (LOGAppenderSkeleton* const appender = pinFirst()) {
+    handOver(*appender);
+    appender->close();
+    const ZEBThreadGuard guard(list.getCriticalSection());
+    list.takeOut(appender);
+  }
+}
+
 /// Runs `operation` under the list's lock.
 template <typename Operation>
 void underListLock(const LOGAppenderAttachableImpl& list, const LOGFailureTexts& texts,
@@ -73,8 +107,9 @@ struct LOGAsyncAppender::Core {
   Core() : bf(DEFAULT_BUFFER_SIZE), dispatcher(&bf, &aai) {}
 
   void warnOfInterruption() {
-    LOGLogLog::warn(interruptedWarningMessage.exchange(1) == 0 ? "AsyncAppender interrupted."
-                                                               : "AsyncAppender interrupted again.");
+    LOGLogLog::warn(interruptedWarningMessage.exchange(1) == 0
+                        ? "AsyncAppender interrupted."
+                        : "AsyncAppender interrupted again.");
   }
 
   void renewInChild() noexcept {
@@ -107,8 +142,8 @@ struct LOGAsyncAppender::Core {
   std::atomic<bool> isLeftByFork{false};  // what is queued is the parent's, and there is no thread
   std::atomic<unsigned> forks{0};         // in how many processes a thread was left behind
   LOGDispatcher dispatcher;               // destroyed first, which waits for the thread
-  const ZEBForkHandler forkHandler{
-      this, [](void* core) { static_cast<Core*>(core)->renewInChild(); }};
+  const ZEBForkHandler forkHandler{this,
+                                   [](void* core) { static_cast<Core*>(core)->renewInChild(); }};
 };
 
 /// An event for which there was no room.
@@ -222,7 +257,8 @@ LOG4ZEB_HOT void LOGAsyncAppender::enqueue(LOGLoggingEvent& event) {
   if ((!outermost.hasLeft(m_core.get()) && queue.tryPut(event)) || queue.isClosed()) {
     return;
   }
-  // What is logged from within a delivery, or by a message that is destroyed after one, never waits.
+  // What is logged from within a delivery, or by a message that is destroyed after one, never
+  // waits.
   if (LOGDispatcher::isAnyCurrentThread() &&
       (!outermost.isDeliveryTo(*this) || isServedByThisThread())) {
     queue.putBeyond(event);
@@ -277,8 +313,7 @@ void LOGAsyncAppender::Queues::flush(int milliseconds) const {
 bool LOGAsyncAppender::reaches(const LOGAppenderSkeleton& from, const LOGAsyncAppender& to) {
   Queues queues;
   queues.add(from);
-  return std::find(queues.m_cores.begin(), queues.m_cores.end(), to.m_core) !=
-         queues.m_cores.end();
+  return std::find(queues.m_cores.begin(), queues.m_cores.end(), to.m_core) != queues.m_cores.end();
 }
 
 void LOGAsyncAppender::addAppender(LOGAppenderSkeleton* newAppender) {
@@ -308,10 +343,7 @@ template <typename Remove>
 void LOGAsyncAppender::removeEverywhere(const LOGFailureTexts& texts, Remove remove) {
   const auto removeFrom = [&](LOGAppenderAttachableImpl& list) {
     LOGAppenderAttachableImpl::Removed removed;
-    underListLock(list, texts, [&] {
-      list.forEach(handOver);
-      removed = remove(list);
-    });
+    logReportingFailures(texts, [&] { removed = remove(list); });
     list.awaitUsers(removed);
     // A delivery that went on meanwhile may have held a line back.
     if (removed.wasThere && removed.appender != nullptr && LOGCallScope::mayWait()) {
@@ -329,6 +361,10 @@ void LOGAsyncAppender::removeEverywhere(const LOGFailureTexts& texts, Remove rem
 
 void LOGAsyncAppender::removeAllAppenders() {
   removeEverywhere(REMOVE_ALL_TEXTS, [](LOGAppenderAttachableImpl& list) {
+    if (!list.getCriticalSection().isHeldHere()) {
+      closeAndTakeOutEach(list);
+    }
+    const ZEBThreadGuard guard(list.getCriticalSection());
     list.removeAllAppenders();
     return LOGAppenderAttachableImpl::Removed{nullptr, true, true};
   });
@@ -336,12 +372,12 @@ void LOGAsyncAppender::removeAllAppenders() {
 
 void LOGAsyncAppender::removeAppender(const I18NString& name) {
   removeEverywhere(REMOVE_TEXTS,
-                   [&](LOGAppenderAttachableImpl& list) { return list.takeOut(name); });
+                   [&](LOGAppenderAttachableImpl& list) { return takeOut(list, name); });
 }
 
 void LOGAsyncAppender::removeAppender(LOGAppenderSkeleton* appender) {
   removeEverywhere(REMOVE_TEXTS,
-                   [&](LOGAppenderAttachableImpl& list) { return list.takeOut(appender); });
+                   [&](LOGAppenderAttachableImpl& list) { return takeOut(list, appender); });
 }
 
 void LOGAsyncAppender::succeed(const LOGAsyncAppender& predecessor) {

@@ -8,7 +8,8 @@
 LOGCallScope::Waiting::~Waiting() = default;
 
 bool LOGCallScope::hasLeft(const void* queue) const noexcept {
-  for (const Waiting* waiting = m_first.get(); waiting != nullptr; waiting = waiting->m_next.get()) {
+  for (const Waiting* waiting = m_first.get(); waiting != nullptr;
+       waiting = waiting->m_next.get()) {
     if (waiting->m_queue == queue) {
       return true;
     }

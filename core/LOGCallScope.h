@@ -28,7 +28,8 @@ class LOGCallScope {
     std::unique_ptr<Waiting> m_next;
   };
 
-  LOGCallScope() noexcept : m_outer(s_innermost), m_outermost(m_outer ? m_outer->m_outermost : this) {
+  LOGCallScope() noexcept
+      : m_outer(s_innermost), m_outermost(m_outer ? m_outer->m_outermost : this) {
     s_innermost = this;
   }
   LOGCallScope(const LOGCallScope&) = delete;
@@ -55,9 +56,9 @@ class LOGCallScope {
   bool hasLeft(const void* queue) const noexcept;
   void leave(std::unique_ptr<Waiting> waiting) noexcept;
 
-  /// Whether the calling thread may wait for other threads: it is in no such call, is no dispatcher,
-  /// on whose thread messages are destroyed after their delivery, and holds no lock under which that
-  /// is forbidden.
+  /// Whether the calling thread may wait for other threads: it is in no such call, is no
+  /// dispatcher, on whose thread messages are destroyed after their delivery, and holds no lock
+  /// under which that is forbidden.
   static bool mayWait();
 
  private:

@@ -23,6 +23,7 @@
 #include "core/LOGManager.h"
 #include "core/LOGRootLogger.h"
 #include "layouts/LOGPatternLayout.h"
+#include "platform/ZEBThreadGuard.h"
 #include "rendering/LOGObjectRenderer.h"
 #include "rendering/LOGRendererMap.h"
 #include "support/CapturingAppender.h"
@@ -193,6 +194,32 @@ TEST_F(RemovedAppenders, DoNotWaitForTheFlushOfOthersOrForTheirOwnDelivery) {
   mayEnd = true;
   removing.join();
   flushing.join();
+}
+
+TEST_F(RemovedAppenders, MayRemoveThemselvesFromAQueueThatIsBeingEmptied) {
+  struct LockingAppender : CapturingAppender {
+    void close() override {
+      isClosing = true;
+      const ZEBThreadGuard guard(getCriticalSection());
+      CapturingAppender::close();
+    }
+    std::atomic<bool> isClosing{false};
+  } own;
+  LOGAsyncAppender async;
+  std::atomic<bool> isDelivering{false};
+  own.onAppend = [&](LOGLoggingEvent*) {
+    isDelivering = true;
+    EXPECT_TRUE(eventually([&] { return own.isClosing.load(); }));
+    async.removeAppender(&own);
+  };
+  async.addAppender(&own);
+  shop->addAppender(&async);
+  shop->info("x");
+  EXPECT_TRUE(eventually([&] { return isDelivering.load(); }));
+  async.removeAllAppenders();
+  EXPECT_EQ(own.closings, 1);
+  EXPECT_EQ(async.isAttached(&own), 0);
+  shop->removeAllAppenders();
 }
 
 TEST_F(RemovedAppenders, AppendingLastCountsAsAnAppender) {
