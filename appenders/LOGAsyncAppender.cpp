@@ -4,6 +4,7 @@
 #include <cassert>
 #include <utility>
 
+#include "appenders/LOGAppenderPin.h"
 #include "appenders/LOGBoundedFIFO.h"
 #include "appenders/LOGDispatcher.h"
 #include "appenders/LOGFileAppender.h"
@@ -51,6 +52,39 @@ void handOver(LOGAppenderSkeleton& appender) {
   auto* const file = dynamic_cast<LOGFileAppender*>(&appender);
   if (file != nullptr) {
     file->handOver();
+  }
+}
+
+// An attached appender may take the list's lock under its own, to remove itself. So its lock is
+// never taken under the list's, unless the caller has that already.
+
+void handOverAll(LOGAppenderAttachableImpl& list) {
+  LOGAppenderPin pin;
+  for (LOGAppenderAttachableImpl::PinnedWalk walk(list, pin); walk.appender() != nullptr;
+       walk.goOn()) {
+    handOver(*walk.appender());
+  }
+}
+
+template <typename Which>
+LOGAppenderAttachableImpl::Removed takeOut(LOGAppenderAttachableImpl& list, const Which& which) {
+  handOverAll(list);
+  const ZEBThreadGuard guard(list.getCriticalSection());
+  return list.takeOut(which);
+}
+
+void closeAndTakeOutEach(LOGAppenderAttachableImpl& list) {
+  const LOGCallScope call;  // closing waits for no delivery
+  LOGAppenderPin pin;
+  const auto pinFirst = [&] {
+    const ZEBThreadGuard guard(list.getCriticalSection());
+    return list.pinAt(0, pin);
+  };
+  while (LOGAppenderSkeleton* const appender = pinFirst()) {
+    handOver(*appender);
+    appender->close();
+    const ZEBThreadGuard guard(list.getCriticalSection());
+    list.takeOut(appender);
   }
 }
 
@@ -227,7 +261,10 @@ LOG4ZEB_HOT void LOGAsyncAppender::enqueue(LOGLoggingEvent& event) {
   if ((!outermost.hasLeft(m_core.get()) && queue.tryPut(event)) || queue.isClosed()) {
     return;
   }
-  if (outermost.isDeliveryElsewhere(*this) || isServedByThisThread()) {
+  // What is logged from within a delivery, or by a message that is destroyed after one, never
+  // waits.
+  if (LOGDispatcher::isAnyCurrentThread() &&
+      (!outermost.isDeliveryTo(*this) || isServedByThisThread())) {
     queue.putBeyond(event);
   } else {
     outermost.leave(std::make_unique<Arrival>(m_core, event.copyForQueue()));
@@ -235,9 +272,6 @@ LOG4ZEB_HOT void LOGAsyncAppender::enqueue(LOGLoggingEvent& event) {
 }
 
 bool LOGAsyncAppender::isServedByThisThread() const {
-  if (!LOGDispatcher::isAnyCurrentThread()) {
-    return false;
-  }
   Queues queues;
   queues.add(*this);
   return std::any_of(queues.m_cores.begin(), queues.m_cores.end(),
@@ -313,10 +347,7 @@ template <typename Remove>
 void LOGAsyncAppender::removeEverywhere(const LOGFailureTexts& texts, Remove remove) {
   const auto removeFrom = [&](LOGAppenderAttachableImpl& list) {
     LOGAppenderAttachableImpl::Removed removed;
-    underListLock(list, texts, [&] {
-      list.forEach(handOver);
-      removed = remove(list);
-    });
+    logReportingFailures(texts, [&] { removed = remove(list); });
     list.awaitUsers(removed);
     // A delivery that went on meanwhile may have held a line back.
     if (removed.wasThere && removed.appender != nullptr && LOGCallScope::mayWait()) {
@@ -334,6 +365,10 @@ void LOGAsyncAppender::removeEverywhere(const LOGFailureTexts& texts, Remove rem
 
 void LOGAsyncAppender::removeAllAppenders() {
   removeEverywhere(REMOVE_ALL_TEXTS, [](LOGAppenderAttachableImpl& list) {
+    if (!list.getCriticalSection().isHeldHere()) {
+      closeAndTakeOutEach(list);
+    }
+    const ZEBThreadGuard guard(list.getCriticalSection());
     list.removeAllAppenders();
     return LOGAppenderAttachableImpl::Removed{nullptr, true, true};
   });
@@ -341,12 +376,12 @@ void LOGAsyncAppender::removeAllAppenders() {
 
 void LOGAsyncAppender::removeAppender(const I18NString& name) {
   removeEverywhere(REMOVE_TEXTS,
-                   [&](LOGAppenderAttachableImpl& list) { return list.takeOut(name); });
+                   [&](LOGAppenderAttachableImpl& list) { return takeOut(list, name); });
 }
 
 void LOGAsyncAppender::removeAppender(LOGAppenderSkeleton* appender) {
   removeEverywhere(REMOVE_TEXTS,
-                   [&](LOGAppenderAttachableImpl& list) { return list.takeOut(appender); });
+                   [&](LOGAppenderAttachableImpl& list) { return takeOut(list, appender); });
 }
 
 void LOGAsyncAppender::succeed(const LOGAsyncAppender& predecessor) {

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "appenders/LOGDispatcher.h"
 #include "platform/ZEBForkGate.h"
 
 LOGCallScope::Waiting::~Waiting() = default;
@@ -30,4 +31,7 @@ void LOGCallScope::finish() noexcept {
   }
 }
 
-bool LOGCallScope::mayWait() { return s_innermost == nullptr && ZEBForkGate::self().mayWait(); }
+bool LOGCallScope::mayWait() {
+  return s_innermost == nullptr && !LOGDispatcher::isAnyCurrentThread() &&
+         ZEBForkGate::self().mayWait();
+}

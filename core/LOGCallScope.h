@@ -42,26 +42,23 @@ class LOGCallScope {
   }
 
   /// Says that this call is a dispatcher's delivery, which passes the event to `target` now.
-  void deliverTo(const LOGAppenderSkeleton* target) noexcept {
-    m_isDelivery = true;
-    m_target = target;
-  }
+  void deliverTo(const LOGAppenderSkeleton* target) noexcept { m_target = target; }
 
   /// The outermost call of the calling thread, null outside of all.
   static LOGCallScope* outermost() noexcept {
     return s_innermost == nullptr ? nullptr : s_innermost->m_outermost;
   }
-  /// Whether the call is a delivery that has not got to `appender` directly, but by what was logged
-  /// on the way.
-  bool isDeliveryElsewhere(const LOGAppenderSkeleton& appender) const noexcept {
-    return m_isDelivery && m_target != &appender;
+  /// Whether the call is a delivery that passes the event to `appender` now.
+  bool isDeliveryTo(const LOGAppenderSkeleton& appender) const noexcept {
+    return m_target == &appender;
   }
   /// Whether something is left that is of that queue.
   bool hasLeft(const void* queue) const noexcept;
   void leave(std::unique_ptr<Waiting> waiting) noexcept;
 
-  /// Whether the calling thread may wait for other threads: it is in no such call and holds no
-  /// lock under which that is forbidden.
+  /// Whether the calling thread may wait for other threads: it is in no such call, is no
+  /// dispatcher, on whose thread messages are destroyed after their delivery, and holds no lock
+  /// under which that is forbidden.
   static bool mayWait();
 
  private:
@@ -71,7 +68,6 @@ class LOGCallScope {
 
   LOGCallScope* const m_outer;
   LOGCallScope* const m_outermost;
-  bool m_isDelivery = false;
   const LOGAppenderSkeleton* m_target = nullptr;
   std::unique_ptr<Waiting> m_first;
   Waiting* m_last = nullptr;

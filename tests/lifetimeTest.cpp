@@ -196,6 +196,32 @@ TEST_F(RemovedAppenders, DoNotWaitForTheFlushOfOthersOrForTheirOwnDelivery) {
   flushing.join();
 }
 
+TEST_F(RemovedAppenders, MayRemoveThemselvesFromAQueueThatIsBeingEmptied) {
+  struct LockingAppender : CapturingAppender {
+    void close() override {
+      isClosing = true;
+      const ZEBThreadGuard guard(getCriticalSection());
+      CapturingAppender::close();
+    }
+    std::atomic<bool> isClosing{false};
+  } own;
+  LOGAsyncAppender async;
+  std::atomic<bool> isDelivering{false};
+  own.onAppend = [&](LOGLoggingEvent*) {
+    isDelivering = true;
+    EXPECT_TRUE(eventually([&] { return own.isClosing.load(); }));
+    async.removeAppender(&own);
+  };
+  async.addAppender(&own);
+  shop->addAppender(&async);
+  shop->info("x");
+  EXPECT_TRUE(eventually([&] { return isDelivering.load(); }));
+  async.removeAllAppenders();
+  EXPECT_EQ(own.closings, 1);
+  EXPECT_EQ(async.isAttached(&own), 0);
+  shop->removeAllAppenders();
+}
+
 TEST_F(RemovedAppenders, AppendingLastCountsAsAnAppender) {
   LOGRootLogger root(nullptr);
   CapturingAppender once("once");
@@ -276,6 +302,46 @@ TEST_F(MessagesThatLog, DoNotHangOnAQueue) {
     logger->removeAppender(&async);
   }
   async.close();
+}
+
+TEST_F(MessagesThatLog, AreDestroyedByADispatcherThatWaitsForNothing) {
+  static std::function<void()> onEnd;
+  struct EndingMessage : LOGObject {
+    LOGObject* clone() const override { return new EndingMessage(*this); }
+    ~EndingMessage() override {
+      if (LOGDispatcher::isAnyCurrentThread()) {
+        onEnd();
+      }
+    }
+  };
+  CapturingAppender blocked;
+  std::atomic<bool> mayEnd{false};
+  blocked.onAppend = [&](LOGLoggingEvent*) {
+    EXPECT_TRUE(eventually([&] { return mayEnd.load(); }));
+  };
+  LOGAsyncAppender full;
+  full.setBufferSize(1);
+  full.addAppender(&blocked);
+  other->addAppender(&full);
+  LOGAsyncAppender async;
+  shop->addAppender(&async);
+  std::atomic<bool> hasEnded{false};
+  onEnd = [&] {
+    for (int i = 0; i < 3; ++i) {
+      other->info("beyond the size of the queue");
+    }
+    EXPECT_EQ(full.flush(10000), 0);
+    async.close();
+    hasEnded = true;
+  };
+  EndingMessage message;
+  shop->info(&message);
+  EXPECT_TRUE(eventually([&] { return hasEnded.load(); }));
+  mayEnd = true;
+  shop->removeAllAppenders();
+  EXPECT_EQ(full.flush(10000), 1);
+  other->removeAllAppenders();
+  EXPECT_EQ(blocked.messages.size(), 3U);
 }
 
 TEST_F(MessagesThatLog, AreRenderedOnceAndAlwaysGiveWhatThatGave) {
