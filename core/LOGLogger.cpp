@@ -126,7 +126,7 @@ LOG4ZEB_HOT void LOGLogger::logEnabled(int rank, const I18NString& message) {
   if (level != nullptr) {
     logContainingLackOfMemory(EVENT_LOST, [&] {
       LOGLoggingEvent event(this, level, LOGMessageText{message});
-      passOn(event);
+      passOn(event, true);
     });
   }
 }
@@ -138,7 +138,7 @@ void LOGLogger::logWithTextOf(int rank, const I18NString& message, const Thrown&
     logContainingLackOfMemory(EVENT_LOST, [&] {
       LOGLoggingEvent event(this, level, LOGMessageText{message});
       event.setThrowableStrRep(LOGThrowableText::of(thrown));
-      passOn(event);
+      passOn(event, true);
     });
   }
 }
@@ -199,44 +199,30 @@ void LOGLogger::assertLog(int assertion, const I18NString& msg) {
 void LOGLogger::forcedLog(const I18NString& fqn, LOGLevel* level, LOGObject* message) {
   logContainingLackOfMemory(EVENT_LOST, [&] {
     LOGLoggingEvent event(fqn, this, level, message);
-    passOn(event);
+    passOn(event, true);
   });
 }
 
-LOG4ZEB_HOT void LOGLogger::passOn(LOGLoggingEvent& event) {
-  // Before any lock is taken: code of the program may log itself.
-  if (event.needsRendering() && hasAppendersOnTheWay()) {
-    event.render();
-  }
-  callAppenders(&event);
-}
-
-bool LOGLogger::hasAppendersOnTheWay() const {
-  for (const LOGLogger* logger = this; logger != nullptr; logger = logger->getParent()) {
-    if (logger->mayHaveAppenders()) {
-      return true;
-    }
-    if (logger->getAdditivity() == 0) {
-      break;
-    }
-  }
-  return false;
-}
+void LOGLogger::callAppenders(LOGLoggingEvent* event) { passOn(*event, false); }
 
 inline bool LOGLogger::mayHaveAppenders() const {
   // Most loggers have none, and are passed without their lock. Whoever holds it may be adding one.
   return getCriticalSection().isHeldElsewhere() || m_aai.hasAppenders();
 }
 
-LOG4ZEB_HOT void LOGLogger::callAppenders(LOGLoggingEvent* event) {
+LOG4ZEB_HOT void LOGLogger::passOn(LOGLoggingEvent& event, bool mayRender) {
   const LOGCallScope call;
   // What is logged from within an asynchronous delivery is logged like anything else.
   const ZEBFmFile::Batch::Pause pause;
   int writes = 0;
   for (LOGLogger* logger = this; logger != nullptr; logger = logger->getParent()) {
     if (logger->mayHaveAppenders()) {
+      // Before the first lock is taken: code of the program may log itself.
+      if (mayRender && event.needsRendering()) {
+        event.render();
+      }
       writes += locked(*logger, "LOGLogger::callAppenders -- unable to lock mutex",
-                       [&] { return logger->m_aai.appendLoopOnAppenders(event); });
+                       [&] { return logger->m_aai.appendLoopOnAppenders(&event); });
     }
     if (logger->getAdditivity() == 0) {
       break;

@@ -234,8 +234,9 @@ class LOG4ZEB_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
       }
     }
   }
-  void passOn(LOGLoggingEvent& event);
-  bool hasAppendersOnTheWay() const;
+  /// Hands the event on; where it may, renders a message first whose rendering is code of the
+  /// program.
+  void passOn(LOGLoggingEvent& event, bool mayRender);
   bool mayHaveAppenders() const;
   void logEnabled(int rank, LOGObject* message);
   void logEnabled(int rank, const I18NString& message);
