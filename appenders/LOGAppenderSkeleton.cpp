@@ -142,7 +142,7 @@ void LOGAppenderSkeleton::setErrorHandler(LOGErrorHandler* errorHandler) {
       LOGFailureTexts::same("LOGAppenderSkeleton::setErrorHandler -- unable to lock mutex"), [&] {
         const ZEBThreadGuard guard(getCriticalSection());
         if (errorHandler != nullptr && errorHandler != m_errorHandler.get()) {
-          m_errorHandler.reset(errorHandler);
+          exchangeErrorHandler(std::unique_ptr<LOGErrorHandler>(errorHandler));
         }
       });
 }
@@ -173,10 +173,17 @@ int LOGAppenderSkeleton::operator==(const LOGAppenderSkeleton& other) const {
              : 0;
 }
 
+std::unique_ptr<LOGErrorHandler> LOGAppenderSkeleton::exchangeErrorHandler(
+    std::unique_ptr<LOGErrorHandler> handler) {
+  const ZEBThreadGuard guard(m_errorHandlerAccess);
+  std::unique_ptr<LOGErrorHandler> replaced = std::move(m_errorHandler);
+  m_errorHandler = std::move(handler);
+  return replaced;
+}
+
 bool LOGAppenderSkeleton::hasEqualErrorHandler(const LOGAppenderSkeleton& other) const {
-  // Copies, because no two appenders' locks are held together.
   const auto identityOf = [](const LOGAppenderSkeleton& appender) {
-    const ZEBThreadGuard guard(appender.getCriticalSection());
+    const ZEBThreadGuard guard(appender.m_errorHandlerAccess);
     const LOGErrorHandler* const handler = appender.m_errorHandler.get();
     return std::make_pair(handler != nullptr,
                           handler == nullptr ? LOGObject() : LOGObject(*handler));

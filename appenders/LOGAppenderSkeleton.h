@@ -108,7 +108,8 @@ class LOG4ZEB_EXPORT LOGAppenderSkeleton : public LOGMutex, public LOGAppender, 
   std::atomic<int> m_closed{0};
   ZEBSharedPointer<LOGFilter> m_tailFilter;
   ZEBSharedPointer<LOGFilter> m_headFilter;
-  ZEBOwnedPointer<LOGErrorHandler> m_errorHandler;  // guarded by the appender's lock
+  // Changed under the appender's lock and m_errorHandlerAccess, read under either.
+  ZEBOwnedPointer<LOGErrorHandler> m_errorHandler;
   ZEBSharedPointer<LOGLayout> m_layout;
   ZEBSharedPointer<const LOGLevel> m_threshold;
   std::atomic<int> m_stale{0};
@@ -123,10 +124,18 @@ class LOG4ZEB_EXPORT LOGAppenderSkeleton : public LOGMutex, public LOGAppender, 
     return m_closed == 1 && before % 2 == 0 && m_reopenings == before;
   }
 
+ protected:
+  /// Puts a handler, which may be null, in place of the one there, and returns that. Called under the
+  /// appender's lock.
+  std::unique_ptr<LOGErrorHandler> exchangeErrorHandler(std::unique_ptr<LOGErrorHandler> handler);
+
  private:
   bool filtersLetPass(LOGLoggingEvent* event) const;
   std::unique_ptr<LOGErrorHandler> cloneOfErrorHandler() const;
   bool hasEqualErrorHandler(const LOGAppenderSkeleton& other) const;
+
+  // A leaf, for those who compare appenders and cannot wait for one that is at work.
+  mutable ZEBThreadCriticalSection m_errorHandlerAccess;
 };
 
 #endif

@@ -72,13 +72,13 @@ void LOGWriterAppender::takeIntoUse(LOGErrorHandler* handler) {
   }
   for (auto& replaced : m_replacedErrorHandlers) {
     if (replaced.get() == handler) {
-      replaced.swap(m_errorHandler);
+      replaced = exchangeErrorHandler(std::move(replaced));
       return;
     }
   }
   std::unique_ptr<LOGErrorHandler> owned(handler);  // from here on, whatever fails
-  m_replacedErrorHandlers.push_back(std::move(m_errorHandler));
-  m_errorHandler = std::move(owned);
+  m_replacedErrorHandlers.emplace_back();
+  m_replacedErrorHandlers.back() = exchangeErrorHandler(std::move(owned));
 }
 
 int LOGWriterAppender::requiresLayout() { return 0; }

@@ -17,6 +17,7 @@
 #include "appenders/LOGAsyncAppender.h"
 #include "appenders/LOGBoundedFIFO.h"
 #include "appenders/LOGDispatcher.h"
+#include "appenders/LOGErrorHandler.h"
 #include "appenders/LOGFileAppender.h"
 #include "core/LOGHierarchy.h"
 #include "core/LOGLogger.h"
@@ -219,6 +220,35 @@ TEST_F(RemovedAppenders, MayRemoveThemselvesFromAQueueThatIsBeingEmptied) {
   async.removeAllAppenders();
   EXPECT_EQ(own.closings, 1);
   EXPECT_EQ(async.isAttached(&own), 0);
+  shop->removeAllAppenders();
+}
+
+TEST_F(RemovedAppenders, AreComparedWithoutWaitingForWhatTheyAreDoing) {
+  CapturingAppender own("");
+  CapturingAppender same("");
+  CapturingAppender third("");
+  for (CapturingAppender* const appender : {&same, &third}) {
+    appender->setErrorHandler(new LOGErrorHandler);  // all else is equal, so that they are compared
+  }
+  LOGAsyncAppender async;
+  std::atomic<bool> isDelivering{false};
+  std::atomic<bool> isCompared{false};
+  own.onAppend = [&](LOGLoggingEvent*) {
+    isDelivering = true;
+    EXPECT_TRUE(eventually([&] { return isCompared.load(); }));
+    async.removeAppender(&own);
+  };
+  async.addAppender(&own);
+  shop->addAppender(&async);
+  shop->info("x");
+  EXPECT_TRUE(eventually([&] { return isDelivering.load(); }));
+  async.addAppender(&same);
+  async.addAppender(&third);
+  EXPECT_EQ(async.isAttached(&third), 1) << "equal handlers make equal appenders";
+  async.removeAppender(&same);
+  isCompared = true;
+  EXPECT_EQ(async.flush(10000), 1);
+  EXPECT_EQ(async.isAttached(&own) + async.isAttached(&third), 0);
   shop->removeAllAppenders();
 }
 
