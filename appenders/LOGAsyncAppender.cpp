@@ -115,6 +115,9 @@ struct LOGAsyncAppender::Core {
 
   void renewInChild() noexcept {
     bf.renewInChild();
+    if (dispatcher.isCurrentThread()) {
+      bf.forgetParent();
+    }
     if (dispatcher.isLeftByFork()) {
       isLeftByFork = true;
       ++forks;
@@ -247,9 +250,12 @@ LOG4ZEB_HOT void LOGAsyncAppender::append(LOGLoggingEvent* event) {
 LOG4ZEB_HOT void LOGAsyncAppender::enqueue(LOGLoggingEvent& event) {
   LOGBoundedFIFO& queue = m_core->bf;
   if (m_core->isLeftByFork) {
-    queue.forgetParent();
-    m_core->dispatcher.startUnlessRunning();
-    m_core->isLeftByFork = false;
+    const ZEBThreadGuard guard(getCriticalSection());  // which a program that appends may not have
+    if (m_core->isLeftByFork) {
+      queue.forgetParent();
+      m_core->dispatcher.startUnlessRunning();
+      m_core->isLeftByFork = false;
+    }
   }
   // Asked for here, these are the thread that logs and its context.
   event.getThreadName();
@@ -263,7 +269,7 @@ LOG4ZEB_HOT void LOGAsyncAppender::enqueue(LOGLoggingEvent& event) {
   }
   // What is logged from within a delivery, or by a message that is destroyed after one, never
   // waits.
-  if (LOGDispatcher::isAnyCurrentThread() &&
+  if (LOGDispatcher::isAnyCurrentThread() && !outermost.hasLeft(m_core.get()) &&
       (!outermost.isDeliveryTo(*this) || isServedByThisThread())) {
     queue.putBeyond(event);
   } else {

@@ -6,7 +6,7 @@
 #include <thread>
 #include <utility>
 
-#include "core/LOGLogLog.h"
+#include "core/LOGFailures.h"
 #include "core/LOGLoggingEvent.h"
 #include "core/LOGPackedEvent.h"
 #include "platform/ZEBForkGate.h"
@@ -19,6 +19,7 @@ using Clock = std::chrono::steady_clock;
 using Lock = std::unique_lock<std::mutex>;
 
 constexpr std::chrono::seconds BETWEEN_REPORTS(10);
+constexpr std::chrono::microseconds SHORTEST_BETWEEN_WAKES(100);
 
 // After an event the dispatcher looks for the next one, first without a pause, then in pauses that
 // double, and sleeps until it is woken when there was none for so long.
@@ -69,6 +70,7 @@ LOGBoundedFIFO::~LOGBoundedFIFO() = default;
 
 void LOGBoundedFIFO::put(LOGLoggingEvent* event) {
   {
+    const ZEBForkGate::Stay stay;
     const Lock lock(m_writing);
     if (length() < maxSize) {
       m_records.add(event);
@@ -108,6 +110,7 @@ LOG4ZEB_HOT bool LOGBoundedFIFO::put(const LOGLoggingEvent& event, MayPut mayPut
     whole = event.copyForQueue();
   }
   {
+    const ZEBForkGate::Stay stay;  // a fork in between would leave half a record
     const Lock lock(m_writing);
     if (isClosed() || !mayPut()) {
       return false;
@@ -123,12 +126,8 @@ LOG4ZEB_HOT bool LOGBoundedFIFO::put(const LOGLoggingEvent& event, MayPut mayPut
   return true;
 }
 
-LOG4ZEB_HOT bool LOGBoundedFIFO::putIfThereIsRoom(const LOGLoggingEvent& event) {
-  return put(event, [this] { return hasRoom(); });
-}
-
 LOG4ZEB_HOT bool LOGBoundedFIFO::tryPut(const LOGLoggingEvent& event) {
-  const bool isPut = putIfThereIsRoom(event);
+  const bool isPut = put(event, [this] { return hasRoom(); });
   if (isPut && m_isAsleep) {
     wakeDispatcher();
   }
@@ -143,24 +142,20 @@ void LOGBoundedFIFO::putBeyond(const LOGLoggingEvent& event) {
 
 bool LOGBoundedFIFO::putWhenThereIsRoom(const LOGLoggingEvent& event) {
   assert(ZEBForkGate::self().mayWait());
-  const ZEBForkGate::Rest rest;
-  Lock lock(m_sleeping);
-  const Sleeper sleeper(m_callersAsleep);
-  m_arrived.notify_all();  // ends a pause of the dispatcher
   for (auto nextReport = Clock::now(); !isClosed();) {
     if (Clock::now() >= nextReport) {
       nextReport += BETWEEN_REPORTS;
-      lock.unlock();
-      LOGLogLog::debug("Waiting for free space in buffer, ");
-      lock.lock();
+      logContainingFailures(LOGFailureTexts::same("LOGBoundedFIFO -- a note was lost"),
+                            [] { LOGLogLog::debug("Waiting for free space in buffer, "); });
     }
-    if (putIfThereIsRoom(event)) {
-      m_arrived.notify_all();
+    if (tryPut(event)) {
       return true;
     }
-    // Woken when there is room for several, so that callers and dispatcher take turns less often.
-    m_freed.wait_until(lock, nextReport,
-                       [this] { return length() <= capacity() / 2 || isClosed(); });
+    const ZEBForkGate::Rest rest;
+    Lock lock(m_sleeping);
+    const Sleeper sleeper(m_callersAsleep);
+    m_arrived.notify_all();  // ends a pause of the dispatcher
+    m_freed.wait_until(lock, nextReport, [this] { return length() < capacity() || isClosed(); });
   }
   return false;
 }
@@ -178,18 +173,35 @@ LOG4ZEB_HOT LOGLoggingEvent* LOGBoundedFIFO::take(LOGLoggingEvent& unpacked,
   std::uint64_t number = 0;
   {
     const ZEBThreadGuard guard(getCriticalSection());
-    if (m_records.isEmpty()) {
+    if (!hasEvents()) {
       return nullptr;
     }
     event = m_records.take(unpacked, whole);
     number = m_leftCount.load(std::memory_order_relaxed);
     m_leftCount = number + 1;
   }
-  if (m_callersAsleep > 0 && length() <= capacity() / 2) {
-    const Lock lock(m_sleeping);
-    m_freed.notify_all();
+  if (m_callersAsleep > 0) {
+    wakeCallers();
   }
   return isClosed() || number < m_dropUntil ? nullptr : event;
+}
+
+void LOGBoundedFIFO::wakeCallers() {
+  const Clock::time_point now = Clock::now();
+  const Lock lock(m_sleeping);
+  // While events go fast, for several at a time, so that callers and dispatcher take turns less often.
+  if (length() > capacity() / 2 && now - m_lastWake < SHORTEST_BETWEEN_WAKES) {
+    return;
+  }
+  m_lastWake = now;
+  const int room = capacity() - length();
+  if (room >= m_callersAsleep) {
+    m_freed.notify_all();
+  } else {
+    for (int i = 0; i < room; ++i) {
+      m_freed.notify_one();
+    }
+  }
 }
 
 int LOGBoundedFIFO::length() const {

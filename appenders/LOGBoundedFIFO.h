@@ -2,6 +2,7 @@
 #define APPENDERS_LOGBOUNDEDFIFO_H
 
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <memory>
@@ -31,7 +32,7 @@ class LOG4ZEB_EXPORT LOGBoundedFIFO : public LOGMutex {
   /// The oldest event, owned by the caller, or null. Throws std::bad_alloc where there is no memory
   /// for it; it stays in the queue then.
   LOGLoggingEvent* get();
-  /// Each returns 1 or 0. wasEmpty() holds just after the first put, wasFull() just after a get
+  /// Each returns 1 or 0. A queue that was shrunk is full until enough has gone. wasEmpty() holds just after the first put, wasFull() just after a get
   /// from a full queue.
   int isFull() const { return length() >= maxSize ? 1 : 0; }
   int wasEmpty() const { return length() == 1 ? 1 : 0; }
@@ -104,8 +105,8 @@ class LOG4ZEB_EXPORT LOGBoundedFIFO : public LOGMutex {
   bool hasRoom();
   template <typename MayPut>
   bool put(const LOGLoggingEvent& event, MayPut mayPut);
-  bool putIfThereIsRoom(const LOGLoggingEvent& event);
   void noteQueued();
+  void wakeCallers();
   void pause(std::unique_lock<std::mutex>& lock, unsigned int& microseconds);
 
   std::atomic<int> maxSize;
@@ -125,6 +126,7 @@ class LOG4ZEB_EXPORT LOGBoundedFIFO : public LOGMutex {
   Caller* m_newestCaller = nullptr;
   std::uint64_t m_callers = 0;  // so many there have been
   unsigned m_forks = 0;         // callers of another process count as none
+  std::chrono::steady_clock::time_point m_lastWake;
 
   LOGEventRecords m_records;
   // The writers' side.

@@ -26,6 +26,7 @@ using Clock = std::chrono::steady_clock;
 constexpr Clock::duration LONGEST_HELD = std::chrono::milliseconds(1);
 constexpr Clock::duration SOON = std::chrono::microseconds(100);
 constexpr int MOST_EVENTS_BETWEEN_LOOKS = 32;
+constexpr unsigned int PAUSE_WITHOUT_MEMORY = 10;  // milliseconds
 
 constexpr LOGFailureTexts RUN_TEXTS{"LOGDispatcher::run --- some i18nstring exception occurred",
                                     "LOGDispatcher::run --- some ZEBThrowable exception occurred",
@@ -85,10 +86,17 @@ void LOGDispatcher::run() {
   s_current = this;
   m_isRunning = true;
   logContainingFailures(RUN_TEXTS, [this] {
-    LOGAppenderPin pin;
-    bool goesOn = true;
-    while (goesOn) {
-      logContainingFailures(RUN_TEXTS, [&] { goesOn = pass(pin); });
+    std::optional<LOGAppenderPin> pin;
+    for (bool goesOn = true; goesOn;) {
+      logContainingFailures(RUN_TEXTS, [&] {
+        if (!pin.has_value()) {
+          pin.emplace();
+        }
+        goesOn = pass(*pin);
+      });
+      if (!pin.has_value()) {
+        ZEBThread::sleep(PAUSE_WITHOUT_MEMORY);
+      }
     }
   });
   s_current = nullptr;
@@ -144,7 +152,9 @@ void LOGDispatcher::deliverNext(ZEBFmFile::Batch& batch, LOGAppenderPin& pin) {
   std::unique_ptr<LOGLoggingEvent> whole;  // with its message destroyed here, without a lock
   LOGLoggingEvent* const event = m_bf->take(m_unpacked, whole);
   if (LOGLogLog::mayWrite() && m_bf->wasFull() != 0) {
-    LOGLogLog::debug("Notifying AsyncAppender about freed space.");
+    logContainingFailures(RUN_TEXTS, [] {
+      LOGLogLog::debug("Notifying AsyncAppender about freed space.");
+    });
   }
   if (event != nullptr) {
     deliver(*event, batch, pin);

@@ -102,6 +102,10 @@ void ZEBForkGate::waitUntilOpen() {
 }
 
 ZEBForkGate::Stay::Stay() : m_visitor(self()) {
+  if (m_visitor.m_locks.load(std::memory_order_relaxed) != 0) {
+    m_visitor.comeIn();  // a fork waits for the thread already
+    return;
+  }
   m_visitor.comeIn(std::memory_order_seq_cst);
   while (turnsAway(m_visitor)) {
     m_visitor.goOut();
