@@ -284,17 +284,17 @@ void LOGAppenderAttachableImpl::removeAppender(LOGAppenderSkeleton* appender) {
 }
 
 LOGAppenderAttachableImpl::Removed LOGAppenderAttachableImpl::takeOut(const I18NString& name) {
-  LOGAppenderClaim::revokeNamed(*this, name);
+  const bool isRevoked = LOGAppenderClaim::revokeNamed(*this, name);
   for (Position position = m_appenderList.begin(); !position.atEnd(); ++position) {
     LOGAppenderSkeleton* const appender = *position;
     if (appender->getName() == name) {
       LOGAppenderClaim::revoke(appender);
       remove(position);
       publish();
-      return {appender, true, true};
+      return {appender, true, true, isRevoked};
     }
   }
-  return {nullptr, true, false};  // what a claim was revoked on may be in use
+  return {nullptr, isRevoked, false, isRevoked};
 }
 
 LOGAppenderAttachableImpl::Removed LOGAppenderAttachableImpl::takeOut(
@@ -320,9 +320,27 @@ LOGAppenderAttachableImpl::Removed LOGAppenderAttachableImpl::takeOut(
   return removed;
 }
 
+void LOGAppenderAttachableImpl::replaceAppender(const LOGAppenderSkeleton& old,
+                                                LOGAppenderSkeleton& live) {
+  const Publishing publishing(*this);
+  const Position place = std::find(m_appenderList.begin(), m_appenderList.end(), &old);
+  if (place.atEnd()) {
+    return;
+  }
+  if (std::find(m_appenderList.begin(), m_appenderList.end(), &live).atEnd()) {
+    const ZEBThreadGuard guard(m_access);
+    *place = &live;
+  } else {
+    remove(place);
+  }
+}
+
 void LOGAppenderAttachableImpl::awaitUsers(const Removed& removed) const {
   if (removed.isAny) {
     LOGAppenderPin::awaitOthers(this, removed.appender);
+  }
+  if (removed.isOfClaim) {
+    LOGAppenderPin::awaitOthers(this, nullptr);
   }
 }
 

@@ -55,11 +55,16 @@ class LOG4ZEB_EXPORT LOGAppenderAttachableImpl : public LOGAppenderAttachable, p
     LOGAppenderSkeleton* appender = nullptr;  // null where it may be another one, or several
     bool isAny = false;                       // somebody may use something that was here
     bool wasThere = false;
+    bool isOfClaim = false;  // a claim was revoked, on an appender that may be in use
   };
   Removed takeOut(const I18NString& name);
   Removed takeOut(LOGAppenderSkeleton* appender);
   /// Waits, where the calling thread may, until no other thread uses what was taken out.
   void awaitUsers(const Removed& removed) const;
+
+  /// Puts `live` in the place of `old`, so that an event that is being passed to the list meets the
+  /// one or the other. Where `live` is there already, only removes `old`.
+  void replaceAppender(const LOGAppenderSkeleton& old, LOGAppenderSkeleton& live);
 
   /// While one lives, other appenders take the place of those in the list: removeAllAppenders()
   /// closes none, and hasAppenders() answers as before. Lives under the owner's lock.

@@ -42,24 +42,29 @@ bool LOGAppenderClaim::pinUnlessRevoked(LOGAppenderPin& pin) const {
 }
 
 template <typename Condition>
-void LOGAppenderClaim::revokeIf(Condition condition) noexcept {
+bool LOGAppenderClaim::revokeIf(Condition condition) noexcept {
   if (g_count.load(std::memory_order_acquire) == 0) {
-    return;
+    return false;
   }
+  bool isAny = false;
   const ZEBThreadGuard guard(g_lock);
   for (LOGAppenderClaim* claim = g_first; claim != nullptr; claim = claim->m_next) {
     // What was revoked may be gone, and is not looked at.
-    claim->m_isRevoked = claim->m_isRevoked || condition(*claim);
+    if (!claim->m_isRevoked && condition(*claim)) {
+      claim->m_isRevoked = true;
+      isAny = true;
+    }
   }
+  return isAny;
 }
 
 void LOGAppenderClaim::revoke(const LOGAppenderSkeleton* appender) noexcept {
   revokeIf([&](const LOGAppenderClaim& claim) { return claim.m_appender == appender; });
 }
 
-void LOGAppenderClaim::revokeNamed(const LOGAppenderAttachable& list,
+bool LOGAppenderClaim::revokeNamed(const LOGAppenderAttachable& list,
                                    const I18NString& name) noexcept {
-  revokeIf([&](const LOGAppenderClaim& claim) {
+  return revokeIf([&](const LOGAppenderClaim& claim) {
     return &claim.m_list == &list && claim.m_appender->getName() == name;
   });
 }

@@ -30,16 +30,16 @@ class LOGAppenderClaim {
     }
   }
 
-  /// Revoke claims: on an appender, from whichever list it was; on what a list had under that name;
-  /// on all that it had.
+  /// Revoke claims: on an appender, from whichever list it was; on what a list had under that name,
+  /// which returns whether there was one; on all that it had.
   static void revoke(const LOGAppenderSkeleton* appender) noexcept;
-  static void revokeNamed(const LOGAppenderAttachable& list, const I18NString& name) noexcept;
+  static bool revokeNamed(const LOGAppenderAttachable& list, const I18NString& name) noexcept;
   static void revokeAll(const LOGAppenderAttachable& list) noexcept;
 
  private:
   bool pinUnlessRevoked(LOGAppenderPin& pin) const;
   template <typename Condition>
-  static void revokeIf(Condition condition) noexcept;
+  static bool revokeIf(Condition condition) noexcept;
 
   const LOGAppenderAttachable& m_list;
   LOGAppenderSkeleton* const m_appender;

@@ -125,8 +125,8 @@ class LOG4ZEB_EXPORT LOGAppenderSkeleton : public LOGMutex, public LOGAppender, 
   }
 
  protected:
-  /// Puts a handler, which may be null, in place of the one there, and returns that. Called under the
-  /// appender's lock.
+  /// Puts a handler, which may be null, in place of the one there, and returns that. Called under
+  /// the appender's lock.
   std::unique_ptr<LOGErrorHandler> exchangeErrorHandler(std::unique_ptr<LOGErrorHandler> handler);
 
  private:

@@ -189,7 +189,8 @@ LOG4ZEB_HOT LOGLoggingEvent* LOGBoundedFIFO::take(LOGLoggingEvent& unpacked,
 void LOGBoundedFIFO::wakeCallers() {
   const Clock::time_point now = Clock::now();
   const Lock lock(m_sleeping);
-  // While events go fast, for several at a time, so that callers and dispatcher take turns less often.
+  // While events go fast, for several at a time, so that callers and dispatcher take turns less
+  // often.
   if (length() > capacity() / 2 && now - m_lastWake < SHORTEST_BETWEEN_WAKES) {
     return;
   }

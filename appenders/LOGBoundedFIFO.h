@@ -32,8 +32,8 @@ class LOG4ZEB_EXPORT LOGBoundedFIFO : public LOGMutex {
   /// The oldest event, owned by the caller, or null. Throws std::bad_alloc where there is no memory
   /// for it; it stays in the queue then.
   LOGLoggingEvent* get();
-  /// Each returns 1 or 0. A queue that was shrunk is full until enough has gone. wasEmpty() holds just after the first put, wasFull() just after a get
-  /// from a full queue.
+  /// Each returns 1 or 0. A queue that was shrunk is full until enough has gone. wasEmpty() holds
+  /// just after the first put, wasFull() just after a get from a full queue.
   int isFull() const { return length() >= maxSize ? 1 : 0; }
   int wasEmpty() const { return length() == 1 ? 1 : 0; }
   int wasFull() const { return length() + 1 == maxSize ? 1 : 0; }

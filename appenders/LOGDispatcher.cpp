@@ -152,9 +152,8 @@ void LOGDispatcher::deliverNext(ZEBFmFile::Batch& batch, LOGAppenderPin& pin) {
   std::unique_ptr<LOGLoggingEvent> whole;  // with its message destroyed here, without a lock
   LOGLoggingEvent* const event = m_bf->take(m_unpacked, whole);
   if (LOGLogLog::mayWrite() && m_bf->wasFull() != 0) {
-    logContainingFailures(RUN_TEXTS, [] {
-      LOGLogLog::debug("Notifying AsyncAppender about freed space.");
-    });
+    logContainingFailures(RUN_TEXTS,
+                          [] { LOGLogLog::debug("Notifying AsyncAppender about freed space."); });
   }
   if (event != nullptr) {
     deliver(*event, batch, pin);

@@ -211,7 +211,8 @@ void LOGDOMConfigurator::initialize() {
   if (m_domConfig == nullptr) {
     m_domConfig = zebTranslate(SOURCE, __LINE__, [] { return new LOGDOMConfigurator; });
     LOGConfiguratorHook::registerConfigurator(&LOGDOMConfigurator::shutdown,
-                                              &LOGDOMConfigurator::runExclusively);
+                                              &LOGDOMConfigurator::runExclusively,
+                                              &LOGDOMConfigurator::forgetRepository);
   }
 }
 
@@ -294,7 +295,7 @@ int LOGDOMConfigurator::doConfigure(char* fileName, LOGLoggerRepository* reposit
   int configured = 0;
   logContainingFailures(DO_CONFIGURE_TEXTS, [&] {
     const ZEBThreadOuterGuard guard(g_runLock);
-    m_repository = repository;
+    use(repository);
     configured = parseFile(fileName) ? 1 : 0;
   });
   return configured;
@@ -304,7 +305,7 @@ int LOGDOMConfigurator::doConfigure(const ZEBIDOM_Element& root, LOGLoggerReposi
   int configured = 0;
   logContainingFailures(DO_CONFIGURE_TEXTS, [&] {
     const ZEBThreadOuterGuard guard(g_runLock);
-    m_repository = repository;
+    use(repository);
     configured = parse(root) ? 1 : 0;
   });
   return configured;
@@ -433,8 +434,13 @@ void LOGDOMConfigurator::parseLogger(const ZEBIDOM_Element& element) {
         !I18NLocale::equalIgnoreCase(element.getAttribute(ADDITIVITY_ATTR), "false");
     LOGLogLog::debug("Setting [" + logger->getName() + "] additivity to [" +
                      (additive ? "true" : "false") + "]");
-    logger->setAdditivity(additive ? 1 : 0);
-    parseChildrenOfLoggerElement(element, logger, false);
+    // Set with the appenders, so that no event meets the old ones with the new additivity.
+    try {
+      parseChildrenOfLoggerElement(element, logger, false, additive ? 1 : 0);
+    } catch (...) {
+      logger->setAdditivity(additive ? 1 : 0);
+      throw;
+    }
   });
 }
 
@@ -464,12 +470,13 @@ void LOGDOMConfigurator::parseRoot(const ZEBIDOM_Element& element) {
       LOCK_TEXT, LOCK_TEXT, "LOGDOMConfigurator::parseRoot -- An unknown exception has occurred"};
   logContainingFailures(TEXTS, [&] {
     const ZEBThreadOuterGuard guard(*this);
-    parseChildrenOfLoggerElement(element, m_repository->getRootLogger(), true);
+    parseChildrenOfLoggerElement(element, m_repository->getRootLogger(), true, std::nullopt);
   });
 }
 
 void LOGDOMConfigurator::parseChildrenOfLoggerElement(const ZEBIDOM_Element& element,
-                                                      LOGLogger* logger, bool isRoot) {
+                                                      LOGLogger* logger, bool isRoot,
+                                                      std::optional<int> additive) {
   ZEB_ASSERT(logger, SOURCE, __LINE__);
   LOGLogLog::debug(
       "LOGDOMConfigurator::parseChildrenOfLoggerElement : remove all appenders from logger " +
@@ -490,7 +497,7 @@ void LOGDOMConfigurator::parseChildrenOfLoggerElement(const ZEBIDOM_Element& ele
     }
   });
   // Only now, and all together: until here the logger had its old appenders, still open.
-  logger->replaceAppenders(appenders);
+  logger->replaceAppenders(appenders, nullptr, additive);
   keepAppendersThatStayedAt(*logger);
   for (LOGAppenderSkeleton* const appender : appenders) {
     m_repository->fireAddAppenderEvent(logger, appender);
@@ -836,14 +843,37 @@ I18NString LOGDOMConfigurator::addProcIDToFileName(const I18NString& name, int p
   return name.substring(0, position) + "_" + number + name.substring(position);
 }
 
-std::vector<LOGLogger*> LOGDOMConfigurator::allLoggers() const {
-  if (const auto* const hierarchy = dynamic_cast<const LOGHierarchy*>(m_repository)) {
+void LOGDOMConfigurator::use(LOGLoggerRepository* repository) {
+  m_repository = repository;
+  if (repository != nullptr) {
+    m_repositories.insert(repository);
+  }
+}
+
+void LOGDOMConfigurator::forgetRepository(LOGLoggerRepository* repository) {
+  const ZEBThreadOuterGuard guard(g_runLock);
+  if (m_domConfig == nullptr || m_domConfig->m_repositories.erase(repository) == 0) {
+    return;
+  }
+  if (m_domConfig->m_repository == repository) {
+    m_domConfig->m_repository = nullptr;
+  }
+  // The root may live on.
+  if (LOGLogger* const root = repository->getRootLogger()) {
+    m_domConfig->forEachAppender([root](LOGAppenderSkeleton& appender) {
+      contained([&] { root->removeAppender(&appender); });
+    });
+  }
+}
+
+std::vector<LOGLogger*> LOGDOMConfigurator::allLoggersOf(LOGLoggerRepository* repository) {
+  if (const auto* const hierarchy = dynamic_cast<const LOGHierarchy*>(repository)) {
     return hierarchy->getAllLoggers();
   }
   std::vector<LOGLogger*> loggers;
-  if (m_repository != nullptr) {
-    loggers.push_back(m_repository->getRootLogger());
-    for (LOGObject* const logger : m_repository->getCurrentLoggers()) {
+  if (repository != nullptr) {
+    loggers.push_back(repository->getRootLogger());
+    for (LOGObject* const logger : repository->getCurrentLoggers()) {
       loggers.push_back(static_cast<LOGLogger*>(logger));
     }
   }
@@ -980,7 +1010,7 @@ void LOGDOMConfigurator::rebuildBehind(LOGAppenderSkeleton& holder,
 void LOGDOMConfigurator::endRun() {
   contained([this] {
     std::set<const LOGAppenderSkeleton*> seen;
-    for (const LOGLogger* const logger : allLoggers()) {
+    for (const LOGLogger* const logger : allLoggersOf(m_repository)) {
       for (LOGAppenderSkeleton* appender : ownAmong(logger->snapshotOfAppenders())) {
         appender = rebuilt(*appender);
         if (appender != nullptr) {
@@ -990,7 +1020,7 @@ void LOGDOMConfigurator::endRun() {
     }
   });
   m_appenderElements.clear();
-  for (LOGLogger* const logger : allLoggers()) {
+  for (LOGLogger* const logger : allLoggersOf(m_repository)) {
     contained([&] {
       // Removal and addition under one lock, so that no event finds neither of them.
       const ZEBThreadGuard guard(logger->getCriticalSection());
@@ -1009,8 +1039,7 @@ void LOGDOMConfigurator::endRun() {
         const ZEBThreadGuard guard(async->getAAI()->getCriticalSection());
         for (LOGAppenderSkeleton* const attached : async->getAAI()->snapshot()) {
           if (LOGAppenderSkeleton* const live = replacementFor(*attached, async)) {
-            async->getAAI()->removeAppender(attached);
-            async->getAAI()->addAppender(live);
+            async->getAAI()->replaceAppender(*attached, *live);
           }
         }
       });
@@ -1087,14 +1116,17 @@ void LOGDOMConfigurator::detachFromLoggers(LOGAppenderSkeleton* appender) const 
       }
     }
   };
-  if (const auto* const hierarchy = dynamic_cast<const LOGHierarchy*>(m_repository)) {
-    // Without a copy of the list: who still had the appender would use it after its end.
-    for (std::size_t i = 0; LOGLogger* const logger = hierarchy->loggerAt(i); ++i) {
-      detachFrom(*logger);
+  for (LOGLoggerRepository* const repository : m_repositories) {
+    if (const auto* const hierarchy = dynamic_cast<const LOGHierarchy*>(repository)) {
+      // Without a copy of the list: who still had the appender would use it after its end.
+      for (std::size_t position = 0; LOGLogger* const logger = hierarchy->loggerAt(position);
+           ++position) {
+        detachFrom(*logger);
+      }
+    } else {
+      for (LOGLogger* const logger : allLoggersOf(repository)) {
+        detachFrom(*logger);
+      }
     }
-    return;
-  }
-  for (LOGLogger* const logger : allLoggers()) {
-    detachFrom(*logger);
   }
 }

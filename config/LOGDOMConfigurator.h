@@ -5,6 +5,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <set>
 #include <vector>
 
@@ -118,7 +119,8 @@ class LOG4ZEB_EXPORT LOGDOMConfigurator : public LOGConfigurator, public ZEBThre
   void parseLogger(const ZEBIDOM_Element& element);
   LOGLogger* findLogger(const I18NString& name, const I18NString& className);
   void parseRoot(const ZEBIDOM_Element& element);
-  void parseChildrenOfLoggerElement(const ZEBIDOM_Element& element, LOGLogger* logger, bool isRoot);
+  void parseChildrenOfLoggerElement(const ZEBIDOM_Element& element, LOGLogger* logger, bool isRoot,
+                                    std::optional<int> additive);
   LOGAppenderSkeleton* referencedAppender(const ZEBIDOM_Element& reference,
                                           const LOGLogger& logger);
   void parseLevel(const ZEBIDOM_Element& element, LOGLogger& logger, bool isRoot);
@@ -144,7 +146,9 @@ class LOG4ZEB_EXPORT LOGDOMConfigurator : public LOGConfigurator, public ZEBThre
   I18NString resolveFileName(const I18NString& name) const;
   static I18NString addProcIDToFileName(const I18NString& name, int processId);
 
-  std::vector<LOGLogger*> allLoggers() const;
+  void use(LOGLoggerRepository* repository);
+  static void forgetRepository(LOGLoggerRepository* repository);
+  static std::vector<LOGLogger*> allLoggersOf(LOGLoggerRepository* repository);
   void beginRun(const ZEBIDOM_Element& root);
   void endRun();
   void retireAppendersOf(const LOGLogger& logger);
@@ -185,6 +189,7 @@ class LOG4ZEB_EXPORT LOGDOMConfigurator : public LOGConfigurator, public ZEBThre
   std::unique_ptr<LOGHashtable> m_appenderBag;  // newest appender of each name; owns none
   LOGHashtable m_objectTable;  // layouts, filters and error handlers by class; owns none
   LOGLoggerRepository* m_repository = nullptr;
+  std::set<LOGLoggerRepository*> m_repositories;  // that documents were applied to
   int m_procIdFlag = 0;
   int m_procId = 0;
   // What this run has made, or the last one when it lacked memory: they may be half read, and the

@@ -6,13 +6,22 @@ namespace {
 
 std::atomic<LOGConfiguratorHook::Shutdown> g_shutdown{nullptr};
 std::atomic<LOGConfiguratorHook::RunExclusively> g_runExclusively{nullptr};
+std::atomic<LOGConfiguratorHook::ForgetRepository> g_forgetRepository{nullptr};
 
 }  // namespace
 
-void LOGConfiguratorHook::registerConfigurator(Shutdown shutdown,
-                                               RunExclusively runExclusively) noexcept {
+void LOGConfiguratorHook::registerConfigurator(Shutdown shutdown, RunExclusively runExclusively,
+                                               ForgetRepository forgetRepository) noexcept {
   g_shutdown = shutdown;
+  g_forgetRepository = forgetRepository;
   g_runExclusively = runExclusively;
+}
+
+void LOGConfiguratorHook::forgetRepository(LOGLoggerRepository* repository) {
+  const ForgetRepository registered = g_forgetRepository;
+  if (registered != nullptr) {
+    registered(repository);
+  }
 }
 
 void LOGConfiguratorHook::shutdown() {

@@ -3,6 +3,8 @@
 
 #include <functional>
 
+class LOGLoggerRepository;
+
 /// Lets the hierarchy work with the configurator, which is built on top of it: the configurator
 /// registers how it is shut down and how its runs are kept away, and the hierarchy's shutdown uses
 /// both.
@@ -11,7 +13,12 @@ class LOGConfiguratorHook {
   using Shutdown = void (*)();
   using RunExclusively = bool (*)(const std::function<void()>& operation);
 
-  static void registerConfigurator(Shutdown shutdown, RunExclusively runExclusively) noexcept;
+  using ForgetRepository = void (*)(LOGLoggerRepository* repository);
+
+  static void registerConfigurator(Shutdown shutdown, RunExclusively runExclusively,
+                                   ForgetRepository forgetRepository) noexcept;
+  /// Has the configurator take its appenders from a repository that is about to be destroyed.
+  static void forgetRepository(LOGLoggerRepository* repository);
   /// Calls what was registered, if anything.
   static void shutdown();
   /// Runs `operation` while no run of the configurator is under way. Reports and does nothing where

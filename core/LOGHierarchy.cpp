@@ -58,6 +58,7 @@ LOGHierarchy::LOGHierarchy(LOGLogger* root) : LOGHierarchy() {
 }
 
 LOGHierarchy::~LOGHierarchy() {
+  LOGConfiguratorHook::forgetRepository(this);
   if (m_root != nullptr && m_root->getRepository() == this) {
     m_root->setRepository(nullptr);
   }

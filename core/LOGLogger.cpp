@@ -216,15 +216,19 @@ LOG4ZEB_HOT void LOGLogger::passOn(LOGLoggingEvent& event, bool mayRender) {
   const ZEBFmFile::Batch::Pause pause;
   int writes = 0;
   for (LOGLogger* logger = this; logger != nullptr; logger = logger->getParent()) {
+    int additive = logger->getAdditivity();  // asked first: it changes under the lock
     if (logger->mayHaveAppenders()) {
       // Before the first lock is taken: code of the program may log itself.
       if (mayRender && event.needsRendering()) {
         event.render();
       }
-      writes += locked(*logger, "LOGLogger::callAppenders -- unable to lock mutex",
-                       [&] { return logger->m_aai.appendLoopOnAppenders(&event); });
+      writes += locked(*logger, "LOGLogger::callAppenders -- unable to lock mutex", [&] {
+        const int called = logger->m_aai.appendLoopOnAppenders(&event);
+        additive = logger->getAdditivity();
+        return called;
+      });
     }
-    if (logger->getAdditivity() == 0) {
+    if (additive == 0) {
       break;
     }
   }
@@ -308,8 +312,10 @@ void LOGLogger::removeAppender(LOGAppenderSkeleton* appender) {
 }
 
 void LOGLogger::replaceAppenders(const std::vector<LOGAppenderSkeleton*>& appenders,
-                                 const std::function<void(LOGAppenderSkeleton&)>& leave) {
+                                 const std::function<void(LOGAppenderSkeleton&)>& leave,
+                                 std::optional<int> additive) {
   locked(*this, "LOGLogger::replaceAppenders -- unable to lock mutex", [&] {
+    setAdditivity(additive.value_or(getAdditivity()));
     if (leave) {
       m_aai.forEach(leave);
     }

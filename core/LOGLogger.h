@@ -7,6 +7,7 @@
 #include <functional>
 #include <memory>
 #include <new>
+#include <optional>
 #include <type_traits>
 #include <vector>
 
@@ -173,8 +174,10 @@ class LOG4ZEB_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   /// Attaches these appenders in place of those there, by removeAllAppenders() and addAppender(),
   /// which here close nothing, in one step: no event meets a part of either set. Each that was
   /// there is first passed to `leave`, which may be empty, under the logger's lock.
+  /// The additivity changes with them, where one is given.
   void replaceAppenders(const std::vector<LOGAppenderSkeleton*>& appenders,
-                        const std::function<void(LOGAppenderSkeleton&)>& leave = nullptr);
+                        const std::function<void(LOGAppenderSkeleton&)>& leave = nullptr,
+                        std::optional<int> additive = std::nullopt);
   /// Closes the appenders, which stay attached, under the logger's lock.
   void closeNestedAppenders();
   /// Closes the asynchronous ones without that lock, so that it can wait for their threads; first

@@ -59,6 +59,10 @@ class LOG4ZEB_EXPORT LOGLoggingEvent : public LOGSerializable {
   LOGLocationInfo* getLocationInformation() { return &m_locationInfo; }
   /// Whether rendering the message runs code of the program, and was not done yet.
   bool needsRendering() const;
+  /// Whether that was done.
+  bool isRendered() const noexcept {
+    return m_rare != nullptr && m_rare->rendering != Rendering::NOT_DONE;
+  }
   /// Renders the message once, for all calls that follow. Throws std::bad_alloc; what rendering
   /// throws is kept.
   void render();
@@ -104,9 +108,6 @@ class LOG4ZEB_EXPORT LOGLoggingEvent : public LOGSerializable {
   };
 
   Rare& rare();
-  bool isRendered() const noexcept {
-    return m_rare != nullptr && m_rare->rendering != Rendering::NOT_DONE;
-  }
   const I18NString* keptRendering() const;
   void setRenderedMessage(const I18NString& text);
   void setMessage(const LOGObject* message);

@@ -2,6 +2,10 @@
 
 #include "platform/ZEBAssertError.h"
 
+const int LOGFilter::m_DENY;
+const int LOGFilter::m_NEUTRAL;
+const int LOGFilter::m_ACCEPT;
+
 LOGFilter::LOGFilter() { instance("LOGFilter"); }
 
 LOGFilter::LOGFilter(const LOGFilter& other)

@@ -13,11 +13,11 @@ class LOGLoggingEvent;
 class LOG4ZEB_EXPORT LOGFilter : public LOGOptionHandler, public LOGObject {
  public:
   /// Drop the event; no further filter is asked.
-  static constexpr int m_DENY = -1;
+  static const int m_DENY = -1;
   /// No opinion: ask the next filter; the end of the chain means to append.
-  static constexpr int m_NEUTRAL = 0;
+  static const int m_NEUTRAL = 0;
   /// Append the event; no further filter is asked.
-  static constexpr int m_ACCEPT = 1;
+  static const int m_ACCEPT = 1;
 
   LOGFilter();
   /// The copy is linked to the same successor.

@@ -30,7 +30,7 @@ constexpr int TC_ENDBLOCKDATA = 0x78;
 constexpr int TC_BLOCKDATALONG = 0x7A;
 
 /// Writes a whole record and returns whether that was possible.
-bool writeRecord(LOGRecordStream& record, const I18NString& loggerName, LOGObject& message) {
+bool writeRecord(LOGRecordStream& record, LOGLoggingEvent& event, LOGObject& message) {
   const std::shared_ptr<LOGObjectRenderer> renderer = LOGRendererMap().share(message.instanceOf());
   if (renderer == nullptr) {
     return false;
@@ -40,14 +40,20 @@ bool writeRecord(LOGRecordStream& record, const I18NString& loggerName, LOGObjec
   record.writeShort(STREAM_VERSION);
   record.writeByte(TC_BLOCKDATALONG);
   const LOGRecordStream::Length nameLength = record.writeLengthLater();
-  record.writeUTF(loggerName);
+  record.writeUTF(event.getLoggerName());
   record.setLength(nameLength);
   record.writeByte(TC_OBJECT);
   renderer->writeClassDesc(record);
   record.writeByte(TC_NULL);
   record.writeByte(TC_BLOCKDATALONG);
   const LOGRecordStream::Length objectLength = record.writeLengthLater();
+  // What the log call has rendered is not rendered again, under locks.
+  const std::unique_ptr<I18NString> rendered(event.isRendered() ? event.getRenderedMessage()
+                                                                : nullptr);
+  record.setRenderedText(event.isRendered() && rendered == nullptr ? &I18NString::none()
+                                                                   : rendered.get());
   renderer->writeObject(&message, record);
+  record.setRenderedText(nullptr);
   record.setLength(objectLength);
   record.release();
   record.writeByte(TC_ENDBLOCKDATA);
@@ -169,7 +175,7 @@ void LOGLocalUDPAppender::append(LOGLoggingEvent* event) {
   if (record == nullptr) {
     record = zebTranslate(SOURCE, __LINE__, [] { return std::make_unique<LOGRecordStream>(); });
   }
-  if (writeRecord(*record, event->getLoggerName(), *message) && m_closed != 1) {
+  if (writeRecord(*record, *event, *message) && m_closed != 1) {
     m_socket.send(record->data(), record->size(), m_destination);
   }
   if (m_closed != 1) {

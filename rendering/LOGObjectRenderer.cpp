@@ -29,6 +29,10 @@ void LOGObjectRenderer::writeClassDesc(LOGRecordStream& stream) {
 }
 
 void LOGObjectRenderer::writeObject(LOGObject* object, LOGRecordStream& stream) {
+  if (stream.renderedText() != nullptr) {
+    stream.writeUTFCut(*stream.renderedText());
+    return;
+  }
   const std::unique_ptr<I18NString> text(doRender(object));
   stream.writeUTFCut(text == nullptr ? I18NString() : *text);
 }

@@ -18,8 +18,8 @@ class LOG4ZEB_EXPORT LOGObjectRenderer {
   /// version number 1.
   virtual void writeClassDesc(LOGRecordStream& stream);
   /// Writes the object's content, which the class described reads. Here it is the text of
-  /// doRender(), cut between two characters when the record cannot hold it; the empty text for
-  /// null.
+  /// doRender(), or what the log call has rendered, cut between two characters when the record
+  /// cannot hold it; the empty text for null.
   virtual void writeObject(LOGObject* object, LOGRecordStream& stream);
 };
 

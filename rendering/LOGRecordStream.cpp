@@ -47,6 +47,7 @@ void LOGRecordStream::reset(std::size_t reserved) noexcept {
   m_position = 0;
   m_limit = CAPACITY - std::min(reserved, CAPACITY);
   m_fits = true;
+  m_renderedText = nullptr;
 }
 
 bool LOGRecordStream::hasRoomFor(std::size_t bytes) noexcept {

@@ -20,6 +20,11 @@ class LOG4ZEB_EXPORT LOGRecordStream {
     std::size_t position;
   };
 
+  /// The text that the message was rendered to, null when it has to be rendered for this record.
+  /// Not owned; reset() forgets it.
+  void setRenderedText(const I18NString* text) noexcept { m_renderedText = text; }
+  const I18NString* renderedText() const noexcept { return m_renderedText; }
+
   /// Empties the record. `reserved` bytes are kept free until release().
   void reset(std::size_t reserved = 0) noexcept;
   void release() noexcept { m_limit = CAPACITY; }
@@ -53,6 +58,7 @@ class LOG4ZEB_EXPORT LOGRecordStream {
   std::size_t m_position = 0;
   std::size_t m_limit = CAPACITY;
   bool m_fits = true;
+  const I18NString* m_renderedText = nullptr;
   unsigned char m_buffer[CAPACITY] = {};
 };
 

@@ -252,6 +252,33 @@ TEST_F(RemovedAppenders, AreComparedWithoutWaitingForWhatTheyAreDoing) {
   shop->removeAllAppenders();
 }
 
+TEST_F(RemovedAppenders, AreReplacedSoThatAnEventMeetsTheOneOrTheOther) {
+  CapturingAppender first("first");
+  CapturingAppender old("old");
+  CapturingAppender live("live");
+  LOGAsyncAppender async;
+  const auto replace = [&](LOGLoggingEvent*) {
+    const ZEBThreadGuard guard(async.getAAI()->getCriticalSection());
+    async.getAAI()->replaceAppender(old, live);
+  };
+  first.onAppend = replace;
+  old.onAppend = replace;
+  async.addAppender(&first);
+  async.addAppender(&old);
+  shop->addAppender(&async);
+  shop->info("1");  // replaced before it came to the old one
+  EXPECT_EQ(async.flush(10000), 1);
+  first.onAppend = nullptr;
+  async.removeAppender(&live);
+  async.addAppender(&old);
+  shop->info("2");  // replaced while the old one has it
+  EXPECT_EQ(async.flush(10000), 1);
+  EXPECT_EQ(first.messages, (Messages{"1", "2"}));
+  EXPECT_EQ(live.messages, Messages{"1"});
+  EXPECT_EQ(old.messages, Messages{"2"});
+  shop->removeAllAppenders();
+}
+
 TEST_F(RemovedAppenders, AppendingLastCountsAsAnAppender) {
   LOGRootLogger root(nullptr);
   CapturingAppender once("once");

@@ -215,6 +215,19 @@ TEST_F(LocalUDPAppenderTest, SendsTheRecordThatAJavaProgramReads) {
   EXPECT_EQ(receiver.next(), knownRecord());
 }
 
+TEST_F(LocalUDPAppenderTest, SendsWhatTheLogCallHasRendered) {
+  int renderings = 0;
+  const ActingMessage message("once", [&] { ++renderings; });
+  LOGLogger* const logger = LOGManager::getLogger("udp");
+  logger->setAdditivity(0);
+  logger->addAppender(&appender);
+  ActingMessage own(message);
+  logger->info(&own);
+  logger->removeAppender(&appender);
+  EXPECT_EQ(messageOf(receiver.next().value_or("")), "once");
+  EXPECT_EQ(renderings, 1) << "by the log call, and not under locks";
+}
+
 TEST_F(LocalUDPAppenderTest, EncodesCodeUnitsAsJavaDoes) {
   const char16_t text[] = {u'a', 0, 0xE9, 0x20AC, 0xD83D, 0xDE00, 0xDC00};
   LOGObject message(I18NString(text, 7));

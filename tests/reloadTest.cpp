@@ -21,8 +21,11 @@
 #include "appenders/LOGAsyncAppender.h"
 #include "config/LOG4ZEBConfigurator.h"
 #include "config/LOGXMLWatchdog.h"
+#include "core/LOGDefaultRepositorySelector.h"
+#include "core/LOGHierarchy.h"
 #include "core/LOGLogger.h"
 #include "core/LOGManager.h"
+#include "core/LOGRootLogger.h"
 #include "platform/ZEBThreadGuard.h"
 #include "support/CapturingAppender.h"
 #include "support/OpenSockets.h"
@@ -411,6 +414,71 @@ TEST_F(OldQueue, LetsAnAppenderGoThatRemovesItselfFromTheSuccessorInADelivery) {
   EXPECT_TRUE(eventually([&] { return takenAtRemoval != 0; }));
   EXPECT_LT(takenAtRemoval, QUEUED);
   EXPECT_LE(m_taken, takenAtRemoval + 1) << "the old queue may have been on its way in";
+}
+
+TEST(Reload, ChangesAdditivityTogetherWithTheAppenders) {
+  Workplace workplace;
+  fs::remove("../configuration/logdebug.ini");
+  const auto document = [](const std::string& logger) {
+    // The others take their time, in which the logger has its old appenders.
+    std::string others;
+    std::string references;
+    for (int i = 0; i < 50; ++i) {
+      const std::string name = "S" + std::to_string(i);
+      others += "<appender name='" + name + "' class='LOGFileAppender'><param name='File' value='" +
+                name + "'/><layout class='LOGPatternLayout'/></appender>";
+      references += "<appender-ref ref='" + name + "'/>";
+    }
+    return "<log4j:configuration><appender name='F' class='LOGFileAppender'>"
+           "<param name='File' value='f.log'/><layout class='LOGSimpleLayout'/></appender>" +
+           others + "<logger name='slow'>" + references + "</logger><root><appender-ref ref='F'/>" +
+           "</root>" + logger + "</log4j:configuration>";
+  };
+  const std::string documents[] = {
+      document("<logger name='a'/>"),
+      document("<logger name='a' additivity='false'><appender-ref ref='F'/></logger>")};
+  Workplace::write(DOCUMENT, documents[0]);
+  ASSERT_EQ(LOG4ZEBConfigurator::initialize(DOCUMENT), 1);
+  std::atomic<bool> stop{false};
+  std::size_t logged = 0;
+  std::thread logging([&] {
+    LOGLogger* const logger = LOGManager::getLogger("a");
+    for (; !stop; ++logged) {
+      logger->info("line");
+    }
+  });
+  for (int i = 1; i < 30; ++i) {
+    Workplace::write(DOCUMENT, documents[i % 2]);
+    EXPECT_EQ(LOG4ZEBConfigurator::initialize(DOCUMENT), 1);
+  }
+  stop = true;
+  logging.join();
+  LOG4ZEBConfigurator::shutdown();
+  EXPECT_GE(Workplace::lines("f.log").size(), logged) << "no line is lost";
+}
+
+TEST(Reload, TakesItsAppendersFromEveryRepositoryThatItWasReadInto) {
+  Workplace workplace;
+  Workplace::write(DOCUMENT,
+                   "<log4j:configuration><appender name='F' class='LOGFileAppender'>"
+                   "<param name='File' value='f.log'/><layout class='LOGSimpleLayout'/></appender>"
+                   "<root><appender-ref ref='F'/></root></log4j:configuration>");
+  ASSERT_EQ(LOG4ZEBConfigurator::initialize(DOCUMENT), 1);
+  LOGLogger* const first = LOGManager::getRootLogger();
+  LOGRootLogger secondRoot(nullptr);
+  {
+    LOGHierarchy second(&secondRoot);
+    LOGDefaultRepositorySelector selector(&second);
+    LOGObject guard;
+    LOGManager::setRepositorySelector(&selector, &guard);
+    EXPECT_EQ(LOG4ZEBConfigurator::initialize(DOCUMENT), 1);
+    EXPECT_EQ(secondRoot.snapshotOfAppenders().size(), 1U);
+    LOGManager::setRepositorySelector(nullptr, &guard);
+  }
+  EXPECT_TRUE(secondRoot.snapshotOfAppenders().empty()) << "its repository is gone";
+  LOG4ZEBConfigurator::shutdown();
+  EXPECT_TRUE(first->snapshotOfAppenders().empty());
+  first->info("to nobody");
 }
 
 class AsyncReload : public testing::TestWithParam<bool> {};
