@@ -40,9 +40,9 @@ LOGFileAppender::LOGFileAppender(const LOGFileAppender& other)
       fileAppend(other.fileAppend.load()),
       m_configuredAppend(other.m_configuredAppend),
       fileName(other.fileName),
-      m_unresolvedName(other.m_unresolvedName),
       bufferedIO(other.bufferedIO.load()),
-      bufferSize(other.bufferSize.load()) {
+      bufferSize(other.bufferSize.load()),
+      m_unresolvedName(other.m_unresolvedName) {
   m_closed = 1;
 }
 

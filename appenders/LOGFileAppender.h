@@ -119,7 +119,6 @@ class LOG4ZEB_EXPORT LOGFileAppender : public LOGWriterAppender {
   std::atomic<int> fileAppend{1};
   int m_configuredAppend = 1;  // how a file is opened by an event; a rollover changes fileAppend
   I18NString fileName;
-  I18NString m_unresolvedName;  // what fileName was resolved from; empty while it was not
   std::atomic<int> bufferedIO{0};
   std::atomic<int> bufferSize{DEFAULT_BUFFER_SIZE};
   ZEBOwnedPointer<ZEBFmFile> m_file;
@@ -132,6 +131,7 @@ class LOG4ZEB_EXPORT LOGFileAppender : public LOGWriterAppender {
 
   I18NString m_text;                // room for the text of an event; guarded by the appender's lock
   I18NString m_absoluteNameSource;  // the name that m_absoluteName was made from
+  I18NString m_unresolvedName;      // what fileName was resolved from; empty while it was not
 };
 
 #endif

@@ -127,7 +127,7 @@ void LOGRollingFileAppender::setFileOptions(const I18NString& name, int append, 
                                             int size) {
   const Reopening reopening(*this);
   logReportingFailures(SET_FILE_TEXTS, [&] {
-    const I18NString path = resolved(name);
+    I18NString path = resolved(name);
     // Another appender must neither roll the file over nor empty it while this one opens it.
     try {
       m_rolledFile =
@@ -138,7 +138,7 @@ void LOGRollingFileAppender::setFileOptions(const I18NString& name, int append, 
     }
     const OptionalTurn turn(m_rolledFile);
     m_rollovers = m_rolledFile->rollovers();
-    const OpenResult result = open(SOURCE, path, append, bufferedSwitch, size);
+    const OpenResult result = open(SOURCE, std::move(path), append, bufferedSwitch, size);
     if (result == OpenResult::NotOpened) {
       LOGLogLog::error(
           "LOGRollingFileAppender::setFile -- LOGGING DISABLED -- UNABLE TO OPEN LOG FILE.");
