@@ -313,6 +313,7 @@ TEST(FileLock, LetsTheChildOfAForkWriteWhileAThreadOfTheParentReads) {
     std::this_thread::yield();
   }
   expectInChild([&] {
+    alarm(10);  // which ends it, should it wait
     const ZEBThreadRWGuard writing(lock, ZEBThreadRWGuard::WRITING);
     return true;
   });
