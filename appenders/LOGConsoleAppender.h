@@ -25,7 +25,8 @@ class LOG4ZEB_EXPORT LOGConsoleAppender : public LOGWriterAppender {
   /// appender's lock.
   void activateOptions() override;
 
-  /// "out" or "err", as it was set.
+  /// "out" or "err", as it was set. Only for the time in which no other thread sets it: that
+  /// changes the text that it refers to.
   const I18NString& getTarget() const { return target; }
   /// Opens "out" or "err", whatever the case. Any other value is reported and leaves the appender
   /// without a stream, its target unchanged, although the report says that "out" is used: that is

@@ -41,7 +41,8 @@ LOGFileAppender::LOGFileAppender(const LOGFileAppender& other)
       m_configuredAppend(other.m_configuredAppend),
       fileName(other.fileName),
       bufferedIO(other.bufferedIO.load()),
-      bufferSize(other.bufferSize.load()) {
+      bufferSize(other.bufferSize.load()),
+      m_unresolvedName(other.m_unresolvedName) {
   m_closed = 1;
 }
 
@@ -58,16 +59,19 @@ LOG4ZEB_HOT void LOGFileAppender::activateOptions() {
     return;
   }
   const ZEBThreadGuard guard(getCriticalSection());
-  if (mayOpenByItself() && !fileName.isEmpty()) {
+  // A resolver of names may log through the appender that is being opened.
+  if (mayOpenByItself() && !isReopening() && !fileName.isEmpty()) {
     // As far as others can see, the appender is closed until the opening has come to its end.
     const Reopening reopening(*this);
-    setFile(fileName, m_configuredAppend, bufferedIO, bufferSize);
+    const bool goesOn = m_unresolvedName.isEmpty() || isRemembered(fileName);
+    setFile(goesOn ? fileName : m_unresolvedName, m_configuredAppend, bufferedIO, bufferSize);
   }
 }
 
 void LOGFileAppender::setFile(const I18NString& name) {
   const ZEBThreadGuard guard(getCriticalSection());
   fileName = name;
+  m_unresolvedName.clear();
 }
 
 void LOGFileAppender::setFile(const I18NString& name, int append, int bufferedSwitch, int size) {
@@ -80,7 +84,7 @@ void LOGFileAppender::setFile(const I18NString& name, int append, int bufferedSw
 
 void LOGFileAppender::openReporting(const LOGFailureTexts& texts, const I18NString& name,
                                     int append, int bufferedSwitch, int size) {
-  if (m_closed == 0 && m_reopenings % 2 == 0) {
+  if (m_closed == 0 && !isReopening()) {
     return;
   }
   logReportingFailures(texts, [&] {
@@ -176,13 +180,14 @@ void LOGFileAppender::resetWriter() {
 void LOGFileAppender::setFileOptions(const I18NString& name, int append, int bufferedSwitch,
                                      int size) {
   if (m_closed != 0) {
-    open(SOURCE, name, append, bufferedSwitch, size);
+    const Reopening reopening(*this);
+    open(SOURCE, resolved(name), append, bufferedSwitch, size);
   }
 }
 
-LOGFileAppender::OpenResult LOGFileAppender::open(const char* className, const I18NString& name,
+LOGFileAppender::OpenResult LOGFileAppender::open(const char* className, I18NString path,
                                                   int append, int bufferedSwitch, int size) {
-  I18NString requested;
+  bool wasReset = false;
   try {
     if (instanceOf() != className) {
       instance(className);  // not written again: other threads compare appenders without the lock
@@ -190,10 +195,10 @@ LOGFileAppender::OpenResult LOGFileAppender::open(const char* className, const I
     if (bufferedSwitch == 1) {
       setImmediateFlush(0);
     }
-    requested = name;  // which may be this object's own, and is emptied
+    wasReset = true;
     resetWriter();
     const bool wasRemembered = !m_absoluteName.isEmpty();
-    const OpenResult result = openRemembered(requested, append, bufferedSwitch, size);
+    const OpenResult result = openRemembered(path, append, bufferedSwitch, size);
     if (result != OpenResult::Opened) {
       m_closed = 1;
       m_fileOpened = 0;
@@ -203,12 +208,11 @@ LOGFileAppender::OpenResult LOGFileAppender::open(const char* className, const I
     }
     return result;
   } catch (...) {
-    const bool wasReset = !requested.isEmpty();
     if (wasReset) {
       m_closed = 1;
-      fileName = std::move(requested);
+      fileName = std::move(path);
     }
-    leaveToNextEvent(wasReset ? fileName : name);
+    leaveToNextEvent(wasReset ? fileName : path);
     throw;
   }
 }
@@ -222,9 +226,27 @@ void LOGFileAppender::leaveToNextEvent(const I18NString& name) {
   }
 }
 
-I18NString LOGFileAppender::absoluteNameOf(const I18NString& name) const {
-  const I18NString resolved = ZEBConfigurationFactory::getInstance()->resolvePath(name);
-  return isRemembered(resolved) ? m_absoluteName : ZEBFmDir::absolutePath(resolved);
+I18NString LOGFileAppender::resolved(const I18NString& name) {
+  const bool isResolved = !m_unresolvedName.isEmpty() && isRemembered(name);
+  try {
+    I18NString requested = name;  // which may be this object's own
+    if (isResolved) {
+      return requested;
+    }
+    I18NString path = ZEBConfigurationFactory::getInstance()->resolvePath(requested);
+    m_unresolvedName = std::move(requested);
+    return path;
+  } catch (...) {
+    leaveToNextEvent(name);
+    if (m_closed != 0 && !isResolved) {
+      m_unresolvedName.clear();
+    }
+    throw;
+  }
+}
+
+I18NString LOGFileAppender::absoluteNameOf(const I18NString& path) const {
+  return isRemembered(path) ? m_absoluteName : ZEBFmDir::absolutePath(path);
 }
 
 bool LOGFileAppender::isRemembered(const I18NString& name) const {
@@ -238,9 +260,9 @@ void LOGFileAppender::remember(const I18NString& name) {
   }
 }
 
-LOGFileAppender::OpenResult LOGFileAppender::openRemembered(const I18NString& name, int append,
+LOGFileAppender::OpenResult LOGFileAppender::openRemembered(const I18NString& path, int append,
                                                             int bufferedSwitch, int size) {
-  fileName = ZEBConfigurationFactory::getInstance()->resolvePath(name);
+  fileName = path;
   fileAppend = append;
   bufferedIO = bufferedSwitch;
   bufferSize = size;

@@ -90,18 +90,22 @@ class LOG4ZEB_EXPORT LOGFileAppender : public LOGWriterAppender {
 
    private:
     std::atomic<std::uint64_t>& m_count;
-    const bool m_isOutermost;  // a resolver of names may log through the same appender
+    const bool m_isOutermost;
   };
+  /// Whether the holder of the lock is in such a time.
+  bool isReopening() const { return m_reopenings % 2 != 0; }
 
   enum class OpenResult { Opened, NoDirectory, NotOpened };
-  /// The steps of setFileOptions() for an appender of the named class. When it throws, the appender
-  /// is closed and left to the next event.
-  OpenResult open(const char* className, const I18NString& name, int append, int bufferedSwitch,
-                  int size);
+  /// The steps of setFileOptions() for an appender of the named class, once the name is resolved.
+  /// When it throws, the appender is closed and left to the next event.
+  OpenResult open(const char* className, I18NString path, int append, int bufferedSwitch, int size);
   /// Has the next event try to open that file, unless the appender is open.
   void leaveToNextEvent(const I18NString& name);
-  /// The file that opening that name would open, from the root.
-  I18NString absoluteNameOf(const I18NString& name) const;
+  /// The path that the name stands for. The name of the file that was opened is one already. When
+  /// it throws, an appender that is closed is left to the next event. Runs code of the program.
+  I18NString resolved(const I18NString& name);
+  /// The file that opening that path would open, from the root.
+  I18NString absoluteNameOf(const I18NString& path) const;
   /// Has m_absoluteName be that of the name, as long as it is not changed.
   void remember(const I18NString& name);
   bool isRemembered(const I18NString& name) const;
@@ -123,10 +127,11 @@ class LOG4ZEB_EXPORT LOGFileAppender : public LOGWriterAppender {
   I18NString m_absoluteName;
 
  private:
-  OpenResult openRemembered(const I18NString& name, int append, int bufferedSwitch, int size);
+  OpenResult openRemembered(const I18NString& path, int append, int bufferedSwitch, int size);
 
   I18NString m_text;                // room for the text of an event; guarded by the appender's lock
   I18NString m_absoluteNameSource;  // the name that m_absoluteName was made from
+  I18NString m_unresolvedName;      // what fileName was resolved from; empty while it was not
 };
 
 #endif

@@ -125,18 +125,20 @@ LOGCountingQuietWriter* LOGRollingFileAppender::countingWriter() const {
 
 void LOGRollingFileAppender::setFileOptions(const I18NString& name, int append, int bufferedSwitch,
                                             int size) {
+  const Reopening reopening(*this);
   logReportingFailures(SET_FILE_TEXTS, [&] {
+    I18NString path = resolved(name);
     // Another appender must neither roll the file over nor empty it while this one opens it.
     try {
       m_rolledFile =
-          zebTranslate(SOURCE, __LINE__, [&] { return LOGRolledFile::of(absoluteNameOf(name)); });
+          zebTranslate(SOURCE, __LINE__, [&] { return LOGRolledFile::of(absoluteNameOf(path)); });
     } catch (...) {
-      leaveToNextEvent(name);
+      leaveToNextEvent(path);
       throw;
     }
     const OptionalTurn turn(m_rolledFile);
     m_rollovers = m_rolledFile->rollovers();
-    const OpenResult result = open(SOURCE, name, append, bufferedSwitch, size);
+    const OpenResult result = open(SOURCE, std::move(path), append, bufferedSwitch, size);
     if (result == OpenResult::NotOpened) {
       LOGLogLog::error(
           "LOGRollingFileAppender::setFile -- LOGGING DISABLED -- UNABLE TO OPEN LOG FILE.");
@@ -161,7 +163,9 @@ bool LOGRollingFileAppender::isFull() const {
 }
 
 void LOGRollingFileAppender::subappend(LOGLoggingEvent* event) {
-  if (hasBeenRolledOver()) {
+  // A resolver of names may log through the appender that is being opened.
+  const bool isOwnReopening = isReopening();
+  if (!isOwnReopening && hasBeenRolledOver()) {
     follow();
     if (m_closed == 1) {
       reportClosed();
@@ -169,7 +173,7 @@ void LOGRollingFileAppender::subappend(LOGLoggingEvent* event) {
     }
   }
   LOGFileAppender::subappend(event);
-  if (!fileName.isEmpty() && countingWriter() != nullptr && isFull() &&
+  if (!isOwnReopening && !fileName.isEmpty() && countingWriter() != nullptr && isFull() &&
       (countingWriter()->settle(m_file.get()), isFull())) {
     rollOverUnlessDone();
   }
@@ -202,15 +206,12 @@ bool LOGRollingFileAppender::hasBeenRolledOver() const {
   return m_rolledFile != nullptr && m_rolledFile->rollovers() != m_rollovers;
 }
 
-void LOGRollingFileAppender::follow() {
-  const Reopening reopening(*this);
-  reopenAppending();
-}
+void LOGRollingFileAppender::follow() { reopen(1); }
 
-void LOGRollingFileAppender::reopenAppending() {
-  setFileOptions(fileName, 1, bufferedIO, bufferSize);
+void LOGRollingFileAppender::reopen(int append) {
+  setFileOptions(fileName, append, bufferedIO, bufferSize);
   if (m_closed == 1) {
-    m_configuredAppend = 1;  // the next event tries again, and must not empty the file
+    m_configuredAppend = 1;  // the next event tries again; others may write to the file by then
   }
 }
 
@@ -258,8 +259,9 @@ void LOGRollingFileAppender::removeOldestBackup() const {
 void LOGRollingFileAppender::renameReporting(int fromIndex, int toIndex) const {
   const I18NString from = backupName(m_absoluteName, fromIndex);
   // What the system has there, such as /dev/null and /dev/stdout, stays: all programs would miss
-  // it.
-  if (ZEBFmDir::isDevice(from) != 0 || ZEBFmDir::isLinkToOpenFile(from) != 0 ||
+  // it. So does a directory, with all that is in it.
+  if (ZEBFmDir::isDevice(from) != 0 || ZEBFmDir::exists(from, ZEBFmDir::DIRECTORY) != 0 ||
+      ZEBFmDir::isLinkToOpenFile(from) != 0 ||
       ZEBFmDir::renameFile(from, backupName(m_absoluteName, toIndex)) == 0) {
     LOGLogLog::error("LOGRollingFileAppender::rollOver ---- Could not rename [" +
                      backupName(fileName, fromIndex) + "] to [" + backupName(fileName, toIndex) +
@@ -304,9 +306,9 @@ void LOGRollingFileAppender::rollOver() {
     attempt([this] { closeFile(); });
     attempt([this] { renameReporting(0, 1); });
     if (hasLackedMemory()) {
-      reopenAppending();  // the file may still have its name
+      reopen(1);  // the file may still have its name
       return;
     }
   }
-  setFileOptions(fileName, 0, bufferedIO, bufferSize);
+  reopen(0);
 }

@@ -61,8 +61,8 @@ class LOG4ZEB_EXPORT LOGRollingFileAppender : public LOGFileAppender {
   bool hasBeenRolledOver() const;
   /// Opens the file that the other one has begun.
   void follow();
-  /// Opens the file without emptying it, now or, where that fails, with the next event.
-  void reopenAppending();
+  /// Opens the file again. Where that fails the next event does, without emptying it.
+  void reopen(int append);
   void takeName();
   void rollOverUnlessDone();
   I18NString backupName(const I18NString& base, int index) const;

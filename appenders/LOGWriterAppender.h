@@ -22,8 +22,8 @@ class LOG4ZEB_EXPORT LOGWriterAppender : public LOGAppenderSkeleton {
   void activateOptions() override;
   /// Closes the destination; the second call does nothing. Takes the appender's lock.
   void close() override;
-  /// Closes the writer before and takes `writer` into use. The concrete appender owns it from now
-  /// on. Takes the appender's lock.
+  /// Closes and deletes the writer before and takes `writer` into use. The concrete appender owns
+  /// it from now on. Takes the appender's lock.
   void setWriter(LOGQuietWriter* writer);
   /// Takes ownership. A handler that is replaced lives on until the appender dies, because writers
   /// may still point at it. Null changes nothing. Takes the appender's lock.
@@ -33,7 +33,8 @@ class LOG4ZEB_EXPORT LOGWriterAppender : public LOGAppenderSkeleton {
   /// 1 flushes after every event; 0, the default, leaves it to the destination.
   int getImmediateFlush() const { return immediateFlush; }
   void setImmediateFlush(int flush) { immediateFlush = flush; }
-  /// Stored only: no conversion is chosen by it.
+  /// Stored only: no conversion is chosen by it. Neither is for a time in which another thread
+  /// calls setEncoding(), which takes no lock.
   const I18NString& getEncoding() const { return encoding; }
   void setEncoding(const I18NString& name) { encoding = name; }
 

@@ -7,8 +7,9 @@
 class LOG4ZEB_EXPORT IZEBConfiguration {
  public:
   virtual ~IZEBConfiguration();
-  /// The path that a file name in the configuration stands for. Called under an appender's lock,
-  /// from any thread.
+  /// The path that a file name in the configuration stands for. A file that is opened again, as for
+  /// a rollover, keeps its path. Called under an appender's lock, from any thread; what it logs
+  /// through the appender that is being opened is refused.
   virtual I18NString resolvePath(const I18NString& name) const = 0;
 };
 

@@ -14,6 +14,7 @@ void ZEBFileLockRW::renewInChild() noexcept {
     m_isWriting = false;
     m_fileLocked = false;
   }
+  m_readers = 0;  // threads that there are no more; the one that forked counts no longer either
   ZEBForkHandler::renew(m_readersLock);
   ZEBForkHandler::renew(m_readersLeft);
 }
@@ -62,6 +63,6 @@ LOG4ZEB_HOT void ZEBFileLockRW::unlockAfterWriting() noexcept {
 
 void ZEBFileLockRW::unlockAfterReading() noexcept {
   const std::lock_guard<std::mutex> lock(m_readersLock);
-  --m_readers;
+  m_readers -= m_readers > 0 ? 1 : 0;  // none in the child of a fork within the reading
   m_readersLeft.notify_all();
 }

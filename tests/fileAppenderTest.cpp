@@ -5,7 +5,9 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <functional>
 #include <memory>
+#include <stdexcept>
 #include <thread>
 
 #ifndef _WIN32
@@ -26,6 +28,7 @@
 #include "platform/IZEBConfiguration.h"
 #include "platform/ZEBAssertError.h"
 #include "platform/ZEBConfigurationFactory.h"
+#include "platform/ZEBThreadGuard.h"
 #include "support/Workplace.h"
 
 namespace fs = std::filesystem;
@@ -95,6 +98,29 @@ class ActingResolver : public IZEBConfiguration {
  private:
   const std::function<void()> m_act;
 };
+
+/// A resolver of file names that takes them from a directory, in force while it lives.
+class Relocating : public IZEBConfiguration {
+ public:
+  Relocating() { ZEBConfigurationFactory::setInstance(this); }
+  Relocating(const Relocating&) = delete;
+  Relocating& operator=(const Relocating&) = delete;
+  ~Relocating() override { ZEBConfigurationFactory::setInstance(nullptr); }
+  I18NString resolvePath(const I18NString& name) const override { return "sub/" + name; }
+};
+
+/// A rolling appender that does something while it opens its file again.
+class ActingRollingAppender : public LOGRollingFileAppender {
+ public:
+  using LOGRollingFileAppender::LOGRollingFileAppender;
+  void setQWForFiles() override {
+    s_act();
+    LOGRollingFileAppender::setQWForFiles();
+  }
+  static std::function<void()> s_act;
+};
+
+std::function<void()> ActingRollingAppender::s_act;
 
 #ifndef _WIN32
 /// Memory whose beginning or end can be taken away: whoever uses it next first gets it back and
@@ -278,13 +304,9 @@ TEST_F(FileAppenderTest, TakesAnEarlierErrorHandlerBackIntoUse) {
 }
 
 TEST_F(FileAppenderTest, KeepsItsFileWhenTheProgramChangesDirectoryOrResolvesNames) {
-  struct Elsewhere : IZEBConfiguration {
-    I18NString resolvePath(const I18NString& name) const override { return "sub/" + name; }
-  } elsewhere;
   fs::create_directory("sub");
-  ZEBConfigurationFactory::setInstance(&elsewhere);
+  const Relocating relocating;
   LOGRollingFileAppender appender(&layout, "r.log");
-  ZEBConfigurationFactory::setInstance(nullptr);
   EXPECT_EQ(appender.getFile(), I18NString("sub/r.log"));
   fs::create_directory("other");
   const fs::path before = fs::current_path();
@@ -295,6 +317,107 @@ TEST_F(FileAppenderTest, KeepsItsFileWhenTheProgramChangesDirectoryOrResolvesNam
   fs::current_path(before);
   EXPECT_EQ(Workplace::lines("sub/r.log.1"), (Lines{"2"}));
   EXPECT_TRUE(fs::is_empty("other"));
+}
+
+TEST_F(FileAppenderTest, ResolvesItsNameOnceInRetriesAndCopies) {
+  const Relocating relocating;
+  LOGRollingFileAppender rolling;
+  LOGFileAppender plain;
+  for (LOGFileAppender* const appender : {&plain, static_cast<LOGFileAppender*>(&rolling)}) {
+    appender->setLayout(&layout);
+    appender->setFile("a.log");
+    for (int i = 0; i < 2; ++i) {
+      append(*appender, "lost");
+      EXPECT_EQ(appender->getFile(), I18NString("sub/a.log")) << "the directory is missing";
+    }
+  }
+  fs::create_directory("sub");
+  append(plain, "1");
+  append(rolling, "2");
+  rolling.setMaximumFileSize(5);
+  rolling.setMaxBackupIndex(2);
+  append(rolling, "3");
+  LOGFileAppender copy(plain);
+  EXPECT_EQ(copy.getFile(), I18NString("sub/a.log"));
+  append(copy, "4");
+  fs::rename("sub", "away");
+  append(rolling, "567");  // rolls over without its directory
+  fs::rename("away", "sub");
+  append(rolling, "8");
+  EXPECT_EQ(Workplace::lines("sub/a.log.2"), (Lines{"1", "2", "3"}));
+  EXPECT_EQ(Workplace::lines("sub/a.log.1"), (Lines{"4", "567", "8"}));
+  plain.close();
+  plain.setFile("sub/a.log", 1, 0, 1);
+  EXPECT_EQ(plain.getFile(), I18NString("sub/sub/a.log")) << "a name that the program gives";
+}
+
+TEST_F(FileAppenderTest, RefusesWhatAResolverLogsThroughTheAppenderBeingOpened) {
+  for (const int backups : {0, 1}) {
+    fs::remove("r.log");
+    LOGRollingFileAppender rolling;
+    LOGFileAppender plain;
+    for (LOGFileAppender* const appender : {&plain, static_cast<LOGFileAppender*>(&rolling)}) {
+      int resolved = 0;
+      const ActingResolver resolver([&] {
+        ++resolved;
+        append(*appender, "resolving");
+      });
+      const auto refused = Workplace::diagnosticsWith(CLOSED);
+      appender->setLayout(&layout);
+      appender->setFile(appender == &plain ? "p.log" : "r.log");
+      rolling.setMaximumFileSize(5);
+      rolling.setMaxBackupIndex(backups);
+      append(*appender, "a");
+      append(*appender, "b");
+      append(*appender, "c");
+      EXPECT_EQ(Workplace::diagnosticsWith(CLOSED), refused + 1);
+      EXPECT_EQ(resolved, 1);
+      if (appender == &rolling) {
+        appender->setFile(
+            "r2.log");  // resolved by the rollover, which without backups is open then
+        append(*appender, "d");
+        EXPECT_EQ(resolved, 2);
+        EXPECT_EQ(appender->getFile(), I18NString("r2.log"));
+      }
+    }
+  }
+}
+
+TEST_F(FileAppenderTest, LetsOthersRollTheFileOverWhileAResolverRuns) {
+  LOGRollingFileAppender one(&layout, "s.log");
+  LOGRollingFileAppender other(&layout, "s.log");
+  std::vector<std::thread> threads;
+  std::atomic<int> written{0};
+  int resolved = 0;
+  const ActingResolver resolver([&] {
+    ++resolved;
+    threads.emplace_back([&] {
+      append(other, "other");
+      ++written;
+    });
+    for (int i = 0; i < 2000 && written < resolved; ++i) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    EXPECT_EQ(written, resolved) << "the file's turn is taken";
+  });
+  one.close();
+  one.setMaximumFileSize(5);
+  other.setMaximumFileSize(5);
+  one.setFile("s.log", 1, 0, 1);
+  append(one, "one");
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+  EXPECT_EQ(resolved, 1);
+  EXPECT_EQ(Workplace::lines("s.log.1"), (Lines{"one"}));
+}
+
+TEST_F(FileAppenderTest, PassesOnWhatAResolverThrows) {
+  const ActingResolver resolver([] { throw std::runtime_error("of the program"); });
+  LOGFileAppender plain;
+  LOGRollingFileAppender rolling;
+  EXPECT_THROW(plain.setFile("a.log", 1, 0, 1), std::runtime_error);
+  EXPECT_THROW(rolling.setFile("a.log", 1, 0, 1), std::runtime_error);
 }
 
 TEST_F(FileAppenderTest, TakesAnotherNameWhileAThreadLogs) {
@@ -378,6 +501,36 @@ TEST_F(RollingFileAppenderTest, ReportsABackupThatCannotBeRenamedAndGoesOn) {
   EXPECT_EQ(Workplace::lines("r.log.1"), (Lines{"bbb"}));
   append(appender, "c");
   EXPECT_EQ(Workplace::lines("r.log"), (Lines{"c"}));
+  fs::create_directory("directory");
+  appender.setFile("directory");
+  append(appender, "d");
+  EXPECT_TRUE(fs::is_directory("directory"));
+  EXPECT_EQ(Workplace::diagnosticsEqual("log4zeb:ERROR LOGRollingFileAppender::rollOver ---- Could "
+                                        "not rename [directory] to [directory.1]"),
+            1);
+}
+
+TEST_F(RollingFileAppenderTest, HasOthersWaitWhileAnotherFileIsOpened) {
+  std::thread logging;
+  ActingRollingAppender acting(&layout, "a.log");
+  append(acting, "a");
+  ActingRollingAppender::s_act = [&] {
+    std::atomic<bool> hasBegun{false};
+    logging = std::thread([&] {
+      hasBegun = true;
+      append(acting, "b");
+    });
+    while (!hasBegun) {
+      std::this_thread::yield();
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  };
+  {
+    const ZEBThreadGuard guard(acting.getCriticalSection());
+    acting.setFileOptions("n.log", 1, 0, 1);
+  }
+  logging.join();
+  EXPECT_EQ(Workplace::lines("n.log"), (Lines{"b"}));
 }
 
 #ifndef _WIN32
@@ -428,15 +581,15 @@ TEST_F(RollingFileAppenderTest, RefusesNoEventDuringTheRolloverOfAnotherThread) 
     std::atomic<bool> isReopening{false};
     std::atomic<bool> isOver{false};
     std::atomic<bool> isLogged{false};
-    const ActingResolver resolver([&] {
+    ActingRollingAppender::s_act = [&] {
       isReopening = true;
       wait(mayEnd);
-    });
+    };
     InterruptingMemory memory([&] {
       (isUnderWay ? mayEnd : mayBegin) = true;
       soon(isUnderWay ? isOver : isReopening);
     });
-    auto* const rolling = new (memory.placeWith(i / 2 * STEP)) LOGRollingFileAppender(&layout, "i");
+    auto* const rolling = new (memory.placeWith(i / 2 * STEP)) ActingRollingAppender(&layout, "i");
     rolling->setMaximumFileSize(5);
     mayEnd = false;
     isReopening = false;
@@ -467,7 +620,7 @@ TEST_F(RollingFileAppenderTest, RefusesNoEventDuringTheRolloverOfAnotherThread) 
     EXPECT_EQ(
         std::count(now.begin(), now.end(), "b") + std::count(before.begin(), before.end(), "b"), 1)
         << i;
-    rolling->~LOGRollingFileAppender();
+    rolling->~ActingRollingAppender();
     fs::remove("i");
     fs::remove("i.1");
   }
@@ -581,17 +734,21 @@ TEST_F(RollingFileAppenderTest, StaysClosedWhenClosedDuringRollovers) {
   EXPECT_EQ(Workplace::read("r.log"), "");
 }
 
-TEST_F(RollingFileAppenderTest, GoesOnWithTheConfiguredModeAfterAFailedReopening) {
-  fs::create_directory("d");
-  LOGRollingFileAppender moving(&layout, "d/r.log");
-  moving.setMaximumFileSize(5);
-  fs::rename("d", "away");
-  append(moving, "aaa");  // rolls over without its directory
-  append(moving, "lost");
-  fs::create_directory("d");
-  Workplace::write("d/r.log", "x\r\n");
-  append(moving, "b");
-  EXPECT_EQ(Workplace::lines("d/r.log.1"), (Lines{"x", "b"})) << "appended, as configured";
+TEST_F(RollingFileAppenderTest, AppendsAfterAFailedReopening) {
+  for (const int configured : {0, 1}) {
+    fs::create_directory("d");
+    LOGRollingFileAppender moving(&layout, "d/r.log", configured);
+    moving.setMaximumFileSize(5);
+    fs::rename("d", "away");
+    append(moving, "aaa");  // rolls over without its directory
+    append(moving, "lost");
+    fs::create_directory("d");
+    Workplace::write("d/r.log", "x\r\n");  // of another appender or process
+    append(moving, "b");
+    EXPECT_EQ(Workplace::lines("d/r.log.1"), (Lines{"x", "b"})) << configured;
+    fs::remove_all("d");
+    fs::remove_all("away");
+  }
 }
 
 TEST(SharedRollingAppender, LosesNothingFromItsFirstEventOnUnderTwoLoggers) {

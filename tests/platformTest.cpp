@@ -297,6 +297,31 @@ TEST(FileLock, LetsReadersInTogetherAndWritersAlone) {
   EXPECT_TRUE(written);
 }
 
+#ifndef _WIN32
+TEST(FileLock, LetsTheChildOfAForkWriteWhileAThreadOfTheParentReads) {
+  ZEBFileLockRW lock;
+  std::atomic<bool> isReading{false};
+  std::atomic<bool> hasForked{false};
+  Running reader([&] {
+    const ZEBThreadRWGuard reading(lock, ZEBThreadRWGuard::READING);
+    isReading = true;
+    while (!hasForked) {
+      std::this_thread::yield();
+    }
+  });
+  while (!isReading) {
+    std::this_thread::yield();
+  }
+  expectInChild([&] {
+    alarm(10);  // which ends it, should it wait
+    const ZEBThreadRWGuard writing(lock, ZEBThreadRWGuard::WRITING);
+    return true;
+  });
+  hasForked = true;
+  reader.join();
+}
+#endif
+
 TEST_F(FmFile, OpensAsItsModesSay) {
   Workplace::write("log", "old\n");
   ZEBFmFile file;
@@ -430,8 +455,9 @@ TEST_F(FmFile, FollowsAStandardStreamThatTheProgramLeadsElsewhere) {
              read(ends[0], &piped, 1) == 1 && piped == '2' && close(ends[0]) == 0;
       held = held && !append("lost") && attached.getLastError() == EPIPE;
     }
-    return held && lead(open("after", O_CREAT | O_WRONLY, 0600)) && append("3") &&
-           Workplace::read("after") == "3";
+    Workplace::write("after", "kept");
+    return held && lead(open("after", O_WRONLY)) && append("3") &&
+           Workplace::read("after") == "kept3";
   });
 }
 

@@ -123,10 +123,6 @@ ZEBFmChannel::ZEBFmChannel(std::int64_t handle, bool owned) : m_handle(handle), 
 ZEBFmChannel::~ZEBFmChannel() { close(); }
 
 void ZEBFmChannel::look() noexcept {
-  // A pipe is written to with care already, which nothing that takes its place minds.
-  if (m_maySignal && !m_isRegular) {
-    return;
-  }
   const int descriptor = descriptorOf(m_handle);
   struct stat status {};
   const bool isKnown = uninterrupted([&] { return fstat(descriptor, &status); }) == 0;
