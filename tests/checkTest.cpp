@@ -439,6 +439,7 @@ TEST(CheckCommand, IsContentWithWhatOnlyLooksLikeAMistake) {
   for (const Words& lines : {silent, split, traced, numbered}) {
     const Outcome outcome = checkText(text(lines), {});
     EXPECT_EQ(outcome.exitCode, 0) << outcome.output;
+    EXPECT_TRUE(mentions(outcome.output, "log.xml: nothing to complain of\n"));
     EXPECT_EQ(mentions(outcome.output, "FILE if the filter LOGLogUVDDyeTraceFilter lets it"),
               lines == traced);
   }
@@ -641,6 +642,7 @@ TEST(CheckCommand, HasNothingToComplainOfInTheExamples) {
     if (entry.path().extension() == ".xml") {
       const Outcome outcome = check({"--quiet", entry.path().u8string()});
       EXPECT_EQ(outcome.exitCode, 0) << outcome.output;
+      EXPECT_EQ(outcome.output, "");
       ++examples;
     }
   }
