@@ -51,6 +51,13 @@ void replaceDocument(const std::string& text) {
   std::filesystem::rename("new.xml", "log.xml");
 }
 
+/// A document whose root logger has a console appender.
+std::string consoleDocument() {
+  return "<log4j:configuration><appender name='OUT' class='LOGConsoleAppender'>"
+         "<layout class='LOGPatternLayout'/></appender><root><level value='DEBUG'/>"
+         "<appender-ref ref='OUT'/></root></log4j:configuration>";
+}
+
 using Words = std::vector<std::string>;
 
 /// The words of a command line that logs through the document of writeDocument().
@@ -246,10 +253,7 @@ TEST(Command, EndsWhenNobodyReadsItsConsoleAnyMore) {
   };
   for (const std::string input : {"yes", "(echo y; sleep 2)"}) {
     const Workplace workplace;
-    Workplace::write("log.xml",
-                     "<log4j:configuration><appender name='OUT' class='LOGConsoleAppender'>"
-                     "<layout class='LOGPatternLayout'/></appender><root>"
-                     "<appender-ref ref='OUT'/></root></log4j:configuration>");
+    Workplace::write("log.xml", consoleDocument());
     shell(input + " | (timeout 10 \"$0\" log --config log.xml 2>errors; echo $? >code) | head -1");
     EXPECT_EQ(Workplace::read("code"), "5\n");
     EXPECT_TRUE(mentions(Workplace::read("errors"), "nobody reads standard output any more\n"));
@@ -309,13 +313,10 @@ TEST(Command, RefusesBadArguments) {
 
 #ifndef _WIN32
 TEST(Command, AnswersAStopSignalWhileTheInputIsSilent) {
-  for (const int signal : {SIGINT, SIGTERM}) {
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
     const Workplace workplace;
     // The console shows when the lines have been logged.
-    Workplace::write("log.xml",
-                     "<log4j:configuration><appender name='OUT' class='LOGConsoleAppender'>"
-                     "<layout class='LOGPatternLayout'/></appender><root><level value='DEBUG'/>"
-                     "<appender-ref ref='OUT'/></root></log4j:configuration>");
+    Workplace::write("log.xml", consoleDocument());
     ChildProcess command(LOG4ZEB_COMMAND, logCommand({"--watch"}), "");
     command.send("one\ntwo\nnot yet a li");
     EXPECT_EQ(command.receive(10), "one\r\ntwo\r\n");
