@@ -270,12 +270,45 @@ TEST(Command, EndsWhenNobodyReadsItsConsoleAnyMore) {
 TEST(Command, ExitsWith5WhenStandardOutputCannotBeWritten) {
   const Workplace workplace;
   writeDocument();
-  for (const std::string arguments : {"check log.xml", "check --json log.xml", "--help"}) {
-    ChildProcess shell(
-        "/bin/sh", {"-c", "\"$0\" " + arguments + " >" + Workplace::FULL_DISK, LOG4ZEB_COMMAND});
-    EXPECT_EQ(shell.wait().exitCode, 5) << arguments;
-    EXPECT_EQ(shell.errors(), "log4zeb: cannot write to standard output\n");
+  Workplace::write("lines", "a line\n");
+  Workplace::write("console.xml", consoleDocument());
+  std::string queued = consoleDocument();
+  queued.replace(queued.find("<root>"), 0,
+                 "<appender name='QUEUE' class='LOGAsyncAppender'><appender-ref ref='OUT'/>"
+                 "</appender>");
+  queued.replace(queued.rfind("'OUT'"), 5, "'QUEUE'");
+  Workplace::write("queued.xml", queued);
+  const auto run = [](const std::string& arguments, const std::string& output) {
+    // Nobody reads what is written to 4.
+    ChildProcess shell("/bin/sh", {"-c",
+                                   "rm -f pipe; mkfifo pipe; exec 3<>pipe 4>pipe 3>&-; \"$0\" " +
+                                       arguments + " " + output,
+                                   LOG4ZEB_COMMAND});
+    const int exitCode = shell.wait().exitCode;
+    return Outcome{exitCode, shell.errors()};
+  };
+  const std::string fullDisk = std::string(">") + Workplace::FULL_DISK;
+  for (const std::string& output : {fullDisk, std::string(">&4"), std::string(">&-")}) {
+    for (const char* const arguments :
+         {"check log.xml", "check --json log.xml", "--help", "log --help"}) {
+      const Outcome outcome = run(arguments, output);
+      EXPECT_EQ(outcome.exitCode, 5) << arguments << output;
+      EXPECT_EQ(outcome.errors, "log4zeb: cannot write to standard output\n")
+          << arguments << output;
+    }
+    const Outcome page = run("page -", output);
+    EXPECT_EQ(page.exitCode, 5) << output;
+    EXPECT_TRUE(mentions(page.errors, "cannot write the page (")) << page.errors;
+    for (const char* const document : {"console.xml", "queued.xml"}) {
+      const Outcome log = run(std::string("log lines --config ") + document, output);
+      EXPECT_EQ(log.exitCode, 5) << document << output;
+      EXPECT_TRUE(mentions(log.errors, "standard output")) << log.errors;
+      EXPECT_TRUE(mentions(log.errors, "1 lines read, 1 logged\n")) << log.errors;
+    }
+    EXPECT_EQ(run("log lines --config log.xml", output).exitCode, 0) << output;
   }
+  EXPECT_EQ(run("log lines --config queued.xml", ">out").exitCode, 0);
+  EXPECT_EQ(Workplace::lines("out"), Words{"a line"});
 }
 #endif
 
