@@ -10,7 +10,9 @@ class LOG4ZEB_EXPORT LOG4ZEBConfigurator {
   virtual ~LOG4ZEBConfigurator();
   /// Reads the configuration document at `path` and applies it. Returns 1, or 0 when the document
   /// cannot be read; then nothing has changed, and the diagnostics say why. Also returns 0 when
-  /// there was no memory for a part of it; the next call makes everything anew.
+  /// there was no memory for a part of it; the next call makes everything anew. Not to be called by
+  /// an appender, a filter or a message while it is rendered: it would wait for a reading on
+  /// another thread, which waits for the locks that are held there.
   static int initialize(const I18NString& path);
   /// Closes every appender and frees what the configuration made. Loggers stay valid; what is
   /// logged through them reaches nothing until the next initialize(). Not to be called by a message

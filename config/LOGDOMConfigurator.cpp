@@ -641,7 +641,7 @@ LOGAppenderSkeleton* LOGDOMConfigurator::newAppender(const ZEBIDOM_Element& elem
   }
   if (auto* const rolling = dynamic_cast<LOGRollingFileAppender*>(appender.get())) {
     const I18NString addProcId = element.getAttribute(ADDPROCID_ATTR);
-    rolling->setAddProcID(I18NLocale::equalIgnoreCase(addProcId, "false") ? 0 : 1);
+    rolling->setAddProcID(addProcId == "false" ? 0 : 1);
   }
   appender->setName(element.getAttribute(LOG4ZEB_NAME_ATTR));
   m_doubtful.push_back(appender.get());

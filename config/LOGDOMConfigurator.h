@@ -45,6 +45,8 @@ class LOG4ZEB_EXPORT LOGDOMConfigurator : public LOGConfigurator, public ZEBThre
   static void shutdown();
 
   /// Applies a document to the default repository. Returns 1 when it was read and applied, else 0.
+  /// Not to be called, like the forms below, by an appender, a filter or a message while it is
+  /// rendered: it would wait for a run on another thread, which waits for the locks held there.
   static int configure(const I18NString& fileName);
   /// The same; rolling file appenders get the process id into their file names, where the document
   /// has not switched that off.

@@ -13,6 +13,11 @@ class ZEBUtTerminal {
   /// Whether standard output goes to a pipe or socket whose other end has been closed. Never known
   /// on Windows.
   static bool hasLostReader();
+  /// Lets a write to a pipe or socket whose other end has been closed fail, where it would end the
+  /// process by a signal.
+  static void outliveReaders();
+  /// The signals by which the user or the system wishes that the process end.
+  static std::vector<int> stopSignals();
   /// Makes the standard streams pass every byte as it is, line ends too.
   static void passBytesUnchanged();
   /// What main() was given, in UTF-8.

@@ -206,6 +206,8 @@ const Mistake MISTAKES[] = {
     {24, R"(<level value="inherited"/>)", "root-level", "nobody to inherit from", "value=\"INFO\""},
     {19, R"(<logger name="shop" additivity="no">)", "truth-value", "means true",
      "additivity=\"false\""},
+    {3, R"(<appender name="FILE" class="LOGRollingFileAppender" addProcID="FALSE">)", "truth-value",
+     "means true", "addProcID=\"false\""},
     {13, R"(<appender name="CONSOLE" class="LOGConsoleAppender" addProcID="true">)",
      "attribute-without-effect", "only LOGRollingFileAppender reads it", "no addProcID"},
     // Params.
@@ -268,6 +270,10 @@ const Mistake MISTAKES[] = {
      R"(</appender><appender name="A" class="LOGFileAppender"><param name="File" value="out.log.1"/>)"
      R"(<layout class="LOGSimpleLayout"/></appender>)",
      "shared-file", "\"FILE\" renames its full file to this name", "no backup gets", 2},
+    {15,
+     R"(</appender><appender name="A" class="LOGRollingFileAppender" addProcID="FALSE">)"
+     R"(<param name="File" value="./out"/><layout class="LOGSimpleLayout"/></appender>)",
+     "process-id", "\"4711./out\"", "addProcID=\"false\"", 3},
     // Layouts and patterns.
     {14, "", "no-layout", "it writes nothing", "<layout", 1, 13},
     {16, R"(<appender name="ASYNC" class="LOGAsyncAppender"><layout class="LOGSimpleLayout"/>)",
@@ -433,6 +439,7 @@ TEST(CheckCommand, IsContentWithWhatOnlyLooksLikeAMistake) {
   for (const Words& lines : {silent, split, traced, numbered}) {
     const Outcome outcome = checkText(text(lines), {});
     EXPECT_EQ(outcome.exitCode, 0) << outcome.output;
+    EXPECT_TRUE(mentions(outcome.output, "log.xml: nothing to complain of\n"));
     EXPECT_EQ(mentions(outcome.output, "FILE if the filter LOGLogUVDDyeTraceFilter lets it"),
               lines == traced);
   }
@@ -635,6 +642,7 @@ TEST(CheckCommand, HasNothingToComplainOfInTheExamples) {
     if (entry.path().extension() == ".xml") {
       const Outcome outcome = check({"--quiet", entry.path().u8string()});
       EXPECT_EQ(outcome.exitCode, 0) << outcome.output;
+      EXPECT_EQ(outcome.output, "");
       ++examples;
     }
   }

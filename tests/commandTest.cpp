@@ -51,6 +51,13 @@ void replaceDocument(const std::string& text) {
   std::filesystem::rename("new.xml", "log.xml");
 }
 
+/// A document whose root logger has a console appender.
+std::string consoleDocument() {
+  return "<log4j:configuration><appender name='OUT' class='LOGConsoleAppender'>"
+         "<layout class='LOGPatternLayout'/></appender><root><level value='DEBUG'/>"
+         "<appender-ref ref='OUT'/></root></log4j:configuration>";
+}
+
 using Words = std::vector<std::string>;
 
 /// The words of a command line that logs through the document of writeDocument().
@@ -246,10 +253,7 @@ TEST(Command, EndsWhenNobodyReadsItsConsoleAnyMore) {
   };
   for (const std::string input : {"yes", "(echo y; sleep 2)"}) {
     const Workplace workplace;
-    Workplace::write("log.xml",
-                     "<log4j:configuration><appender name='OUT' class='LOGConsoleAppender'>"
-                     "<layout class='LOGPatternLayout'/></appender><root>"
-                     "<appender-ref ref='OUT'/></root></log4j:configuration>");
+    Workplace::write("log.xml", consoleDocument());
     shell(input + " | (timeout 10 \"$0\" log --config log.xml 2>errors; echo $? >code) | head -1");
     EXPECT_EQ(Workplace::read("code"), "5\n");
     EXPECT_TRUE(mentions(Workplace::read("errors"), "nobody reads standard output any more\n"));
@@ -266,12 +270,45 @@ TEST(Command, EndsWhenNobodyReadsItsConsoleAnyMore) {
 TEST(Command, ExitsWith5WhenStandardOutputCannotBeWritten) {
   const Workplace workplace;
   writeDocument();
-  for (const std::string arguments : {"check log.xml", "check --json log.xml", "--help"}) {
-    ChildProcess shell(
-        "/bin/sh", {"-c", "\"$0\" " + arguments + " >" + Workplace::FULL_DISK, LOG4ZEB_COMMAND});
-    EXPECT_EQ(shell.wait().exitCode, 5) << arguments;
-    EXPECT_EQ(shell.errors(), "log4zeb: cannot write to standard output\n");
+  Workplace::write("lines", "a line\n");
+  Workplace::write("console.xml", consoleDocument());
+  std::string queued = consoleDocument();
+  queued.replace(queued.find("<root>"), 0,
+                 "<appender name='QUEUE' class='LOGAsyncAppender'><appender-ref ref='OUT'/>"
+                 "</appender>");
+  queued.replace(queued.rfind("'OUT'"), 5, "'QUEUE'");
+  Workplace::write("queued.xml", queued);
+  const auto run = [](const std::string& arguments, const std::string& output) {
+    // Nobody reads what is written to 4.
+    ChildProcess shell("/bin/sh", {"-c",
+                                   "rm -f pipe; mkfifo pipe; exec 3<>pipe 4>pipe 3>&-; \"$0\" " +
+                                       arguments + " " + output,
+                                   LOG4ZEB_COMMAND});
+    const int exitCode = shell.wait().exitCode;
+    return Outcome{exitCode, shell.errors()};
+  };
+  const std::string fullDisk = std::string(">") + Workplace::FULL_DISK;
+  for (const std::string& output : {fullDisk, std::string(">&4"), std::string(">&-")}) {
+    for (const char* const arguments :
+         {"check log.xml", "check --json log.xml", "--help", "log --help"}) {
+      const Outcome outcome = run(arguments, output);
+      EXPECT_EQ(outcome.exitCode, 5) << arguments << output;
+      EXPECT_EQ(outcome.errors, "log4zeb: cannot write to standard output\n")
+          << arguments << output;
+    }
+    const Outcome page = run("page -", output);
+    EXPECT_EQ(page.exitCode, 5) << output;
+    EXPECT_TRUE(mentions(page.errors, "cannot write the page (")) << page.errors;
+    for (const char* const document : {"console.xml", "queued.xml"}) {
+      const Outcome log = run(std::string("log lines --config ") + document, output);
+      EXPECT_EQ(log.exitCode, 5) << document << output;
+      EXPECT_TRUE(mentions(log.errors, "standard output")) << log.errors;
+      EXPECT_TRUE(mentions(log.errors, "1 lines read, 1 logged\n")) << log.errors;
+    }
+    EXPECT_EQ(run("log lines --config log.xml", output).exitCode, 0) << output;
   }
+  EXPECT_EQ(run("log lines --config queued.xml", ">out").exitCode, 0);
+  EXPECT_EQ(Workplace::lines("out"), Words{"a line"});
 }
 #endif
 
@@ -309,13 +346,10 @@ TEST(Command, RefusesBadArguments) {
 
 #ifndef _WIN32
 TEST(Command, AnswersAStopSignalWhileTheInputIsSilent) {
-  for (const int signal : {SIGINT, SIGTERM}) {
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
     const Workplace workplace;
     // The console shows when the lines have been logged.
-    Workplace::write("log.xml",
-                     "<log4j:configuration><appender name='OUT' class='LOGConsoleAppender'>"
-                     "<layout class='LOGPatternLayout'/></appender><root><level value='DEBUG'/>"
-                     "<appender-ref ref='OUT'/></root></log4j:configuration>");
+    Workplace::write("log.xml", consoleDocument());
     ChildProcess command(LOG4ZEB_COMMAND, logCommand({"--watch"}), "");
     command.send("one\ntwo\nnot yet a li");
     EXPECT_EQ(command.receive(10), "one\r\ntwo\r\n");

@@ -369,17 +369,19 @@ TEST_F(Configuration, SetsAndUnsetsLevelsAndTheThreshold) {
 
 TEST_F(Configuration, PutsTheProcessIdIntoFileNames) {
   const std::string pid = std::to_string(getpid());
-  const auto named = [&](const std::string& file) {
+  const auto named = [&](const std::string& file, const std::string& add = "yes") {
     Workplace::write("p.xml",
                      "<log4j:configuration><appender name='P' class='LOGRollingFileAppender' "
-                     "addProcID='yes'>" +
-                         param("File", file) + "</appender>" + root(ref("P")) +
+                     "addProcID='" +
+                         add + "'>" + param("File", file) + "</appender>" + root(ref("P")) +
                          "</log4j:configuration>");
     LOGDOMConfigurator::configureWithProcID("p.xml");
     return rootAppender<LOGFileAppender>("P")->getFile().toStdString();
   };
   EXPECT_EQ(named("logs/app.log"), "logs/app_" + pid + ".log");
   EXPECT_EQ(named("app"), "app_" + pid);
+  EXPECT_EQ(named("app", "FALSE"), "app_" + pid);
+  EXPECT_EQ(named("app", "false"), "app");
   EXPECT_EQ(named(".log"), pid + ".log");
   EXPECT_EQ(named("../logs/server"), "._" + pid + "./logs/server");
   LOG4ZEBConfigurator::initialize("p.xml");

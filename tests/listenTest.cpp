@@ -21,8 +21,9 @@ namespace {
 /// The command with a free port for records and one for syslog datagrams, ready to receive.
 class Listener : public ChildProcess {
  public:
-  explicit Listener(std::vector<std::string> more)
-      : ChildProcess(LOG4ZEB_COMMAND, arguments(std::move(more))) {
+  explicit Listener(std::vector<std::string> more, const std::string& program = LOG4ZEB_COMMAND,
+                    const std::vector<std::string>& before = {})
+      : ChildProcess(program, arguments(std::move(more), before)) {
     recordPort = portAfter("event records on 127.0.0.1:");
     syslogPort = portAfter("syslog datagrams on 127.0.0.1:");
   }
@@ -31,8 +32,10 @@ class Listener : public ChildProcess {
   int syslogPort = 0;
 
  private:
-  static std::vector<std::string> arguments(std::vector<std::string> more) {
+  static std::vector<std::string> arguments(std::vector<std::string> more,
+                                            const std::vector<std::string>& before) {
     more.insert(more.begin(), {"listen", "--records", "0", "--syslog", "0"});
+    more.insert(more.begin(), before.begin(), before.end());
     return more;
   }
 
@@ -98,6 +101,19 @@ TEST(ListenCommand, EndsAfterTheCountAndPrintsJson) {
       << lines;
   EXPECT_NE(lines.find("\"content\":\"aced\"}\n"), std::string::npos);
 }
+
+#ifndef _WIN32
+TEST(ListenCommand, EndsWhenNobodyReadsWhatItPrints) {
+  const Workplace workplace;
+  Listener listener(
+      {}, "/bin/sh",
+      {"-c", "mkfifo pipe; exec 3<>pipe 4>pipe 3>&-; \"$0\" \"$@\" >&4", LOG4ZEB_COMMAND});
+  sendDatagram(listener.syslogPort, "<160>x");
+  EXPECT_EQ(listener.wait().exitCode, 5);
+  const std::string complaint = "\nlog4zeb: cannot write to standard output\n";
+  EXPECT_NE(listener.errors().find(complaint), std::string::npos) << listener.errors();
+}
+#endif
 
 TEST(ListenCommand, SaysWhyItCannotListen) {
   const Workplace workplace;

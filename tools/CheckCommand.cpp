@@ -95,7 +95,9 @@ void CheckCommand::report(const CheckFindings& findings, int exitCode,
     return;
   }
   CheckTextReport report(std::cout, wantsColours());
-  report.write(m_document, findings);
+  if (!m_quiet || !findings.all().empty()) {
+    report.write(m_document, findings);
+  }
   if (summary != nullptr) {
     report.write(*summary);
   }

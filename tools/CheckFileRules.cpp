@@ -78,7 +78,7 @@ void CheckFileRules::checkFile(const ZEBIDOM_Element& appender, const ZEBIDOM_El
   const std::size_t dot = value.rfind('.');
   const std::size_t separator = value.find_last_of("/\\");
   const bool mayGetProcessId =
-      isRolling && CheckWords::lower(CheckedDocument::attribute(appender, "addProcID")) != "false";
+      isRolling && CheckedDocument::attribute(appender, "addProcID") != "false";
   if (mayGetProcessId && dot != std::string::npos && separator != std::string::npos &&
       dot < separator) {
     m_findings.warn("process-id", param, "value",

@@ -302,9 +302,11 @@ void CheckStructureRules::checkRootAttributes() {
   }
 }
 
-void CheckStructureRules::checkTruthValue(const ZEBIDOM_Element& element, const char* attribute) {
+void CheckStructureRules::checkTruthValue(const ZEBIDOM_Element& element, const char* attribute,
+                                          bool caseCounts) {
   const std::string value = CheckedDocument::attribute(element, attribute);
-  if (!value.empty() && !CheckWords::isTruthValue(value)) {
+  const bool isMisspelt = caseCounts && value != "false" && CheckWords::lower(value) == "false";
+  if (!value.empty() && (isMisspelt || !CheckWords::isTruthValue(value))) {
     m_findings.warn("truth-value", element, attribute,
                     assignment(attribute, value) + " means true: everything does but \"false\"",
                     assignment(attribute, "true") + " or " + assignment(attribute, "false"));
@@ -413,7 +415,7 @@ void CheckStructureRules::checkAppender(const ZEBIDOM_Element& element) {
             "asynchronous appender",
         "<appender-ref ref=" + CheckWords::quoted(name) + "/> in <root> or a <logger>");
   }
-  checkTruthValue(element, "addProcID");
+  checkTruthValue(element, "addProcID", true);
   const std::string className = CheckedDocument::classOf(element);
   if (element.hasAttribute("addProcID") && className != "LOGRollingFileAppender") {
     m_findings.warn("attribute-without-effect", element, "addProcID",

@@ -35,7 +35,8 @@ class CheckStructureRules {
   void checkNames(const char* what, const std::vector<ZEBIDOM_Element>& elements,
                   const std::string& consequence);
   void checkOrder(const std::vector<ZEBIDOM_Element>& loggers);
-  void checkTruthValue(const ZEBIDOM_Element& element, const char* attribute);
+  void checkTruthValue(const ZEBIDOM_Element& element, const char* attribute,
+                       bool caseCounts = false);
   void checkLibraries(const ZEBIDOM_Element& element, const std::string& tag);
   void checkLibraryName(const ZEBIDOM_Element& element, const char* attribute);
   void collectUnused();

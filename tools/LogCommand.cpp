@@ -55,7 +55,8 @@ Exit codes:
   3        the document cannot be read, or lets nothing be logged
   4        the input cannot be read
   5        the document has an appender for the console, and nobody reads standard output any
-           more; the lines logged until then are where they belong
+           more; the lines logged until then are where they belong. Or a line could not be
+           written to it; with --watch, since the document was last applied
   128 + n  ended by signal n, such as 130 after an interrupt; the lines logged until then
            are where they belong)";
 
@@ -218,12 +219,19 @@ int LogCommand::logLinesOf(std::istream& in) const {
   if (end != LineJob::End::COMPLETE) {
     endEarly(end, lines.getCounts(), watchdog.get());
   }
+  if (watchdog != nullptr) {
+    watchdog->stop();
+  }
+  const bool hasConsoleFailed = LogDestinations::hasConsoleFailed(logger);
   shutDown(watchdog.get());
   if (reader.failed()) {
     CommandSupport::say("cannot read on in the input");
   }
+  if (hasConsoleFailed) {
+    CommandSupport::say("cannot write to standard output");
+  }
   report(lines.getCounts());
-  return reader.failed() ? BAD_INPUT : 0;
+  return reader.failed() ? BAD_INPUT : hasConsoleFailed ? BAD_OUTPUT : 0;
 }
 
 LOGLogger* LogCommand::configure(DocumentWatchdog* watchdog) const {

@@ -64,6 +64,15 @@ bool mayPass(LOGAppenderSkeleton& appender, LOGLevel& level) {
   return true;
 }
 
+/// Gets at the file object of console appenders, which keeps the code of its last failure.
+class ConsoleFile : public LOGConsoleAppender {
+ public:
+  static bool hasFailed(LOGConsoleAppender& console) {
+    const auto& file = console.*(&ConsoleFile::m_outFile);
+    return file != nullptr && file->getLastError() != 0;
+  }
+};
+
 bool canWrite(LOGAppenderSkeleton& appender) {
   const bool needsLayout = appender.requiresLayout() != 0 ||
                            dynamic_cast<const LOGWriterAppender*>(&appender) != nullptr;
@@ -111,4 +120,17 @@ bool LogDestinations::includeConsole(LOGLogger* logger) {
   Seen seen;
   return reach(
       appendersOf(logger), [](LOGAppenderSkeleton&) { return true; }, isConsole, seen);
+}
+
+bool LogDestinations::hasConsoleFailed(LOGLogger* logger) {
+  const auto hasDelivered = [](LOGAppenderSkeleton& appender) {
+    auto* const async = dynamic_cast<LOGAsyncAppender*>(&appender);
+    return async == nullptr || async->flush(LOGAsyncAppender::LONGEST_FINAL_FLUSH) != 0;
+  };
+  const auto hasFailed = [](LOGAppenderSkeleton& appender) {
+    auto* const console = dynamic_cast<LOGConsoleAppender*>(&appender);
+    return console != nullptr && ConsoleFile::hasFailed(*console);
+  };
+  Seen seen;
+  return reach(appendersOf(logger), hasDelivered, hasFailed, seen);
 }

@@ -15,6 +15,10 @@ class LogDestinations {
   static bool canLog(LOGLogger* logger);
   /// Whether one of the appenders writes to the console.
   static bool includeConsole(LOGLogger* logger);
+  /// Whether one of the appenders could not write a line to the console. Waits, for up to two
+  /// seconds each, until queues have passed on what they hold; what is behind one that does not get
+  /// that far is not known to have failed. REQUIRES: no thread logs.
+  static bool hasConsoleFailed(LOGLogger* logger);
 };
 
 #endif

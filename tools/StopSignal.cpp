@@ -2,7 +2,8 @@
 
 #include <atomic>
 #include <csignal>
-#include <initializer_list>
+
+#include "platform/ZEBUtTerminal.h"
 
 namespace {
 
@@ -17,7 +18,7 @@ extern "C" void rememberStopSignal(int number) {
 }  // namespace
 
 void StopSignal::watch() {
-  for (const int number : {SIGINT, SIGTERM}) {
+  for (const int number : ZEBUtTerminal::stopSignals()) {
     if (std::signal(number, &rememberStopSignal) == SIG_IGN) {
       std::signal(number, SIG_IGN);
     }

@@ -86,6 +86,7 @@ int run(std::vector<std::string> arguments) {
 int main(int argumentCount, char** arguments) {
   try {
     ZEBUtTerminal::passBytesUnchanged();
+    ZEBUtTerminal::outliveReaders();
     std::ios::sync_with_stdio(false);
     const int code = run(ZEBUtTerminal::arguments(argumentCount, arguments));
     if (!std::cout.flush() && code != BAD_OUTPUT) {  // with that code it has been said

@@ -1,6 +1,7 @@
 #include "platform/ZEBUtTerminal.h"
 
 #include <poll.h>
+#include <signal.h>
 #include <unistd.h>
 
 bool ZEBUtTerminal::isStandardError() { return isatty(STDERR_FILENO) == 1; }
@@ -11,6 +12,10 @@ bool ZEBUtTerminal::hasLostReader() {
   pollfd output{STDOUT_FILENO, 0, 0};
   return poll(&output, 1, 0) == 1 && (output.revents & (POLLERR | POLLHUP)) != 0;
 }
+
+void ZEBUtTerminal::outliveReaders() { signal(SIGPIPE, SIG_IGN); }
+
+std::vector<int> ZEBUtTerminal::stopSignals() { return {SIGINT, SIGTERM, SIGHUP}; }
 
 void ZEBUtTerminal::passBytesUnchanged() {}
 

@@ -5,6 +5,7 @@
 #include <fcntl.h>
 #include <io.h>
 #include <shellapi.h>
+#include <signal.h>
 #include <stdio.h>
 
 #include "platform/windows/ZEBWindowsName.h"
@@ -23,6 +24,10 @@ bool ZEBUtTerminal::isStandardError() { return isConsole(STD_ERROR_HANDLE); }
 bool ZEBUtTerminal::isStandardOutput() { return isConsole(STD_OUTPUT_HANDLE); }
 
 bool ZEBUtTerminal::hasLostReader() { return false; }
+
+void ZEBUtTerminal::outliveReaders() {}
+
+std::vector<int> ZEBUtTerminal::stopSignals() { return {SIGINT, SIGTERM}; }
 
 void ZEBUtTerminal::passBytesUnchanged() {
   for (FILE* const stream : {stdin, stdout, stderr}) {
