@@ -257,10 +257,11 @@ void LOGAppenderAttachableImpl::removeAllAppenders() { removeAllAppenders(nullpt
 
 void LOGAppenderAttachableImpl::removeAllAppenders(LOGHashtable* appenderBag) {
   const bool isAny = !m_appenderList.isEmpty();
+  LOGFirstFailure failure;
   forgetVanishedThreads();
   if (!m_isBeingReplaced) {
-    forEach([appenderBag](LOGAppenderSkeleton& appender) {
-      appender.close();
+    forEach([&](LOGAppenderSkeleton& appender) {
+      failure.keepOf([&] { appender.close(); });
       if (appenderBag != nullptr &&
           appenderBag->get(appender.getName()) == static_cast<LOGObject*>(&appender)) {
         appender.markAsStale();
@@ -273,6 +274,7 @@ void LOGAppenderAttachableImpl::removeAllAppenders(LOGHashtable* appenderBag) {
     LOGAppenderClaim::revokeAll(*this);
     awaitUsers({nullptr, true, isAny});
   }
+  failure.passOn();
 }
 
 void LOGAppenderAttachableImpl::removeAppender(const I18NString& name) {

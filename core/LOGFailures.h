@@ -4,6 +4,7 @@
 // How the library reports what goes wrong while it works for an application: each pattern stands
 // here once, the operations only supply their texts.
 
+#include <exception>
 #include <new>
 #include <utility>
 
@@ -124,6 +125,30 @@ void logContainingLackOfMemory(const char* text, Operation&& operation) {
     logReportOutOfMemory(text);
   }
 }
+
+/// Keeps the first exception of several operations, all of which are to be tried.
+class LOGFirstFailure {
+ public:
+  template <typename Operation>
+  void keepOf(Operation&& operation) noexcept {
+    try {
+      std::forward<Operation>(operation)();
+    } catch (...) {
+      if (m_first == nullptr) {
+        m_first = std::current_exception();
+      }
+    }
+  }
+  /// Throws it, if there is one.
+  void passOn() const {
+    if (m_first != nullptr) {
+      std::rethrow_exception(m_first);
+    }
+  }
+
+ private:
+  std::exception_ptr m_first;
+};
 
 /// Runs `operation` and returns its result. Every exception is reported with `text` and goes on to
 /// the caller.

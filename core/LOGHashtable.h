@@ -32,7 +32,8 @@ class LOG4ZEB_EXPORT LOGHashtable : public LOGMutex {
   /// Takes ownership of both and returns the new number of entries. Returns 0, and takes nothing,
   /// when either is null or there is no room; without memory for the entry the key is deleted.
   int put(LOGLoggerKey* key, LOGObject* value);
-  /// The same under a key of its own; 0 for an empty name.
+  /// The same under a key of its own; 0 for an empty name. Throws std::bad_alloc, and takes
+  /// nothing, without memory for the key.
   int put(const I18NString& name, LOGObject* value);
   /// The newest value of that name, or null.
   LOGObject* get(const LOGLoggerKey* key) const;

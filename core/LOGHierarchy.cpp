@@ -326,12 +326,17 @@ void LOGHierarchy::shutdownExclusively() {
     queues.flush(LOGAsyncAppender::LONGEST_FINAL_FLUSH);
     timeToFlush = 0;
   });
+  LOGFirstFailure failure;
+  const auto tryEachLogger = [&](auto operation) {
+    forEachLogger([&](LOGLogger& logger) { failure.keepOf([&] { operation(logger); }); });
+  };
   // Closing one waits for its thread, which may be logging: not under a logger's lock, as below.
-  forEachLogger([timeToFlush](LOGLogger& logger) { logger.closeAsyncAppenders(timeToFlush); });
-  forEachLogger([](LOGLogger& logger) { logger.closeNestedAppenders(); });
-  forEachLogger([](LOGLogger& logger) { logger.removeAllAppenders(); });
+  tryEachLogger([timeToFlush](LOGLogger& logger) { logger.closeAsyncAppenders(timeToFlush); });
+  tryEachLogger([](LOGLogger& logger) { logger.closeNestedAppenders(); });
+  tryEachLogger([](LOGLogger& logger) { logger.removeAllAppenders(); });
   LOGLogLog::shutdown();
   LOGConfiguratorHook::shutdown();
+  failure.passOn();
 }
 
 void LOGHierarchy::resetConfiguration() {

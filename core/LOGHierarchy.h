@@ -66,7 +66,8 @@ class LOG4ZEB_EXPORT LOGHierarchy : public LOGMutex,
   LOGLogger* loggerAt(std::size_t position) const;
 
   /// Lets asynchronous appenders pass on what they have queued, up to two seconds each; closes and
-  /// removes all appenders; then shuts down the diagnostics and the configurator.
+  /// removes all appenders; then shuts down the diagnostics and the configurator. What a close()
+  /// throws is passed on at the end.
   void shutdown() override;
   /// Shuts down and gives every logger the state of a new one.
   void resetConfiguration() override;

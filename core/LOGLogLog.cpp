@@ -51,6 +51,7 @@ const I18NString LOGLogLog::m_WARN_PREFIX = WARN_PREFIX;
 const I18NString LOGLogLog::m_DEBUG_KEY = "log4zeb.debug";
 const I18NString LOGLogLog::m_CONFIG_DEBUG_KEY = "log4zeb.configDebug";
 
+std::atomic<bool> LOGLogLog::m_isOff{false};
 std::atomic<int> LOGLogLog::m_initialized{0};
 std::atomic<int> LOGLogLog::m_fileLogEnabled{0};
 std::atomic<int> LOGLogLog::m_debugEnabled{0};
@@ -109,7 +110,7 @@ void LOGLogLog::init() {
 }
 
 void LOGLogLog::initLocked() {
-  if (m_initialized.load(std::memory_order_relaxed) != 0) {
+  if (m_initialized != 0) {
     return;
   }
   std::ifstream settings;
@@ -121,7 +122,8 @@ void LOGLogLog::initLocked() {
     m_quietMode = 1;
     m_debugEnabled = 0;
     m_fileLogEnabled = 0;
-    m_initialized.store(1, std::memory_order_release);
+    m_initialized = 1;
+    m_isOff = true;
     return;
   }
   std::string debugWord;
@@ -133,7 +135,7 @@ void LOGLogLog::initLocked() {
   // The settings know no word for quiet mode: reading them always ends it.
   m_quietMode = 0;
   openDebugFile(fileName.empty() ? DEFAULT_DEBUG_FILE : fileName);
-  m_initialized.store(m_fileLogEnabled, std::memory_order_release);
+  m_initialized = m_fileLogEnabled.load();
 }
 
 void LOGLogLog::openDebugFile(const I18NString& name) {

@@ -32,9 +32,7 @@ class LOG4ZEB_EXPORT LOGLogLog {
 
   /// False when a message would not be written: for those to whom finding out what to say costs
   /// something.
-  static bool mayWrite() {
-    return m_initialized.load(std::memory_order_acquire) == 0 || m_fileLogEnabled.load() != 0;
-  }
+  static bool mayWrite() { return !m_isOff.load(std::memory_order_relaxed); }
 
   static void setInternalDebugging(int enabled);
   static void setQuietMode(int quiet);
@@ -56,6 +54,7 @@ class LOG4ZEB_EXPORT LOGLogLog {
   static void initLocked();
   static void openDebugFile(const I18NString& name);
 
+  static std::atomic<bool> m_isOff;  // for good: there was no settings file
   static std::atomic<int> m_initialized;
   static std::atomic<int> m_fileLogEnabled;
   static std::atomic<int> m_debugEnabled;

@@ -296,9 +296,13 @@ int LOGLogger::isAttached(LOGAppenderSkeleton* appender) { return m_aai.isAttach
 void LOGLogger::removeAllAppenders() { removeAllAppenders(nullptr); }
 
 void LOGLogger::removeAllAppenders(LOGHashtable* table) {
-  locked(*this, "LOGLogger::removeAllAppenders -- unable to lock mutex",
-         [&] { m_aai.removeAllAppenders(table); });
+  LOGFirstFailure failure;
+  failure.keepOf([&] {
+    locked(*this, "LOGLogger::removeAllAppenders -- unable to lock mutex",
+           [&] { m_aai.removeAllAppenders(table); });
+  });
   m_aai.awaitUsers({nullptr, true, true});
+  failure.passOn();
 }
 
 void LOGLogger::removeAppender(const I18NString& name) {
@@ -338,8 +342,12 @@ void LOGLogger::closeAsyncAppenders(int milliseconds) {
 }
 
 void LOGLogger::closeNestedAppenders() {
-  locked(*this, "LOGLogger::closeNestedAppenders -- unable to lock mutex",
-         [&] { m_aai.forEach([](LOGAppenderSkeleton& appender) { appender.close(); }); });
+  locked(*this, "LOGLogger::closeNestedAppenders -- unable to lock mutex", [&] {
+    LOGFirstFailure failure;
+    m_aai.forEach(
+        [&](LOGAppenderSkeleton& appender) { failure.keepOf([&] { appender.close(); }); });
+    failure.passOn();
+  });
 }
 
 LOGLogger* LOGLogger::getLogger(const I18NString& name) { return LOGManager::getLogger(name); }

@@ -162,7 +162,8 @@ class LOG4ZEB_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   LOGAppenderSkeleton* getAppender(const I18NString& name) override;
   int isAttached(LOGAppenderSkeleton* appender) override;
   void removeAllAppenders() override;
-  /// Closes and removes all appenders; those that `table` has under their name become stale.
+  /// Closes and removes all appenders; those that `table` has under their name become stale. What a
+  /// close() throws is passed on at the end.
   void removeAllAppenders(LOGHashtable* table);
   void removeAppender(const I18NString& name) override;
   void removeAppender(LOGAppenderSkeleton* appender) override;
@@ -178,7 +179,8 @@ class LOG4ZEB_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   void replaceAppenders(const std::vector<LOGAppenderSkeleton*>& appenders,
                         const std::function<void(LOGAppenderSkeleton&)>& leave = nullptr,
                         std::optional<int> additive = std::nullopt);
-  /// Closes the appenders, which stay attached, under the logger's lock.
+  /// Closes the appenders, which stay attached, under the logger's lock; what a close() throws is
+  /// passed on at the end.
   void closeNestedAppenders();
   /// Closes the asynchronous ones without that lock, so that it can wait for their threads; first
   /// flushes each, for up to so many milliseconds.

@@ -10,6 +10,7 @@
 #include "core/LOGLoggerRepository.h"
 #include "core/LOGNDC.h"
 #include "platform/ZEBAssertError.h"
+#include "platform/ZEBOutOfMemoryError.h"
 #include "platform/ZEBThread.h"
 #include "platform/ZEBTranslate.h"
 #include "platform/ZEBUtTime.h"
@@ -80,9 +81,11 @@ LOG4ZEB_HOT LOGLoggingEvent::LOGLoggingEvent(LOGLogger* logger, LOGLevel* level)
   zebTranslate(SOURCE, __LINE__, [this] { m_loggerName = m_logger->getName(); });
 }
 
-LOGLoggingEvent::LOGLoggingEvent(const LOGLoggingEvent& other)
+LOGLoggingEvent::LOGLoggingEvent(const LOGLoggingEvent& other) try
     : LOGLoggingEvent(other, SharingMessage()) {
   setMessage(other.getMessage());
+} catch (const std::bad_alloc&) {
+  throw ZEBOutOfMemoryError(SOURCE, __LINE__);
 }
 
 LOGLoggingEvent::LOGLoggingEvent(const LOGLoggingEvent& other, SharingMessage)
@@ -100,8 +103,7 @@ LOGLoggingEvent::LOGLoggingEvent(const LOGLoggingEvent& other, SharingMessage)
       m_loggerName(other.m_loggerName),
       m_plainMessage(other.m_plainMessage) {
   if (other.isRendered()) {
-    m_rare = std::make_unique<Rare>(*other.m_rare);
-    m_rare->throwableStrRep.clear();
+    rare().rendering = other.m_rare->rendering;
   }
 }
 
@@ -113,7 +115,17 @@ std::unique_ptr<LOGLoggingEvent> LOGLoggingEvent::copyForQueue() const {
 
 LOGLoggingEvent& LOGLoggingEvent::operator=(const LOGLoggingEvent& other) {
   if (this != &other) {
+    Rendering rendering;
+    zebTranslate(SOURCE, __LINE__, [&] {
+      if (other.isRendered()) {
+        rare();
+        rendering = other.m_rare->rendering;
+      }
+    });
     setMessage(other.getMessage());
+    if (m_rare != nullptr) {
+      m_rare->rendering = std::move(rendering);
+    }
     m_level = other.m_level;
     m_logger = other.m_logger;
     m_timeStamp = other.m_timeStamp;
@@ -148,34 +160,35 @@ LOG4ZEB_HOT bool LOGLoggingEvent::needsRendering() const {
 }
 
 void LOGLoggingEvent::render() {
-  Rare& kept = rare();
+  Rendering& kept = rare().rendering;
   try {
     const std::unique_ptr<I18NString> text(getRenderedMessage());
     if (text == nullptr) {
-      kept.rendering = Rendering::NULL_TEXT;
+      kept.result = Rendering::Result::NULL_TEXT;
     } else {
       setRenderedMessage(*text);
     }
   } catch (...) {
     kept.failure = std::current_exception();
-    kept.rendering = Rendering::FAILURE;
+    kept.result = Rendering::Result::FAILURE;
   }
 }
 
 void LOGLoggingEvent::setRenderedMessage(const I18NString& text) {
-  rare().renderedMessage = text;
-  rare().rendering = Rendering::TEXT;
+  rare().rendering.text = text;
+  rare().rendering.result = Rendering::Result::TEXT;
 }
 
 const I18NString* LOGLoggingEvent::keptRendering() const {
-  if (m_rare->rendering == Rendering::FAILURE) {
+  const Rendering& kept = m_rare->rendering;
+  if (kept.result == Rendering::Result::FAILURE) {
     try {
-      std::rethrow_exception(m_rare->failure);
+      std::rethrow_exception(kept.failure);
     } catch (const ZEBThrowable& failure) {
       failure.raise();  // a copy, because its back trace grows and another thread may have it too
     }
   }
-  return m_rare->rendering == Rendering::TEXT ? &m_rare->renderedMessage : nullptr;
+  return kept.result == Rendering::Result::TEXT ? &kept.text : nullptr;
 }
 
 I18NString* LOGLoggingEvent::getRenderedMessage() {
@@ -220,6 +233,10 @@ LOGLoggingEvent::Rare& LOGLoggingEvent::rare() {
     m_rare = std::make_unique<Rare>();
   }
   return *m_rare;
+}
+
+void LOGLoggingEvent::setThrowableStrRep(const I18NString& text) {
+  zebTranslate(SOURCE, __LINE__, [&] { rare().throwableStrRep = text; });
 }
 
 const I18NString& LOGLoggingEvent::getThrowableStrRep() const {

@@ -32,10 +32,12 @@ class LOG4ZEB_EXPORT LOGLoggingEvent : public LOGSerializable {
                   LOGObject* message);
   /// The same with a message of that text.
   LOGLoggingEvent(LOGLogger* logger, LOGLevel* level, const LOGMessageText& message);
-  /// The copy owns a clone of the message and its own location; its throwable text is empty.
+  /// The copy owns a clone of the message and its own location; its throwable text is empty. Throws
+  /// ZEBOutOfMemoryError, and what the clone throws.
   LOGLoggingEvent(const LOGLoggingEvent& other);
-  /// Takes over level, logger, time and a clone of the message. Name, context, rendered
-  /// message and thread stay those of the target; that is how it is meant.
+  /// Takes over level, logger, time and a clone of the message, and renders what it was assigned.
+  /// Deliberate: name, context, thread and throwable text stay those of the target. Throws as the
+  /// copy does, and has changed nothing then.
   LOGLoggingEvent& operator=(const LOGLoggingEvent& other);
   ~LOGLoggingEvent() override;
 
@@ -61,7 +63,7 @@ class LOG4ZEB_EXPORT LOGLoggingEvent : public LOGSerializable {
   bool needsRendering() const;
   /// Whether that was done.
   bool isRendered() const noexcept {
-    return m_rare != nullptr && m_rare->rendering != Rendering::NOT_DONE;
+    return m_rare != nullptr && m_rare->rendering.result != Rendering::Result::NOT_DONE;
   }
   /// Renders the message once, for all calls that follow. Throws std::bad_alloc; what rendering
   /// throws is kept.
@@ -69,7 +71,8 @@ class LOG4ZEB_EXPORT LOGLoggingEvent : public LOGSerializable {
   /// A copy for another thread, which shares the message. Throws as the constructor does.
   std::unique_ptr<LOGLoggingEvent> copyForQueue() const;
   const I18NString& getThrowableStrRep() const;
-  void setThrowableStrRep(const I18NString& text) { rare().throwableStrRep = text; }
+  /// Throws ZEBOutOfMemoryError.
+  void setThrowableStrRep(const I18NString& text);
   const I18NString& getLoggerName() const { return m_loggerName; }
   /// Seconds since 1970-01-01 00:00 UTC.
   std::int64_t getTimeStamp() const { return m_timeStamp; }
@@ -97,13 +100,17 @@ class LOG4ZEB_EXPORT LOGLoggingEvent : public LOGSerializable {
   struct SharingMessage {};
   LOGLoggingEvent(const LOGLoggingEvent& other, SharingMessage);
 
-  enum class Rendering { NOT_DONE, NULL_TEXT, TEXT, FAILURE };
+  /// What rendering the message gave.
+  struct Rendering {
+    enum class Result { NOT_DONE, NULL_TEXT, TEXT, FAILURE };
+    Result result = Result::NOT_DONE;
+    I18NString text;
+    std::exception_ptr failure;  // shared with copies
+  };
 
   /// What hardly any event has.
   struct Rare {
-    Rendering rendering = Rendering::NOT_DONE;
-    I18NString renderedMessage;
-    std::exception_ptr failure;  // shared with copies
+    Rendering rendering;
     I18NString throwableStrRep;
   };
 

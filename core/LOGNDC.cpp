@@ -60,16 +60,15 @@ LOGStack* LOGNDC::currentStack() {
                                                                             : nullptr;
 }
 
-LOGStack& LOGNDC::adopt(LOGStack* stack) {
-  std::unique_ptr<LOGStack> owned(stack);
-  remove();
+LOGStack& LOGNDC::adopt(std::unique_ptr<LOGStack> stack) {
+  arm();
   const ZEBThreadGuard guard(table().getCriticalSection());
-  if (table().put(stack->toString(), stack) == 0) {
+  if (table().put(stack->toString(), stack.get()) == 0) {
     throw ZEBOutOfMemoryError(SOURCE, __LINE__);
   }
-  t_state.stack = owned.release();
+  remove();
+  t_state.stack = stack.release();
   t_state.generation = g_generation.load(std::memory_order_relaxed);
-  arm();
   return *t_state.stack;
 }
 
@@ -77,7 +76,7 @@ void LOGNDC::push(const I18NString& message) {
   zebTranslate(SOURCE, __LINE__, [&] {
     LOGStack* stack = currentStack();
     if (stack == nullptr) {
-      stack = &adopt(new LOGStack(currentThreadKey()));
+      stack = &adopt(std::make_unique<LOGStack>(currentThreadKey()));
     }
     stack->push(std::make_unique<LOGDiagnosticContext>(message, stack->peek()));
   });
@@ -154,6 +153,7 @@ LOGStack* LOGNDC::cloneStack() {
 
 void LOGNDC::inherit(LOGStack* stack) {
   if (stack != nullptr) {
-    zebTranslate(SOURCE, __LINE__, [&] { adopt(new LOGStack(currentThreadKey(), *stack)); });
+    zebTranslate(SOURCE, __LINE__,
+                 [&] { adopt(std::make_unique<LOGStack>(currentThreadKey(), *stack)); });
   }
 }

@@ -1,6 +1,8 @@
 #ifndef CORE_LOGNDC_H
 #define CORE_LOGNDC_H
 
+#include <memory>
+
 #include "platform/I18NString.h"
 
 class LOGHashtable;
@@ -31,7 +33,7 @@ class LOG4ZEB_EXPORT LOGNDC {
   /// A copy of the stack for inherit(), owned by the caller; null when there is none.
   static LOGStack* cloneStack();
   /// Replaces the thread's stack by a copy of `stack`, which stays the caller's; null changes
-  /// nothing.
+  /// nothing, and neither does a lack of memory, of which it throws ZEBOutOfMemoryError.
   static void inherit(LOGStack* stack);
 
  private:
@@ -39,7 +41,7 @@ class LOG4ZEB_EXPORT LOGNDC {
   static LOGHashtable& table();
   static LOGHashtable& s_table;  // has it made when the library is loaded
   static LOGStack* currentStack();
-  static LOGStack& adopt(LOGStack* stack);
+  static LOGStack& adopt(std::unique_ptr<LOGStack> stack);
 };
 
 #endif

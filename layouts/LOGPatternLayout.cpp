@@ -52,10 +52,12 @@ void LOGPatternLayout::setConversionPattern(const I18NString& pattern) {
       logReportingAndPassing("LOGPatternLayout::setConversionPattern -- unable to lock mutex",
                              [this] { return ZEBThreadGuard(getCriticalSection()); });
   Program program = programOf(LOGPatternConverter::Chain(createPatternParser(pattern)->parse()));
-  m_conversionPattern = pattern;
+  I18NString kept = pattern;
   if (m_walks > 0) {
     m_replaced.push_back(std::move(m_program));
   }
+  // Nothing below fails: the pattern is always that of the program.
+  m_conversionPattern = std::move(kept);
   m_program = std::move(program);
 }
 

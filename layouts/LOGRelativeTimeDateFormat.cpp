@@ -29,7 +29,9 @@ const I18NString& LOGRelativeTimeDateFormat::format(LOGDate* date) {
   ZEB_ASSERT(date, "LOGRelativeTimeDateFormat", __LINE__);
   m_buffer.clear();
   logReportingFailures(FAILURES, [this, date] {
-    const std::int64_t seconds = m_startSeconds - date->getTime();
+    // Without a sign, because a date may be set to any number.
+    const auto seconds = static_cast<std::int64_t>(static_cast<std::uint64_t>(m_startSeconds) -
+                                                   static_cast<std::uint64_t>(date->getTime()));
     if (seconds == 0) {
       m_buffer.append("00,"sv);
       m_buffer.append(ZEBUtConvert::handleCvt(m_startMillis - date->getTimeMillis()));

@@ -10,7 +10,7 @@
 /// "us-ascii", "utf-8" and "utf8" (all read as UTF-8, of which ASCII is a part), "iso-8859-1" and
 /// "latin1". Conversions never fail: what has no counterpart becomes U+FFFD in text and "?" in
 /// ISO 8859-1.
-class I18NConverter {
+class LOG4ZEB_EXPORT I18NConverter {
  public:
   /// Throws I18NRuntimeError when the encoding is unknown.
   explicit I18NConverter(const char* encoding);

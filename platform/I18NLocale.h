@@ -7,7 +7,7 @@
 
 /// Compares names without regard to case. Only the ASCII letters are folded, whatever the locale of
 /// the process, so that a configuration means the same everywhere.
-class I18NLocale {
+class LOG4ZEB_EXPORT I18NLocale {
  public:
   /// The default locale.
   I18NLocale() = default;

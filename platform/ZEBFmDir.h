@@ -9,7 +9,7 @@
 #include "platform/I18NString.h"
 
 /// Operations on the file system's names.
-class ZEBFmDir {
+class LOG4ZEB_EXPORT ZEBFmDir {
  public:
   /// Modes for exists(): a regular file, one that its owner may read and write, and a directory.
   static constexpr int REGULAR_FILE = 32768;

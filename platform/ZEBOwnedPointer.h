@@ -1,7 +1,6 @@
 #ifndef PLATFORM_ZEBOWNEDPOINTER_H
 #define PLATFORM_ZEBOWNEDPOINTER_H
 
-#include <cstddef>
 #include <memory>
 #include <type_traits>
 #include <utility>
@@ -14,8 +13,9 @@ template <typename T>
 class ZEBOwnedPointer : public std::unique_ptr<T> {
  public:
   using std::unique_ptr<T>::unique_ptr;
-  using std::unique_ptr<T>::operator=;
   ZEBOwnedPointer() = default;
+  ZEBOwnedPointer(ZEBOwnedPointer&&) = default;
+  ZEBOwnedPointer& operator=(ZEBOwnedPointer&&) = default;
   ZEBOwnedPointer(std::unique_ptr<T>&& owner) noexcept  // NOLINT: implicit
       : std::unique_ptr<T>(std::move(owner)) {}
   ZEBOwnedPointer& operator=(T* object) noexcept {
@@ -23,12 +23,18 @@ class ZEBOwnedPointer : public std::unique_ptr<T> {
     this->reset(object);
     return *this;
   }
-  ZEBOwnedPointer& operator=(std::nullptr_t) noexcept { return *this = static_cast<T*>(nullptr); }
+  template <typename U>
+  ZEBOwnedPointer& operator=(std::unique_ptr<U>&& owner) noexcept {
+    std::unique_ptr<T>::operator=(std::move(owner));
+    return *this;
+  }
 
   operator T*() const noexcept { return this->get(); }  // NOLINT: implicit
-  /// For static_cast to a class derived from T.
-  template <typename Derived, typename = std::enable_if_t<!std::is_same_v<Derived, T> &&
-                                                          std::is_base_of_v<T, Derived>>>
+  /// For casts to a class derived from T.
+  template <
+      typename Derived,
+      typename = std::enable_if_t<!std::is_same_v<Derived, T> && std::is_base_of_v<T, Derived>>,
+      typename = decltype(static_cast<Derived*>(std::declval<T*>()))>
   explicit operator Derived*() const noexcept {
     return static_cast<Derived*>(this->get());
   }

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cstddef>
 #include <type_traits>
+#include <utility>
 
 /// A field that points at an object which it does not own, and which several threads read while
 /// another one sets it. To its users it is a pointer; what was written before it was set is seen
@@ -26,11 +27,13 @@ class ZEBSharedPointer {
 
   T* get() const noexcept { return load(); }
   operator T*() const noexcept { return get(); }  // NOLINT: implicit
-  /// For static_cast to a class derived from T.
-  template <typename Derived, typename = std::enable_if_t<!std::is_same_v<Derived, T> &&
-                                                          std::is_base_of_v<T, Derived>>>
+  /// For casts to a class derived from T, and for those that take const away.
+  template <
+      typename Derived,
+      typename = std::enable_if_t<!std::is_same_v<Derived, T> && std::is_base_of_v<T, Derived>>,
+      typename = decltype(static_cast<const Derived*>(std::declval<T*>()))>
   explicit operator Derived*() const noexcept {
-    return static_cast<Derived*>(get());
+    return const_cast<Derived*>(static_cast<const Derived*>(get()));
   }
   T* operator->() const noexcept { return get(); }
   T& operator*() const noexcept { return *get(); }

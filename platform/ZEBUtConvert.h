@@ -6,7 +6,7 @@
 #include "platform/I18NString.h"
 
 /// Numbers to text and back.
-class ZEBUtConvert {
+class LOG4ZEB_EXPORT ZEBUtConvert {
  public:
   /// Plain decimal, without padding; only negative numbers have a sign.
   static I18NString handleCvt(std::int64_t value);

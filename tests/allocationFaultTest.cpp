@@ -22,7 +22,9 @@
 #include "core/LOGDefaultRepositorySelector.h"
 #include "core/LOGHierarchy.h"
 #include "core/LOGRootLogger.h"
+#include "core/LOGStack.h"
 #include "layouts/LOGLayout.h"
+#include "layouts/LOGPatternLayout.h"
 #include "log4zeb.h"
 #include "net/LOGSyslogAppender.h"
 #include "platform/ZEBConfigurationFactory.h"
@@ -618,8 +620,77 @@ TEST(AllocationFault, IsAnExceptionOfTheLibraryInTheTextsOfAnEvent) {
     LOGLoggingEvent event("", logger, level, nullptr);
     EXPECT_TRUE(isLibrarysException([&] { event.getNDC(); }));
     EXPECT_EQ(event.getNDC(), longest) << "is copied once there is memory";
+    const I18NString thrown = longest;
+    EXPECT_TRUE(isLibrarysException([&] { event.setThrowableStrRep(thrown); }));
+    EXPECT_TRUE(isLibrarysException([&] { const LOGLoggingEvent copy(event); }));
+    LOGObject message("text");
+    LOGLoggingEvent rendered("", logger, level, &message);
+    rendered.render();
+    EXPECT_TRUE(isLibrarysException([&] { event = rendered; }));
+    EXPECT_EQ(event.getMessage(), nullptr);
   }
   LOGNDC::remove();
+}
+
+TEST(AllocationFault, LeavesAThreadTheContextThatItHas) {
+  const Workplace workplace;
+  LOGNDC::push("of another");
+  const std::unique_ptr<LOGStack> other(LOGNDC::cloneStack());
+  LOGNDC::remove();
+  LOGNDC::push(LONG_TEXT);
+  bool hasFailed = true;
+  for (long nth = 1; hasFailed; ++nth) {
+    FailingHeap::fail(nth, Mode::One);
+    try {
+      LOGNDC::inherit(other.get());
+    } catch (const ZEBOutOfMemoryError&) {
+      // Looked at below.
+    }
+    hasFailed = FailingHeap::end();
+    EXPECT_EQ(LOGNDC::get(), I18NString(hasFailed ? LONG_TEXT : "of another")) << nth;
+  }
+  LOGNDC::remove();
+}
+
+TEST(AllocationFault, LeavesAPatternThatIsSetWhileItFormatsWhole) {
+  const Workplace workplace;
+  /// Sets the layout's pattern while it is rendered.
+  class Setting : public LOGObject {
+   public:
+    Setting(LOGPatternLayout& layout, long nth, bool& hasFailed)
+        : m_layout(layout), m_nth(nth), m_hasFailed(hasFailed) {}
+    const I18NString& toString() const override {
+      FailingHeap::fail(m_nth, Mode::One);
+      try {
+        m_layout.setConversionPattern(std::string("new %m ") + LONG_TEXT);
+      } catch (const ZEBThrowable&) {
+        // Looked at below.
+      } catch (const std::bad_alloc&) {
+        // The same.
+      }
+      m_hasFailed = FailingHeap::end();
+      return LOGObject::toString();
+    }
+    LOGObject* clone() const override { return new Setting(*this); }
+
+   private:
+    LOGPatternLayout& m_layout;
+    long m_nth;
+    bool& m_hasFailed;
+  };
+  LOGLogger* const logger = LOGManager::getLogger("shop");
+  bool hasFailed = true;
+  for (long nth = 1; hasFailed; ++nth) {
+    LOGPatternLayout layout("old %m");
+    Setting message(layout, nth, hasFailed);
+    LOGLoggingEvent setting("", logger, LOGLevel::toLevel("INFO"), &message);
+    layout.format(&setting);
+    LOGObject text("text");
+    LOGLoggingEvent event("", logger, LOGLevel::toLevel("INFO"), &text);
+    EXPECT_EQ(layout.format(&event).toStdString().substr(0, 3),
+              layout.getConversionPattern().toStdString().substr(0, 3))
+        << nth;
+  }
 }
 
 TEST(AllocationFault, LeavesNothingOfAContextThatAThreadUsesAsItEnds) {

@@ -191,6 +191,34 @@ TEST(Event, MayHaveNoMessageButNeedsALogger) {
   }
 }
 
+TEST(Event, RendersWhatItWasAssigned) {
+  class Own : public LOGObject {
+   public:
+    using LOGObject::LOGObject;
+    LOGObject* clone() const override { return new Own(*this); }
+  };
+  LOGLogger* const logger = LOGManager::getLogger("event.test");
+  const auto makeEvent = [logger](LOGObject message, bool isRendered) {
+    auto event = std::make_unique<LOGLoggingEvent>("fqn", logger, nullptr, &message);
+    if (isRendered) {
+      event->render();
+    }
+    return event;
+  };
+  for (const bool wasRendered : {false, true}) {
+    for (const bool isRendered : {false, true}) {
+      const auto target = makeEvent(Own("old"), wasRendered);
+      target->setThrowableStrRep("thrown");
+      const auto source = makeEvent(Own("new"), isRendered);
+      source->setThrowableStrRep("another");
+      *target = *source;
+      const std::unique_ptr<I18NString> text(target->getRenderedMessage());
+      EXPECT_EQ(*text, I18NString("new")) << wasRendered << isRendered;
+      EXPECT_EQ(target->getThrowableStrRep(), I18NString("thrown"));
+    }
+  }
+}
+
 TEST(Renderer, IsChosenByTheObjectsTag) {
   static int alive = 0;
   class Upper : public LOGObjectRenderer {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cstdint>
 #include <cstdio>
 #include <ctime>
 #include <initializer_list>
@@ -195,6 +196,8 @@ TEST(RelativeTimeDateFormat, SubtractsTheDateFromTheStart) {
   const std::int64_t start = after.getTime();
   EXPECT_EQ(text(format, after, start + 5), "-5,00");
   EXPECT_EQ(text(format, after, start - 3), "3,00");
+  constexpr std::int64_t EARLIEST = std::numeric_limits<std::int64_t>::min();
+  EXPECT_EQ(text(format, after, EARLIEST), std::to_string(EARLIEST + start) + ",00");
   std::this_thread::sleep_for(std::chrono::milliseconds(20));
   LOGDate later;
   const std::string sameSecond = text(format, later, start);

@@ -78,6 +78,7 @@ class OwnAppender : public LOGAppenderSkeleton {
  public:
   explicit OwnAppender(const I18NString& name) { setName(name); }
   ~OwnAppender() override { m_text.assign(1000, 'x'); }
+  bool isClosed() const { return m_closed == 1; }
   void append(LOGLoggingEvent*) override { m_text += m_text.size() < 100 ? "x" : ""; }
   void close() override {
     m_text = "closed";
@@ -114,6 +115,25 @@ class RemovedAppenders : public testing::Test {
 };
 
 }  // namespace
+
+TEST_F(RemovedAppenders, AreAllClosedAndGoneThoughOneCannotBeClosed) {
+  struct Refusing : OwnAppender {
+    using OwnAppender::OwnAppender;
+    void close() override { throw std::runtime_error("refused"); }
+  };
+  Refusing refusing("refusing");
+  OwnAppender beside("beside");
+  OwnAppender elsewhere("elsewhere");
+  LOGAppenderSkeleton* const appenders[] = {&refusing, &beside, &elsewhere};
+  for (LOGAppenderSkeleton* const appender : appenders) {
+    (appender == &elsewhere ? other : shop)->addAppender(appender);
+  }
+  EXPECT_THROW(LOGLogger::shutdown(), std::runtime_error);
+  for (LOGAppenderSkeleton* const appender : appenders) {
+    EXPECT_EQ(shop->isAttached(appender) + other->isAttached(appender), 0);
+  }
+  EXPECT_TRUE(beside.isClosed() && elsewhere.isClosed());
+}
 
 TEST_F(RemovedAppenders, AreNotReadByIsAttached) {
   OwnAppender asked("asked");

@@ -27,6 +27,8 @@
 #include "config/LOG4ZEBConfigurator.h"
 #include "config/LOGFileWatchdog.h"
 #include "core/LOGNDC.h"
+#include "layouts/LOGDate.h"
+#include "layouts/LOGISODateFormat.h"
 #include "layouts/LOGPatternLayout.h"
 #include "platform/ZEBThread.h"
 #include "support/CapturingAppender.h"
@@ -365,6 +367,39 @@ TEST(ForkedChild, LogsThoughAnotherThreadIsStuckInAnAppender) {
     async.flush(20'000);
     EXPECT_EQ(stuck.messages, std::vector<std::string>(4, "parent 0"));
     LOGManager::getRootLogger()->removeAllAppenders();
+  }
+}
+
+TEST(ForkedChild, WritesDatesThoughOtherThreadsWereWritingSome) {
+  SKIP_WHERE_CHILDREN_CANNOT_ALLOCATE();
+  const Workplace workplace;
+  std::atomic<bool> ends{false};
+  const auto write = [] {
+    LOGISODateFormat format;
+    LOGDate date;
+    for (int i = 0; i < 50; ++i) {
+      date.setTime(i * 1000);
+      format.format(&date);
+    }
+  };
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 2; ++i) {
+    threads.emplace_back([&] {
+      while (!ends) {
+        write();
+      }
+    });
+  }
+  for (int round = 0; round < 300 && !HasFailure(); ++round) {
+    const pid_t child = forkAndRun([&] {
+      write();
+      _exit(0);
+    });
+    EXPECT_EQ(waitFor(child), 0) << "round " << round;
+  }
+  ends = true;
+  for (std::thread& thread : threads) {
+    thread.join();
   }
 }
 

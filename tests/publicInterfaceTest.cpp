@@ -30,8 +30,12 @@
 #include "layouts/LOGPatternLayout.h"
 #include "layouts/LOGPatternParser.h"
 #include "net/LOGLocalUDPAppender.h"
+#include "platform/I18NConverter.h"
+#include "platform/I18NLocale.h"
+#include "platform/ZEBFmDir.h"
 #include "platform/ZEBSystemError.h"
 #include "platform/ZEBThreadGuard.h"
+#include "platform/ZEBUtConvert.h"
 #include "rendering/LOGObjectRenderer.h"
 #include "rendering/LOGRendererMap.h"
 
@@ -160,7 +164,11 @@ class Appender : public LOGAppenderSkeleton {
     m_layout = other.m_layout ? static_cast<Shouting*>(other.m_layout) : nullptr;
     m_threshold = other.m_threshold == WARN ? INFO : other.m_threshold;
     delete m_errorHandler;
+    m_errorHandler = 0;
+    m_errorHandler = NULL;
     m_errorHandler = handler;
+    LOGLevel* changeable = (LOGLevel*)m_threshold;
+    m_threshold = changeable;
   }
   I18NString text;
 };
@@ -190,6 +198,9 @@ TEST(PublicInterface, OffersItsFieldsToAnAppenderOfTheProgram) {
   EXPECT_EQ(other.getThreshold(), INFO);
   EXPECT_EQ(other.getFilter(), &neutral);
   EXPECT_EQ(other.requiresLayout(), 0);
+  EXPECT_EQ(I18NConverter("latin1").toText(ZEBUtConvert::handleCvt(7).toStdString()), "7");
+  EXPECT_EQ(I18NLocale().compareIgnoreCase("Own", "oWN"), 0);
+  EXPECT_EQ(ZEBFmDir::exists(".", ZEBFmDir::DIRECTORY), 1);
   other.append(&event);
   EXPECT_EQ(handler->text, "log4zeb error: (it rains! up to 20000 not accepted open) ");
 }

@@ -7,7 +7,8 @@
 
 namespace {
 
-/// Reading the zone anew changes its names under those who read them.
+/// Reading the zone anew changes its names under those who read them, and the runtime's own lock of
+/// the zone is never free in the child of a fork if a thread is within the runtime at the fork.
 ZEBThreadCriticalSection g_zone;
 
 }  // namespace
@@ -34,6 +35,7 @@ std::int64_t ZEBUtTime::nowSeconds() {
 std::optional<std::tm> ZEBUtTime::localTime(std::int64_t seconds) {
   constexpr int LAST_YEAR = std::numeric_limits<int>::max() - 1900;  // so that the whole one fits
   std::tm result{};
+  const ZEBThreadGuard guard(g_zone);
   const time_t time = seconds;
   if (localtime_r(&time, &result) == nullptr || result.tm_year > LAST_YEAR) {
     return std::nullopt;
