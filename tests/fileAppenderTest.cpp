@@ -746,6 +746,7 @@ TEST_F(RollingFileAppenderTest, AppendsAfterAFailedReopening) {
     Workplace::write("d/r.log", "x\r\n");  // of another appender or process
     append(moving, "b");
     EXPECT_EQ(Workplace::lines("d/r.log.1"), (Lines{"x", "b"})) << configured;
+    moving.close();
     fs::remove_all("d");
     fs::remove_all("away");
   }

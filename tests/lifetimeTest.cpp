@@ -496,9 +496,11 @@ TEST(ADispatcherOfAProgram, DeliversWhatIsQueuedWhenItIsClosedAndLeavesTheQueueT
   EXPECT_EQ(capture.messages, (Messages{"0", "1", "2", "3", "4"}));
   LOGDispatcher second(&queue, &container);
   second.start();
+#ifndef _WIN32  // where the same function tells the time on the wall
   const std::clock_t before = std::clock();
   std::this_thread::sleep_for(milliseconds(300));
   EXPECT_LT(std::clock() - before, CLOCKS_PER_SEC / 5) << "it sleeps";
+#endif
   queue.put(new TestEvent("own", "INFO", "5"));
   second.close();
   second.join();
