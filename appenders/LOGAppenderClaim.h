@@ -18,8 +18,6 @@ class LOGAppenderClaim {
   LOGAppenderClaim& operator=(const LOGAppenderClaim&) = delete;
   ~LOGAppenderClaim();
 
-  const void* appender() const noexcept { return m_appender; }
-
   /// Calls `operation` with the appender, which cannot be deleted meanwhile, unless the claim was
   /// revoked.
   template <typename Operation>

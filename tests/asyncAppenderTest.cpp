@@ -24,6 +24,7 @@
 #include "platform/ZEBAssertError.h"
 #include "platform/ZEBThreadGuard.h"
 #include "support/CapturingAppender.h"
+#include "support/Eventually.h"
 #include "support/TestEvent.h"
 #include "support/Workplace.h"
 
@@ -32,18 +33,6 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using Messages = std::vector<std::string>;
 using std::chrono::milliseconds;
-
-template <typename Condition>
-bool eventually(Condition condition) {
-  const auto deadline = Clock::now() + std::chrono::seconds(20);
-  while (!condition()) {
-    if (Clock::now() > deadline) {
-      return false;
-    }
-    std::this_thread::sleep_for(milliseconds(1));
-  }
-  return true;
-}
 
 class AsyncAppenderTest : public testing::Test {
  protected:

@@ -28,6 +28,7 @@
 #include "rendering/LOGObjectRenderer.h"
 #include "rendering/LOGRendererMap.h"
 #include "support/CapturingAppender.h"
+#include "support/Eventually.h"
 #include "support/TestEvent.h"
 #include "support/Workplace.h"
 
@@ -41,18 +42,6 @@ using std::chrono::milliseconds;
 milliseconds duration() {
   const char* const seconds = std::getenv("LOG4ZEB_TEST_SECONDS");
   return seconds == nullptr ? milliseconds(300) : std::chrono::seconds(std::atoi(seconds));
-}
-
-template <typename Condition>
-bool eventually(Condition condition) {
-  const auto deadline = Clock::now() + std::chrono::seconds(20);
-  while (!condition()) {
-    if (Clock::now() > deadline) {
-      return false;
-    }
-    std::this_thread::sleep_for(milliseconds(1));
-  }
-  return true;
 }
 
 /// Runs each operation again and again, on a thread of its own, for the time of duration().

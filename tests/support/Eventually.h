@@ -1,0 +1,20 @@
+#ifndef TESTS_SUPPORT_EVENTUALLY_H
+#define TESTS_SUPPORT_EVENTUALLY_H
+
+#include <chrono>
+#include <thread>
+
+/// Waits until the condition holds, which another thread brings about; false when it never does.
+template <typename Condition>
+bool eventually(Condition condition) {
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() > deadline) {
+      return false;
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  return true;
+}
+
+#endif
