@@ -34,7 +34,6 @@
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
 using Messages = std::vector<std::string>;
 using std::chrono::milliseconds;
 
