@@ -368,10 +368,16 @@ class OldQueue : public testing::Test {
   OldQueue() {
     configure();
     m_old = async();
+    // Most of a delivery's time passes without the appender's lock, so that the two queues take
+    // turns.
+    m_pause.onAppend = [](LOGLoggingEvent*) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    };
     m_own.onAppend = [this](LOGLoggingEvent*) {
       ++m_taken;
-      std::this_thread::sleep_for(std::chrono::milliseconds(30));
+      std::this_thread::sleep_for(std::chrono::milliseconds(10));
     };
+    attachTo(m_old, &m_pause);
     attachTo(m_old, &m_own);
     for (std::size_t i = 0; i < QUEUED; ++i) {
       LOGManager::getRootLogger()->info("old");
@@ -383,6 +389,7 @@ class OldQueue : public testing::Test {
   Workplace m_workplace;
   LOGAppenderSkeleton* m_old;
   std::atomic<std::size_t> m_taken{0};
+  CapturingAppender m_pause{"pause"};
   CapturingAppender m_own{"own"};
   std::thread m_reading;
 };
@@ -391,6 +398,7 @@ TEST_F(OldQueue, CallsNothingThatWasRemovedFromItsSuccessor) {
   removeFrom(async(), &m_own);
   const std::size_t taken = m_taken;
   EXPECT_LT(taken, QUEUED);
+  removeFrom(async(), &m_pause);
   m_reading.join();
   EXPECT_EQ(m_taken, taken);
   EXPECT_EQ(dynamic_cast<LOGAsyncAppender&>(*m_old).getAllAppenders().atEnd(), true);
