@@ -296,7 +296,8 @@ LOGAppenderAttachableImpl::Removed LOGAppenderAttachableImpl::takeOut(const I18N
       return {appender, true, true, isRevoked};
     }
   }
-  return {nullptr, isRevoked, false, isRevoked};
+  // Another thread may have taken it out and still use it.
+  return {nullptr, true};
 }
 
 LOGAppenderAttachableImpl::Removed LOGAppenderAttachableImpl::takeOut(
