@@ -80,27 +80,27 @@ void callerTime(benchmark::State& state, const Make& make,
   checkLines(state, directory, bursts * workload::BURST_EVENTS);
 }
 
-/// Returns when so many threads have logged a million events in all, from the moment on in which
-/// all of them are there, which `begin` becomes.
-void logFromThreads(LogUnderTest& log, int count, Clock::time_point& begin) {
+/// Logs a million events in all from so many threads. Returns when all of them were there, which is
+/// when they began.
+Clock::time_point logFromThreads(LogUnderTest& log, int count) {
+  Clock::time_point begin;
   std::atomic<int> missing{count};
   std::vector<std::thread> threads;
   for (int i = 0; i < count; ++i) {
     threads.emplace_back([&] {
-      --missing;
+      if (--missing == 0) {
+        begin = Clock::now();
+      }
       while (missing.load() > 0) {
         std::this_thread::yield();
       }
       logPlain(log, WHOLE_EVENTS / count);
     });
   }
-  while (missing.load() > 0) {
-    std::this_thread::yield();
-  }
-  begin = Clock::now();
   for (std::thread& thread : threads) {
     thread.join();
   }
+  return begin;
 }
 
 /// The time of an iteration is that of one event of a million.
@@ -114,7 +114,7 @@ void wholeTime(benchmark::State& state, const Make& make, int threads) {
     if (threads == 1) {
       logPlain(*log, WHOLE_EVENTS);
     } else {
-      logFromThreads(*log, threads, begin);
+      begin = logFromThreads(*log, threads);
     }
     log->finish();
     state.SetIterationTime(secondsSince(begin) / static_cast<double>(WHOLE_EVENTS));
