@@ -153,8 +153,9 @@ def count_figure(row, what, operation, must, goal):
 
 
 FIGURES = (
-    count_figure("calls of an event to a file, in the kernel", "calls", "kernel", 40, 30),
-    count_figure("calls of an event to a file, buffered", "calls", "buffered", 40, 30),
+    count_figure("calls of an event to a file", "calls", "kernel", 40, 30),
+    count_figure("the same, virtual calls", "indirect_calls", "kernel", 8, 6),
+    count_figure("the same, instructions that lock the bus", "locked", "kernel", None, None),
     count_figure("instructions, buffered", "instructions", "buffered", 1450, 1200),
     count_figure("instructions, in the kernel", "instructions", "kernel", 1400, 1150),
     count_figure("instructions, asynchronous caller", "instructions", "async", 850, 700),

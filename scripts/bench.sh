@@ -119,9 +119,9 @@ run_paced() {
 # count_wakes FOLDER LOG NAME: the calls that wake threads which the thread that logs makes.
 count_wakes() {
   local trace="$RESULTS/futex.txt"
-  if ! timeout "$SECONDS_AT_MOST" strace -f -qq -e trace=futex,getppid -o "$trace" \
+  if ! timeout "$SECONDS_AT_MOST" strace -f -qq --seccomp-bpf -e trace=futex,getppid -o "$trace" \
     "$1/pacedProbe" "$2" "$PACED_EVENTS_TRACED" >"$RESULTS/strace.txt" 2>&1; then
-    say "strace $2 failed, so that its futex calls are not counted: $(tail -n 1 "$RESULTS/strace.txt")" >&2
+    say "no futex calls were counted, strace failed: $(tail -n 1 "$RESULTS/strace.txt")" >&2
     return
   fi
   awk -v name="$3" -v events="$PACED_EVENTS_TRACED" '
@@ -164,18 +164,18 @@ run_probes() {
   done >>"$RESULTS/probes.jsonl"
 }
 
-# count_instructions FOLDER OPERATION NAME: prints them as JSON, with the calls of functions that are
-# not inlined.
+# count_instructions FOLDER OPERATION NAME: prints them as JSON, with those that call or lock.
 count_instructions() {
   local report="$RESULTS/callgrind.txt" profile="$RESULTS/callgrind.out" collected calls
   timeout "$SECONDS_AT_MOST" valgrind --tool=callgrind --callgrind-out-file="$profile" \
+    --dump-instr=yes \
     '--toggle-collect=measuredPart*' --log-file="$report" \
     "$1/instructionProbe" "$2" "$INSTRUCTION_TIMES" || fail "instructionProbe $2 failed"
   collected=$(sed -n 's/.*Collected : *\([0-9]*\).*/\1/p' "$report")
   [[ -n $collected ]] || fail "no instructions were counted for $2"
-  calls=$(awk -F'[= ]' '/^calls=/ { sum += $2 } END { print sum + 0 }' "$profile")
-  printf '{"probe": "instructions", "operation": "%s", "times": %d, "instructions": %d, "calls": %d}\n' \
-    "$3" "$INSTRUCTION_TIMES" "$collected" "$calls"
+  calls=$(python3 -B "$ROOT/bench/callgrind_calls.py" "$profile") || fail "$2: no calls were counted"
+  printf '{"probe": "instructions", "operation": "%s", "times": %d, "instructions": %d, %s\n' \
+    "$3" "$INSTRUCTION_TIMES" "$collected" "${calls#\{}"
   rm -f -- "$profile"
 }
 
