@@ -1,15 +1,14 @@
 #!/usr/bin/env python3
-"""Counts what was called in a profile that callgrind wrote with --dump-instr=yes.
+"""Counts what a shared object called in a profile that callgrind wrote with --dump-instr=yes.
 
-    callgrind_calls.py PROFILE
+    callgrind_calls.py PROFILE OBJECT
 
-Prints, as JSON, how often the profile's part of the program executed an instruction that calls, one
-that calls what a register or a table of addresses names, such as a virtual function, and one that
-locks the memory bus, as entering a lock and counting references do. Calls of other shared objects go
-through a table, too, but count as plain calls; so do jumps into the next function as none.
+OBJECT is how the name of the file begins. Prints, as members of a JSON object, how often its code
+executed an instruction that calls; one that calls what a register or a table names, such as a
+virtual function; and one that locks the memory bus, as entering and leaving a lock and counting
+references do. A call of another shared object is a plain call. A jump into the next function is none.
 """
 
-import json
 import re
 import subprocess
 import sys
@@ -59,22 +58,22 @@ def instructions(path):
 
 
 def main():
-    if len(sys.argv) != 2:
-        raise SystemExit("usage: callgrind_calls.py PROFILE")
-    counts = executed(Path(sys.argv[1]))
-    result = Counter(calls=0, indirect_calls=0, locked=0)
-    for path in {path for path, _ in counts}:
-        if not Path(path).is_file():
-            continue
-        texts = instructions(path)
-        for (of, address), count in counts.items():
-            text = texts.get(address, "") if of == path else ""
-            if CALL.match(text):
-                result["calls"] += count
-                result["indirect_calls"] += count if INDIRECT.search(text) else 0
-            elif LOCKED.match(text):
-                result["locked"] += count
-    print(json.dumps(result))
+    if len(sys.argv) != 3:
+        raise SystemExit("usage: callgrind_calls.py PROFILE OBJECT")
+    counts = {place: count for place, count in executed(Path(sys.argv[1])).items()
+              if Path(place[0]).name.startswith(sys.argv[2])}
+    if not counts:
+        raise SystemExit(f"{sys.argv[2]} is not in the profile")
+    texts = {path: instructions(path) for path in {path for path, _ in counts}}
+    calls = indirect_calls = locked = 0
+    for (path, address), count in counts.items():
+        text = texts[path].get(address, "")
+        if CALL.match(text):
+            calls += count
+            indirect_calls += count if INDIRECT.search(text) else 0
+        elif LOCKED.match(text):
+            locked += count
+    print(f'"calls": {calls}, "indirect_calls": {indirect_calls}, "locked": {locked}')
 
 
 if __name__ == "__main__":

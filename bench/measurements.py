@@ -28,8 +28,9 @@ class Measurements:
                 self._read_times(path, prefix, BEFORE)
         self.paced = self._read_paced(directory / "paced.json")
         self._probes = self._read_lines(directory / "probes.jsonl")
-        self._counts = {line["operation"]: line
-                        for line in self._read_lines(directory / "instructions.jsonl")}
+        self._instructions = {
+            line["operation"]: line["instructions"] / line["times"]
+            for line in self._read_lines(directory / "instructions.jsonl")}
 
     @staticmethod
     def _read_machine(path):
@@ -99,19 +100,13 @@ class Measurements:
         return statistics.median(values) if values else None
 
     def has_instructions(self):
-        return bool(self._counts)
-
-    def count(self, what, operation):
-        """The instructions or calls of one call, without those of calling it from a loop; None when
-        not counted."""
-        if operation not in self._counts:
-            return None
-        of_operation, of_nothing = (self._counts[name][what] / self._counts[name]["times"]
-                                    for name in (operation, "nothing"))
-        return of_operation - of_nothing
+        return bool(self._instructions)
 
     def instructions(self, operation):
-        return self.count("instructions", operation)
+        """Of one call, without what calling it from a loop takes; None when not counted."""
+        if operation not in self._instructions:
+            return None
+        return self._instructions[operation] - self._instructions["nothing"]
 
 
 def middle_half(values):

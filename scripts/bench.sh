@@ -54,10 +54,14 @@ else
   rounds=2 repetitions=2 probe_repetitions=1 paced_rounds=5 paced_attempts=10 output=$RESULTS
 fi
 
-# build_bench FOLDER: the library and the benchmarks in that tree.
+# build_bench FOLDER: the library and the benchmarks in that tree, and the library once more without
+# optimization across its sources, in which calls are counted.
 build_bench() {
-  (cd -- "$1" && cmake --preset bench -DLOG4ZEB_QUILL="$quill") || fail "cannot configure $1"
-  (cd -- "$1" && cmake --build --preset bench) || fail "cannot build $1"
+  (cd -- "$1" && cmake --preset bench -DLOG4ZEB_QUILL="$quill" &&
+    cmake --build --preset bench) || fail "cannot build $1"
+  (cd -- "$1" && cmake --preset release -B build-bench-calls -DLOG4ZEB_BUILD_TESTS=OFF \
+    -DLOG4ZEB_BUILD_TOOLS=OFF -DLOG4ZEB_BUILD_EXAMPLES=OFF &&
+    cmake --build build-bench-calls --target kivlog4zeb) || fail "cannot build the library of $1"
 }
 
 # The sources of the earlier revision, with the benchmarks of this tree.
@@ -164,19 +168,38 @@ run_probes() {
   done >>"$RESULTS/probes.jsonl"
 }
 
-# count_instructions FOLDER OPERATION NAME: prints them as JSON, with those that call or lock.
+# count_instructions FOLDER OPERATION NAME: prints them as JSON.
 count_instructions() {
-  local report="$RESULTS/callgrind.txt" profile="$RESULTS/callgrind.out" collected calls
-  timeout "$SECONDS_AT_MOST" valgrind --tool=callgrind --callgrind-out-file="$profile" \
-    --dump-instr=yes \
+  local report="$RESULTS/callgrind.txt" collected
+  timeout "$SECONDS_AT_MOST" valgrind --tool=callgrind --callgrind-out-file=/dev/null \
     '--toggle-collect=measuredPart*' --log-file="$report" \
     "$1/instructionProbe" "$2" "$INSTRUCTION_TIMES" || fail "instructionProbe $2 failed"
   collected=$(sed -n 's/.*Collected : *\([0-9]*\).*/\1/p' "$report")
   [[ -n $collected ]] || fail "no instructions were counted for $2"
-  calls=$(python3 -B "$ROOT/bench/callgrind_calls.py" "$profile") || fail "$2: no calls were counted"
-  printf '{"probe": "instructions", "operation": "%s", "times": %d, "instructions": %d, %s\n' \
-    "$3" "$INSTRUCTION_TIMES" "$collected" "${calls#\{}"
+  printf '{"probe": "instructions", "operation": "%s", "times": %d, "instructions": %d}\n' \
+    "$3" "$INSTRUCTION_TIMES" "$collected"
+}
+
+# count_calls FOLDER NAME: prints as JSON what the library calls for an event to a file, each of its
+# sources compiled for itself so that calls between them are calls.
+count_calls() {
+  local profile="$RESULTS/callgrind.out" calls
+  LD_LIBRARY_PATH="$1/build-bench-calls" timeout "$SECONDS_AT_MOST" valgrind --tool=callgrind \
+    --dump-instr=yes --callgrind-out-file="$profile" '--toggle-collect=measuredPart*' \
+    --log-file="$RESULTS/callgrind.txt" "$1/build-bench/bin/instructionProbe" log4zeb_kernel \
+    "$INSTRUCTION_TIMES" || fail "instructionProbe log4zeb_kernel failed"
+  calls=$(python3 -B "$ROOT/bench/callgrind_calls.py" "$profile" libkivlog4zeb) ||
+    fail "no calls were counted"
+  printf '{"probe": "calls", "tree": "%s", "times": %d, %s}\n' "$2" "$INSTRUCTION_TIMES" "$calls"
   rm -f -- "$profile"
+}
+
+run_calls() {
+  say "counting calls"
+  {
+    count_calls "$ROOT" after
+    [[ -z $before ]] || count_calls "$BEFORE_SOURCE" before
+  } >>"$RESULTS/probes.jsonl"
 }
 
 run_instructions() {
@@ -199,7 +222,7 @@ run_instructions() {
 count_lines() {
   local lines
   lines=$(cd -- "$1" && find log4zeb.h appenders config core filters layouts net platform \
-    rendering tools -name '*.h' -o -name '*.cpp' | xargs cat | wc -l)
+    rendering tools '(' -name '*.h' -o -name '*.cpp' ')' -exec cat {} + | wc -l)
   printf '{"probe": "lines", "tree": "%s", "lines": %d}\n' "$2" "$lines" >>"$RESULTS/probes.jsonl"
 }
 
@@ -235,5 +258,6 @@ run_wakes
 run_benchmarks
 run_probes
 run_instructions
+run_calls
 python3 -B "$ROOT/bench/report.py" "$RESULTS" "$output"
 say "written: $output/results.md and $output/results.svg"
