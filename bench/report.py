@@ -109,10 +109,13 @@ OPERATIONS = (
 
 class Figure:
     """A line of the table of figures: `value` gives what was measured of the revision that a suffix
-    names, or None, and `detail` what is told with it. Less is better."""
+    names, or None, and `detail` what is told with it. Less is better. One that needs quiet is not
+    judged by blocks beside other load."""
 
-    def __init__(self, row, value, must, goal, detail=lambda measured, suffix: ""):
-        self.row, self.value, self.must, self.goal, self.detail = row, value, must, goal, detail
+    def __init__(self, row, value, must, goal, detail=lambda measured, suffix: "",
+                 needs_quiet=False):
+        self.row, self.value, self.must, self.goal = row, value, must, goal
+        self.detail, self.needs_quiet = detail, needs_quiet
 
 
 def ratio_figure(row, work, peer, must, goal):
@@ -144,7 +147,8 @@ def paced_figure(row, work, peer, must, goal):
         return (f" (middle half {number(lower)} to {number(upper)}; "
                 f"{number(measured.median(f'{work}/log4zeb{suffix}'))} : "
                 f"{number(measured.median(f'{work}/{peer}'))} ns)")
-    return Figure(f"{row}, ratio to {LIBRARIES[peer]}", value, must, goal, detail)
+    return Figure(f"{row}, ratio to {LIBRARIES[peer]}", value, must, goal, detail,
+                  needs_quiet=True)
 
 
 def instruction_figure(row, operation, must, goal):
@@ -251,14 +255,29 @@ def reached(value, must, goal):
     return "goal" if value <= goal else "must" if value <= must else "**no**"
 
 
+def figure_cell(measured, figure, suffix):
+    value = figure.value(measured, suffix)
+    if value is None:
+        return ""
+    text = f"{value:,.0f}" if value == int(value) else number(value)
+    return text + figure.detail(measured, suffix)
+
+
+def is_quiet(measured):
+    paced = measured.paced
+    return paced is not None and paced["quiet_rounds"] == len(paced["rounds"])
+
+
+def met(measured, figure):
+    if figure.needs_quiet and measured.paced is not None and not is_quiet(measured):
+        return "too busy"
+    return reached(figure.value(measured, ""), figure.must, figure.goal)
+
+
 def figure_line(measured, figure):
-    cells = []
-    for suffix in (measurements.BEFORE, ""):
-        value = figure.value(measured, suffix)
-        cells.append("" if value is None else number(value) + figure.detail(measured, suffix))
+    cells = [figure_cell(measured, figure, suffix) for suffix in (measurements.BEFORE, "")]
     wanted = ["" if limit is None else f"{limit:,}" for limit in (figure.must, figure.goal)]
-    return [figure.row] + cells + wanted + [
-        reached(figure.value(measured, ""), figure.must, figure.goal)]
+    return [figure.row] + cells + wanted + [met(measured, figure)]
 
 
 def lines_line(measured):
@@ -280,7 +299,7 @@ def paced_sentence(measured):
     sentence = (f"Of paced events {len(used)} rounds of {blocks} blocks count; {void} rounds, "
                 f"{void * blocks} blocks, were void because other programs took more than "
                 f"{measured.paced['most_load']:.0%} of the processors.")
-    if quiet < len(used):
+    if not is_quiet(measured):
         worst = max(done["foreign"] for done in used)
         sentence += (f" **Only {quiet} of the rounds that count were quiet**, the others are the "
                      f"least disturbed of those that were void, up to {worst:.0%}: the machine was "
