@@ -6,7 +6,7 @@
 OBJECT is how the name of the file begins. Prints, as members of a JSON object, how often its code
 executed an instruction that calls; one that calls what a register or a table names, such as a
 virtual function; and one that locks the memory bus, as entering and leaving a lock and counting
-references do. A call of another shared object is a plain call. A jump into the next function is none.
+references do. A call of another shared object is a plain call. A jump into a function is none.
 """
 
 import re

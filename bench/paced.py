@@ -51,7 +51,8 @@ def measure_round(logs, first):
 
 def main():
     if len(sys.argv) < 6:
-        raise SystemExit("usage: paced.py ROUNDS MOST_ATTEMPTS MOST_LOAD OUTPUT NAME=PROGRAM:LOG...")
+        raise SystemExit(
+            "usage: paced.py ROUNDS MOST_ATTEMPTS MOST_LOAD OUTPUT NAME=PROGRAM:LOG...")
     wanted, most_attempts, most_load = int(sys.argv[1]), int(sys.argv[2]), float(sys.argv[3])
     logs = {}
     for argument in sys.argv[5:]:

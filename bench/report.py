@@ -283,11 +283,10 @@ def figure_line(measured, figure):
 def lines_line(measured):
     before, after = (measured.probe("lines", probe="lines", tree=tree)
                      for tree in ("before", "after"))
-    met = ""
-    if before is not None:
-        met = reached(after - before, -FEWER_LINES[0], -FEWER_LINES[1])
+    fewer = None if before is None else after - before
     return (["lines of library and tools", "" if before is None else f"{before:,}",
-             f"{after:,}"] + [f"{fewer:,} fewer" for fewer in FEWER_LINES] + [met])
+             f"{after:,}"] + [f"{wanted:,} fewer" for wanted in FEWER_LINES] +
+            [reached(fewer, -FEWER_LINES[0], -FEWER_LINES[1])])
 
 
 def paced_sentence(measured):
