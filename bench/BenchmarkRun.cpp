@@ -16,6 +16,9 @@ int runBenchmarks(int argumentCount, char** arguments) {
   benchmark::AddCustomContext("flags", BENCH_FLAGS);
   benchmark::AddCustomContext("LOG4ZEB", LOG4ZEB_VERSION);
   benchmark::AddCustomContext("spdlog", BENCH_SPDLOG_VERSION);
+  if (*BENCH_QUILL_VERSION != '\0') {
+    benchmark::AddCustomContext("quill", BENCH_QUILL_VERSION);
+  }
   benchmark::AddCustomContext("glog", BENCH_GLOG_VERSION);
   benchmark::AddCustomContext("Boost.Log", BENCH_BOOST_VERSION);
   benchmark::AddCustomContext("Google Benchmark", BENCH_BENCHMARK_VERSION);

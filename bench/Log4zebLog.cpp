@@ -1,5 +1,7 @@
 #include "bench/Log4zebLog.h"
 
+#include <fmt/format.h>
+
 #include <fstream>
 #include <stdexcept>
 
@@ -81,6 +83,8 @@ void Log4zebLog::applyToAppenders(const Setup& setup) {
 }
 
 void Log4zebLog::log() { m_logger->info(workload::MESSAGE); }
+
+void Log4zebLog::logNumber(int number) { LOG4ZEB_INFOF(m_logger, WORKLOAD_FORMAT, number); }
 
 void Log4zebLog::drain() {
   if (m_async != nullptr && m_async->flush(LONGEST_DRAIN) == 0) {

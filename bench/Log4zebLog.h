@@ -27,6 +27,7 @@ class Log4zebLog : public LogUnderTest {
                                              const Setup& setup);
 
   void log() override;
+  void logNumber(int number) override;
   void drain() override;
   void finish() override;
 

@@ -4,6 +4,7 @@
 #include "bench/BoostLog.h"
 #include "bench/GlogLog.h"
 #include "bench/Log4zebLog.h"
+#include "bench/QuillLog.h"
 #include "bench/SpdlogLog.h"
 
 namespace {
@@ -39,7 +40,7 @@ Log makeAsynchronous(const std::string& library, const fs::path& directory) {
     return std::make_unique<SpdlogLog>(directory, SpdlogLog::Sink::MultiThreaded,
                                        Delivery::Buffered, SpdlogLog::Caller::Queues);
   }
-  return nullptr;
+  return library == "quill" ? QuillLog::make(directory) : nullptr;
 }
 
 }  // namespace

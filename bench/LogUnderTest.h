@@ -15,6 +15,9 @@ class LogUnderTest {
 
   /// Logs the event of the workload. Any thread may call it.
   virtual void log() = 0;
+  /// Logs an event whose message, the same text, is formatted with one number. Logs that are not
+  /// measured with it throw std::logic_error.
+  virtual void logNumber(int number);
   /// Waits until nothing is queued. Logs without a queue have nothing to do.
   virtual void drain() {}
   /// Ends the log: everything is in its files when it returns. Called once.

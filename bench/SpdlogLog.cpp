@@ -49,6 +49,8 @@ SpdlogLog::~SpdlogLog() = default;
 
 void SpdlogLog::log() { m_logger->info(workload::MESSAGE); }
 
+void SpdlogLog::logNumber(int number) { m_logger->info(WORKLOAD_FORMAT, number); }
+
 void SpdlogLog::drain() {
   while (m_pool != nullptr && m_pool->queue_size() != 0) {
     std::this_thread::sleep_for(std::chrono::microseconds(100));

@@ -25,6 +25,7 @@ class SpdlogLog : public LogUnderTest {
   ~SpdlogLog() override;
 
   void log() override;
+  void logNumber(int number) override;
   void drain() override;
   void finish() override;
 

@@ -4,7 +4,7 @@
 //
 // OPERATION is nothing, whose count is what the others have in common; disabled_log4zeb_method,
 // disabled_log4zeb_macro, disabled_spdlog; lookup_log4zeb, lookup_log4zeb_literal, lookup_spdlog;
-// or a log, such as log4zeb_kernel.
+// or a log, such as log4zeb_kernel, whose messages are formatted where _formatted is behind it.
 
 #include <spdlog/spdlog.h>
 
@@ -14,6 +14,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <thread>
 
 #include "bench/LogCatalogue.h"
@@ -73,7 +74,11 @@ void warmUpAndMeasure(const Operation& operation, int times) {
   measuredPart(operation, times);
 }
 
-int probeLog(const std::string& name, int times) {
+int probeLog(std::string name, int times) {
+  constexpr std::string_view FORMATTED = "_formatted";
+  const std::size_t end = name.find(FORMATTED);
+  const bool isFormatted = end != std::string::npos && end + FORMATTED.size() == name.size();
+  name.resize(isFormatted ? end : name.size());
   const ScratchDirectory directory;
   const std::unique_ptr<LogUnderTest> log = LogCatalogue::make(name, directory.path());
   if (log == nullptr || times > workload::BURST_EVENTS) {
@@ -81,7 +86,9 @@ int probeLog(const std::string& name, int times) {
               << " times\n";
     return 2;
   }
-  warmUpAndMeasure([&log] { log->log(); }, times);
+  warmUpAndMeasure(isFormatted ? Operation([&log] { log->logNumber(workload::NUMBER); })
+                               : Operation([&log] { log->log(); }),
+                   times);
   log->finish();
   if (directory.lines() != times + WARM_UP) {
     std::cerr << "instructionProbe: lines are missing\n";
