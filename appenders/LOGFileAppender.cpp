@@ -4,6 +4,7 @@
 
 #include "appenders/LOGQuietWriter.h"
 #include "core/LOGFailures.h"
+#include "layouts/LOGLayout.h"
 #include "platform/ZEBAssertError.h"
 #include "platform/ZEBConfigurationFactory.h"
 #include "platform/ZEBFmDir.h"

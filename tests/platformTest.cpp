@@ -514,7 +514,7 @@ TEST_F(FmFile, LosesOfABatchOnlyTheRecordsThatCannotBeWritten) {
   });
   const std::string blank(20, ' ');
   EXPECT_EQ(Workplace::read("log"), "aaaaaaa\n" + blank + "\r\n")
-      << "the part that there was room for becomes a blank line";
+      << "a blank line stands for the part that there was room for";
 }
 
 TEST_F(FmFile, SurvivesABrokenPipe) {
