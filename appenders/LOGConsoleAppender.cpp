@@ -4,7 +4,6 @@
 
 #include "appenders/LOGQuietWriter.h"
 #include "core/LOGFailures.h"
-#include "layouts/LOGLayout.h"
 #include "platform/I18NLocale.h"
 #include "platform/ZEBAssertError.h"
 #include "platform/ZEBThreadGuard.h"

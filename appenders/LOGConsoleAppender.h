@@ -28,9 +28,9 @@ class LOG4ZEB_EXPORT LOGConsoleAppender : public LOGWriterAppender {
   /// "out" or "err", as it was set. Only for the time in which no other thread sets it: that
   /// changes the text that it refers to.
   const I18NString& getTarget() const { return target; }
-  /// Opens "out" or "err", whatever the case. Any other value is reported and leaves the appender
-  /// without a stream, its target unchanged, although the report says that "out" is used: that is
-  /// how it is meant. Takes the appender's lock.
+  /// Opens "out" or "err", whatever the case. Takes the appender's lock.
+  /// Deliberate: any other value is reported and leaves the appender without a stream, its target
+  /// unchanged, although the report says that "out" is used.
   void setTarget(const I18NString& value);
   /// Reports that a target is not known; the value does not show.
   void targetWarn(const I18NString& value);

@@ -31,7 +31,7 @@ class LOG4ZEB_EXPORT LOGRollingFileAppender : public LOGFileAppender {
   /// Bytes. A limit of 4 GiB or more is never reached, because bytes are counted modulo 2^32.
   std::uint64_t getMaximumFileSize() const { return maxFileSize; }
   void setMaximumFileSize(std::uint64_t bytes);
-  /// Does nothing, on purpose: the size is set as a number.
+  /// Deliberate: does nothing. The size is set as a number.
   void setMaxFileSize(const I18NString& value);
   /// How many backups are kept; below 1 none is, and a full file is truncated.
   int getMaxBackupIndex() const { return maxBackupIndex; }

@@ -7,9 +7,9 @@ if(PROJECT_IS_TOP_LEVEL)
   set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 endif()
 
-# In what is delivered the compiler sees the whole way of an event at once, which makes it a tenth
-# shorter: after a system call the processor has forgotten it, and less code is read back faster. Not
-# in a static library, which another compiler could not read then.
+# Release builds optimise the whole library at once, which makes an event's code a tenth shorter; after
+# a system call less code has to be loaded again. Not in a static library, which another compiler
+# could not read then.
 if(NOT WIN32 AND BUILD_SHARED_LIBS)
   include(CheckIPOSupported)
   check_ipo_supported(RESULT LOG4ZEB_IPO_SUPPORTED OUTPUT LOG4ZEB_IPO_REASON LANGUAGES CXX)
@@ -29,7 +29,7 @@ function(log4zeb_compile_options target)
     target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor
       -Woverloaded-virtual -Wconversion -Wno-sign-conversion)
     if(MINGW)
-      # It takes a local object that takes itself out of a list at its end for one that stays there.
+      # A false warning: the local object removes itself from the list in its destructor.
       target_compile_options(${target} PRIVATE -Wno-dangling-pointer)
     endif()
     if(LOG4ZEB_WERROR)

@@ -13,9 +13,10 @@
 /// A thread that looks at a file's time of modification again and again, and calls doOnChange()
 /// when it has advanced. The host constructs one, which looks for the first time, and starts it.
 ///
-/// Delay, time last seen and the flag that ends the polling are one set for all watchdogs of the
-/// process, on purpose: a new watchdog resets them for the others too, and a file that cannot be
-/// read ends them all. In the child of a fork nothing is polled until a watchdog is started there.
+/// Deliberate: delay, time last seen and the flag that ends the polling are one set for all
+/// watchdogs of the process. A new watchdog resets them for the others too, and a file that cannot
+/// be read ends them all. In the child of a fork nothing is polled until a watchdog is started
+/// there.
 class LOG4ZEB_EXPORT LOGFileWatchdog : public ZEBThread {
  public:
   static constexpr unsigned int DEFAULT_DELAY = 6000;

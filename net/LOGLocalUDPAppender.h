@@ -12,8 +12,8 @@
 
 /// Sends each event as one UDP datagram to a listener on this machine: a record in the form of Java
 /// object serialisation with the logger's name and the message object, written by the object's
-/// renderer. Nothing waits for the listener. It never says anything: what cannot be sent is lost,
-/// and a socket that cannot be made is tried again at most once a second.
+/// renderer. A log call does not wait for the listener. Nothing is reported: what cannot be sent is
+/// lost, and a socket that cannot be made is tried again at most once a second.
 class LOG4ZEB_EXPORT LOGLocalUDPAppender : public LOGAppenderSkeleton {
  public:
   static constexpr int DEFAULT_PORT = 9362;
@@ -28,8 +28,8 @@ class LOG4ZEB_EXPORT LOGLocalUDPAppender : public LOGAppenderSkeleton {
 
   /// Makes the socket, unless there is one or the appender is closed. Takes the appender's lock.
   void activateOptions() override;
-  /// Refuses events from now on. The socket stays open until release() or the appender's end; that
-  /// is how it is meant.
+  /// Refuses events from now on.
+  /// Deliberate: the socket stays open until release() or the appender's end.
   void close() override;
   /// Frees the socket and the memory of an appender that was closed, for an owner that has to keep
   /// the object. Takes the appender's lock.

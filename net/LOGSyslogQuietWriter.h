@@ -9,8 +9,8 @@ class LOG4ZEB_EXPORT LOGSyslogQuietWriter : public LOGQuietWriter {
   /// `facility` is a number of RFC 3164 times 8. The writer is not owned until close().
   LOGSyslogQuietWriter(LOGWriter* w, int facility, LOGErrorHandler* eh);
 
-  /// Stores the severity of what is written next. It does not show in the priority, on purpose: the
-  /// daemon gets the facility alone.
+  /// Stores the severity of what is written next.
+  /// Deliberate: the priority has the facility alone, so a daemon sees the severity emerg.
   void setLevel(int level) { m_level = level; }
   void setSyslogFacility(int facility) { m_syslogFacility = facility; }
 

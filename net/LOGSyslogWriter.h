@@ -21,8 +21,7 @@ class LOG4ZEB_EXPORT LOGSyslogWriter : public LOGWriter {
   /// Makes the socket and looks the host up. Failures are reported; the writer then reports every
   /// text that it cannot send.
   void init();
-  /// The report of a failure names the host of the writer that was made last, by whoever: that is
-  /// how it is meant.
+  /// Deliberate: the report of a failure names the host of the writer that was made last.
   void write(const I18NString& text) override;
   /// The same for UTF-8 up to a terminating zero; null is sent as an empty datagram.
   void write(char* text);

@@ -114,8 +114,8 @@ class RendererTable {
   std::atomic<bool> m_isOriginal{true};
 };
 
-/// Made when the library is loaded: a fork beside its making would leave the child waiting for
-/// ever.
+/// Made when the library is loaded: a fork while another thread makes it would let the child wait
+/// for ever.
 [[maybe_unused]] const RendererTable* const TABLE = &RendererTable::instance();
 
 }  // namespace

@@ -10,7 +10,7 @@ class LOGObjectRenderer;
 
 /// Finds the renderer of a message object by the object's tag. All maps of the process share one
 /// table, which any thread may use and change; a renderer that is replaced or cleared stays until
-/// nobody renders with it any more.
+/// no thread renders with it any more.
 class LOG4ZEB_EXPORT LOGRendererMap {
  public:
   /// Takes ownership of `renderer`; entering an object a second time, under whatever tag, is
@@ -36,7 +36,7 @@ class LOG4ZEB_EXPORT LOGRendererMap {
   /// Drops what was put. The default renderer stays.
   void clear();
 
-  /// The renderer of objects for whose tag there is none: at first a LOGDefaultRenderer. May be
+  /// The renderer of objects whose tag has none: at first a LOGDefaultRenderer. May be
   /// null; valid until it is replaced.
   LOGObjectRenderer* getDefaultRenderer() const;
   /// Takes ownership of `renderer`. After null such objects are not rendered.

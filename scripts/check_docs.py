@@ -8,7 +8,8 @@ follows a line `<!-- from PATH -->` and stands in that file; what is C++ there i
 or test that is named as code exists, and so does what has a name like the library's. A message of
 the diagnostics that is quoted as code, with … for what differs, is made of texts in the sources.
 docs/configuration.md names every element, attribute, class and param that the configurator knows,
-docs/check.md every rule of the check.
+docs/check.md every rule of the check. A folder of the library includes only those that its README
+names behind "May include".
 """
 
 import json
@@ -46,6 +47,10 @@ KNOWN_NAMES = (
     ("docs/configuration.md", "config/LOGParameterTable.cpp", r'\{"\w+", "(\w+)", NameCase'),
     ("docs/check.md", "tools/*.cpp", r'\b(?:warn|fail)\(\s*"([a-z-]+)"'),
 )
+# Folders of the library, whose READMEs tell what they may include.
+LAYERED = ("platform", "core", "rendering", "filters", "layouts", "appenders", "net", "config")
+MAY_INCLUDE = re.compile(r"May include ([^.]+)\.")
+INCLUDE = re.compile(r'^#include "(\w+)/', re.MULTILINE)
 SHORTEST_LITERAL = 8  # of those that make up a message; shorter ones would make up any
 # Stands for whatever the reader has, as NAME or `*` do.
 VARIABLE = re.compile(r"[*<>{}]|\b[A-Z]{3,}\b(?!\.)|\.\.\.")
@@ -191,6 +196,7 @@ class Checker:
             for line, text in page.indented:
                 self._check_paths(page, line, text)
         self._check_references()
+        self._check_includes()
         return self.findings
 
     def _check_link(self, page, line, target):
@@ -255,6 +261,15 @@ class Checker:
                 self._complain(page, 1, f"nothing to compare with is found in {sources}")
             for word in sorted(known - named):
                 self._complain(page, 1, f"{sources} knows {word}, which is not described")
+
+    def _check_includes(self):
+        for folder in LAYERED:
+            page = self.pages[self.root / folder / "README.md"]
+            text = MAY_INCLUDE.search(page.path.read_text(encoding="utf-8"))
+            allowed = {folder} | set(re.findall(r"`(\w+)`", text[1] if text else ""))
+            for source in self._tracked(f"{folder}/*.h") + self._tracked(f"{folder}/*.cpp"):
+                for other in set(INCLUDE.findall(source.read_text(encoding="utf-8"))) - allowed:
+                    self._complain(page, 1, f"{source.relative_to(self.root)} includes {other}")
 
     def _check_message(self, page, line, code):
         match = DIAGNOSTICS.fullmatch(code)

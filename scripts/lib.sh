@@ -12,7 +12,7 @@ fail() {
   exit 1
 }
 
-# The Debian packages that the build needs, each with what stands for it on any system: a command,
+# The Debian packages that the build needs, each with what shows that it is installed: a command,
 # or a header that the compiler finds.
 NEEDED=(
   'g++ command:g++'
@@ -36,7 +36,7 @@ is_debian() {
   [[ -e /etc/debian_version ]] && command -v apt-get >/dev/null
 }
 
-# Whether the package, or on a system without packages of that name what stands for it, is there.
+# Whether the package is installed, told by its command or header where there is no such package.
 is_present() {
   local package=$1 kind=${2%%:*} what=${2#*:}
   if [[ $kind == command ]]; then

@@ -164,7 +164,7 @@ TEST_F(AsyncAppenderTest, TakesFromAFullQueueWhatIsLoggedFromWithin) {
   next.setName("next");
   capture.onAppend = [&](LOGLoggingEvent*) {
     if (capture.messages.back() == "x") {
-      logger->info("y");  // takes the lock that who waits for space holds
+      logger->info("y");  // takes the lock that a thread waiting for space holds
     }
   };
   async.setBufferSize(2);

@@ -381,7 +381,7 @@ TEST(Diagnostics, GoToAPipeFromWhenItHasAReaderOn) {
   Workplace workplace;
   fs::remove("log4zeb.log");
   ASSERT_EQ(mkfifo("log4zeb.log", 0600), 0);
-  alarm(60);  // ends a test that waits for ever, as whoever opens a pipe without a reader does
+  alarm(60);  // ends a test that waits for ever in opening a pipe without a reader
   LOGLogLog::debug("lost");
   const int reader = open("log4zeb.log", O_RDONLY | O_NONBLOCK);
   const std::string message(3 * static_cast<std::size_t>(fcntl(reader, F_GETPIPE_SZ)), 'x');

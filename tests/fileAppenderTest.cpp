@@ -123,8 +123,8 @@ class ActingRollingAppender : public LOGRollingFileAppender {
 std::function<void()> ActingRollingAppender::s_act;
 
 #ifndef _WIN32
-/// Memory whose beginning or end can be taken away: whoever uses it next first gets it back and
-/// calls a function.
+/// Memory whose beginning or end can be taken away: the next access restores it and calls a
+/// function.
 class InterruptingMemory {
  public:
   explicit InterruptingMemory(std::function<void()> onUse) : m_onUse(std::move(onUse)) {

@@ -337,7 +337,7 @@ TEST(HostileMessage, IsWrittenAsItIsExceptForTagsInHtml) {
   const std::string plain = html.format(&harmless).toStdString();
   EXPECT_EQ(std::count(row.begin(), row.end(), '<'), std::count(plain.begin(), plain.end(), '<'));
   EXPECT_EQ(wellFormed(xml.format(&harmless)), 1);
-  EXPECT_EQ(wellFormed(xml.format(&event)), 0) << "a message ends its section, which is meant";
+  EXPECT_EQ(wellFormed(xml.format(&event)), 0) << "deliberate: a message may end its section";
 }
 
 TEST(UntrustedText, IsOneLineOfPlainCharacters) {

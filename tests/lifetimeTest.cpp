@@ -37,7 +37,7 @@ namespace {
 using Messages = std::vector<std::string>;
 using std::chrono::milliseconds;
 
-/// How long the tests go on in which threads meet by chance: longer where the environment says so.
+/// How long tests run whose threads race: longer where the environment says so.
 milliseconds duration() {
   const char* const seconds = std::getenv("LOG4ZEB_TEST_SECONDS");
   return seconds == nullptr ? milliseconds(300) : std::chrono::seconds(std::atoi(seconds));

@@ -320,8 +320,8 @@ INSTANTIATE_TEST_SUITE_P(Destinations, ForkingProgram,
                                          Destination{"AsyncToBufferedFile", 1, 1, true}),
                          [](const auto& test) { return test.param.name; });
 
-// An appender that waits, under the library's locks, for something that the thread that forks will
-// never give it: the fork does not wait for it, and the child finds no lock that nobody leaves.
+// An appender waits under the library's locks for something that the forking thread never gives it.
+// The fork does not wait for the appender, and in the child its locks are free.
 TEST(ForkedChild, LogsThoughAnotherThreadIsStuckInAnAppender) {
   SKIP_WHERE_CHILDREN_HAVE_NO_THREADS();
   for (const bool isAsynchronous : {false, true}) {

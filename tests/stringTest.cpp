@@ -33,7 +33,7 @@ std::string encode(char32_t c) {
   return {static_cast<char>(0xF0 | (c >> 18)), tail(12), tail(6), tail(0)};
 }
 
-/// The character that exactly these bytes stand for: they must be what it is encoded as.
+/// The character that exactly these bytes encode, in its shortest form.
 std::optional<char32_t> decodeWhole(const std::string& bytes) {
   char32_t c =
       static_cast<unsigned char>(bytes[0]) & (bytes.size() == 1 ? 0xFF : 0x7F >> bytes.size());

@@ -5,7 +5,7 @@
 
 #include "appenders/LOGAppenderSkeleton.h"
 
-/// Stands for a destination that takes its time: it counts the events that it was given.
+/// A slow destination: waits for each event, and counts them.
 class SlowAppender : public LOGAppenderSkeleton {
  public:
   explicit SlowAppender(int milliseconds);

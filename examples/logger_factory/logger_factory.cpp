@@ -8,7 +8,7 @@
 #include "log4zeb.h"
 
 int main(int argumentCount, char** arguments) {
-  // Before any code asks for the logger shop.audit: the first who asks for a name has it made.
+  // Before any code asks for the logger shop.audit: the first request for a name makes the logger.
   if (argumentCount != 2 || LOG4ZEBConfigurator::initialize(arguments[1]) == 0) {
     std::cerr << "usage: logger_factory DOCUMENT, where DOCUMENT is a configuration document\n";
     return 1;

@@ -36,12 +36,12 @@ void setLevelOfDatabase(const std::string& from, const std::string& to) {
   std::string content = contentOf(WATCHED);
   const std::size_t logger = content.find("shop.db");
   content.replace(content.find(from, logger), from.size(), to);
-  // Whoever edits by hand is never as fast as a file system that counts time in large steps.
+  // Two edits within one step of the file system's clock would count as one.
   std::this_thread::sleep_for(std::chrono::milliseconds(100));
   replaceDocument(content);
 }
 
-/// Waits until that is so, for ten seconds at most.
+/// Waits up to ten seconds until DEBUG is on or off, and returns whether it is.
 bool waitUntilDebugIs(int enabled, LOGLogger* logger) {
   for (int i = 0; i < 1000 && logger->isDebugEnabled() != enabled; ++i) {
     std::this_thread::sleep_for(std::chrono::milliseconds(10));

@@ -1,4 +1,4 @@
-// A name that somebody typed, who wants it to look like a line of the log: as it is, and escaped.
+// Logs a name that was typed to forge a line of the log: as it is, and escaped.
 //
 //   untrusted DOCUMENT
 

@@ -45,7 +45,7 @@ constexpr std::uintmax_t MOST_DIAGNOSTICS = 1 << 24;
 constexpr std::chrono::seconds HANG(30);
 const std::string DOCUMENTS[] = {"first.xml", "second.xml", "third.xml"};
 
-/// What a thread does, for who watches it.
+/// What a thread does, as the main thread sees it.
 struct Progress {
   std::atomic<unsigned long> operations{0};
   std::atomic<const char*> at{"nothing"};

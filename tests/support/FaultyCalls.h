@@ -13,7 +13,7 @@
 class FaultyCalls {
  public:
   /// In place of an error's number: the call writes half of what it is given; it writes half, and
-  /// for the rest of the time fails as on a full disk; it writes nothing and says so.
+  /// then every call fails as on a full disk; it writes nothing and returns 0.
   static constexpr int SHORT = -1;
   static constexpr int SHORT_THEN_FULL = -2;
   static constexpr int NOTHING = -3;
