@@ -7,7 +7,7 @@
 #include <climits>
 
 #include "platform/ZEBSocketAddress.h"
-#include "platform/windows/ZEBWindowsSockets.h"
+#include "platform/windows/ZEBSystemSockets.h"
 
 namespace {
 
@@ -37,7 +37,7 @@ int ZEBDatagramSocket::succeeded(bool success) noexcept {
 
 int ZEBDatagramSocket::open(const ZEBSocketAddress& address) {
   close();
-  ZEBWindowsSockets::start();
+  ZEBSystemSockets::start();
   const int family = address.isIPv6() != 0 ? AF_INET6 : AF_INET;
   const SOCKET opened = WSASocketW(family, SOCK_DGRAM, IPPROTO_UDP, nullptr, 0,
                                    WSA_FLAG_OVERLAPPED | WSA_FLAG_NO_HANDLE_INHERIT);
