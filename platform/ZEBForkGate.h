@@ -62,6 +62,7 @@ class ZEBForkGate {
     LockScope& operator=(const LockScope&) = delete;
     ~LockScope() { m_thread.m_held.store(m_before, std::memory_order_release); }
 
+    const ThreadRecord& thread() const noexcept { return m_thread; }
     bool isOutermost() const noexcept { return m_before == NOTHING; }
     void waitForFork() const noexcept {
       m_thread.passGate(m_thread.m_held.load(std::memory_order_relaxed));

@@ -83,8 +83,8 @@ ZEBForkGate::ThreadRecord& ZEBThreadCriticalSection::currentThread() {
   }
 }
 
-LOG4ZEB_HOT void ZEBThreadCriticalSection::enter() {
-  const Owner self = ownerOf(&currentThread());
+LOG4ZEB_HOT void ZEBThreadCriticalSection::enter(const ZEBForkGate::ThreadRecord& thread) {
+  const Owner self = ownerOf(&thread);
   Owner owner = 0;
   if (!m_owner.compare_exchange_strong(owner, self, std::memory_order_seq_cst,
                                        std::memory_order_relaxed)) {

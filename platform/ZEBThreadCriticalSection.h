@@ -24,7 +24,7 @@ class LOG4ZEB_EXPORT ZEBThreadCriticalSection {
 
   /// Waits for the lock. Throws ZEBSystemError when the operating system refuses, and
   /// ZEBOutOfMemoryError, which only the first lock of a thread can meet.
-  void enter();
+  void enter() { enter(currentThread()); }
   /// Takes the lock unless another thread holds it. Returns whether it did. Throws
   /// ZEBOutOfMemoryError as enter() does.
   bool tryEnter();
@@ -40,6 +40,7 @@ class LOG4ZEB_EXPORT ZEBThreadCriticalSection {
 
   /// What is recorded of the calling thread. Throws ZEBOutOfMemoryError.
   static ZEBForkGate::ThreadRecord& currentThread();
+  void enter(const ZEBForkGate::ThreadRecord& thread);
   void waitFor(Owner self);
   void sleepUntilTaken(Owner self);
   void noteTaken(bool hasWaited = true) noexcept;
