@@ -3,12 +3,14 @@
 #include <cassert>
 
 #include "core/LOGCallScope.h"
+#include "platform/ZEBForkHandler.h"
 #include "platform/ZEBThreadPlace.h"
 
 namespace {
 
-/// How many threads wait for pins. In the child of a fork it may be more than there are.
+/// How many threads wait for pins; none in the child of a fork.
 std::atomic<int> g_waiters{0};
+const ZEBForkHandler FORK_HANDLER(nullptr, [](void*) { g_waiters = 0; });
 
 /// Where they sleep.
 ZEBThreadPlace& place() {

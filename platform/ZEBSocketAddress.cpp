@@ -37,8 +37,6 @@ Address read(const unsigned char* storage) {
 
 }  // namespace
 
-ZEBSocketAddress::ZEBSocketAddress(const I18NString& name) : m_name(name) {}
-
 void ZEBSocketAddress::assign(const void* address, std::size_t length) noexcept {
   std::memset(m_storage, 0, sizeof m_storage);
   if (length != 0) {
