@@ -3,12 +3,14 @@
 #include <cassert>
 
 #include "core/LOGCallScope.h"
+#include "platform/ZEBForkHandler.h"
 #include "platform/ZEBThreadPlace.h"
 
 namespace {
 
-/// How many threads wait for pins. In the child of a fork it may be more than there are.
+/// How many threads wait for pins; none in the child of a fork.
 std::atomic<int> g_waiters{0};
+const ZEBForkHandler FORK_HANDLER(nullptr, [](void*) { g_waiters = 0; });
 
 /// Where they sleep.
 ZEBThreadPlace& place() {
@@ -22,9 +24,9 @@ ZEBThreadPlace& place() {
 
 }  // namespace
 
-bool LOGAppenderPin::Record::isOfOtherThread(const ZEBForkGate::Visitor& self) const noexcept {
-  const ZEBForkGate::Visitor* const thread = owner.load(std::memory_order_acquire);
-  return thread != nullptr && thread != &self && !thread->isGone();
+bool LOGAppenderPin::Record::isOfOtherThread(const ZEBForkGate::ThreadRecord& self) const noexcept {
+  const ZEBForkGate::ThreadRecord* const thread = owner.load(std::memory_order_acquire);
+  return thread != nullptr && thread != &self && !thread->isLost();
 }
 
 std::atomic<LOGAppenderPin::Record*>& LOGAppenderPin::first() {
@@ -43,11 +45,11 @@ std::atomic<LOGAppenderPin::Record*>& LOGAppenderPin::first() {
 [[maybe_unused]] const std::atomic<LOGAppenderPin::Record*>& LOGAppenderPin::s_first = first();
 
 LOGAppenderPin::Record& LOGAppenderPin::take() {
-  const ZEBForkGate::Visitor* const self = &ZEBForkGate::self();
+  const ZEBForkGate::ThreadRecord* const self = &ZEBForkGate::self();
   for (Record* record = first().load(); record != nullptr; record = record->next) {
-    const ZEBForkGate::Visitor* owner = record->owner.load();
+    const ZEBForkGate::ThreadRecord* owner = record->owner.load();
     // A thread that a fork has left behind uses nothing any more.
-    if ((owner == nullptr || owner->isGone()) &&
+    if ((owner == nullptr || owner->isLost()) &&
         record->owner.compare_exchange_strong(owner, self)) {
       record->appender = nullptr;
       return *record;
@@ -94,7 +96,7 @@ void LOGAppenderPin::awaitOthers(const LOGAppenderAttachable* list,
   if (!LOGCallScope::mayWait()) {
     return;
   }
-  const ZEBForkGate::Visitor& self = ZEBForkGate::self();
+  const ZEBForkGate::ThreadRecord& self = ZEBForkGate::self();
   for (const Record* record = first().load(); record != nullptr; record = record->next) {
     const unsigned uses = record->uses.load(std::memory_order_acquire);
     const auto isUsed = [&] {
@@ -108,7 +110,7 @@ void LOGAppenderPin::awaitOthers(const LOGAppenderAttachable* list,
       continue;
     }
     assert(self.mayWait());
-    const ZEBForkGate::Rest rest;
+    const ZEBForkGate::BlockedScope blocked;
     place().lock();
     ++g_waiters;
     while (isUsed()) {

@@ -32,13 +32,13 @@ class LOGAppenderPin {
  private:
   /// Never destroyed, and used by one pin at a time.
   struct Record {
-    std::atomic<const ZEBForkGate::Visitor*> owner{nullptr};
+    std::atomic<const ZEBForkGate::ThreadRecord*> owner{nullptr};
     std::atomic<const LOGAppenderSkeleton*> appender{nullptr};
     std::atomic<const LOGAppenderAttachable*> list{nullptr};
     std::atomic<unsigned> uses{0};
     Record* next = nullptr;
 
-    bool isOfOtherThread(const ZEBForkGate::Visitor& self) const noexcept;
+    bool isOfOtherThread(const ZEBForkGate::ThreadRecord& self) const noexcept;
   };
 
   static Record& take();

@@ -236,9 +236,8 @@ int LOGAsyncAppender::getBufferSize() const {
 }
 
 void LOGAsyncAppender::setBufferSize(int size) {
-  LOGBoundedFIFO* const m_bf = m_core->bf.isClosed() ? nullptr : &m_core->bf;
-  ZEB_ASSERT(m_bf, SOURCE, __LINE__);
-  m_bf->resize(size);
+  ZEB_ASSERT_AS(!m_core->bf.isClosed(), "m_bf", SOURCE, __LINE__);
+  m_core->bf.resize(size);
 }
 
 LOG4ZEB_HOT void LOGAsyncAppender::append(LOGLoggingEvent* event) {

@@ -70,7 +70,7 @@ LOGBoundedFIFO::~LOGBoundedFIFO() = default;
 
 void LOGBoundedFIFO::put(LOGLoggingEvent* event) {
   {
-    const ZEBForkGate::Stay stay;
+    const ZEBForkGate::LockScope scope;
     const Lock lock(m_writing);
     if (length() < maxSize) {
       m_records.add(event);
@@ -110,7 +110,7 @@ LOG4ZEB_HOT bool LOGBoundedFIFO::put(const LOGLoggingEvent& event, MayPut mayPut
     whole = event.copyForQueue();
   }
   {
-    const ZEBForkGate::Stay stay;  // a fork in between would leave half a record
+    const ZEBForkGate::LockScope scope;  // a fork in between would leave half a record
     const Lock lock(m_writing);
     if (isClosed() || !mayPut()) {
       return false;
@@ -151,7 +151,7 @@ bool LOGBoundedFIFO::putWhenThereIsRoom(const LOGLoggingEvent& event) {
     if (tryPut(event)) {
       return true;
     }
-    const ZEBForkGate::Rest rest;
+    const ZEBForkGate::BlockedScope blocked;
     Lock lock(m_sleeping);
     const Sleeper sleeper(m_callersAsleep);
     m_arrived.notify_all();  // ends a pause of the dispatcher
@@ -238,7 +238,7 @@ bool LOGBoundedFIFO::waitForEvent(const std::atomic<int>& interrupted) {
   }
   if (!isOver()) {
     assert(ZEBForkGate::self().mayWait());
-    const ZEBForkGate::Rest rest;
+    const ZEBForkGate::BlockedScope blocked;
     Lock lock(m_sleeping);
     const auto end = Clock::now() + AWAKE;
     for (unsigned int microseconds = SHORTEST_PAUSE; !isOver() && Clock::now() < end;) {
@@ -271,7 +271,7 @@ bool LOGBoundedFIFO::waitUntilDelivered(int milliseconds) {
   }
   assert(ZEBForkGate::self().mayWait());
   const auto end = Clock::now() + std::chrono::milliseconds(milliseconds);
-  const ZEBForkGate::Rest rest;
+  const ZEBForkGate::BlockedScope blocked;
   Lock lock(m_sleeping);
   const Sleeper sleeper(m_flushesAsleep);
   m_arrived.notify_all();  // ends a pause of the dispatcher
@@ -297,7 +297,7 @@ void LOGBoundedFIFO::close() {
 
 void LOGBoundedFIFO::waitForEnd(const std::atomic<bool>& isRunning) {
   assert(ZEBForkGate::self().mayWait());
-  const ZEBForkGate::Rest rest;
+  const ZEBForkGate::BlockedScope blocked;
   Lock lock(m_sleeping);
   m_delivered.wait(lock, [&] { return !isRunning; });
 }

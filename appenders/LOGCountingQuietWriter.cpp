@@ -25,8 +25,7 @@ void LOGCountingQuietWriter::write(ZEBFmFile* outStream, const I18NString& s) {
                                   WRITE_FAILED,
                                   "LOGCountingQuietWriter::write -- Unknown error occurred"};
   logReportingFailures(TEXTS, [&] {
-    ZEB_ASSERT(outStream != NULL, "LOGCountingQuietWriter",
-               52);  // NOLINT(modernize-use-nullptr): the text
+    ZEB_ASSERT_AS(outStream, "outStream != NULL", "LOGCountingQuietWriter", 52);
     const ZEBThreadRWGuard guard(*this, ZEBThreadRWGuard::WRITING);
     count += static_cast<unsigned int>(appendBytes(*outStream, s));
     count -= static_cast<unsigned int>(outStream->takeLostBytes());

@@ -32,9 +32,9 @@ constexpr LOGFailureTexts RUN_TEXTS{"LOGDispatcher::run --- some i18nstring exce
                                     "LOGDispatcher::run --- some ZEBThrowable exception occurred",
                                     "LOGDispatcher::run --- An unknown exception has occurred."};
 
-LOGAppenderAttachableImpl* listOf(LOGAsyncAppender* m_container) {
-  ZEB_ASSERT(m_container, SOURCE, 23);
-  return m_container->getAAI();
+LOGAppenderAttachableImpl* listOf(LOGAsyncAppender* container) {
+  ZEB_ASSERT_AS(container, "m_container", SOURCE, 23);
+  return container->getAAI();
 }
 
 /// Whether the lines of such an appender may wait for each other.

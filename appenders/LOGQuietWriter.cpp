@@ -43,7 +43,7 @@ LOG4ZEB_HOT void LOGQuietWriter::write(ZEBFmFile* outStream, const I18NString& s
   constexpr LOGFailureTexts TEXTS{"LOGQuietWriter::write -- I18nstring exception occurred",
                                   WRITE_FAILED, "LOGQuietWriter::write -- Unknown error occurred"};
   logReportingFailures(TEXTS, [&] {
-    ZEB_ASSERT(outStream != NULL, SOURCE, 70);  // NOLINT(modernize-use-nullptr): the text
+    ZEB_ASSERT_AS(outStream, "outStream != NULL", SOURCE, 70);
     const ZEBThreadRWGuard guard(*this, ZEBThreadRWGuard::WRITING);
     appendBytes(*outStream, s);
   });
@@ -82,7 +82,7 @@ LOG4ZEB_HOT std::size_t LOGQuietWriter::appendBytes(ZEBFmFile& file, const I18NS
 }
 
 void LOGQuietWriter::flush(ZEBFmFile* outStream) {
-  ZEB_ASSERT(outStream != NULL, SOURCE, 56);  // NOLINT(modernize-use-nullptr): the text
+  ZEB_ASSERT_AS(outStream, "outStream != NULL", SOURCE, 56);
   logReportingFailures(
       LOGFailureTexts::same("LOGQuietWriter::flush -- ZEBThrowable exception occurred"), [&] {
         if (outStream->isOpen() != 0 && outStream->flush() == 0) {
@@ -92,7 +92,7 @@ void LOGQuietWriter::flush(ZEBFmFile* outStream) {
 }
 
 void LOGQuietWriter::close(ZEBFmFile* outStream) {
-  ZEB_ASSERT(outStream != NULL, SOURCE, 62);  // NOLINT(modernize-use-nullptr): the text
+  ZEB_ASSERT_AS(outStream, "outStream != NULL", SOURCE, 62);
   logReportingFailures(
       LOGFailureTexts::same("LOGQuietWriter::close -- ZEBThrowable exception occurred"), [&] {
         if (outStream->isOpen() != 0 && outStream->close() == 0) {
@@ -116,7 +116,7 @@ void LOGQuietWriter::close() {
 }
 
 void LOGQuietWriter::throwFileError(ZEBFmFile* file) {
-  ZEB_ASSERT(file != NULL, SOURCE, 185);  // NOLINT(modernize-use-nullptr): the text
+  ZEB_ASSERT_AS(file, "file != NULL", SOURCE, 185);
   throw ZEBSystemError(file->getName(), file->getLastError(), FILE_ERROR_SOURCE, FILE_ERROR_LINE);
 }
 

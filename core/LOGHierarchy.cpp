@@ -191,8 +191,8 @@ LOGLogger* LOGHierarchy::enter(const I18NString& name, std::unique_ptr<LOGLogger
     m_index.add(std::move(missing));
   }
   if (m_tableAccess.tryEnter()) {
-    const ZEBThreadGuard access(m_tableAccess, ZEBThreadGuard::Held{});
     fillTable();
+    m_tableAccess.leave();
   }
   return logger;
 }

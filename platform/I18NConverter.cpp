@@ -1,5 +1,7 @@
 #include "platform/I18NConverter.h"
 
+#include <string>
+
 #include "platform/I18NLocale.h"
 #include "platform/I18NRuntimeError.h"
 #include "platform/I18NUtf8.h"
@@ -35,17 +37,4 @@ void I18NConverter::append(I18NString& text, std::string_view bytes) const {
     i18n::appendCharacter(utf8, static_cast<unsigned char>(c));
   }
   text.append(std::string_view(utf8));
-}
-
-std::string I18NConverter::toBytes(const I18NString& text) const {
-  if (m_encoding == Encoding::Utf8) {
-    return text.toStdString();
-  }
-  const std::string utf8 = text.toStdString();
-  std::string bytes;
-  for (std::size_t i = 0; i < utf8.size();) {
-    const char32_t c = i18n::decodeForeign(utf8, i);
-    bytes += c < 0x100 ? static_cast<char>(c) : '?';
-  }
-  return bytes;
 }

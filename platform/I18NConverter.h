@@ -1,15 +1,13 @@
 #ifndef PLATFORM_I18NCONVERTER_H
 #define PLATFORM_I18NCONVERTER_H
 
-#include <string>
 #include <string_view>
 
 #include "platform/I18NString.h"
 
-/// Converts between bytes in a named encoding and text. Known names, whatever their case: "ascii",
+/// Converts bytes in a named encoding to text. Known names, whatever their case: "ascii",
 /// "us-ascii", "utf-8" and "utf8" (all read as UTF-8, of which ASCII is a part), "iso-8859-1" and
-/// "latin1". Conversions never fail: what has no counterpart becomes U+FFFD in text and "?" in
-/// ISO 8859-1.
+/// "latin1". Conversions never fail: invalid bytes become U+FFFD.
 class LOG4ZEB_EXPORT I18NConverter {
  public:
   /// Throws I18NRuntimeError when the encoding is unknown.
@@ -18,7 +16,6 @@ class LOG4ZEB_EXPORT I18NConverter {
   I18NString toText(std::string_view bytes) const;
   /// Appends what toText() gives. REQUIRES: not a view of the text itself.
   void append(I18NString& text, std::string_view bytes) const;
-  std::string toBytes(const I18NString& text) const;
 
  private:
   enum class Encoding { Utf8, Latin1 };

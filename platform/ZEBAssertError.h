@@ -15,11 +15,14 @@ class LOG4ZEB_EXPORT ZEBAssertError : public ZEBThrowable {
 };
 
 /// Checks, in every build, a condition that the caller of `source` must meet.
-#define ZEB_ASSERT(condition, source, line)                                  \
-  do {                                                                       \
-    if (!(condition)) {                                                      \
-      ZEBAssertError::fail("ZEB_ASSERT(" #condition ");", (source), (line)); \
-    }                                                                        \
+#define ZEB_ASSERT(condition, source, line) ZEB_ASSERT_AS(condition, #condition, source, line)
+
+/// The same, with a literal that stands for the condition in the error's text.
+#define ZEB_ASSERT_AS(condition, text, source, line)                   \
+  do {                                                                 \
+    if (!(condition)) {                                                \
+      ZEBAssertError::fail("ZEB_ASSERT(" text ");", (source), (line)); \
+    }                                                                  \
   } while (false)
 
 #endif

@@ -144,12 +144,12 @@ class BufferedFiles {
   using Flush = void (*)(void* file, Clock::time_point end);
 
   void add(void* file, Flush flush) {
-    const ZEBForkGate::Stay stay;
+    const ZEBForkGate::LockScope scope;
     const std::lock_guard<std::mutex> guard(m_lock);
     m_files.insert({file, flush});
   }
   void remove(void* file) {
-    const ZEBForkGate::Stay stay;
+    const ZEBForkGate::LockScope scope;
     const std::lock_guard<std::mutex> guard(m_lock);
     const auto first = m_files.lower_bound({file, nullptr});
     if (first != m_files.end() && first->first == file) {

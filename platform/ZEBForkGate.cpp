@@ -2,27 +2,27 @@
 
 #include <chrono>
 #include <mutex>
-#include <new>
 #include <thread>
 #include <utility>
 
+#include "platform/LOG4ZEBExport.h"
 #include "platform/ZEBForkHandler.h"
 #include "platform/ZEBThread.h"
-#include "platform/ZEBThreadPlace.h"
 
 namespace {
 
-using Visitor = ZEBForkGate::Visitor;
+using Clock = std::chrono::steady_clock;
+using ThreadRecord = ZEBForkGate::ThreadRecord;
 
 /// How long a fork waits for threads that hold locks.
 constexpr std::chrono::milliseconds PATIENCE(500);
 constexpr std::chrono::microseconds BETWEEN_LOOKS(20);
 /// How long a thread waits at the closed gate. What another library does before a fork may wait for
-/// a lock that this thread holds, so that it has to go on in the end, and the gate is open then.
+/// a lock that this thread holds, so it goes on in the end, and opens the gate.
 constexpr std::chrono::milliseconds LONGEST_WAIT(1000);
 
-std::atomic<Visitor*> g_visitors{nullptr};
-std::atomic<const Visitor*> g_forking{nullptr};  // while the gate is closed
+std::atomic<ThreadRecord*> g_threads{nullptr};
+std::atomic<const ThreadRecord*> g_forking{nullptr};  // while the gate is closed
 
 /// Held by a thread while it forks.
 std::mutex& forkLock() {
@@ -30,122 +30,76 @@ std::mutex& forkLock() {
   return *lock;
 }
 
-/// With the lock made before the first fork, which then needs no memory.
-const bool IS_WATCHING = (forkLock(), ZEBForkGate::watchForks());
-
-thread_local Visitor* t_self = nullptr;
-
 }  // namespace
 
-std::atomic<bool> ZEBForkGate::s_isClosed{false};
-std::atomic<unsigned> ZEBForkGate::s_epoch{0};
+/// Makes the lock before the first fork, which then needs no memory.
+const bool ZEBForkGate::s_watchesForks =
+    (forkLock(), ZEBThread::watchForks(&beforeFork, &afterForkInParent, &afterForkInChild));
 
-ZEBForkGate::Visitor* ZEBForkGate::findUnused() noexcept {
-  for (Visitor* visitor = g_visitors.load(); visitor != nullptr; visitor = visitor->m_next) {
+ThreadRecord* ZEBForkGate::findUnused() noexcept {
+  for (ThreadRecord* thread = g_threads.load(); thread != nullptr; thread = thread->m_next) {
     bool isUsed = false;
-    if (!visitor->m_isUsed.load(std::memory_order_relaxed) &&
-        visitor->m_isUsed.compare_exchange_strong(isUsed, true)) {
-      return visitor;
+    if (!thread->m_isUsed.load(std::memory_order_relaxed) &&
+        thread->m_isUsed.compare_exchange_strong(isUsed, true)) {
+      return thread;
     }
   }
   return nullptr;
 }
 
-/// Leaves the thread's visitor to another thread.
+/// Lets another thread have the record.
 void ZEBForkGate::leaveThread(void*) noexcept {
-  Visitor* const self = std::exchange(t_self, nullptr);
-  if (self->m_locks.load() == 0) {
+  ThreadRecord* const self = std::exchange(s_self, nullptr);
+  if (self->m_held.load() == NOTHING) {
     self->m_isUsed.store(false, std::memory_order_release);
   }
 }
 
-ZEBForkGate::Visitor& ZEBForkGate::enterThread() {
-  t_self = findUnused();
-  if (t_self == nullptr) {
-    auto* const made = new Visitor;
-    made->m_next = g_visitors.load();
-    while (!g_visitors.compare_exchange_weak(made->m_next, made)) {
+LOG4ZEB_COLD ThreadRecord& ZEBForkGate::makeSelf() {
+  s_self = findUnused();
+  if (s_self == nullptr) {
+    auto* const made = new ThreadRecord;
+    made->m_next = g_threads.load();
+    while (!g_threads.compare_exchange_weak(made->m_next, made)) {
     }
-    t_self = made;
+    s_self = made;
   }
-  // Where nothing forks, a thread's visitor stays: there the variables of a thread may be gone
+  // Where nothing forks, a thread's record stays: there the variables of a thread may be gone
   // before the destructors of its objects run.
-  if (IS_WATCHING) {
+  if (s_watchesForks) {
     ZEBThread::atEnd(&leaveThread, nullptr);
   }
-  return *t_self;
+  return *s_self;
 }
 
-ZEBForkGate::Visitor& ZEBForkGate::join(Visitor*& cache) {
-  cache = &self();
-  if (IS_WATCHING) {
-    // Before the thread's visitor is left.
-    ZEBThread::atEnd([](void* kept) { *static_cast<Visitor**>(kept) = nullptr; }, &cache);
-  }
-  return *cache;
-}
-
-ZEBForkGate::Visitor& ZEBForkGate::self() { return t_self != nullptr ? *t_self : enterThread(); }
-
-bool ZEBForkGate::mustWait(const Visitor& visitor) noexcept {
-  return visitor.m_locks.load(std::memory_order_relaxed) == 1 && g_forking.load() != &visitor;
-}
-
-void ZEBForkGate::waitUntilOpen() {
-  const auto end = std::chrono::steady_clock::now() + LONGEST_WAIT;
-  while (s_isClosed.load()) {
-    if (std::chrono::steady_clock::now() >= end) {
+LOG4ZEB_COLD void ZEBForkGate::ThreadRecord::passGate(Held held) noexcept {
+  m_held.store(held);
+  const auto end = Clock::now() + LONGEST_WAIT;
+  while (s_isClosed.load() && g_forking.load() != this) {
+    m_held.store(NOTHING);
+    if (Clock::now() >= end) {
       s_isClosed = false;
     }
     std::this_thread::sleep_for(BETWEEN_LOOKS);
-  }
-}
-
-ZEBForkGate::Stay::Stay() : m_visitor(self()) {
-  if (m_visitor.m_locks.load(std::memory_order_relaxed) != 0) {
-    m_visitor.comeIn();  // a fork waits for the thread already
-    return;
-  }
-  m_visitor.comeIn(std::memory_order_seq_cst);
-  while (turnsAway(m_visitor)) {
-    m_visitor.goOut();
-    waitUntilOpen();
-    m_visitor.comeIn(std::memory_order_seq_cst);
-  }
-}
-
-ZEBForkGate::Rest::Rest() : m_visitor(self()), m_locks(m_visitor.m_locks.load()) {
-  m_visitor.m_locks.store(0);
-}
-
-ZEBForkGate::Rest::~Rest() {
-  m_visitor.m_locks.store(m_locks);
-  while (m_locks != 0 && s_isClosed.load() && g_forking.load() != &m_visitor) {
-    m_visitor.m_locks.store(0);
-    waitUntilOpen();
-    m_visitor.m_locks.store(m_locks);
-  }
-}
-
-void ZEBForkGate::waitUntilAllRest(const Visitor& forking) {
-  const auto end = std::chrono::steady_clock::now() + PATIENCE;
-  for (const Visitor* visitor = g_visitors.load(); visitor != nullptr; visitor = visitor->m_next) {
-    while (visitor != &forking && !visitor->isGone() && visitor->m_locks.load() != 0 &&
-           std::chrono::steady_clock::now() < end) {
-      std::this_thread::sleep_for(BETWEEN_LOOKS);
-    }
+    m_held.store(held);
   }
 }
 
 void ZEBForkGate::beforeFork() {
-  Visitor& forking = self();
+  ThreadRecord& forking = self();
   {
-    const Rest rest;  // for another thread that forks
+    const BlockedScope blocked;  // by another thread that forks
     forkLock().lock();
   }
   g_forking = &forking;
   s_isClosed = true;
-  waitUntilAllRest(forking);
+  const auto end = Clock::now() + PATIENCE;
+  for (const ThreadRecord* thread = g_threads.load(); thread != nullptr; thread = thread->m_next) {
+    while (thread != &forking && !thread->isLost() && thread->m_held.load() != NOTHING &&
+           Clock::now() < end) {
+      std::this_thread::sleep_for(BETWEEN_LOOKS);
+    }
+  }
   ZEBForkHandler::beforeFork();
 }
 
@@ -161,17 +115,16 @@ void ZEBForkGate::afterForkInParent() noexcept {
 }
 
 void ZEBForkGate::afterForkInChild() noexcept {
-  ZEBThreadPlace::renewAfterFork();
-  const Visitor* const forking = g_forking.load();
-  for (Visitor* visitor = g_visitors.load(); visitor != nullptr; visitor = visitor->m_next) {
-    if (visitor != forking && visitor->m_isUsed.load()) {
-      visitor->m_isGone = true;
+  const ThreadRecord* const forking = g_forking.load();
+  for (ThreadRecord* thread = g_threads.load(); thread != nullptr; thread = thread->m_next) {
+    if (thread != forking && thread->m_isUsed.load()) {
+      thread->m_isLost = true;
     }
   }
-  if (forking->m_locks.load() == 0) {
+  if (forking->m_held.load() == NOTHING) {
     ++s_epoch;
   }
   ZEBForkHandler::afterForkInChild();
   open();
-  new (&forkLock()) std::mutex;
+  ZEBForkHandler::renew(forkLock());
 }

@@ -4,108 +4,118 @@
 #include <atomic>
 
 /// Lets a program that logs fork at any moment. The child of a fork has a copy of all data and only
-/// the thread that forked; what another thread held, it never leaves there. A fork therefore closes
-/// this gate, at which threads that hold none of the library's locks wait, until those that hold
-/// some have left them. It does not wait for ever: a thread may be in code of the application or in
-/// a call of the operating system, where it changes nothing of the library's. What such a thread
-/// holds is free in the child.
+/// the thread that forked; what another thread had locked stays locked there. So a fork closes this
+/// gate and waits until no other thread holds a lock of the library; a thread that holds none waits
+/// at the gate before it takes one. A fork waits half a second at most: a thread may be in code of
+/// the application or in a call of the operating system. What such a thread holds is free in the
+/// child, see ZEBThreadCriticalSection.
 ///
-/// Where the system has no forks the gate is always open. What it knows of each thread also tells
-/// whether the thread may wait for others.
+/// The gate stays open where the system has no forks. What is recorded of each thread also tells
+/// whether it may wait for other threads.
 class ZEBForkGate {
  public:
-  /// A thread that has held one of the library's locks. Never destroyed; a thread that ends leaves
-  /// its own to another one.
-  class alignas(64) Visitor {  // a cache line, because each thread writes to its own all the time
-   public:
-    /// Called before a lock is taken and after it was left. Where the lock is not taken by an
-    /// atomic exchange, std::memory_order_seq_cst takes its part.
-    void comeIn(std::memory_order order = std::memory_order_relaxed) noexcept {
-      m_locks.store(m_locks.load(std::memory_order_relaxed) + 1, order);
-    }
-    void goOut() noexcept {
-      m_locks.store(m_locks.load(std::memory_order_relaxed) - 1, std::memory_order_release);
-    }
-    /// Whether the thread is one of a process that this one was forked from.
-    bool isGone() const noexcept { return m_isGone.load(std::memory_order_relaxed); }
+  /// The locks that a thread holds: none, only such under which it may wait for other threads, or
+  /// others.
+  enum Held : int { NOTHING, OUTER_LOCKS, LOCKS };
 
-    /// Called by the thread itself when it has taken, and when it leaves, a lock under which it may
-    /// wait for other threads.
-    void outerLockTaken() noexcept { ++m_outerLocks; }
-    void outerLockLeft() noexcept { --m_outerLocks; }
-    /// Whether the thread, which calls this itself, holds no lock but such ones.
-    bool mayWait() const noexcept {
-      return m_locks.load(std::memory_order_relaxed) == m_outerLocks;
-    }
+  /// What is recorded of a thread that has taken one of the library's locks. Never destroyed; the
+  /// record of a thread that has ended goes to a new one.
+  class alignas(64) ThreadRecord {  // a cache line, because each thread writes to its own
+   public:
+    /// Whether the thread is one of a process that this one was forked from.
+    bool isLost() const noexcept { return m_isLost.load(std::memory_order_relaxed); }
+    /// Whether the thread, which calls this itself, may wait for other threads.
+    bool mayWait() const noexcept { return m_held.load(std::memory_order_relaxed) != LOCKS; }
 
    private:
     friend class ZEBForkGate;
-    std::atomic<int> m_locks{0};  // changed by the thread itself
-    std::atomic<bool> m_isGone{false};
+
+    /// Records what the thread holds, or is about to take, and first waits for a fork to be over.
+    void passGate(Held held) noexcept;
+
+    std::atomic<Held> m_held{NOTHING};  // changed by the thread itself
+    std::atomic<bool> m_isLost{false};
     std::atomic<bool> m_isUsed{true};  // by a thread that has not ended
-    int m_outerLocks = 0;
-    Visitor* m_next = nullptr;
+    ThreadRecord* m_next = nullptr;
   };
 
-  /// Counts as a lock of the library, for code that uses another kind of lock.
-  class Stay {
+  /// While one lives, its thread is recorded as holding a lock, and forks wait for it. Part of
+  /// ZEBThreadGuard; code with another kind of lock makes one before it takes that. Those of a
+  /// thread end in the reverse order of their beginnings.
+  class LockScope {
    public:
-    Stay();
-    Stay(const Stay&) = delete;
-    Stay& operator=(const Stay&) = delete;
-    ~Stay() { m_visitor.goOut(); }
+    LockScope() : LockScope(self(), LOCKS) {
+      if (isOutermost()) {
+        m_thread.passGate(LOCKS);
+      }
+    }
+    /// For a lock that is taken by a sequentially consistent exchange. When the scope is the
+    /// outermost of its thread and the gate is closed after that, the lock is left again, and
+    /// waitForFork() called.
+    LockScope(ThreadRecord& thread, Held held) noexcept
+        : m_thread(thread), m_before(thread.m_held.load(std::memory_order_relaxed)) {
+      if (m_before < held) {
+        m_thread.m_held.store(held, std::memory_order_relaxed);
+      }
+    }
+    LockScope(const LockScope&) = delete;
+    LockScope& operator=(const LockScope&) = delete;
+    ~LockScope() { m_thread.m_held.store(m_before, std::memory_order_release); }
+
+    const ThreadRecord& thread() const noexcept { return m_thread; }
+    bool isOutermost() const noexcept { return m_before == NOTHING; }
+    void waitForFork() const noexcept {
+      m_thread.passGate(m_thread.m_held.load(std::memory_order_relaxed));
+    }
 
    private:
-    Visitor& m_visitor;
+    ThreadRecord& m_thread;
+    const Held m_before;
   };
 
   /// While one lives, its thread waits for something and changes nothing under the locks that it
-  /// holds, so that no fork need wait for it. It is made before the lock that is used for waiting
-  /// is taken, and that one's data are renewed in the child.
-  class Rest {
+  /// holds, so that no fork waits for it. It is made before the lock that is used for waiting is
+  /// taken, and that one is made anew in the child.
+  class BlockedScope {
    public:
-    Rest();
-    Rest(const Rest&) = delete;
-    Rest& operator=(const Rest&) = delete;
-    ~Rest();
+    BlockedScope() : m_thread(self()), m_held(m_thread.m_held.exchange(NOTHING)) {}
+    BlockedScope(const BlockedScope&) = delete;
+    BlockedScope& operator=(const BlockedScope&) = delete;
+    ~BlockedScope() {
+      if (m_held != NOTHING) {
+        m_thread.passGate(m_held);
+      }
+    }
 
    private:
-    Visitor& m_visitor;
-    const int m_locks;
+    ThreadRecord& m_thread;
+    const Held m_held;
   };
 
-  /// The calling thread, which `cache`, a variable of the thread, keeps until the thread ends.
-  /// Throws std::bad_alloc.
-  static Visitor& join(Visitor*& cache);
-  static Visitor& self();
-  /// Whether a thread that has come in to take its first lock must leave it again, and wait.
-  static bool turnsAway(const Visitor& visitor) noexcept {
-    return s_isClosed.load() && mustWait(visitor);
-  }
-  static void waitUntilOpen();
-  /// Whether a fork waits for those inside, or is under way. Who holds a lock for long without need
-  /// to looks at this now and then, and rests.
+  /// The calling thread's. Throws std::bad_alloc.
+  static ThreadRecord& self() { return s_self != nullptr ? *s_self : makeSelf(); }
+  /// The same; null when the thread has not taken a lock yet.
+  static ThreadRecord* selfIfKnown() noexcept { return s_self; }
+  /// Whether a fork waits for threads that hold locks, or is under way. A thread that keeps a lock
+  /// longer than it needs looks at this now and then, and leaves it.
   static bool isClosed() noexcept { return s_isClosed.load(); }
-  /// Changes in the child of a fork, unless the thread that forked held locks itself: what is left
-  /// from before is of threads that do not exist.
+  /// Changes in the child of a fork, unless the thread that forked held locks itself: what lost
+  /// threads have recorded under an earlier number is void.
   static unsigned epoch() noexcept { return s_epoch.load(std::memory_order_relaxed); }
 
-  /// Has the operating system call the following on each thread that forks, where it has forks.
-  static bool watchForks() noexcept;
+ private:
+  static ThreadRecord& makeSelf();
+  static void leaveThread(void*) noexcept;
+  static ThreadRecord* findUnused() noexcept;
   static void beforeFork();
   static void afterForkInParent() noexcept;
   static void afterForkInChild() noexcept;
-
- private:
-  static Visitor& enterThread();
-  static void leaveThread(void*) noexcept;
-  static Visitor* findUnused() noexcept;
-  static bool mustWait(const Visitor& visitor) noexcept;
-  static void waitUntilAllRest(const Visitor& forking);
   static void open() noexcept;
 
-  static std::atomic<bool> s_isClosed;
-  static std::atomic<unsigned> s_epoch;
+  inline static thread_local ThreadRecord* s_self = nullptr;
+  inline static std::atomic<bool> s_isClosed{false};
+  inline static std::atomic<unsigned> s_epoch{0};
+  static const bool s_watchesForks;
 };
 
 #endif

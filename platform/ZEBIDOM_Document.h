@@ -15,7 +15,7 @@ class LOG4ZEB_EXPORT ZEBIDOM_Document : public ZEBIDOM_Node {
   /// The outermost element; null while nothing was parsed into the document.
   ZEBIDOM_Element getDocumentElement() const;
   /// The elements that have the name, all for "*", in document order.
-  ZEBIDOM_NodeList getElementsByTagName(const I18NString& tagName) const;
+  using ZEBIDOM_Node::getElementsByTagName;
 };
 
 #endif

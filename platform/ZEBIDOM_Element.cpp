@@ -1,7 +1,6 @@
 #include "platform/ZEBIDOM_Element.h"
 
 #include "platform/ZEBIDOM_NamedNodeMap.h"
-#include "platform/ZEBIDOM_NodeList.h"
 
 ZEBIDOM_Element::ZEBIDOM_Element(const ZEBIDOM_Node& node)
     : ZEBIDOM_Node(node.getNodeType() == ELEMENT_NODE ? node : ZEBIDOM_Node()) {}
@@ -17,7 +16,3 @@ bool ZEBIDOM_Element::hasAttribute(const I18NString& name) const {
 }
 
 ZEBIDOM_NamedNodeMap ZEBIDOM_Element::getAttributes() const { return {m_data, m_index}; }
-
-ZEBIDOM_NodeList ZEBIDOM_Element::getElementsByTagName(const I18NString& tagName) const {
-  return descendants(tagName);
-}

@@ -19,7 +19,7 @@ class LOG4ZEB_EXPORT ZEBIDOM_Element : public ZEBIDOM_Node {
   bool hasAttribute(const I18NString& name) const;
   ZEBIDOM_NamedNodeMap getAttributes() const;
   /// The elements inside this one that have the name, all for "*", in document order.
-  ZEBIDOM_NodeList getElementsByTagName(const I18NString& tagName) const;
+  using ZEBIDOM_Node::getElementsByTagName;
 };
 
 #endif

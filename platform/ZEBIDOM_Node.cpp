@@ -66,7 +66,7 @@ ZEBIDOM_Document ZEBIDOM_Node::getOwnerDocument() const {
   return getNodeType() == DOCUMENT_NODE ? ZEBIDOM_Document() : ZEBIDOM_Document(m_data);
 }
 
-ZEBIDOM_NodeList ZEBIDOM_Node::descendants(const I18NString& tagName) const {
+ZEBIDOM_NodeList ZEBIDOM_Node::getElementsByTagName(const I18NString& tagName) const {
   std::vector<std::uint32_t> found;
   if (!isNull()) {
     const bool all = tagName == "*";

@@ -62,7 +62,7 @@ class LOG4ZEB_EXPORT ZEBIDOM_Node {
 
  protected:
   /// The elements below this node that have the name, all elements for "*", in document order.
-  ZEBIDOM_NodeList descendants(const I18NString& tagName) const;
+  ZEBIDOM_NodeList getElementsByTagName(const I18NString& tagName) const;
 
   std::shared_ptr<const ZEBIDOM_DocumentData> m_data;
   std::uint32_t m_index = 0;

@@ -16,18 +16,10 @@ class ZEBList {
  public:
   ZEBList() = default;
   ZEBList(const ZEBList& other) : ZEBList() { addAll(other); }
-  ZEBList(ZEBList&& other) noexcept { takeFrom(other); }
   ZEBList& operator=(const ZEBList& other) {
     if (this != &other) {
       clear();
       addAll(other);
-    }
-    return *this;
-  }
-  ZEBList& operator=(ZEBList&& other) noexcept {
-    if (this != &other) {
-      clear();
-      takeFrom(other);
     }
     return *this;
   }
@@ -72,10 +64,6 @@ class ZEBList {
     for (const T& value : other) {
       add(value);
     }
-  }
-  void takeFrom(ZEBList& other) noexcept {
-    m_sentinel.takeRing(other.m_sentinel);
-    m_count = std::exchange(other.m_count, 0);
   }
 
   // A const list still hands out positions whose elements can be changed, like a list of pointers.

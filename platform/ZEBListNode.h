@@ -24,12 +24,6 @@ class ZEBListNode {
     m_next = this;
     m_previous = this;
   }
-  /// Takes the place of `other` in its ring and leaves it as a ring of one.
-  /// REQUIRES: this node is a ring of one.
-  void takeRing(ZEBListNode& other) noexcept {
-    linkBefore(&other);
-    other.unlink();
-  }
 
  private:
   ZEBListNode* m_next;

@@ -11,8 +11,8 @@ class LOG4ZEB_EXPORT ZEBSocketAddress {
  public:
   static constexpr std::size_t STORAGE_SIZE = 128;
 
-  /// `name` says whose address this is; it has no effect.
-  explicit ZEBSocketAddress(const I18NString& name);
+  /// The name is kept for callers that pass one; it has no meaning.
+  explicit ZEBSocketAddress(const I18NString& /*name*/) {}
 
   /// Makes this the address of `host`, or of all local addresses (IPv4) when `host` is empty. A
   /// numeric host is taken as it is, any other is looked up, which may take as long as the system's
@@ -32,13 +32,11 @@ class LOG4ZEB_EXPORT ZEBSocketAddress {
   int getPort() const noexcept;
   /// The numeric form, such as "127.0.0.1:514" or "[::1]:514"; empty before it is resolved.
   I18NString toString() const;
-  const I18NString& getName() const noexcept { return m_name; }
 
  private:
   friend class ZEBDatagramSocket;
   void assign(const void* address, std::size_t length) noexcept;
 
-  I18NString m_name;
   alignas(8) unsigned char m_storage[STORAGE_SIZE] = {};
   std::size_t m_length = 0;
 };

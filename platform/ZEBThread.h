@@ -36,6 +36,9 @@ class LOG4ZEB_EXPORT ZEBThread : public ZEBThreadRunnable {
   /// Has `operation(argument)` called when the calling thread ends, among the destructors of its
   /// thread_local objects, the latest first; from one of these, it is called next.
   static void atEnd(void (*operation)(void*), void* argument);
+  /// Has these called on each thread that forks, where the system has forks; returns whether it
+  /// has.
+  static bool watchForks(void (*before)(), void (*afterInParent)(), void (*afterInChild)());
   /// Pauses the calling thread.
   static void sleep(unsigned int milliseconds);
 

@@ -6,7 +6,6 @@
 #include <new>
 #include <system_error>
 
-#include "platform/ZEBForkGate.h"
 #include "platform/ZEBOutOfMemoryError.h"
 #include "platform/ZEBSystemError.h"
 #include "platform/ZEBThreadPlace.h"
@@ -23,8 +22,8 @@ constexpr int ATTEMPTS_AWAKE = 100;
 
 constexpr std::uintptr_t OTHERS_WAIT = 1;
 
-/// Where threads sleep that wait for a lock. Locks share the places, so that each is small; who
-/// wakes wakes all that sleep at one.
+/// Where threads sleep that wait for a lock. Locks share the places, so that each is small; leaving
+/// one wakes all that sleep at its place.
 ZEBThreadPlace& placeOf(const void* section) {
   constexpr std::size_t PLACES = 61;  // prime, because addresses are multiples of powers of two
   // Never destroyed: static destructors lock too.
@@ -35,32 +34,17 @@ ZEBThreadPlace& placeOf(const void* section) {
 /// Made when the library is loaded, so that waiting for a lock needs no memory.
 [[maybe_unused]] const ZEBThreadPlace* const FIRST_PLACE = &placeOf(nullptr);
 
-thread_local ZEBForkGate::Visitor* t_visitor = nullptr;
-
-ZEBForkGate::Visitor& currentVisitor() {
-  if (t_visitor != nullptr) {
-    return *t_visitor;
-  }
-  try {
-    return ZEBForkGate::join(t_visitor);
-  } catch (const std::bad_alloc&) {
-    throw ZEBOutOfMemoryError("ZEBThreadCriticalSection::enter", __LINE__);
-  }
+std::uintptr_t ownerOf(const ZEBForkGate::ThreadRecord* thread) {
+  return reinterpret_cast<std::uintptr_t>(thread);
 }
 
-/// Differs from thread to thread, and its lowest bit is free.
-std::uintptr_t markOf(const ZEBForkGate::Visitor* visitor) {
-  return reinterpret_cast<std::uintptr_t>(visitor);
-}
+bool isOwner(std::uintptr_t self, std::uintptr_t owner) { return (owner & ~OTHERS_WAIT) == self; }
 
-ZEBForkGate::Visitor* holderIn(std::uintptr_t state) {
-  return reinterpret_cast<ZEBForkGate::Visitor*>(state & ~OTHERS_WAIT);
-}
-
-/// Whether nobody in this process holds a lock in that state.
-bool isFree(std::uintptr_t state) {
-  const ZEBForkGate::Visitor* const holder = holderIn(state);
-  return holder == nullptr || holder->isGone();
+/// Whether that is no thread, or one lost by a fork.
+bool isFree(std::uintptr_t owner) {
+  const auto* const thread =
+      reinterpret_cast<const ZEBForkGate::ThreadRecord*>(owner & ~OTHERS_WAIT);
+  return thread == nullptr || thread->isLost();
 }
 
 }  // namespace
@@ -91,87 +75,71 @@ inline void ZEBThreadCriticalSection::noteTakenFromLostThread() noexcept {}
 inline void ZEBThreadCriticalSection::noteLeft() noexcept {}
 #endif
 
-LOG4ZEB_HOT void ZEBThreadCriticalSection::enter() {
-  ZEBForkGate::Visitor& visitor = currentVisitor();
-  const Mark self = markOf(&visitor);
-  for (;;) {
-    // A fork that does not see this yet has closed the gate where it is seen below.
-    visitor.comeIn();
-    Mark found = 0;
-    if (!m_state.compare_exchange_strong(found, self, std::memory_order_seq_cst,
-                                         std::memory_order_relaxed)) {
-      visitor.goOut();
-      if (holderIn(found) == &visitor) {
-        ++m_depth;
-        return;
-      }
-      waitFor(self);
-      visitor.comeIn(std::memory_order_seq_cst);
-    }
-    m_depth = 1;
-    noteTaken();
-    if (!ZEBForkGate::turnsAway(visitor)) {
-      return;
-    }
-    leave();
-    ZEBForkGate::waitUntilOpen();
-  }
-}
-
-bool ZEBThreadCriticalSection::tryEnter() {
-  ZEBForkGate::Visitor& visitor = currentVisitor();
-  if (isHeldHere()) {
-    ++m_depth;
-    return true;
-  }
-  visitor.comeIn(std::memory_order_seq_cst);
-  Mark found = 0;
-  if (!ZEBForkGate::turnsAway(visitor) &&
-      m_state.compare_exchange_strong(found, markOf(&visitor), std::memory_order_seq_cst,
-                                      std::memory_order_relaxed)) {
-    m_depth = 1;
-    noteTaken(false);
-    return true;
-  }
-  visitor.goOut();
-  return false;
-}
-
-void ZEBThreadCriticalSection::waitFor(Mark self) {
-  for (int i = 0; i < ATTEMPTS_AWAKE; ++i) {
-    Mark nobody = 0;
-    if (m_state.load(std::memory_order_relaxed) == 0 &&
-        m_state.compare_exchange_strong(nobody, self, std::memory_order_acq_rel,
-                                        std::memory_order_relaxed)) {
-      return;
-    }
-  }
+ZEBForkGate::ThreadRecord& ZEBThreadCriticalSection::currentThread() {
   try {
-    const ZEBForkGate::Rest rest;
-    sleepUntilTaken(self);
-  } catch (const std::system_error& refused) {
-    throw ZEBSystemError("critical section", refused.code(), "ZEBThreadCriticalSection::enter",
-                         __LINE__);
+    return ZEBForkGate::self();
   } catch (const std::bad_alloc&) {
     throw ZEBOutOfMemoryError("ZEBThreadCriticalSection::enter", __LINE__);
   }
 }
 
-void ZEBThreadCriticalSection::sleepUntilTaken(Mark self) {
+LOG4ZEB_HOT void ZEBThreadCriticalSection::enter(const ZEBForkGate::ThreadRecord& thread) {
+  const Owner self = ownerOf(&thread);
+  Owner owner = 0;
+  if (!m_owner.compare_exchange_strong(owner, self, std::memory_order_seq_cst,
+                                       std::memory_order_relaxed)) {
+    if (isOwner(self, owner)) {
+      ++m_repeats;
+      return;
+    }
+    waitFor(self);
+  }
+  noteTaken();
+}
+
+bool ZEBThreadCriticalSection::tryEnter() {
+  const Owner self = ownerOf(&currentThread());
+  Owner owner = 0;
+  if (m_owner.compare_exchange_strong(owner, self)) {
+    noteTaken(false);
+    return true;
+  }
+  const bool isAgain = isOwner(self, owner);
+  m_repeats += isAgain ? 1 : 0;
+  return isAgain;
+}
+
+LOG4ZEB_COLD void ZEBThreadCriticalSection::waitFor(Owner self) {
+  for (int i = 0; i < ATTEMPTS_AWAKE; ++i) {
+    Owner nobody = 0;
+    if (m_owner.load(std::memory_order_relaxed) == 0 &&
+        m_owner.compare_exchange_strong(nobody, self)) {
+      return;
+    }
+  }
+  try {
+    const ZEBForkGate::BlockedScope blocked;
+    sleepUntilTaken(self);
+  } catch (const std::system_error& refused) {
+    throw ZEBSystemError("critical section", refused.code(), "ZEBThreadCriticalSection::enter",
+                         __LINE__);
+  }
+}
+
+void ZEBThreadCriticalSection::sleepUntilTaken(Owner self) {
   ZEBThreadPlace& place = placeOf(this);
   const std::lock_guard<ZEBThreadPlace> lock(place);
   for (;;) {
-    Mark found = m_state.load(std::memory_order_acquire);  // with what its holder made of itself
-    const bool takes = isFree(found);
+    Owner owner = m_owner.load(std::memory_order_acquire);
+    const bool takes = isFree(owner);
     // Whoever slept here may not be the only one.
-    const Mark wanted = takes ? self | OTHERS_WAIT : found | OTHERS_WAIT;
-    if (found != wanted &&
-        !m_state.compare_exchange_strong(found, wanted, std::memory_order_acq_rel,
-                                         std::memory_order_relaxed)) {
+    const Owner wanted = (takes ? self : owner) | OTHERS_WAIT;
+    if (owner != wanted && !m_owner.compare_exchange_strong(owner, wanted)) {
       continue;
     }
     if (takes) {
-      if (found != 0) {
+      if (owner != 0) {
+        m_repeats = 0;
         noteTakenFromLostThread();
       }
       return;
@@ -181,36 +149,31 @@ void ZEBThreadCriticalSection::sleepUntilTaken(Mark self) {
 }
 
 bool ZEBThreadCriticalSection::isHeldElsewhere() const noexcept {
-  // Acquired, so that who sees the lock free sees also what was done under it.
-  const Mark state = m_state.load(std::memory_order_acquire);
-  return state != 0 && holderIn(state) != t_visitor && !isFree(state);
+  // Acquired, so that a thread that sees the lock free sees also what was done under it.
+  const Owner owner = m_owner.load(std::memory_order_acquire);
+  return !isFree(owner) && !isOwner(ownerOf(ZEBForkGate::selfIfKnown()), owner);
 }
 
 bool ZEBThreadCriticalSection::isHeldHere() const noexcept {
-  const Mark state = m_state.load(std::memory_order_relaxed);
-  return state != 0 && holderIn(state) == t_visitor;
-}
-
-bool ZEBThreadCriticalSection::isLeftByFork() const noexcept {
-  const Mark state = m_state.load(std::memory_order_acquire);
-  return state != 0 && isFree(state);
+  const Owner owner = m_owner.load(std::memory_order_relaxed);
+  return owner != 0 && isOwner(ownerOf(ZEBForkGate::selfIfKnown()), owner);
 }
 
 LOG4ZEB_HOT void ZEBThreadCriticalSection::leave() noexcept {
-  if (--m_depth == 0) {
-    noteLeft();
-    // From the exchange on, another thread may take the lock and destroy it.
-    const Mark state = m_state.exchange(0, std::memory_order_release);
-    holderIn(state)->goOut();
-    if ((state & OTHERS_WAIT) != 0) {
-      wakeWaiting();
-    }
+  if (m_repeats != 0) {
+    --m_repeats;
+    return;
+  }
+  noteLeft();
+  // From the exchange on, another thread may take the lock and destroy it.
+  if ((m_owner.exchange(0, std::memory_order_release) & OTHERS_WAIT) != 0) {
+    wakeWaiting();
   }
 }
 
-void ZEBThreadCriticalSection::wakeWaiting() const noexcept {
+LOG4ZEB_COLD void ZEBThreadCriticalSection::wakeWaiting() const noexcept {
   ZEBThreadPlace& place = placeOf(this);
-  // Who waits has said so and fallen asleep in one step under this lock.
+  // A thread that waits sets OTHERS_WAIT and sleeps under this lock, so it misses no wake-up.
   const std::lock_guard<ZEBThreadPlace> lock(place);
   place.wakeAll();
 }

@@ -18,9 +18,6 @@ class ZEBThreadPlace {
   /// Wakes all that sleep here.
   void wakeAll() noexcept;
 
-  /// Makes all places usable in the child of a fork, where the system has forks.
-  static void renewAfterFork();
-
  private:
   class Handle;  // the operating system's side
 

@@ -30,7 +30,8 @@ namespace {
 thread_local std::uint64_t t_threadId = 0;
 
 /// The only thread of a forked child is a copy of the one that forked, with a new number.
-[[maybe_unused]] const int FORK_HANDLER = pthread_atfork(nullptr, nullptr, [] { t_threadId = 0; });
+[[maybe_unused]] const bool IS_WATCHING =
+    ZEBThread::watchForks(nullptr, nullptr, [] { t_threadId = 0; });
 
 void* runThread(void* argument) {
   try {
@@ -82,7 +83,7 @@ void ZEBThread::join() {
     return;
   }
   if (!m_handle->isGone()) {
-    const ZEBForkGate::Rest rest;
+    const ZEBForkGate::BlockedScope blocked;
     pthread_join(m_handle->thread, nullptr);
   }
   m_handle.reset();
@@ -100,6 +101,10 @@ std::uint64_t ZEBThread::currentThreadId() {
 void ZEBThread::atEnd(void (*operation)(void*), void* argument) {
   // What a compiler calls for a thread_local object.
   abi::__cxa_thread_atexit(operation, argument, &__dso_handle);
+}
+
+bool ZEBThread::watchForks(void (*before)(), void (*afterInParent)(), void (*afterInChild)()) {
+  return pthread_atfork(before, afterInParent, afterInChild) == 0;
 }
 
 void ZEBThread::sleep(unsigned int milliseconds) {

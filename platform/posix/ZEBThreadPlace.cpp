@@ -1,39 +1,22 @@
 #include "platform/ZEBThreadPlace.h"
 
-#include <atomic>
 #include <condition_variable>
 #include <mutex>
-#include <new>
+
+#include "platform/ZEBForkHandler.h"
 
 class ZEBThreadPlace::Handle {
  public:
-  Handle() : m_next(g_all.load()) {
-    while (!g_all.compare_exchange_weak(m_next, this)) {
-    }
-  }
-
   std::mutex mutex;
   std::condition_variable woken;
-
-  /// In the child of a fork nobody sleeps and nobody holds a lock, but the copies still count the
-  /// parent's threads; what they hold on to is left alone.
-  static void renewAll() {
-    for (Handle* handle = g_all.load(); handle != nullptr; handle = handle->m_next) {
-      new (&handle->mutex) std::mutex;
-      new (&handle->woken) std::condition_variable;
-    }
-  }
-
- private:
-  Handle* m_next;
-  static std::atomic<Handle*> g_all;
+  // In the child of a fork nobody sleeps here and nobody holds the lock.
+  const ZEBForkHandler forkHandler{this, [](void* handle) {
+                                     ZEBForkHandler::renew(static_cast<Handle*>(handle)->mutex);
+                                     ZEBForkHandler::renew(static_cast<Handle*>(handle)->woken);
+                                   }};
 };
 
-std::atomic<ZEBThreadPlace::Handle*> ZEBThreadPlace::Handle::g_all{nullptr};
-
 ZEBThreadPlace::ZEBThreadPlace() : m_handle(new Handle) {}
-
-void ZEBThreadPlace::renewAfterFork() { Handle::renewAll(); }
 
 void ZEBThreadPlace::lock() { m_handle->mutex.lock(); }
 

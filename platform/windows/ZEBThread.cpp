@@ -77,6 +77,8 @@ void ZEBThread::atEnd(void (*operation)(void*), void* argument) {
   abi::__cxa_thread_atexit(operation, argument, &__dso_handle);
 }
 
+bool ZEBThread::watchForks(void (*)(), void (*)(), void (*)()) { return false; }
+
 void ZEBThread::sleep(unsigned int milliseconds) {
   // The system may wake a thread a tick early.
   using Clock = std::chrono::steady_clock;

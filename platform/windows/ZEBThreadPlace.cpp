@@ -11,8 +11,6 @@ class ZEBThreadPlace::Handle {
 
 ZEBThreadPlace::ZEBThreadPlace() : m_handle(new Handle) {}
 
-void ZEBThreadPlace::renewAfterFork() {}
-
 void ZEBThreadPlace::lock() { AcquireSRWLockExclusive(&m_handle->mutex); }
 
 void ZEBThreadPlace::unlock() noexcept { ReleaseSRWLockExclusive(&m_handle->mutex); }

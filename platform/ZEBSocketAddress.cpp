@@ -1,13 +1,10 @@
 #include "platform/ZEBSocketAddress.h"
 
-#include <arpa/inet.h>
-#include <netdb.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-
 #include <cstring>
 #include <memory>
 #include <string>
+
+#include "ZEBSystemSockets.h"
 
 namespace {
 
@@ -15,23 +12,11 @@ static_assert(ZEBSocketAddress::STORAGE_SIZE >= sizeof(sockaddr_storage), "every
 
 constexpr int MAXIMUM_PORT = 65535;
 
-struct AddressListDeleter {
-  void operator()(addrinfo* list) const { freeaddrinfo(list); }
-};
-using AddressList = std::unique_ptr<addrinfo, AddressListDeleter>;
-
-AddressList lookUp(const std::string& host, int flags) {
-  addrinfo hints{};
-  hints.ai_family = AF_UNSPEC;
-  hints.ai_socktype = SOCK_DGRAM;
-  hints.ai_flags = flags;
-  addrinfo* found = nullptr;
-  return AddressList(getaddrinfo(host.c_str(), nullptr, &hints, &found) == 0 ? found : nullptr);
-}
+using AddressInfo = ZEBSystemSockets::AddressInfo;
 
 /// The first IPv4 address, or the first of IPv6, or null.
-const addrinfo* choose(const addrinfo* list) {
-  const addrinfo* other = nullptr;
+const AddressInfo* choose(const AddressInfo* list) {
+  const AddressInfo* other = nullptr;
   for (; list != nullptr; list = list->ai_next) {
     if (list->ai_family == AF_INET) {
       return list;
@@ -52,8 +37,6 @@ Address read(const unsigned char* storage) {
 
 }  // namespace
 
-ZEBSocketAddress::ZEBSocketAddress(const I18NString& name) : m_name(name) {}
-
 void ZEBSocketAddress::assign(const void* address, std::size_t length) noexcept {
   std::memset(m_storage, 0, sizeof m_storage);
   if (length != 0) {
@@ -63,6 +46,7 @@ void ZEBSocketAddress::assign(const void* address, std::size_t length) noexcept 
 }
 
 int ZEBSocketAddress::DOV_ResolveAddress(const I18NString& host, int port) {
+  ZEBSystemSockets::start();
   assign(nullptr, 0);
   if (port < 0 || port > MAXIMUM_PORT) {
     return 0;
@@ -76,12 +60,19 @@ int ZEBSocketAddress::DOV_ResolveAddress(const I18NString& host, int port) {
     assign(&wildcard, sizeof wildcard);
     return 1;
   }
-  const std::string name = host.toStdString();
-  AddressList list = lookUp(name, AI_NUMERICHOST);
-  if (list == nullptr) {
-    list = lookUp(name, 0);
+  const auto name = ZEBSystemSockets::nameOf(host);
+  AddressInfo hints{};
+  hints.ai_family = AF_UNSPEC;
+  hints.ai_socktype = SOCK_DGRAM;
+  hints.ai_flags = AI_NUMERICHOST;
+  AddressInfo* found = ZEBSystemSockets::lookUp(name, hints);
+  if (found == nullptr) {
+    hints.ai_flags = 0;
+    found = ZEBSystemSockets::lookUp(name, hints);
   }
-  const addrinfo* const chosen = choose(list.get());
+  const auto free = [](AddressInfo* list) { ZEBSystemSockets::free(list); };
+  const std::unique_ptr<AddressInfo, decltype(free)> list(found, free);
+  const AddressInfo* const chosen = choose(found);
   if (chosen == nullptr) {
     return 0;
   }
@@ -106,9 +97,9 @@ int ZEBSocketAddress::getPort() const noexcept {
 I18NString ZEBSocketAddress::toString() const {
   char host[NI_MAXHOST] = "";
   const auto address = read<sockaddr_storage>(m_storage);
-  if (m_length == 0 ||
-      getnameinfo(reinterpret_cast<const sockaddr*>(&address), static_cast<socklen_t>(m_length),
-                  host, sizeof host, nullptr, 0, NI_NUMERICHOST) != 0) {
+  if (m_length == 0 || getnameinfo(reinterpret_cast<const sockaddr*>(&address),
+                                   static_cast<ZEBSystemSockets::Length>(m_length), host,
+                                   sizeof host, nullptr, 0, NI_NUMERICHOST) != 0) {
     return {};
   }
   const std::string text = isIPv6() != 0 ? "[" + std::string(host) + "]" : host;

@@ -1,3 +1,0 @@
-#include "platform/ZEBForkGate.h"
-
-bool ZEBForkGate::watchForks() noexcept { return false; }
