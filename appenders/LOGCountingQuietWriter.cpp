@@ -1,7 +1,6 @@
 #include "appenders/LOGCountingQuietWriter.h"
 
 #include "platform/ZEBAssertError.h"
-#include "platform/ZEBThreadRWGuard.h"
 
 namespace {
 
@@ -27,14 +26,12 @@ void LOGCountingQuietWriter::write(ZEBFmFile* outStream, const I18NString& s) {
   logReportingFailures(TEXTS, [&] {
     ZEB_ASSERT(outStream != NULL, "LOGCountingQuietWriter",
                52);  // NOLINT(modernize-use-nullptr): the text
-    const ZEBThreadRWGuard guard(*this, ZEBThreadRWGuard::WRITING);
     count += static_cast<unsigned int>(appendBytes(*outStream, s));
-    count -= static_cast<unsigned int>(outStream->takeLostBytes());
   });
 }
 
 void LOGCountingQuietWriter::settle(ZEBFmFile* file) {
-  file->handOver();
-  // What a batch could not write in the end was counted before.
+  handOver(*file);
+  // What was lost while it waited was counted before.
   count -= static_cast<unsigned int>(file->takeLostBytes());
 }

@@ -3,7 +3,7 @@
 
 #include "platform/LOG4ZEBExport.h"
 
-/// An object that many readers or one writer may hold, through a ZEBThreadRWGuard. The lock is not
+/// An object that one writer at a time may hold, through a ZEBThreadRWGuard. The lock is not
 /// recursive.
 class LOG4ZEB_EXPORT ZEBThreadRWLockableResource {
  public:
@@ -12,11 +12,9 @@ class LOG4ZEB_EXPORT ZEBThreadRWLockableResource {
   ZEBThreadRWLockableResource& operator=(const ZEBThreadRWLockableResource&) = delete;
   virtual ~ZEBThreadRWLockableResource();
 
-  /// Each waits for the lock and throws ZEBSystemError when it cannot be taken.
+  /// Waits for the lock and throws ZEBSystemError when it cannot be taken.
   virtual void lockForWriting() = 0;
-  virtual void lockForReading() = 0;
   virtual void unlockAfterWriting() noexcept = 0;
-  virtual void unlockAfterReading() noexcept = 0;
 };
 
 #endif

@@ -31,7 +31,7 @@
 #include "platform/ZEBDatagramSocket.h"
 #include "platform/ZEBFileLockRW.h"
 #include "platform/ZEBFmDir.h"
-#include "platform/ZEBFmFile.h"
+#include "platform/ZEBFmHold.h"
 #include "platform/ZEBList.h"
 #include "platform/ZEBSharedLibrary.h"
 #include "platform/ZEBSocketAddress.h"
@@ -271,21 +271,16 @@ TEST(CriticalSection, LetsOneThreadInAtATime) {
   EXPECT_EQ(count, 80000);
 }
 
-TEST(FileLock, LetsReadersInTogetherAndWritersAlone) {
+TEST(FileLock, LetsWritersInOneAtATime) {
+  ZEBFmFile file;
   ZEBFileLockRW lock;
-  std::atomic<int> readers{0};
+  ZEBFileLockRW ofSameFile;
+  lock.setFile(&file);
+  ofSameFile.setFile(&file);
   std::atomic<bool> written{false};
-  {
-    ZEBThreadRWGuard reading(lock, ZEBThreadRWGuard::READING);
-    Running([&] {
-      const ZEBThreadRWGuard together(lock, ZEBThreadRWGuard::READING);
-      ++readers;
-    }).join();
-    EXPECT_EQ(readers, 1);
-  }
   auto writing = std::make_unique<ZEBThreadRWGuard>(lock, ZEBThreadRWGuard::WRITING);
   Running writer([&] {
-    const ZEBThreadRWGuard alone(lock, ZEBThreadRWGuard::WRITING);
+    const ZEBThreadRWGuard alone(ofSameFile, ZEBThreadRWGuard::WRITING);
     written = true;
   });
   EXPECT_THROW(ZEBThreadRWGuard(lock, ZEBThreadRWGuard::WRITING), ZEBSystemError)
@@ -296,31 +291,6 @@ TEST(FileLock, LetsReadersInTogetherAndWritersAlone) {
   writer.join();
   EXPECT_TRUE(written);
 }
-
-#ifndef _WIN32
-TEST(FileLock, LetsTheChildOfAForkWriteWhileAThreadOfTheParentReads) {
-  ZEBFileLockRW lock;
-  std::atomic<bool> isReading{false};
-  std::atomic<bool> hasForked{false};
-  Running reader([&] {
-    const ZEBThreadRWGuard reading(lock, ZEBThreadRWGuard::READING);
-    isReading = true;
-    while (!hasForked) {
-      std::this_thread::yield();
-    }
-  });
-  while (!isReading) {
-    std::this_thread::yield();
-  }
-  expectInChild([&] {
-    alarm(10);  // which ends it, should it wait
-    const ZEBThreadRWGuard writing(lock, ZEBThreadRWGuard::WRITING);
-    return true;
-  });
-  hasForked = true;
-  reader.join();
-}
-#endif
 
 TEST_F(FmFile, OpensAsItsModesSay) {
   Workplace::write("log", "old\n");
@@ -496,25 +466,56 @@ TEST_F(FmFile, LeavesNoHalfRecordAtAFileSizeLimit) {
   EXPECT_EQ(Workplace::read("log"), "aaaaaaa\n\r\nc\n") << "a blank line stands in its place";
 }
 
-TEST_F(FmFile, LosesOfABatchOnlyTheRecordsThatCannotBeWritten) {
+TEST_F(FmFile, LosesOfHeldRecordsOnlyThoseThatCannotBeWritten) {
   expectInChild([] {
     const rlimit limit{30, 100};
     ZEBFmFile file;
     file.setLateFailureText("late");
     bool held = setrlimit(RLIMIT_FSIZE, &limit) == 0 && file.open("log", ZEBFmFile::APPEND) == 1;
-    ZEBFmFile::Batch batch;
+    ZEBFmHold hold;
+    hold.begin(file);
     for (const char* const record : {"aaaaaaa\n", "far too long for what is left of it\n", "c\n"}) {
       held = held && writeText(file, record) == static_cast<int>(std::strlen(record));
     }
     held = held && Workplace::read("log").empty() && file.size() == 46;
-    const std::vector<ZEBFmFile::Batch::Failure> failures = batch.handOver();
-    return held && failures.size() == 1 && failures[0].records == 2 && failures[0].error == EFBIG &&
-           failures[0].fileName == "log" && failures[0].text == std::string("late") &&
-           file.takeLostBytes() == 38 && file.takeLostBytes() == 0;
+    const ZEBFmFile::Losses losses = hold.handOver();
+    return held && losses.records == 2 && losses.error == EFBIG && losses.fileName == "log" &&
+           losses.text == std::string("late") && file.takeLostBytes() == 38 &&
+           file.takeLostBytes() == 0 && hold.handOver().records == 0;
   });
   const std::string blank(20, ' ');
   EXPECT_EQ(Workplace::read("log"), "aaaaaaa\n" + blank + "\r\n")
       << "a blank line stands for the part that there was room for";
+}
+
+TEST_F(FmFile, WritesHeldRecordsAtTheLatestWhenItIsUsedOtherwise) {
+  ZEBFmHold hold;
+  {
+    ZEBFmFile file;
+    const auto holdRecord = [&](const char* record) {
+      hold.begin(file);
+      return writeText(file, record) > 0 && file.size() > 0;
+    };
+    ASSERT_TRUE(file.open("log", ZEBFmFile::APPEND) == 1 && holdRecord("1"));
+    EXPECT_EQ(Workplace::read("log"), "");
+    hold.handOver();
+    EXPECT_EQ(Workplace::read("log"), "1");
+    writeText(file, "2");
+    EXPECT_EQ(Workplace::read("log"), "12") << "what follows is not held";
+    holdRecord("3");
+    file.endHold();
+    writeText(file, "4");
+    EXPECT_EQ(Workplace::read("log"), "1234") << "held records come first";
+    expectInChild([&] { return Workplace::read("log") == "1234" && file.size() == 4; });
+    holdRecord("5");
+    expectInChild([&] { return Workplace::read("log") == "12345" && file.close() == 1; });
+    holdRecord(std::string(65536, '6').c_str());
+    EXPECT_EQ(Workplace::read("log").size(), 5U) << "a buffer full";
+    holdRecord("7");
+    EXPECT_EQ(Workplace::read("log").size(), 65541U);
+  }
+  EXPECT_EQ(Workplace::read("log").size(), 65542U);
+  EXPECT_EQ(hold.handOver().records, 0) << "of a file that is no more";
 }
 
 TEST_F(FmFile, SurvivesABrokenPipe) {
@@ -555,24 +556,6 @@ TEST_F(FmFile, AppendsWholeRecordsFromSeveralObjects) {
     ++number;
   }
   EXPECT_EQ(next[0] + next[1] + next[2], 3U * RECORDS);
-}
-
-TEST_F(FmFile, LocksAFileAcrossItsOpenObjects) {
-  ZEBFmFile holder;
-  ZEBFmFile waiter;
-  ASSERT_EQ(holder.open("log", ZEBFmFile::APPEND) + waiter.open("log", ZEBFmFile::APPEND), 2);
-  EXPECT_EQ(holder.lockAcrossProcesses() + holder.lockAcrossProcesses(), 2);
-  std::atomic<bool> locked{false};
-  Running thread([&] {
-    waiter.lockAcrossProcesses();
-    locked = true;
-  });
-  holder.unlockAcrossProcesses();
-  ZEBThread::sleep(30);
-  EXPECT_FALSE(locked) << "taken twice, left once";
-  holder.unlockAcrossProcesses();
-  thread.join();
-  EXPECT_TRUE(locked);
 }
 
 TEST_F(FmDir, TestsTypeAndPermissions) {
