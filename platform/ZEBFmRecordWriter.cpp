@@ -64,7 +64,10 @@ int ZEBFmRecordWriter::goOn(const char* bytes, std::size_t size, std::size_t& wr
   std::vector<Piece> beginning = std::exchange(m_left, {});
   const int error = write(bytes, size, written);
   if (error != 0) {
-    m_left.insert(m_left.begin(), beginning.begin(), beginning.end());
+    std::swap(beginning, m_left);
+    for (const Piece& later : beginning) {
+      addLeft(later);
+    }
   }
   return error;
 }
@@ -79,13 +82,11 @@ int ZEBFmRecordWriter::complete(const char* bytes, std::size_t size, std::size_t
       return error;
     }
     const Piece next = endingHere(static_cast<std::size_t>(more));
-    const bool areKnown = piece.begin >= 0 && next.begin >= 0;
-    if (m_channel->isOwned() && areKnown &&
-        next.begin != piece.begin + static_cast<std::int64_t>(piece.size)) {
+    if (m_channel->isOwned() && isApart(piece, next)) {
       // Other processes take the lock only when they get here themselves: one has appended between
       // the halves, so the record begins anew behind that.
-      leaveBehind(next);
       leaveBehind(piece);
+      leaveBehind(next);
       written = 0;
       const int error = writeOnce(bytes, size, written);
       if (error != 0) {
@@ -116,6 +117,20 @@ ZEBFmRecordWriter::Piece ZEBFmRecordWriter::endingHere(std::size_t size) {
   return {end < 0 ? -1 : end - static_cast<std::int64_t>(size), size};
 }
 
+/// Whether something else stands between the pieces.
+bool ZEBFmRecordWriter::isApart(const Piece& piece, const Piece& next) {
+  const bool areKnown = piece.begin >= 0 && next.begin >= 0;
+  return areKnown && next.begin != piece.begin + static_cast<std::int64_t>(piece.size);
+}
+
+void ZEBFmRecordWriter::addLeft(const Piece& piece) {
+  if (m_left.empty() || isApart(m_left.back(), piece)) {
+    m_left.push_back(piece);
+  } else {
+    m_left.back().size += piece.size;
+  }
+}
+
 /// Makes the piece a blank line. A stream of the host program's is left alone: it may not be
 /// appending. Returns whether that was done.
 bool ZEBFmRecordWriter::blankOut(const Piece& piece) {
@@ -134,7 +149,7 @@ std::size_t ZEBFmRecordWriter::leaveBehind(const Piece& piece) {
   if (piece.size == 0 || blankOut(piece)) {
     return 0;
   }
-  m_left.push_back(piece);
+  addLeft(piece);
   return piece.size;
 }
 
@@ -151,7 +166,7 @@ int ZEBFmRecordWriter::endWhatWasLeft() {
   if (error == 0) {
     m_left.clear();
   } else if (ended != 0) {
-    m_left.push_back(endingHere(ended));
+    addLeft(endingHere(ended));
   }
   return error;
 }

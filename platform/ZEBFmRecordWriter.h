@@ -52,6 +52,8 @@ class ZEBFmRecordWriter {
   int complete(const char* bytes, std::size_t size, std::size_t& written);
   int writeRest(const char* bytes, std::size_t size, std::size_t& written);
   Piece endingHere(std::size_t size);
+  static bool isApart(const Piece& piece, const Piece& next);
+  void addLeft(const Piece& piece);
   bool blankOut(const Piece& piece);
   std::size_t leaveBehind(const Piece& piece);
   int endWhatWasLeft();
