@@ -144,9 +144,10 @@ LOG4ZEB_HOT void LOGFileAppender::subappend(LOGLoggingEvent* event) {
   if (LOGFileAppender::checkEntryConditions() == 0) {
     return;  // rendering the message has closed this appender
   }
-  if (ZEBFmHold* const hold = event->getHold()) {
+  ZEBFmHold* const hold = event->getHold();
+  if (hold != nullptr && m_file != nullptr) {
     LOGQuietWriter::hold(*hold, *m_file);
-  } else {
+  } else if (m_file != nullptr) {
     m_file->endHold();
   }
   m_qw->write(m_file, text);

@@ -16,6 +16,11 @@ namespace {
 /// How many bytes a hold lets wait at most.
 constexpr std::size_t MOST_HELD = std::size_t{64} * 1024;
 
+void setName(ZEBThreadCriticalSection& section, I18NString& name, const I18NString& value) {
+  const ZEBThreadGuard guard(section);
+  name = value;
+}
+
 }  // namespace
 
 ZEBFmFile::ZEBFmFile() : m_reference(std::make_shared<Reference>()) { m_reference->file = this; }
@@ -36,7 +41,7 @@ int ZEBFmFile::succeeded(int error) noexcept {
 int ZEBFmFile::open(const I18NString& name, int mode, bool mayWait) {
   close();
   const bool goesOn = m_endsInHalf && m_name == name && mode != TRUNCATE;
-  m_name = name;
+  setName(m_reference->section, m_name, name);
   ZEBFmChannel::Opened opened = ZEBFmChannel::open(name, mode == TRUNCATE, mayWait);
   const int result = use(std::move(opened.channel), opened.error);
   if (result != 0 && goesOn) {
@@ -47,7 +52,8 @@ int ZEBFmFile::open(const I18NString& name, int mode, bool mayWait) {
 
 int ZEBFmFile::attachStandard(int stream) {
   close();
-  m_name = stream == STANDARD_ERROR ? "standard error" : "standard output";
+  setName(m_reference->section, m_name,
+          stream == STANDARD_ERROR ? "standard error" : "standard output");
   ZEBFmChannel::Opened opened = ZEBFmChannel::attachStandard(stream);
   return use(std::move(opened.channel), opened.error);
 }
