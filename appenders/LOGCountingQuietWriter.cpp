@@ -1,7 +1,6 @@
 #include "appenders/LOGCountingQuietWriter.h"
 
 #include "platform/ZEBAssertError.h"
-#include "platform/ZEBThreadRWGuard.h"
 
 namespace {
 
@@ -26,14 +25,12 @@ void LOGCountingQuietWriter::write(ZEBFmFile* outStream, const I18NString& s) {
                                   "LOGCountingQuietWriter::write -- Unknown error occurred"};
   logReportingFailures(TEXTS, [&] {
     ZEB_ASSERT_AS(outStream, "outStream != NULL", "LOGCountingQuietWriter", 52);
-    const ZEBThreadRWGuard guard(*this, ZEBThreadRWGuard::WRITING);
     count += static_cast<unsigned int>(appendBytes(*outStream, s));
-    count -= static_cast<unsigned int>(outStream->takeLostBytes());
   });
 }
 
 void LOGCountingQuietWriter::settle(ZEBFmFile* file) {
-  file->handOver();
-  // What a batch could not write in the end was counted before.
+  handOver(*file);
+  // What was lost while it waited was counted before.
   count -= static_cast<unsigned int>(file->takeLostBytes());
 }

@@ -109,24 +109,24 @@ bool LOGDispatcher::pass(LOGAppenderPin& pin) {
     return false;
   }
   // What this pass delivers may reach the operating system together, at the latest at its end.
-  ZEBFmFile::Batch batch;
+  ZEBFmHold hold;
   m_eventsUntilLook = 0;
   m_eventsBetweenLooks = 1;
   m_lastHandOver = m_lastLook = Clock::now();
   while (m_bf->hasEvents()) {
     m_mayHold = false;
-    logContainingFailures(RUN_TEXTS, [&] { deliverNext(batch, pin); });
+    logContainingFailures(RUN_TEXTS, [&] { deliverNext(hold, pin); });
     ++m_notHandedOver;
     if (!m_mayHold || ZEBForkGate::isClosed() || isTimeToHandOver()) {
-      handOver(batch);
+      handOver(hold);
     }
   }
-  handOver(batch);
+  handOver(hold);
   return true;
 }
 
-void LOGDispatcher::handOver(ZEBFmFile::Batch& batch) {
-  logContainingFailures(RUN_TEXTS, [&] { LOGQuietWriter::handOver(batch); });
+void LOGDispatcher::handOver(ZEBFmHold& hold) {
+  logContainingFailures(RUN_TEXTS, [&] { LOGQuietWriter::handOver(hold); });
   m_bf->noteDelivered(std::exchange(m_notHandedOver, 0));
 }
 
@@ -148,7 +148,7 @@ bool LOGDispatcher::isTimeToHandOver() {
   return true;
 }
 
-void LOGDispatcher::deliverNext(ZEBFmFile::Batch& batch, LOGAppenderPin& pin) {
+void LOGDispatcher::deliverNext(ZEBFmHold& hold, LOGAppenderPin& pin) {
   std::unique_ptr<LOGLoggingEvent> whole;  // with its message destroyed here, without a lock
   LOGLoggingEvent* const event = m_bf->take(m_unpacked, whole);
   if (LOGLogLog::mayWrite() && m_bf->wasFull() != 0) {
@@ -156,20 +156,19 @@ void LOGDispatcher::deliverNext(ZEBFmFile::Batch& batch, LOGAppenderPin& pin) {
                           [] { LOGLogLog::debug("Notifying AsyncAppender about freed space."); });
   }
   if (event != nullptr) {
-    deliver(*event, batch, pin);
+    deliver(*event, hold, pin);
   }
 }
 
-void LOGDispatcher::deliver(LOGLoggingEvent& event, ZEBFmFile::Batch& batch, LOGAppenderPin& pin) {
+void LOGDispatcher::deliver(LOGLoggingEvent& event, ZEBFmHold& hold, LOGAppenderPin& pin) {
   LOGCallScope call;  // waits at its end for room in queues that are attached here
   LOGAppenderAttachableImpl::PinnedWalk walk(*m_aai, pin);
-  std::optional<ZEBFmFile::Batch::Pause> pause;
   m_mayHold = walk.isOnly() && isFile(*walk.appender());
   if (!m_mayHold) {
     // Others may look at what a file appender has written, or write to the same file.
-    handOver(batch);
-    pause.emplace();
+    handOver(hold);
   }
+  event.setHold(m_mayHold ? &hold : nullptr);
   for (; walk.appender() != nullptr; walk.goOn()) {
     call.deliverTo(walk.appender());
     LOGAppenderAttachableImpl::append(*walk.appender(), &event);

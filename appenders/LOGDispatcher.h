@@ -6,7 +6,7 @@
 #include <memory>
 
 #include "core/LOGLoggingEvent.h"
-#include "platform/ZEBFmFile.h"
+#include "platform/ZEBFmHold.h"
 #include "platform/ZEBThread.h"
 
 class LOGAppenderAttachableImpl;
@@ -43,9 +43,9 @@ class LOG4ZEB_EXPORT LOGDispatcher : public ZEBThread {
 
  private:
   bool pass(LOGAppenderPin& pin);
-  void deliverNext(ZEBFmFile::Batch& batch, LOGAppenderPin& pin);
-  void deliver(LOGLoggingEvent& event, ZEBFmFile::Batch& batch, LOGAppenderPin& pin);
-  void handOver(ZEBFmFile::Batch& batch);
+  void deliverNext(ZEBFmHold& hold, LOGAppenderPin& pin);
+  void deliver(LOGLoggingEvent& event, ZEBFmHold& hold, LOGAppenderPin& pin);
+  void handOver(ZEBFmHold& hold);
   bool isTimeToHandOver();
 
   inline static thread_local const LOGDispatcher* s_current = nullptr;

@@ -4,6 +4,7 @@
 
 #include "appenders/LOGQuietWriter.h"
 #include "core/LOGFailures.h"
+#include "core/LOGLoggingEvent.h"
 #include "layouts/LOGLayout.h"
 #include "platform/ZEBAssertError.h"
 #include "platform/ZEBConfigurationFactory.h"
@@ -140,8 +141,14 @@ LOG4ZEB_HOT void LOGFileAppender::subappend(LOGLoggingEvent* event) {
   // Taken out for the time, because rendering the message may log through this appender.
   I18NString text = std::move(m_text);
   format(*layout(), event, text);
-  if (checkEntryConditions() == 0) {
+  if (LOGFileAppender::checkEntryConditions() == 0) {
     return;  // rendering the message has closed this appender
+  }
+  ZEBFmHold* const hold = event->getHold();
+  if (hold != nullptr && m_file != nullptr) {
+    LOGQuietWriter::hold(*hold, *m_file);
+  } else if (m_file != nullptr) {
+    m_file->endHold();
   }
   m_qw->write(m_file, text);
   m_text = std::move(text);
@@ -153,7 +160,7 @@ LOG4ZEB_HOT void LOGFileAppender::subappend(LOGLoggingEvent* event) {
 void LOGFileAppender::handOver() {
   const ZEBThreadGuard guard(getCriticalSection());
   if (m_file != nullptr) {
-    m_file->handOver();
+    LOGQuietWriter::handOver(*m_file);
   }
 }
 

@@ -7,7 +7,6 @@
 #include "platform/ZEBAssertError.h"
 #include "platform/ZEBFmFile.h"
 #include "platform/ZEBSystemError.h"
-#include "platform/ZEBThreadRWGuard.h"
 
 namespace {
 
@@ -44,7 +43,6 @@ LOG4ZEB_HOT void LOGQuietWriter::write(ZEBFmFile* outStream, const I18NString& s
                                   WRITE_FAILED, "LOGQuietWriter::write -- Unknown error occurred"};
   logReportingFailures(TEXTS, [&] {
     ZEB_ASSERT_AS(outStream, "outStream != NULL", SOURCE, 70);
-    const ZEBThreadRWGuard guard(*this, ZEBThreadRWGuard::WRITING);
     appendBytes(*outStream, s);
   });
 }
@@ -66,10 +64,6 @@ void LOGQuietWriter::stWrite(ZEBFmFile* outStream, const I18NString& s) {
 }
 
 LOG4ZEB_HOT std::size_t LOGQuietWriter::appendBytes(ZEBFmFile& file, const I18NString& s) {
-  // Several processes may append to the same file.
-  if (file.seek(0, ZEBFmFile::ORIGIN_END) == -1) {
-    throwFileError(&file);
-  }
   std::string scratch;
   std::string_view bytes = s.narrow(scratch);
   if (bytes.back() == '\0') {
@@ -95,6 +89,7 @@ void LOGQuietWriter::close(ZEBFmFile* outStream) {
   ZEB_ASSERT_AS(outStream, "outStream != NULL", SOURCE, 62);
   logReportingFailures(
       LOGFailureTexts::same("LOGQuietWriter::close -- ZEBThrowable exception occurred"), [&] {
+        handOver(*outStream);
         if (outStream->isOpen() != 0 && outStream->close() == 0) {
           throwFileError(outStream);
         }
@@ -120,11 +115,16 @@ void LOGQuietWriter::throwFileError(ZEBFmFile* file) {
   throw ZEBSystemError(file->getName(), file->getLastError(), FILE_ERROR_SOURCE, FILE_ERROR_LINE);
 }
 
-void LOGQuietWriter::handOver(ZEBFmFile::Batch& batch) {
-  for (const ZEBFmFile::Batch::Failure& failure : batch.handOver()) {
-    for (int i = 0; i < failure.records; ++i) {
-      ZEBSystemError error(failure.fileName, failure.error, FILE_ERROR_SOURCE, FILE_ERROR_LINE);
-      logReportSwallowed(failure.text, error);
-    }
+void LOGQuietWriter::hold(ZEBFmHold& hold, ZEBFmFile& file) {
+  if (!hold.isOf(file)) {
+    handOver(hold);
+  }
+  hold.begin(file);
+}
+
+void LOGQuietWriter::report(const ZEBFmFile::Losses& losses) {
+  for (int i = 0; i < losses.records; ++i) {
+    ZEBSystemError error(losses.fileName, losses.error, FILE_ERROR_SOURCE, FILE_ERROR_LINE);
+    logReportSwallowed(losses.text, error);
   }
 }

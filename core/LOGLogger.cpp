@@ -14,7 +14,6 @@
 #include "core/LOGManager.h"
 #include "core/LOGThrowableText.h"
 #include "platform/ZEBAssertError.h"
-#include "platform/ZEBFmFile.h"
 #include "platform/ZEBThreadGuard.h"
 #include "platform/ZEBTranslate.h"
 
@@ -212,8 +211,6 @@ inline bool LOGLogger::mayHaveAppenders() const {
 
 LOG4ZEB_HOT void LOGLogger::passOn(LOGLoggingEvent& event, bool mayRender) {
   const LOGCallScope call;
-  // What is logged from within an asynchronous delivery is logged like anything else.
-  const ZEBFmFile::Batch::Pause pause;
   int writes = 0;
   for (LOGLogger* logger = this; logger != nullptr; logger = logger->getParent()) {
     int additive = logger->getAdditivity();  // asked first: it changes under the lock

@@ -13,6 +13,7 @@
 
 class LOGLevel;
 class LOGLogger;
+class ZEBFmHold;
 
 /// A text that is to become a message, told apart from a message object.
 struct LOGMessageText {
@@ -84,6 +85,11 @@ class LOG4ZEB_EXPORT LOGLoggingEvent : public LOGSerializable {
   LOGLogger* getLogger() const { return m_logger; }
   void setLogger(LOGLogger* logger) { m_logger = logger; }
 
+  /// Where the line of this event may wait in a file's memory, null, also in copies, where it may
+  /// not. Set by the thread that delivers the event.
+  ZEBFmHold* getHold() const noexcept { return m_hold; }
+  void setHold(ZEBFmHold* hold) noexcept { m_hold = hold; }
+
   /// No mapped context is kept: always null.
   const I18NString* getMDC(const I18NString& key) const;
   void getMDCCopy() {}
@@ -131,6 +137,7 @@ class LOG4ZEB_EXPORT LOGLoggingEvent : public LOGSerializable {
   LOGLogger* m_logger = nullptr;
   std::shared_ptr<LOGObject> m_message;  // with copies for queues
   std::unique_ptr<Rare> m_rare;
+  ZEBFmHold* m_hold = nullptr;
   I18NString m_threadName;
   I18NString m_ndc;
   I18NString m_loggerName;

@@ -9,21 +9,17 @@ ZEBFileLockRW::ZEBFileLockRW() = default;
 
 ZEBFileLockRW::~ZEBFileLockRW() = default;
 
-LOG4ZEB_HOT void ZEBFileLockRW::lockForWriting() {
-  if (m_writing.isHeldHere()) {
+ZEBThreadCriticalSection& ZEBFileLockRW::section() noexcept {
+  return m_boundFile == nullptr ? m_unbound : m_boundFile->getCriticalSection();
+}
+
+void ZEBFileLockRW::lockForWriting() {
+  if (section().isHeldHere()) {
     throw ZEBSystemError("file lock",
                          std::make_error_code(std::errc::resource_deadlock_would_occur),
                          "ZEBFileLockRW::lockForWriting", __LINE__);
   }
-  m_writing.enter();
-  // A file system without locks still takes the record.
-  m_fileLocked = m_boundFile != nullptr && !m_boundFile->appendIsAtomic() &&
-                 m_boundFile->lockAcrossProcesses() != 0;
+  section().enter();
 }
 
-LOG4ZEB_HOT void ZEBFileLockRW::unlockAfterWriting() noexcept {
-  if (m_fileLocked) {
-    m_boundFile->unlockAcrossProcesses();
-  }
-  m_writing.leave();
-}
+void ZEBFileLockRW::unlockAfterWriting() noexcept { section().leave(); }

@@ -1,21 +1,29 @@
 #ifndef PLATFORM_ZEBFMFILE_H
 #define PLATFORM_ZEBFMFILE_H
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "platform/I18NString.h"
+#include "platform/ZEBForkHandler.h"
+#include "platform/ZEBThreadCriticalSection.h"
 
-/// A file that is written record by record. Every write goes to the end of a file that was opened
-/// here, whichever the mode, and unless buffering was asked for the whole record is with the
-/// operating system when write() returns: it survives the death of the process, and records of
-/// several processes stand in the file whole. The file is not inherited by programs that the
-/// process starts, and may be renamed and removed while it is open.
+class ZEBFmHold;
+class ZEBFmRecordWriter;
+
+/// A file that is written record by record. Every write goes to the end of the file, whichever the
+/// mode, and unless buffering was asked for the whole record is with the operating system when
+/// write() returns: it survives the death of the process, and records of several processes stand in
+/// the file whole. The file is not inherited by programs that the process starts, and may be
+/// renamed and removed while it is open.
 ///
-/// An object is used by one thread at a time; the exception is what waits in memory, which the end
-/// of the process or of a Batch may write out while another thread still logs.
+/// What changes the file takes its lock, so that several threads may write, and the end of the
+/// process may write out what waits in memory. The name and the last error are for the thread that
+/// uses the object.
 class LOG4ZEB_EXPORT ZEBFmFile {
  public:
   /// Open modes. APPEND creates the file or keeps what it holds, TRUNCATE creates or empties it;
@@ -30,6 +38,14 @@ class LOG4ZEB_EXPORT ZEBFmFile {
   static constexpr int ORIGIN_BEGIN = 0;
   static constexpr int ORIGIN_END = 2;
 
+  /// Records of one file that waited in memory and could not be written.
+  struct Losses {
+    I18NString fileName;
+    int records = 0;
+    int error = 0;               // of the last of them
+    const char* text = nullptr;  // from setLateFailureText()
+  };
+
   ZEBFmFile();
   ZEBFmFile(const ZEBFmFile&) = delete;
   ZEBFmFile& operator=(const ZEBFmFile&) = delete;
@@ -42,105 +58,79 @@ class LOG4ZEB_EXPORT ZEBFmFile {
   /// Attaches to standard output or standard error, which closing this object leaves open. Returns
   /// 1, or 0 when that stream is not open in the process.
   int attachStandard(int stream);
-  int isOpen() const noexcept;
+  int isOpen() const noexcept { return m_writer != nullptr ? 1 : 0; }
 
   /// Lets up to `bytes` bytes wait in memory; they are cut only between records, and written by
   /// flush(), close() and the normal end of the process. 0, the state after open(), means none.
   void setBufferSize(std::size_t bytes);
 
-  /// While one lives, what its thread writes to files without a buffer may wait in memory, so that
-  /// many records go to the operating system in one call. It never waits for long enough to change
-  /// places with what other threads write to the same object. Lives on the stack, one in a thread.
-  class LOG4ZEB_EXPORT Batch;
-
   /// Appends `size` bytes as one record. Returns `size`, or -1 when not all could be written.
   std::int64_t write(const char* bytes, std::size_t size);
   /// Moves to `offset` bytes from the origin. Returns 0, also on a terminal or pipe, which have no
-  /// positions, or -1. Seeking to the end costs nothing, because every write goes there anyway.
+  /// positions, or -1. Every write goes to the end, whatever the position.
   int seek(std::int64_t offset, int origin);
-  /// Hands what is buffered to the operating system. Returns 1, or 0 when that failed.
+  /// Hands what waits in memory to the operating system. Returns 1, or 0 when that failed.
   int flush();
-  /// Writes out what is buffered and closes. Returns 1, or 0 when that failed or nothing was open.
+  /// Writes out what waits in memory and closes. Returns 1, or 0 when that failed or nothing was
+  /// open.
   int close();
 
-  /// The size in bytes, or -1.
+  /// The size in bytes with what waits in memory, or -1.
   std::int64_t size();
   /// The name given to open(), or the name of the standard stream.
   const I18NString& getName() const noexcept { return m_name; }
   /// The operating system's code of the last failure, 0 at first.
   int getLastError() const noexcept { return m_lastError; }
+  /// The lock of the file.
+  ZEBThreadCriticalSection& getCriticalSection() const noexcept { return m_reference->section; }
 
-  /// Lets records of this file wait for the end of a Batch. The text, a literal, is what the Batch
-  /// says of each that it could not hand over.
+  /// The text, a literal, is what a ZEBFmHold says of each record that it could not write.
   void setLateFailureText(const char* text) noexcept { m_lateFailureText = text; }
-  /// Writes what a Batch holds back of this file.
-  void handOver();
-  /// The bytes of records that could not be handed over, since the last call.
-  std::size_t takeLostBytes() noexcept;
-
-  /// Whether one write to this file appends atomically next to other processes.
-  bool appendIsAtomic() const noexcept { return m_appendIsAtomic; }
-  /// Takes and leaves the operating system's lock on the file, which it frees when the process dies
-  /// and which readers do not notice. lock returns 1, or 0 when the file has no such lock.
-  int lockAcrossProcesses();
-  void unlockAcrossProcesses() noexcept;
+  /// Has records go to the operating system at once again; those that wait go first.
+  void endHold() noexcept { m_isHeld.store(false, std::memory_order_relaxed); }
+  /// Writes what a ZEBFmHold lets wait, and ends that.
+  Losses handOver();
+  /// The bytes of records that waited and could not be written, since the last call.
+  std::size_t takeLostBytes();
 
  private:
-  class Handle;  // the operating system's side
+  friend class ZEBFmHold;
 
+  /// Leads to the file as long as it exists.
+  struct Reference {
+    ZEBThreadCriticalSection section;
+    ZEBFmFile* file;  // guarded by section
+  };
+
+  void beginHold();
+  void enterForEndOfProcess();
+  void forgetInChild();
+  int use(std::unique_ptr<class ZEBFmChannel> channel, int error);
   int succeeded(int error) noexcept;
+  std::size_t room() const noexcept;
+  int append(const char* bytes, std::size_t size);
+  int seekTo(std::int64_t offset, int origin);
+  int writeBuffer();
+  void writeHeld();
 
-  std::shared_ptr<Handle> m_handle;  // with a Batch
+  const std::shared_ptr<Reference> m_reference;
+  // Guarded by its section, but for name, error and text.
+  std::unique_ptr<ZEBFmRecordWriter> m_writer;  // null while the file is closed
+  std::size_t m_capacity = 0;                   // of the buffer that was asked for
+  std::string m_buffer;
+  std::vector<std::size_t> m_heldEnds;  // of each record in m_buffer, while the buffer is a hold's
+  bool m_goesOn = false;                // the buffer, with a record whose beginning is in the file
+  bool m_endsInHalf = false;            // the file that was closed last
+  bool m_isEntered = false;             // for the end of the process; used by who opens and closes
+  std::atomic<bool> m_isHeld{false};
+  std::size_t m_lostBytes = 0;
+  int m_lostRecords = 0;
+  int m_lostError = 0;
   I18NString m_name;
   const char* m_lateFailureText = nullptr;
-  int m_lastError = 0;
-  bool m_appendIsAtomic = true;
-  bool m_endsInHalf = false;  // the file that was closed last
-};
-
-class ZEBFmFile::Batch {
- public:
-  /// Records of one file that could not be written.
-  struct Failure {
-    I18NString fileName;
-    int error;
-    const char* text;
-    int records;
-  };
-
-  Batch() noexcept;
-  Batch(const Batch&) = delete;
-  Batch& operator=(const Batch&) = delete;
-  /// Hands over; what fails then is lost without a word.
-  ~Batch();
-
-  /// While one lives, its thread writes without the batch.
-  class LOG4ZEB_EXPORT Pause {
-   public:
-    Pause() noexcept;
-    Pause(const Pause&) = delete;
-    Pause& operator=(const Pause&) = delete;
-    ~Pause();
-
-   private:
-    Batch* m_paused;
-  };
-
-  /// Hands what waits to the operating system. A record that cannot be written is one that would
-  /// have failed alone.
-  std::vector<Failure> handOver();
-
- private:
-  friend class ZEBFmFile;
-  struct Member {
-    std::shared_ptr<Handle> handle;
-    I18NString fileName;
-    const char* text;
-  };
-
-  void add(const ZEBFmFile& file);
-
-  std::vector<Member> m_members;
+  std::atomic<int> m_lastError{0};
+  const ZEBForkHandler m_forkHandler{
+      this, [](void* file) { static_cast<ZEBFmFile*>(file)->forgetInChild(); }};
 };
 
 #endif

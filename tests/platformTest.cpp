@@ -31,7 +31,7 @@
 #include "platform/ZEBDatagramSocket.h"
 #include "platform/ZEBFileLockRW.h"
 #include "platform/ZEBFmDir.h"
-#include "platform/ZEBFmFile.h"
+#include "platform/ZEBFmHold.h"
 #include "platform/ZEBList.h"
 #include "platform/ZEBSharedLibrary.h"
 #include "platform/ZEBSocketAddress.h"
@@ -270,11 +270,15 @@ TEST(CriticalSection, LetsOneThreadInAtATime) {
 }
 
 TEST(FileLock, LetsWritersInOneAtATime) {
+  ZEBFmFile file;
   ZEBFileLockRW lock;
+  ZEBFileLockRW ofSameFile;
+  lock.setFile(&file);
+  ofSameFile.setFile(&file);
   std::atomic<bool> written{false};
   auto writing = std::make_unique<ZEBThreadRWGuard>(lock, ZEBThreadRWGuard::WRITING);
   Running writer([&] {
-    const ZEBThreadRWGuard alone(lock, ZEBThreadRWGuard::WRITING);
+    const ZEBThreadRWGuard alone(ofSameFile, ZEBThreadRWGuard::WRITING);
     written = true;
   });
   EXPECT_THROW(ZEBThreadRWGuard(lock, ZEBThreadRWGuard::WRITING), ZEBSystemError)
@@ -515,25 +519,56 @@ TEST_F(FmFile, LeavesNoHalfRecordAtAFileSizeLimit) {
   EXPECT_EQ(Workplace::read("log"), "aaaaaaa\n\r\nc\n") << "a blank line stands in its place";
 }
 
-TEST_F(FmFile, LosesOfABatchOnlyTheRecordsThatCannotBeWritten) {
+TEST_F(FmFile, LosesOfHeldRecordsOnlyThoseThatCannotBeWritten) {
   expectInChild([] {
     const rlimit limit{30, 100};
     ZEBFmFile file;
     file.setLateFailureText("late");
     bool held = setrlimit(RLIMIT_FSIZE, &limit) == 0 && file.open("log", ZEBFmFile::APPEND) == 1;
-    ZEBFmFile::Batch batch;
+    ZEBFmHold hold;
+    hold.begin(file);
     for (const char* const record : {"aaaaaaa\n", "far too long for what is left of it\n", "c\n"}) {
       held = held && writeText(file, record) == static_cast<int>(std::strlen(record));
     }
     held = held && Workplace::read("log").empty() && file.size() == 46;
-    const std::vector<ZEBFmFile::Batch::Failure> failures = batch.handOver();
-    return held && failures.size() == 1 && failures[0].records == 2 && failures[0].error == EFBIG &&
-           failures[0].fileName == "log" && failures[0].text == std::string("late") &&
-           file.takeLostBytes() == 38 && file.takeLostBytes() == 0;
+    const ZEBFmFile::Losses losses = hold.handOver();
+    return held && losses.records == 2 && losses.error == EFBIG && losses.fileName == "log" &&
+           losses.text == std::string("late") && file.takeLostBytes() == 38 &&
+           file.takeLostBytes() == 0 && hold.handOver().records == 0;
   });
   const std::string blank(20, ' ');
   EXPECT_EQ(Workplace::read("log"), "aaaaaaa\n" + blank + "\r\n")
       << "a blank line stands for the part that there was room for";
+}
+
+TEST_F(FmFile, WritesHeldRecordsAtTheLatestWhenItIsUsedOtherwise) {
+  ZEBFmHold hold;
+  {
+    ZEBFmFile file;
+    const auto holdRecord = [&](const char* record) {
+      hold.begin(file);
+      return writeText(file, record) > 0 && file.size() > 0;
+    };
+    ASSERT_TRUE(file.open("log", ZEBFmFile::APPEND) == 1 && holdRecord("1"));
+    EXPECT_EQ(Workplace::read("log"), "");
+    hold.handOver();
+    EXPECT_EQ(Workplace::read("log"), "1");
+    writeText(file, "2");
+    EXPECT_EQ(Workplace::read("log"), "12") << "what follows is not held";
+    holdRecord("3");
+    file.endHold();
+    writeText(file, "4");
+    EXPECT_EQ(Workplace::read("log"), "1234") << "held records come first";
+    expectInChild([&] { return Workplace::read("log") == "1234" && file.size() == 4; });
+    holdRecord("5");
+    expectInChild([&] { return Workplace::read("log") == "12345" && file.close() == 1; });
+    holdRecord(std::string(65536, '6').c_str());
+    EXPECT_EQ(Workplace::read("log").size(), 5U) << "a buffer full";
+    holdRecord("7");
+    EXPECT_EQ(Workplace::read("log").size(), 65541U);
+  }
+  EXPECT_EQ(Workplace::read("log").size(), 65542U);
+  EXPECT_EQ(hold.handOver().records, 0) << "of a file that is no more";
 }
 
 TEST_F(FmFile, SurvivesABrokenPipe) {
@@ -574,24 +609,6 @@ TEST_F(FmFile, AppendsWholeRecordsFromSeveralObjects) {
     ++number;
   }
   EXPECT_EQ(next[0] + next[1] + next[2], 3U * RECORDS);
-}
-
-TEST_F(FmFile, LocksAFileAcrossItsOpenObjects) {
-  ZEBFmFile holder;
-  ZEBFmFile waiter;
-  ASSERT_EQ(holder.open("log", ZEBFmFile::APPEND) + waiter.open("log", ZEBFmFile::APPEND), 2);
-  EXPECT_EQ(holder.lockAcrossProcesses() + holder.lockAcrossProcesses(), 2);
-  std::atomic<bool> locked{false};
-  Running thread([&] {
-    waiter.lockAcrossProcesses();
-    locked = true;
-  });
-  holder.unlockAcrossProcesses();
-  ZEBThread::sleep(30);
-  EXPECT_FALSE(locked) << "taken twice, left once";
-  holder.unlockAcrossProcesses();
-  thread.join();
-  EXPECT_TRUE(locked);
 }
 
 TEST_F(FmDir, TestsTypeAndPermissions) {
