@@ -2,6 +2,7 @@
 #define APPENDERS_LOGASYNCAPPENDER_H
 
 #include <atomic>
+#include <cstdint>
 #include <memory>
 #include <set>
 #include <vector>
@@ -10,15 +11,16 @@
 #include "appenders/LOGAppenderAttachableImpl.h"
 #include "appenders/LOGAppenderSkeleton.h"
 
+class LOGDispatcher;
 struct LOGFailureTexts;
 
 /// Spares the threads that log the time of slow appenders: it queues copies of events, and a thread
-/// of its own, the dispatcher, passes them on to the appenders attached to it. While the queue is
-/// full, a thread that logs waits at the end of its outermost call, when it holds no lock any more:
-/// a full queue blocks its callers and nobody else. What is logged from within a delivery never
-/// waits. What is queued is lost when the process dies, and when the appender is closed without
-/// flush(); the orderly shutdown of the library flushes. In the child of a fork the queue is empty,
-/// what was in it being the parent's, and the first event starts a thread there.
+/// of its own, the dispatcher, passes them on to the appenders attached to it. A thread that finds
+/// the queue full waits at the end of its outermost call, when it holds no lock any more: a full
+/// queue blocks its callers and nobody else. What is logged from within a delivery never waits.
+/// What is queued is lost when the process dies, and when the appender is closed without flush();
+/// the orderly shutdown of the library flushes. In the child of a fork the queue is empty, what was
+/// in it being the parent's, and the first event starts a thread there.
 ///
 /// Attached appenders are not owned, and not closed with this one. One that was removed may be
 /// deleted when the removal returns, if that was not called from within a call that logs or a
@@ -52,9 +54,9 @@ class LOG4ZEB_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
   void append(LOGLoggingEvent* event) override;
   int requiresLayout() override;
 
-  /// Waits until what is queued now, and what threads wait to queue, has been passed on. Returns 1,
-  /// or 0 when the time, in milliseconds, is up before. Under a lock, from within a call that logs
-  /// or from a delivery it does not wait.
+  /// Waits until what is queued now, also by threads that wait for room, has been passed on. Returns
+  /// 1, or 0 when the time, in milliseconds, is up before. Under a lock, from within a call that
+  /// logs or from a delivery it does not wait.
   int flush(int milliseconds);
   /// Whether `from` is `to`, or passes events on to it, perhaps through others.
   static bool reaches(const LOGAppenderSkeleton& from, const LOGAsyncAppender& to);
@@ -103,13 +105,11 @@ class LOG4ZEB_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
   };
 
  private:
-  class Arrival;
-
   bool mayStart() const { return m_closed != 0 && !m_closeRequested && m_stale != 1; }
-  void enqueue(LOGLoggingEvent& event);
-  /// Whether the calling thread is the dispatcher here, or of a queue that this one passes events
-  /// on to, perhaps through others.
-  bool isServedByThisThread() const;
+  void leaveWaitToEndOfCall(std::uint64_t place) const;
+  /// Whether this queue, or one that it passes events on to, perhaps through others, has that
+  /// dispatcher.
+  bool isServedBy(const LOGDispatcher& dispatcher) const;
   template <typename Remove>
   void removeEverywhere(const LOGFailureTexts& texts, Remove remove);
 

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <optional>
 #include <typeinfo>
-#include <utility>
 
 #include "appenders/LOGAppenderAttachableImpl.h"
 #include "appenders/LOGAppenderPin.h"
@@ -26,7 +25,7 @@ using Clock = std::chrono::steady_clock;
 constexpr Clock::duration LONGEST_HELD = std::chrono::milliseconds(1);
 constexpr Clock::duration SOON = std::chrono::microseconds(100);
 constexpr int MOST_EVENTS_BETWEEN_LOOKS = 32;
-constexpr unsigned int PAUSE_WITHOUT_MEMORY = 10;  // milliseconds
+constexpr unsigned int PAUSE_AFTER_FAILURE = 10;  // milliseconds
 
 constexpr LOGFailureTexts RUN_TEXTS{"LOGDispatcher::run --- some i18nstring exception occurred",
                                     "LOGDispatcher::run --- some ZEBThrowable exception occurred",
@@ -43,6 +42,10 @@ bool isFile(const LOGAppenderSkeleton& appender) {
          typeid(appender) == typeid(LOGRollingFileAppender);
 }
 
+void handOver(ZEBFmFile::Batch& batch) {
+  logContainingFailures(RUN_TEXTS, [&] { LOGQuietWriter::handOver(batch); });
+}
+
 }  // namespace
 
 LOGDispatcher::LOGDispatcher(LOGBoundedFIFO* bf, LOGAsyncAppender* container)
@@ -56,13 +59,14 @@ LOGDispatcher::~LOGDispatcher() { join(); }
 void LOGDispatcher::close() {
   ZEB_ASSERT(m_bf, SOURCE, 44);
   interrupted = 1;
-  m_bf->wakeDispatcher();
+  m_bf->wakeAll();
 }
 
 void LOGDispatcher::startUnlessRunning() {
   if (!m_isRunning.exchange(true)) {
     try {
       start();
+      m_isLeftByFork = false;
     } catch (...) {
       m_isRunning = false;
       throw;
@@ -72,62 +76,56 @@ void LOGDispatcher::startUnlessRunning() {
 
 void LOGDispatcher::awaitEnd() { m_bf->waitForEnd(m_isRunning); }
 
-bool LOGDispatcher::isLeftByFork() noexcept {
-  if (!m_isRunning || isCurrentThread()) {
-    return false;
+void LOGDispatcher::renewInChild() noexcept {
+  if (m_isRunning && !isDelivering()) {
+    m_isRunning = false;
+    m_isLeftByFork = true;
   }
-  m_isRunning = false;
-  m_notHandedOver = 0;
-  return true;
+}
+
+bool LOGDispatcher::isDelivering() const noexcept {
+  const LOGCallScope* const call = LOGCallScope::outermost();
+  return call != nullptr && call->dispatcher() == this;
+}
+
+bool LOGDispatcher::isAnyDelivering() noexcept {
+  const LOGCallScope* const call = LOGCallScope::outermost();
+  return call != nullptr && call->dispatcher() != nullptr;
 }
 
 void LOGDispatcher::run() {
   ZEB_ASSERT(m_bf, SOURCE, 55);
-  s_current = this;
   m_isRunning = true;
-  logContainingFailures(RUN_TEXTS, [this] {
-    std::optional<LOGAppenderPin> pin;
-    for (bool goesOn = true; goesOn;) {
-      logContainingFailures(RUN_TEXTS, [&] {
-        if (!pin.has_value()) {
-          pin.emplace();
-        }
-        goesOn = pass(*pin);
-      });
-      if (!pin.has_value()) {
-        ZEBThread::sleep(PAUSE_WITHOUT_MEMORY);
-      }
+  for (bool goesOn = true; goesOn;) {
+    if (!logContainingFailures(RUN_TEXTS, [&] { goesOn = pass(); })) {
+      ZEBThread::sleep(PAUSE_AFTER_FAILURE);  // there was no memory to begin with
     }
-  });
-  s_current = nullptr;
+  }
   m_isRunning = false;
-  m_bf->noteEnd();
+  m_bf->wakeAll();
 }
 
-bool LOGDispatcher::pass(LOGAppenderPin& pin) {
+/// Waits for events and delivers them until there is none. Returns false when there is none to come.
+bool LOGDispatcher::pass() {
   if (!m_bf->waitForEvent(interrupted)) {
     return false;
   }
+  LOGAppenderPin pin;
   // What this pass delivers may reach the operating system together, at the latest at its end.
   ZEBFmFile::Batch batch;
   m_eventsUntilLook = 0;
-  m_eventsBetweenLooks = 1;
-  m_lastHandOver = m_lastLook = Clock::now();
+  m_lastHandOver = Clock::now();
   while (m_bf->hasEvents()) {
-    m_mayHold = false;
-    logContainingFailures(RUN_TEXTS, [&] { deliverNext(batch, pin); });
-    ++m_notHandedOver;
-    if (!m_mayHold || ZEBForkGate::isClosed() || isTimeToHandOver()) {
+    bool mayHold = false;
+    logContainingFailures(RUN_TEXTS, [&] { mayHold = deliverNext(batch, pin); });
+    if (!mayHold || ZEBForkGate::isClosed() || isTimeToHandOver()) {
       handOver(batch);
+      m_bf->noteDelivered();
     }
   }
   handOver(batch);
+  m_bf->noteDelivered();
   return true;
-}
-
-void LOGDispatcher::handOver(ZEBFmFile::Batch& batch) {
-  logContainingFailures(RUN_TEXTS, [&] { LOGQuietWriter::handOver(batch); });
-  m_bf->noteDelivered(std::exchange(m_notHandedOver, 0));
 }
 
 bool LOGDispatcher::isTimeToHandOver() {
@@ -148,30 +146,29 @@ bool LOGDispatcher::isTimeToHandOver() {
   return true;
 }
 
-void LOGDispatcher::deliverNext(ZEBFmFile::Batch& batch, LOGAppenderPin& pin) {
-  std::unique_ptr<LOGLoggingEvent> whole;  // with its message destroyed here, without a lock
+/// Returns whether the event's lines may be held back for a while.
+bool LOGDispatcher::deliverNext(ZEBFmFile::Batch& batch, LOGAppenderPin& pin) {
+  LOGCallScope call(*this);  // waits at its end for room in queues that are attached here
+  std::unique_ptr<LOGLoggingEvent> whole;  // destroyed within the call, and without a lock
   LOGLoggingEvent* const event = m_bf->take(m_unpacked, whole);
   if (LOGLogLog::mayWrite() && m_bf->wasFull() != 0) {
     logContainingFailures(RUN_TEXTS,
                           [] { LOGLogLog::debug("Notifying AsyncAppender about freed space."); });
   }
-  if (event != nullptr) {
-    deliver(*event, batch, pin);
+  if (event == nullptr) {
+    return false;
   }
-}
-
-void LOGDispatcher::deliver(LOGLoggingEvent& event, ZEBFmFile::Batch& batch, LOGAppenderPin& pin) {
-  LOGCallScope call;  // waits at its end for room in queues that are attached here
   LOGAppenderAttachableImpl::PinnedWalk walk(*m_aai, pin);
   std::optional<ZEBFmFile::Batch::Pause> pause;
-  m_mayHold = walk.isOnly() && isFile(*walk.appender());
-  if (!m_mayHold) {
+  const bool mayHold = walk.isOnly() && isFile(*walk.appender());
+  if (!mayHold) {
     // Others may look at what a file appender has written, or write to the same file.
     handOver(batch);
     pause.emplace();
   }
   for (; walk.appender() != nullptr; walk.goOn()) {
     call.deliverTo(walk.appender());
-    LOGAppenderAttachableImpl::append(*walk.appender(), &event);
+    LOGAppenderAttachableImpl::append(*walk.appender(), event);
   }
+  return mayHold;
 }

@@ -8,52 +8,45 @@
 
 class LOGLoggingEvent;
 
-/// Events one after the other in pieces of memory, packed where possible, so that who writes them
-/// and who reads them go through it straight. One thread at a time writes and one reads, and these
-/// two do not wait for each other: a record begins with a word that says that it is complete.
+/// Events one after the other in pieces of memory, packed where possible. One thread at a time
+/// writes and one reads, and these two do not wait for each other: a record begins with its size,
+/// which is written last.
 class LOGEventRecords {
  public:
   /// Throws std::bad_alloc.
   LOGEventRecords();
   LOGEventRecords(const LOGEventRecords&) = delete;
   LOGEventRecords& operator=(const LOGEventRecords&) = delete;
-  /// Deletes the events that are left.
+  /// REQUIRES: all events were taken out.
   ~LOGEventRecords();
 
-  // The writer's side. Each throws std::bad_alloc; nothing is added then.
-  /// Adds a packed copy. REQUIRES: `size` is LOGPackedEvent::sizeOf(event) and not 0.
-  void addPacked(const LOGLoggingEvent& event, std::size_t size);
-  /// Adds the event itself, which may be null, and owns it from now on.
-  void add(LOGLoggingEvent* event);
+  /// Adds a copy. Throws ZEBOutOfMemoryError or std::bad_alloc; nothing is added then.
+  void add(const LOGLoggingEvent& event);
+  /// Adds the event itself, which may be null, and owns it from now on. Throws as add() does.
+  void addWhole(std::unique_ptr<LOGLoggingEvent> event);
 
-  // The reader's side.
-  bool isEmpty() const noexcept;
   /// Takes out the first event, which must be there: one that was packed is put into `unpacked`,
   /// which the result points at then; another one is left to `whole` and the result points there.
   LOGLoggingEvent* take(LOGLoggingEvent& unpacked,
                         std::unique_ptr<LOGLoggingEvent>& whole) noexcept;
 
  private:
-  enum class Kind : std::uint32_t { PACKED, WHOLE, NEXT_PIECE };
-
   /// What stands in front of each event.
   struct Head {
     std::atomic<std::uint32_t> size{0};  // of head and event, in bytes; 0 until all is there
-    Kind kind = Kind::PACKED;
+    bool isPacked = false;
   };
 
-  /// Head and events stand behind it.
+  /// Far larger than any record; enough for 100 usual ones.
   struct Piece {
-    Piece* next;
-    std::size_t size;
-    char* begin() noexcept { return reinterpret_cast<char*>(this + 1); }
+    Piece* next = nullptr;  // followed when the next head says 0 although there is an event
+    alignas(std::max_align_t) char bytes[16384];
   };
 
-  static Piece* newPiece(std::size_t size);
   static Head& headAt(char* place) noexcept { return *reinterpret_cast<Head*>(place); }
   template <typename Fill>
-  void addRecord(Kind kind, std::size_t size, Fill fill);
-  void goToNextPiece() noexcept;
+  void addRecord(bool isPacked, std::size_t size, Fill fill);
+  void goToNewPiece();
 
   // Each side stands in cache lines of its own.
   alignas(64) Piece* m_writtenPiece;

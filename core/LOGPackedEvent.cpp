@@ -6,15 +6,12 @@
 
 #include "core/LOGLoggingEvent.h"
 
+static_assert(I18NBytes::INLINE_SIZE <= std::numeric_limits<std::uint8_t>::max());
+
 namespace {
 
 bool isShortAscii(const I18NString& text) noexcept {
   return text.isAscii() && text.length() <= I18NBytes::INLINE_SIZE;
-}
-
-char* put(char* to, std::string_view text) noexcept {
-  std::memcpy(to, text.data(), text.size());
-  return to + text.size();
 }
 
 }  // namespace
@@ -31,32 +28,27 @@ LOG4ZEB_HOT std::size_t LOGPackedEvent::sizeOf(const LOGLoggingEvent& event) noe
 }
 
 LOG4ZEB_HOT void LOGPackedEvent::pack(const LOGLoggingEvent& event, char* bytes) noexcept {
-  const std::string_view loggerName = event.m_loggerName.ascii();
-  const std::string_view threadName = event.m_threadName.ascii();
-  const std::string_view ndc = event.m_ndc.ascii();
-  const std::string_view message = event.m_plainMessage.m_string.ascii();
   LOGPackedEvent packed;
   packed.m_timeStamp = event.m_timeStamp;
   packed.m_level = event.m_level;
   packed.m_logger = event.m_logger;
   packed.m_ndcLookupRequired = event.m_ndcLookupRequired;
-  packed.m_loggerNameSize = static_cast<std::uint32_t>(loggerName.size());
-  packed.m_threadNameSize = static_cast<std::uint32_t>(threadName.size());
-  packed.m_ndcSize = static_cast<std::uint32_t>(ndc.size());
-  packed.m_messageSize = static_cast<std::uint32_t>(message.size());
+  char* to = bytes + sizeof(packed);
+  std::uint8_t* size = packed.m_sizes;
+  for (const I18NString* const text : {&event.m_loggerName, &event.m_threadName, &event.m_ndc,
+                                       &event.m_plainMessage.m_string}) {
+    const std::string_view ascii = text->ascii();
+    std::memcpy(to, ascii.data(), ascii.size());
+    to += ascii.size();
+    *size++ = static_cast<std::uint8_t>(ascii.size());
+  }
   std::memcpy(bytes, &packed, sizeof(packed));
-  put(put(put(put(bytes + sizeof(packed), loggerName), threadName), ndc), message);
 }
 
 LOG4ZEB_HOT void LOGPackedEvent::unpack(const char* bytes, LOGLoggingEvent& event) noexcept {
   LOGPackedEvent packed;
   std::memcpy(&packed, bytes, sizeof(packed));
   bytes += sizeof(packed);
-  const auto next = [&bytes](I18NString& text, std::uint32_t size) {
-    text.clear();
-    text.appendAscii(std::string_view(bytes, size));
-    bytes += size;
-  };
   event.m_timeStamp = packed.m_timeStamp;
   event.m_sequence = std::numeric_limits<std::int32_t>::min();
   event.m_level = packed.m_level;
@@ -67,8 +59,11 @@ LOG4ZEB_HOT void LOGPackedEvent::unpack(const char* bytes, LOGLoggingEvent& even
   event.m_message.reset();
   event.m_rare.reset();
   event.m_plainMessage.m_instance.reset();
-  next(event.m_loggerName, packed.m_loggerNameSize);
-  next(event.m_threadName, packed.m_threadNameSize);
-  next(event.m_ndc, packed.m_ndcSize);
-  next(event.m_plainMessage.m_string, packed.m_messageSize);
+  const std::uint8_t* size = packed.m_sizes;
+  for (I18NString* const text :
+       {&event.m_loggerName, &event.m_threadName, &event.m_ndc, &event.m_plainMessage.m_string}) {
+    text->clear();
+    text->appendAscii(std::string_view(bytes, *size));
+    bytes += *size++;
+  }
 }

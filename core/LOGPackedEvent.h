@@ -8,29 +8,25 @@ class LOGLevel;
 class LOGLogger;
 class LOGLoggingEvent;
 
-/// An event as it travels from thread to thread: its parts side by side, texts without the room
-/// around them, so that two or three cache lines change hands in place of eight or nine. Only what
-/// nearly all events consist of can travel so, texts that an I18NString holds without an allocation
-/// among it; other events are passed as they are.
+/// An event as bytes, for another thread: two or three cache lines in place of eight or nine. Only
+/// what nearly all events consist of can be packed, short ASCII texts and no message object.
 class LOGPackedEvent {
  public:
-  /// How many bytes `event` takes, header included, 0 when it cannot be packed.
+  /// How many bytes `event` takes, 0 when it cannot be packed.
   static std::size_t sizeOf(const LOGLoggingEvent& event) noexcept;
-  /// Puts sizeOf(event) bytes, which is not 0, where `bytes` points to.
+  /// Writes sizeOf(event) bytes, which is not 0, to `bytes`.
   static void pack(const LOGLoggingEvent& event, char* bytes) noexcept;
   /// Makes `event` the one that is in these bytes, whatever it was. Needs no memory.
   static void unpack(const char* bytes, LOGLoggingEvent& event) noexcept;
 
  private:
+  static constexpr std::size_t TEXTS = 4;  // logger's name, thread, context, message
+
   std::int64_t m_timeStamp;
   LOGLevel* m_level;
   LOGLogger* m_logger;
   std::int32_t m_ndcLookupRequired;
-  // Of the texts behind these members, in this order.
-  std::uint32_t m_loggerNameSize;
-  std::uint32_t m_threadNameSize;
-  std::uint32_t m_ndcSize;
-  std::uint32_t m_messageSize;
+  std::uint8_t m_sizes[TEXTS];  // of the texts, which follow in this order
 };
 
 #endif

@@ -374,7 +374,7 @@ TEST_F(MessagesThatLog, AreDestroyedByADispatcherThatWaitsForNothing) {
   struct EndingMessage : LOGObject {
     LOGObject* clone() const override { return new EndingMessage(*this); }
     ~EndingMessage() override {
-      if (LOGDispatcher::isAnyCurrentThread()) {
+      if (LOGDispatcher::isAnyDelivering()) {
         onEnd();
       }
     }
