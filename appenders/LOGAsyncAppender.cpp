@@ -24,10 +24,10 @@ constexpr const char* SOURCE = "LOGAsyncAppender";
 ZEBThreadCriticalSection g_successionLock;
 
 // Literals, so that a report needs no memory.
-#define TEXTS_OF(operation)                                                               \
-  {                                                                                       \
-    "LOGAsyncAppender::" operation " --- ", "LOGAsyncAppender::" operation " --- ",       \
-        "LOGAsyncAppender::" operation " --- An unknown exception has occurred."          \
+#define TEXTS_OF(operation)                                                         \
+  {                                                                                 \
+    "LOGAsyncAppender::" operation " --- ", "LOGAsyncAppender::" operation " --- ", \
+        "LOGAsyncAppender::" operation " --- An unknown exception has occurred."    \
   }
 constexpr LOGFailureTexts ADD_TEXTS = TEXTS_OF("addAppender");
 constexpr LOGFailureTexts GET_ALL_TEXTS = TEXTS_OF("getAllAppenders");
@@ -50,6 +50,12 @@ void handOver(LOGAppenderSkeleton& appender) {
   }
 }
 
+template <typename Which>
+LOGAppenderAttachableImpl::Removed takeOut(LOGAppenderAttachableImpl& list, const Which& which) {
+  const ZEBThreadGuard guard(list.getCriticalSection());
+  return list.takeOut(which);
+}
+
 void closeAndTakeOutEach(LOGAppenderAttachableImpl& list) {
   const LOGCallScope call;  // closing waits for no delivery
   LOGAppenderPin pin;
@@ -60,20 +66,20 @@ void closeAndTakeOutEach(LOGAppenderAttachableImpl& list) {
   };
   while (LOGAppenderSkeleton* const appender = pinFirst()) {
     failure.keepOf([&] { appender->close(); });
-    const ZEBThreadGuard guard(list.getCriticalSection());
-    list.takeOut(appender);
+    takeOut(list, appender);
   }
   failure.passOn();
 }
 
-/// Runs `operation` under the list's lock.
+/// Runs `operation` under the list's lock. Returns what it does, or null or 0 where it failed.
 template <typename Operation>
-void underListLock(const LOGAppenderAttachableImpl& list, const LOGFailureTexts& texts,
-                   Operation operation) {
+auto locked(LOGAppenderAttachableImpl& list, const LOGFailureTexts& texts, Operation operation) {
+  decltype(operation(list)) result{};
   logReportingFailures(texts, [&] {
     const ZEBThreadGuard guard(list.getCriticalSection());
-    operation();
+    result = operation(list);
   });
+  return result;
 }
 
 }  // namespace
@@ -214,23 +220,21 @@ void LOGAsyncAppender::leaveWaitToEndOfCall(std::uint64_t place) const {
   // What is logged from within a delivery never waits. A dispatcher waits for a queue that it
   // delivers to, unless events come back from there.
   const bool mayWait =
-      dispatcher == nullptr || (outermost.isDeliveryTo(*this) && !isServedBy(*dispatcher));
+      dispatcher == nullptr || (outermost.isDeliveryTo(*this) && !leadsTo(*dispatcher, *this));
   if (mayWait) {
     outermost.atEnd([core = m_core, place] { core->waitForRoom(place); });
   }
 }
 
-bool LOGAsyncAppender::isServedBy(const LOGDispatcher& dispatcher) const {
+bool LOGAsyncAppender::leadsTo(const LOGDispatcher& dispatcher, const LOGAppenderSkeleton& from) {
   Queues queues;
-  queues.add(*this);
+  queues.add(from);
   return std::any_of(queues.m_cores.begin(), queues.m_cores.end(),
                      [&](const auto& core) { return &core->dispatcher == &dispatcher; });
 }
 
 bool LOGAsyncAppender::reaches(const LOGAppenderSkeleton& from, const LOGAsyncAppender& to) {
-  Queues queues;
-  queues.add(from);
-  return std::find(queues.m_cores.begin(), queues.m_cores.end(), to.m_core) != queues.m_cores.end();
+  return leadsTo(to.m_core->dispatcher, from);
 }
 
 void LOGAsyncAppender::Queues::add(const std::shared_ptr<Core>& core) {
@@ -244,9 +248,8 @@ void LOGAsyncAppender::Queues::add(const LOGAppenderSkeleton& appender) { add(Co
 
 void LOGAsyncAppender::Queues::add(const LOGAppenderAttachableImpl& list) {
   std::vector<std::shared_ptr<Core>> attached;
-  list.lookAtEach([&](const LOGAppenderSkeleton& appender) {
-    attached.push_back(Core::of(appender));
-  });
+  list.lookAtEach(
+      [&](const LOGAppenderSkeleton& appender) { attached.push_back(Core::of(appender)); });
   for (const std::shared_ptr<Core>& core : attached) {
     add(core);
   }
@@ -259,26 +262,20 @@ void LOGAsyncAppender::Queues::flush(int milliseconds) const {
 }
 
 void LOGAsyncAppender::addAppender(LOGAppenderSkeleton* newAppender) {
-  underListLock(m_core->aai, ADD_TEXTS, [&] { m_core->aai.addAppender(newAppender); });
+  locked(m_core->aai, ADD_TEXTS, [&](auto& list) { return list.addAppender(newAppender), 0; });
 }
 
 ZEBListIterator<LOGAppenderSkeleton*> LOGAsyncAppender::getAllAppenders() {
-  ZEBListIterator<LOGAppenderSkeleton*> all;
-  underListLock(m_core->aai, GET_ALL_TEXTS, [&] { all = m_core->aai.getAllAppenders(); });
-  return all;
+  return locked(m_core->aai, GET_ALL_TEXTS, [](auto& list) { return list.getAllAppenders(); });
 }
 
 LOGAppenderSkeleton* LOGAsyncAppender::getAppender(const I18NString& name) {
-  LOGAppenderSkeleton* found = nullptr;
-  underListLock(m_core->aai, GET_TEXTS, [&] { found = m_core->aai.getAppender(name); });
-  return found;
+  return locked(m_core->aai, GET_TEXTS, [&](auto& list) { return list.getAppender(name); });
 }
 
 int LOGAsyncAppender::isAttached(LOGAppenderSkeleton* appender) {
-  int attached = 0;
-  underListLock(m_core->aai, IS_ATTACHED_TEXTS,
-                [&] { attached = m_core->aai.isAttached(appender); });
-  return attached;
+  return locked(m_core->aai, IS_ATTACHED_TEXTS,
+                [&](auto& list) { return list.isAttached(appender); });
 }
 
 template <typename Remove>
@@ -316,17 +313,11 @@ void LOGAsyncAppender::removeAllAppenders() {
 }
 
 void LOGAsyncAppender::removeAppender(const I18NString& name) {
-  removeEverywhere(REMOVE_TEXTS, [&](LOGAppenderAttachableImpl& list) {
-    const ZEBThreadGuard guard(list.getCriticalSection());
-    return list.takeOut(name);
-  });
+  removeEverywhere(REMOVE_TEXTS, [&](auto& list) { return takeOut(list, name); });
 }
 
 void LOGAsyncAppender::removeAppender(LOGAppenderSkeleton* appender) {
-  removeEverywhere(REMOVE_TEXTS, [&](LOGAppenderAttachableImpl& list) {
-    const ZEBThreadGuard guard(list.getCriticalSection());
-    return list.takeOut(appender);
-  });
+  removeEverywhere(REMOVE_TEXTS, [&](auto& list) { return takeOut(list, appender); });
 }
 
 void LOGAsyncAppender::succeed(const LOGAsyncAppender& predecessor) {

@@ -109,8 +109,7 @@ LOG4ZEB_HOT LOGLoggingEvent* LOGBoundedFIFO::take(LOGLoggingEvent& unpacked,
 bool LOGBoundedFIFO::isTimeToWakeCallers() {
   // While events go fast, several at a time, so that callers and dispatcher take turns less often.
   const Clock::time_point now = Clock::now();
-  const bool isTime =
-      length() <= capacity() / 2 || now - m_lastWake >= SHORTEST_BETWEEN_WAKES;
+  const bool isTime = length() <= capacity() / 2 || now - m_lastWake >= SHORTEST_BETWEEN_WAKES;
   if (isTime) {
     m_lastWake = now;
   }

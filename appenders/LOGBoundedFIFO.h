@@ -61,8 +61,7 @@ class LOG4ZEB_EXPORT LOGBoundedFIFO : public LOGMutex {
 
   // For a dispatcher.
   /// Waits until there is an event (true), or until there is none and `interrupted` is not 0 or the
-  /// queue was closed (false). For some time after the last event it looks for the next one by
-  /// itself; a thread that puts one in wakes it only later.
+  /// queue was closed (false). For 30 ms it looks for one by itself; only later it has to be woken.
   bool waitForEvent(const std::atomic<int>& interrupted);
   bool hasEvents() const noexcept { return m_queuedCount != m_leftCount; }
   /// Takes the first event out, as LOGEventRecords::take does. Null where there is none, or one
@@ -95,12 +94,12 @@ class LOG4ZEB_EXPORT LOGBoundedFIFO : public LOGMutex {
   // Those who sleep. A change that they may wait for is followed by a look at their numbers, and
   // they are counted before a last look at what they wait for, so that no wake-up is missed.
   std::mutex m_sleeping;
-  std::condition_variable m_arrived;     // where the dispatcher sleeps
-  std::condition_variable m_left;        // where all others sleep
-  std::atomic<bool> m_isAsleep{false};   // the dispatcher, until it is woken
-  std::atomic<int> m_callersAsleep{0};   // for room
-  std::atomic<int> m_flushesAsleep{0};   // until events are delivered, or the dispatcher ends
-  Clock::time_point m_lastWake;          // of callers; used by the taker
+  std::condition_variable m_arrived;    // where the dispatcher sleeps
+  std::condition_variable m_left;       // where all others sleep
+  std::atomic<bool> m_isAsleep{false};  // the dispatcher, until it is woken
+  std::atomic<int> m_callersAsleep{0};  // for room
+  std::atomic<int> m_flushesAsleep{0};  // until events are delivered, or the dispatcher ends
+  Clock::time_point m_lastWake;         // of callers; used by the taker
 
   LOGEventRecords m_records;
   // The writers' side.

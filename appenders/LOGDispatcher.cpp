@@ -21,10 +21,9 @@ constexpr const char* SOURCE = "LOGDispatcher";
 
 using Clock = std::chrono::steady_clock;
 
-/// A line that was delivered waits no longer than about this for others.
-constexpr Clock::duration LONGEST_HELD = std::chrono::milliseconds(1);
-constexpr Clock::duration SOON = std::chrono::microseconds(100);
-constexpr int MOST_EVENTS_BETWEEN_LOOKS = 32;
+/// Lines that were delivered wait for each other twice as long at most, as far as one can tell.
+constexpr Clock::duration USUAL_HELD = std::chrono::microseconds(500);
+constexpr int MOST_HELD = 64;
 constexpr unsigned int PAUSE_AFTER_FAILURE = 10;  // milliseconds
 
 constexpr LOGFailureTexts RUN_TEXTS{"LOGDispatcher::run --- some i18nstring exception occurred",
@@ -77,20 +76,12 @@ void LOGDispatcher::startUnlessRunning() {
 void LOGDispatcher::awaitEnd() { m_bf->waitForEnd(m_isRunning); }
 
 void LOGDispatcher::renewInChild() noexcept {
-  if (m_isRunning && !isDelivering()) {
+  const LOGCallScope* const call = LOGCallScope::outermost();
+  const bool hasForked = call != nullptr && call->dispatcher() == this;
+  if (m_isRunning && !hasForked) {
     m_isRunning = false;
     m_isLeftByFork = true;
   }
-}
-
-bool LOGDispatcher::isDelivering() const noexcept {
-  const LOGCallScope* const call = LOGCallScope::outermost();
-  return call != nullptr && call->dispatcher() == this;
-}
-
-bool LOGDispatcher::isAnyDelivering() noexcept {
-  const LOGCallScope* const call = LOGCallScope::outermost();
-  return call != nullptr && call->dispatcher() != nullptr;
 }
 
 void LOGDispatcher::run() {
@@ -105,7 +96,8 @@ void LOGDispatcher::run() {
   m_bf->wakeAll();
 }
 
-/// Waits for events and delivers them until there is none. Returns false when there is none to come.
+/// Waits for events and delivers them until there is none. Returns false when there is none to
+/// come.
 bool LOGDispatcher::pass() {
   if (!m_bf->waitForEvent(interrupted)) {
     return false;
@@ -113,7 +105,7 @@ bool LOGDispatcher::pass() {
   LOGAppenderPin pin;
   // What this pass delivers may reach the operating system together, at the latest at its end.
   ZEBFmFile::Batch batch;
-  m_eventsUntilLook = 0;
+  m_held = 0;
   m_lastHandOver = Clock::now();
   while (m_bf->hasEvents()) {
     bool mayHold = false;
@@ -129,20 +121,14 @@ bool LOGDispatcher::pass() {
 }
 
 bool LOGDispatcher::isTimeToHandOver() {
-  if (--m_eventsUntilLook > 0) {
+  if (++m_held < m_mostHeld) {
     return false;
   }
-  // Looking at the clock takes as long as a part of an event, so it is done the less often the
-  // faster events go.
+  // As many as took little time may be twice as many next time.
   const Clock::time_point now = Clock::now();
-  m_eventsBetweenLooks =
-      now - m_lastLook < SOON ? std::min(2 * m_eventsBetweenLooks, MOST_EVENTS_BETWEEN_LOOKS) : 1;
-  m_eventsUntilLook = m_eventsBetweenLooks;
-  m_lastLook = now;
-  if (now - m_lastHandOver < LONGEST_HELD) {
-    return false;
-  }
+  m_mostHeld = now - m_lastHandOver < USUAL_HELD ? std::min(2 * m_mostHeld, MOST_HELD) : 1;
   m_lastHandOver = now;
+  m_held = 0;
   return true;
 }
 

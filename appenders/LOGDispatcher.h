@@ -38,9 +38,6 @@ class LOG4ZEB_EXPORT LOGDispatcher : public ZEBThread {
   void renewInChild() noexcept;
   /// Whether the thread was left behind, and not started again.
   bool isLeftByFork() const noexcept { return m_isLeftByFork.load(std::memory_order_acquire); }
-  /// Whether the calling thread delivers an event for this dispatcher; for any of them.
-  bool isDelivering() const noexcept;
-  static bool isAnyDelivering() noexcept;
 
  private:
   bool pass();
@@ -56,9 +53,8 @@ class LOG4ZEB_EXPORT LOGDispatcher : public ZEBThread {
   // Used by the thread only.
   LOGLoggingEvent m_unpacked;
   std::chrono::steady_clock::time_point m_lastHandOver;
-  std::chrono::steady_clock::time_point m_lastLook;
-  int m_eventsUntilLook = 0;
-  int m_eventsBetweenLooks = 1;
+  int m_held = 0;  // events since then
+  int m_mostHeld = 1;
 };
 
 #endif

@@ -2,18 +2,22 @@
 
 #include <cstring>
 #include <iterator>
+#include <limits>
 #include <new>
+#include <string_view>
 #include <utility>
 
 #include "core/LOGLoggingEvent.h"
-#include "core/LOGPackedEvent.h"
+
+static_assert(I18NBytes::INLINE_SIZE <= std::numeric_limits<std::uint8_t>::max());
+constexpr std::size_t SHORT = 32;  // most names, thread numbers and contexts
 
 LOGEventRecords::LOGEventRecords()
     : m_writtenPiece(new Piece),
       m_writeAt(m_writtenPiece->bytes),
       m_readPiece(m_writtenPiece),
       m_readAt(m_writeAt) {
-  new (m_writeAt) Head;
+  new (m_writeAt) Record;
 }
 
 LOGEventRecords::~LOGEventRecords() {
@@ -23,63 +27,96 @@ LOGEventRecords::~LOGEventRecords() {
   delete m_spare.load();
 }
 
-void LOGEventRecords::goToNewPiece() {
-  Piece* const spare = m_spare.exchange(nullptr, std::memory_order_acquire);
-  Piece* const piece = spare == nullptr ? new Piece : spare;
-  piece->next = nullptr;
-  m_writeAt = piece->bytes;
-  new (m_writeAt) Head;
-  m_writtenPiece->next = piece;
-  m_writtenPiece = piece;
+LOGEventRecords::Record& LOGEventRecords::beginRecord() {
+  if (std::end(m_writtenPiece->bytes) - m_writeAt < std::ptrdiff_t{LARGEST + sizeof(Record)}) {
+    Piece* const spare = m_spare.exchange(nullptr, std::memory_order_acquire);
+    Piece* const piece = spare == nullptr ? new Piece : spare;
+    piece->next = nullptr;
+    m_writeAt = piece->bytes;
+    new (m_writeAt) Record;
+    m_writtenPiece->next = piece;
+    m_writtenPiece = piece;
+  }
+  return *reinterpret_cast<Record*>(m_writeAt);
 }
 
-template <typename Fill>
-void LOGEventRecords::addRecord(bool isPacked, std::size_t size, Fill fill) {
-  constexpr std::size_t ALIGNMENT = alignof(std::max_align_t);
-  const std::size_t whole = (sizeof(Head) + size + ALIGNMENT - 1) / ALIGNMENT * ALIGNMENT;
-  if (m_writeAt + whole + sizeof(Head) > std::end(m_writtenPiece->bytes)) {
-    goToNewPiece();
-  }
-  fill(m_writeAt + sizeof(Head));
-  new (m_writeAt + whole) Head;
-  Head& head = headAt(m_writeAt);
-  head.isPacked = isPacked;
-  head.size.store(static_cast<std::uint32_t>(whole), std::memory_order_release);
-  m_writeAt += whole;
+void LOGEventRecords::endRecord(const char* end) noexcept {
+  const auto bytes = static_cast<std::size_t>(end - m_writeAt);
+  const std::size_t size = (bytes + alignof(Record) - 1) / alignof(Record) * alignof(Record);
+  auto* const record = reinterpret_cast<Record*>(std::exchange(m_writeAt, m_writeAt + size));
+  new (m_writeAt) Record;
+  record->size.store(static_cast<std::uint32_t>(size), std::memory_order_release);
 }
 
 LOG4ZEB_HOT void LOGEventRecords::add(const LOGLoggingEvent& event) {
-  const std::size_t size = LOGPackedEvent::sizeOf(event);
-  if (size == 0) {
-    addWhole(event.copyForQueue());
-  } else {
-    addRecord(true, size, [&](char* bytes) { LOGPackedEvent::pack(event, bytes); });
+  bool isPacked =
+      event.m_hasPlainMessage && event.m_plainMessage.m_instance == nullptr && !event.isRendered();
+  const I18NString* const texts[TEXTS] = {&event.m_loggerName, &event.m_threadName, &event.m_ndc,
+                                          &event.m_plainMessage.m_string};
+  for (const I18NString* const text : texts) {
+    isPacked = isPacked && text->isAscii() && text->length() <= I18NBytes::INLINE_SIZE;
   }
+  if (!isPacked) {
+    addWhole(event.copyForQueue());
+    return;
+  }
+  Record& record = beginRecord();
+  record.isPacked = true;
+  record.ndcLookupRequired = event.m_ndcLookupRequired;
+  record.timeStamp = event.m_timeStamp;
+  record.level = event.m_level;
+  record.logger = event.m_logger;
+  char* to = record.texts();
+  for (int i = 0; i < TEXTS; ++i) {
+    const std::string_view text = texts[i]->ascii();
+    // In moves of fixed size: there is room for that on both sides.
+    std::memcpy(to, text.data(), SHORT);
+    if (text.size() > SHORT) {
+      std::memcpy(to + SHORT, text.data() + SHORT, I18NBytes::INLINE_SIZE - SHORT);
+    }
+    to += text.size();
+    record.textSizes[i] = static_cast<std::uint8_t>(text.size());
+  }
+  endRecord(to);
 }
 
 void LOGEventRecords::addWhole(std::unique_ptr<LOGLoggingEvent> event) {
-  LOGLoggingEvent* const pointer = event.get();
-  addRecord(false, sizeof(pointer),
-            [&](char* bytes) { std::memcpy(bytes, &pointer, sizeof(pointer)); });
-  event.release();
+  Record& record = beginRecord();
+  record.isPacked = false;
+  record.whole = event.release();
+  endRecord(record.texts());
 }
 
 LOG4ZEB_HOT LOGLoggingEvent* LOGEventRecords::take(
     LOGLoggingEvent& unpacked, std::unique_ptr<LOGLoggingEvent>& whole) noexcept {
-  if (headAt(m_readAt).size.load(std::memory_order_acquire) == 0) {
+  if (reinterpret_cast<Record*>(m_readAt)->size.load(std::memory_order_acquire) == 0) {
     Piece* const read = std::exchange(m_readPiece, m_readPiece->next);
     m_readAt = m_readPiece->bytes;
     delete m_spare.exchange(read, std::memory_order_acq_rel);
   }
-  const Head& head = headAt(m_readAt);
-  const char* const bytes = m_readAt + sizeof(Head);
-  m_readAt += head.size.load(std::memory_order_acquire);
-  if (head.isPacked) {
-    LOGPackedEvent::unpack(bytes, unpacked);
-    return &unpacked;
+  Record& record = *reinterpret_cast<Record*>(m_readAt);
+  m_readAt += record.size.load(std::memory_order_acquire);
+  if (!record.isPacked) {
+    whole.reset(record.whole);
+    return record.whole;
   }
-  LOGLoggingEvent* event = nullptr;
-  std::memcpy(&event, bytes, sizeof(event));
-  whole.reset(event);
-  return event;
+  unpacked.m_timeStamp = record.timeStamp;
+  unpacked.m_sequence = std::numeric_limits<std::int32_t>::min();
+  unpacked.m_level = record.level;
+  unpacked.m_logger = record.logger;
+  unpacked.m_ndcLookupRequired = record.ndcLookupRequired;
+  unpacked.m_mdcCopyLookupRequired = 1;
+  unpacked.m_hasPlainMessage = true;
+  unpacked.m_message.reset();
+  unpacked.m_rare.reset();
+  unpacked.m_plainMessage.m_instance.reset();
+  I18NString* const texts[TEXTS] = {&unpacked.m_loggerName, &unpacked.m_threadName, &unpacked.m_ndc,
+                                    &unpacked.m_plainMessage.m_string};
+  const char* from = record.texts();
+  for (int i = 0; i < TEXTS; ++i) {
+    texts[i]->clear();
+    texts[i]->appendAscii(std::string_view(from, record.textSizes[i]));
+    from += record.textSizes[i];
+  }
+  return &unpacked;
 }

@@ -3,14 +3,15 @@
 
 #include <forward_list>
 #include <functional>
+#include <utility>
 
 class LOGAppenderSkeleton;
 class LOGDispatcher;
 
 /// One call that passes an event on: a request to log, an append that the program makes itself, or
-/// the delivery of one event by a dispatcher. Calls nest where what is called logs. What has to wait
-/// is left to the end of the thread's outermost call, which holds no lock any more. Lives on the
-/// stack.
+/// the delivery of one event by a dispatcher. Calls nest where what is called logs. What has to
+/// wait is left to the end of the thread's outermost call, which holds no lock any more. Lives on
+/// the stack.
 class LOGCallScope {
  public:
   LOGCallScope() noexcept {
