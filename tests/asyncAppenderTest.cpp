@@ -208,8 +208,10 @@ TEST_F(AsyncAppenderTest, ResizesDuringADeliveryAndTakesACapacityBelowOneAsOne) 
 }
 
 TEST_F(AsyncAppenderTest, KeepsTheOrderOfCallersThatWaitAndFlushesThemToo) {
+  std::atomic<bool> isDelivering{false};
   std::atomic<bool> mayEnd{false};
   capture.onAppend = [&](LOGLoggingEvent*) {
+    isDelivering = true;
     EXPECT_TRUE(eventually([&] { return mayEnd.load(); }));
   };
   async.setBufferSize(1);
@@ -224,7 +226,7 @@ TEST_F(AsyncAppenderTest, KeepsTheOrderOfCallersThatWaitAndFlushesThemToo) {
     });
     // The first is being delivered, the second has room, the others wait.
     EXPECT_TRUE(eventually([&] {
-      return i < 2 ? returned == i + 1
+      return i < 2 ? returned == i + 1 && isDelivering
                    : Workplace::diagnosticsEqual("log4zeb: Waiting for free space in buffer, ") ==
                          i - 1;
     }));
@@ -244,12 +246,16 @@ TEST_F(AsyncAppenderTest, KeepsTheOrderOfCallersThatWaitAndFlushesThemToo) {
 TEST_F(AsyncAppenderTest, LetsWaitingCallersGoWhenClosedAndRefusesLaterEvents) {
   constexpr int CALLERS = 4;
   std::atomic<bool> stop{false};
+  std::atomic<bool> isDelivering{false};
   std::atomic<int> gone{0};
   capture.onAppend = [&](LOGLoggingEvent*) {
+    isDelivering = true;
     EXPECT_TRUE(eventually([&] { return gone == CALLERS; })) << "they do not wait for this";
   };
   async.setBufferSize(1);
   async.addAppender(&capture);
+  logger->info("delivered");
+  ASSERT_TRUE(eventually([&] { return isDelivering.load(); }));
   std::vector<std::thread> callers;
   for (int i = 0; i < CALLERS; ++i) {
     callers.emplace_back([&] {
@@ -264,7 +270,7 @@ TEST_F(AsyncAppenderTest, LetsWaitingCallersGoWhenClosedAndRefusesLaterEvents) {
   }));
   stop = true;
   async.close();
-  EXPECT_EQ(capture.messages, Messages{"x"});
+  EXPECT_EQ(capture.messages, Messages{"delivered"});
   for (std::thread& caller : callers) {
     caller.join();
   }
