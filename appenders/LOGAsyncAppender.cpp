@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cassert>
-#include <utility>
 
 #include "appenders/LOGAppenderPin.h"
 #include "appenders/LOGBoundedFIFO.h"
@@ -24,51 +23,35 @@ constexpr const char* SOURCE = "LOGAsyncAppender";
 /// Guards which asynchronous appender takes the place of which. A leaf.
 ZEBThreadCriticalSection g_successionLock;
 
+// Literals, so that a report needs no memory.
+#define TEXTS_OF(operation)                                                         \
+  {                                                                                 \
+    "LOGAsyncAppender::" operation " --- ", "LOGAsyncAppender::" operation " --- ", \
+        "LOGAsyncAppender::" operation " --- An unknown exception has occurred."    \
+  }
+constexpr LOGFailureTexts ADD_TEXTS = TEXTS_OF("addAppender");
+constexpr LOGFailureTexts GET_ALL_TEXTS = TEXTS_OF("getAllAppenders");
+constexpr LOGFailureTexts GET_TEXTS = TEXTS_OF("getAppender");
+constexpr LOGFailureTexts IS_ATTACHED_TEXTS = TEXTS_OF("isAttached");
+constexpr LOGFailureTexts REMOVE_ALL_TEXTS = TEXTS_OF("removeAllAppenders");
+constexpr LOGFailureTexts REMOVE_TEXTS = TEXTS_OF("removeAppender");
+constexpr LOGFailureTexts APPEND_TEXTS = ADD_TEXTS;  // Deliberate: reports as addAppender does.
 constexpr LOGFailureTexts CLOSE_TEXTS{
     "LOGAsyncAppender::close --- ", "LOGAsyncAppender::close --- ",
     "LOGAsyncAppender::close --- An unknown exception has occured."};
-// Deliberate: an append reports as addAppender does.
-constexpr LOGFailureTexts ADD_TEXTS{
-    "LOGAsyncAppender::addAppender --- ", "LOGAsyncAppender::addAppender --- ",
-    "LOGAsyncAppender::addAppender --- An unknown exception has occurred."};
-constexpr LOGFailureTexts GET_ALL_TEXTS{
-    "LOGAsyncAppender::getAllAppenders --- ", "LOGAsyncAppender::getAllAppenders --- ",
-    "LOGAsyncAppender::getAllAppenders --- An unknown exception has occurred."};
-constexpr LOGFailureTexts GET_TEXTS{
-    "LOGAsyncAppender::getAppender --- ", "LOGAsyncAppender::getAppender --- ",
-    "LOGAsyncAppender::getAppender --- An unknown exception has occurred."};
-constexpr LOGFailureTexts IS_ATTACHED_TEXTS{
-    "LOGAsyncAppender::isAttached --- ", "LOGAsyncAppender::isAttached --- ",
-    "LOGAsyncAppender::isAttached --- An unknown exception has occurred."};
-constexpr LOGFailureTexts REMOVE_ALL_TEXTS{
-    "LOGAsyncAppender::removeAllAppenders --- ", "LOGAsyncAppender::removeAllAppenders --- ",
-    "LOGAsyncAppender::removeAllAppenders --- An unknown exception has occurred."};
-constexpr LOGFailureTexts REMOVE_TEXTS{
-    "LOGAsyncAppender::removeAppender --- ", "LOGAsyncAppender::removeAppender --- ",
-    "LOGAsyncAppender::removeAppender --- An unknown exception has occurred."};
-
-/// Has a file appender write what a dispatcher has held back for it.
-void handOver(LOGAppenderSkeleton& appender) {
-  auto* const file = dynamic_cast<LOGFileAppender*>(&appender);
-  if (file != nullptr) {
-    file->handOver();
-  }
-}
 
 // An attached appender may take the list's lock under its own, to remove itself. So its lock is
 // never taken under the list's, unless the caller has that already.
 
-void handOverAll(LOGAppenderAttachableImpl& list) {
-  LOGAppenderPin pin;
-  for (LOGAppenderAttachableImpl::PinnedWalk walk(list, pin); walk.appender() != nullptr;
-       walk.goOn()) {
-    handOver(*walk.appender());
+/// Has a file appender write the line of its last delivery, which may be held back.
+void handOver(LOGAppenderSkeleton& appender) {
+  if (auto* const file = dynamic_cast<LOGFileAppender*>(&appender)) {
+    file->handOver();
   }
 }
 
 template <typename Which>
 LOGAppenderAttachableImpl::Removed takeOut(LOGAppenderAttachableImpl& list, const Which& which) {
-  handOverAll(list);
   const ZEBThreadGuard guard(list.getCriticalSection());
   return list.takeOut(which);
 }
@@ -76,26 +59,27 @@ LOGAppenderAttachableImpl::Removed takeOut(LOGAppenderAttachableImpl& list, cons
 void closeAndTakeOutEach(LOGAppenderAttachableImpl& list) {
   const LOGCallScope call;  // closing waits for no delivery
   LOGAppenderPin pin;
+  LOGFirstFailure failure;
   const auto pinFirst = [&] {
     const ZEBThreadGuard guard(list.getCriticalSection());
     return list.pinAt(0, pin);
   };
   while (LOGAppenderSkeleton* const appender = pinFirst()) {
-    handOver(*appender);
-    appender->close();
-    const ZEBThreadGuard guard(list.getCriticalSection());
-    list.takeOut(appender);
+    failure.keepOf([&] { appender->close(); });
+    takeOut(list, appender);
   }
+  failure.passOn();
 }
 
-/// Runs `operation` under the list's lock.
+/// Runs `operation` under the list's lock. Returns what it does, or null or 0 where it failed.
 template <typename Operation>
-void underListLock(const LOGAppenderAttachableImpl& list, const LOGFailureTexts& texts,
-                   Operation operation) {
+auto locked(LOGAppenderAttachableImpl& list, const LOGFailureTexts& texts, Operation operation) {
+  decltype(operation(list)) result{};
   logReportingFailures(texts, [&] {
     const ZEBThreadGuard guard(list.getCriticalSection());
-    operation();
+    result = operation(list);
   });
+  return result;
 }
 
 }  // namespace
@@ -105,34 +89,39 @@ const I18NString LOGAsyncAppender::LOCATION_INFO_OPTION = "LocationInfo";
 
 /// Queue, list of attached appenders and thread.
 struct LOGAsyncAppender::Core {
-  Core() : bf(DEFAULT_BUFFER_SIZE), dispatcher(&bf, &aai) {}
+  /// Null where `appender` is no asynchronous one.
+  static std::shared_ptr<Core> of(const LOGAppenderSkeleton& appender) {
+    const auto* const async = dynamic_cast<const LOGAsyncAppender*>(&appender);
+    return async == nullptr ? nullptr : async->m_core;
+  }
 
-  void warnOfInterruption() {
-    LOGLogLog::warn(interruptedWarningMessage.exchange(1) == 0
-                        ? "AsyncAppender interrupted."
-                        : "AsyncAppender interrupted again.");
+  /// Called at the end of the outermost call of a thread that has found no room.
+  void waitForRoom(std::uint64_t place) noexcept {
+    logContainingFailures(APPEND_TEXTS, [&] {
+      // Under a lock that the program holds itself, the dispatcher might wait for this thread.
+      if (ZEBForkGate::self().mayWait() && !bf.waitForRoom(place)) {
+        LOGLogLog::warn(interruptedWarningMessage.exchange(1) == 0
+                            ? "AsyncAppender interrupted."
+                            : "AsyncAppender interrupted again.");
+      }
+    });
   }
 
   void renewInChild() noexcept {
     bf.renewInChild();
-    if (dispatcher.isCurrentThread()) {
-      bf.forgetParent();
-    }
-    if (dispatcher.isLeftByFork()) {
-      isLeftByFork = true;
-      ++forks;
-      if (!aai.getCriticalSection().isHeldHere()) {
-        aai.forgetWalks();
-      }
+    dispatcher.renewInChild();
+    if (dispatcher.isLeftByFork() && !aai.getCriticalSection().isHeldHere()) {
+      aai.forgetWalks();
     }
   }
 
-  /// Null unless it is still passing on what it has queued; and where this one is.
+  /// The one that this one takes the place of, while that still passes on what it has queued.
   std::shared_ptr<Core> predecessor() const {
     const ZEBThreadGuard guard(g_successionLock);
     const std::shared_ptr<Core> core = m_predecessor.lock();
     return core == nullptr || core->bf.isClosed() ? nullptr : core;
   }
+  /// The one that takes its place, while it still passes on what it has queued.
   std::shared_ptr<Core> successor() const {
     const ZEBThreadGuard guard(g_successionLock);
     return bf.isClosed() ? nullptr : m_successor.lock();
@@ -141,44 +130,11 @@ struct LOGAsyncAppender::Core {
   std::weak_ptr<Core> m_predecessor;  // guarded by the lock of successions, like the next
   std::weak_ptr<Core> m_successor;
   LOGAppenderAttachableImpl aai;
-  LOGBoundedFIFO bf;
+  LOGBoundedFIFO bf{DEFAULT_BUFFER_SIZE};
   std::atomic<int> interruptedWarningMessage{0};
-  std::atomic<bool> isLeftByFork{false};  // what is queued is the parent's, and there is no thread
-  std::atomic<unsigned> forks{0};         // in how many processes a thread was left behind
-  LOGDispatcher dispatcher;               // destroyed first, which waits for the thread
+  LOGDispatcher dispatcher{&bf, &aai};  // destroyed first, which waits for the thread
   const ZEBForkHandler forkHandler{this,
                                    [](void* core) { static_cast<Core*>(core)->renewInChild(); }};
-};
-
-/// An event for which there was no room.
-class LOGAsyncAppender::Arrival : public LOGCallScope::Waiting {
- public:
-  Arrival(std::shared_ptr<Core> core, std::unique_ptr<LOGLoggingEvent> event)
-      : Waiting(core.get()),
-        m_core(std::move(core)),
-        m_place(m_core->bf),
-        m_event(std::move(event)),
-        m_forks(m_core->forks) {}
-
-  void finish() noexcept override {
-    logContainingFailures(ADD_TEXTS, [this] {
-      if (m_core->forks != m_forks) {
-        return;  // the parent's
-      }
-      // Under a lock that the program itself holds the dispatcher might wait for this thread.
-      if (!ZEBForkGate::self().mayWait()) {
-        m_core->bf.putBeyond(*m_event);
-      } else if (!m_core->bf.putWhenThereIsRoom(*m_event)) {
-        m_core->warnOfInterruption();
-      }
-    });
-  }
-
- private:
-  const std::shared_ptr<Core> m_core;
-  const LOGBoundedFIFO::Caller m_place;
-  const std::unique_ptr<LOGLoggingEvent> m_event;
-  const unsigned m_forks;
 };
 
 LOGAsyncAppender::LOGAsyncAppender()
@@ -208,13 +164,12 @@ void LOGAsyncAppender::activateOptions() {
 
 void LOGAsyncAppender::close() {
   m_closeRequested = true;
-  m_core->bf.close();
+  m_core->bf.close();  // which ends the dispatcher, too
   logReportingFailures(CLOSE_TEXTS, [this] {
     {
       const ZEBThreadGuard guard(getCriticalSection());
       m_closed = 1;
     }
-    m_core->dispatcher.close();
     // Elsewhere the delivery that is under way may wait for the calling thread.
     if (LOGCallScope::mayWait()) {
       m_core->dispatcher.awaitEnd();
@@ -225,10 +180,8 @@ void LOGAsyncAppender::close() {
 int LOGAsyncAppender::requiresLayout() { return 0; }
 
 int LOGAsyncAppender::flush(int milliseconds) {
-  if (m_core->bf.isClosed() || m_core->isLeftByFork) {
-    return 1;
-  }
-  return m_core->bf.waitUntilDelivered(LOGCallScope::mayWait() ? milliseconds : 0) ? 1 : 0;
+  return m_core->bf.isClosed() || m_core->bf.flush(LOGCallScope::mayWait() ? milliseconds : 0) ? 1
+                                                                                               : 0;
 }
 
 int LOGAsyncAppender::getBufferSize() const {
@@ -242,69 +195,60 @@ void LOGAsyncAppender::setBufferSize(int size) {
 
 LOG4ZEB_HOT void LOGAsyncAppender::append(LOGLoggingEvent* event) {
   ZEB_ASSERT(event, SOURCE, __LINE__);
-  const LOGCallScope call;
-  logReportingFailures(ADD_TEXTS, [&] { enqueue(*event); });
-}
-
-LOG4ZEB_HOT void LOGAsyncAppender::enqueue(LOGLoggingEvent& event) {
-  LOGBoundedFIFO& queue = m_core->bf;
-  if (m_core->isLeftByFork) {
-    const ZEBThreadGuard guard(getCriticalSection());  // which a program that appends may not have
-    if (m_core->isLeftByFork) {
-      queue.forgetParent();
+  logReportingFailures(APPEND_TEXTS, [&] {
+    if (m_core->dispatcher.isLeftByFork()) {
       m_core->dispatcher.startUnlessRunning();
-      m_core->isLeftByFork = false;
     }
-  }
-  // Asked for here, these are the thread that logs and its context.
-  event.getThreadName();
-  event.getNDC();
-  if (locationInfo != 0) {
-    event.getLocationInformation();
-  }
+    // Asked for here, these are the thread that logs and its context.
+    event->getThreadName();
+    event->getNDC();
+    if (locationInfo != 0) {
+      event->getLocationInformation();
+    }
+    const std::uint64_t place = m_core->bf.add(*event);
+    if (place != 0) {
+      leaveWaitToEndOfCall(place);
+    }
+  });
+}
+
+void LOGAsyncAppender::leaveWaitToEndOfCall(std::uint64_t place) const {
+  const LOGCallScope call;  // outermost where the program itself appends
   LOGCallScope& outermost = *LOGCallScope::outermost();
-  if ((!outermost.hasLeft(m_core.get()) && queue.tryPut(event)) || queue.isClosed()) {
-    return;
-  }
-  // What is logged from within a delivery, or by a message that is destroyed after one, never
-  // waits.
-  if (LOGDispatcher::isAnyCurrentThread() && !outermost.hasLeft(m_core.get()) &&
-      (!outermost.isDeliveryTo(*this) || isServedByThisThread())) {
-    queue.putBeyond(event);
-  } else {
-    outermost.leave(std::make_unique<Arrival>(m_core, event.copyForQueue()));
+  const LOGDispatcher* const dispatcher = outermost.dispatcher();
+  // What is logged from within a delivery never waits. A dispatcher waits for a queue that it
+  // delivers to, unless events come back from there.
+  const bool mayWait =
+      dispatcher == nullptr || (outermost.isDeliveryTo(*this) && !leadsTo(*dispatcher, *this));
+  if (mayWait) {
+    outermost.atEnd([core = m_core, place] { core->waitForRoom(place); });
   }
 }
 
-bool LOGAsyncAppender::isServedByThisThread() const {
+bool LOGAsyncAppender::leadsTo(const LOGDispatcher& dispatcher, const LOGAppenderSkeleton& from) {
   Queues queues;
-  queues.add(*this);
+  queues.add(from);
   return std::any_of(queues.m_cores.begin(), queues.m_cores.end(),
-                     [](const auto& core) { return core->dispatcher.isCurrentThread(); });
+                     [&](const auto& core) { return &core->dispatcher == &dispatcher; });
+}
+
+bool LOGAsyncAppender::reaches(const LOGAppenderSkeleton& from, const LOGAsyncAppender& to) {
+  return leadsTo(to.m_core->dispatcher, from);
 }
 
 void LOGAsyncAppender::Queues::add(const std::shared_ptr<Core>& core) {
-  if (m_seen.insert(core.get()).second) {
+  if (core != nullptr && m_seen.insert(core.get()).second) {
     add(core->aai);
     m_cores.push_back(core);
   }
 }
 
-void LOGAsyncAppender::Queues::add(const LOGAppenderSkeleton& appender) {
-  const auto* const async = dynamic_cast<const LOGAsyncAppender*>(&appender);
-  if (async != nullptr) {
-    add(async->m_core);
-  }
-}
+void LOGAsyncAppender::Queues::add(const LOGAppenderSkeleton& appender) { add(Core::of(appender)); }
 
 void LOGAsyncAppender::Queues::add(const LOGAppenderAttachableImpl& list) {
   std::vector<std::shared_ptr<Core>> attached;
-  list.lookAtEach([&](const LOGAppenderSkeleton& appender) {
-    const auto* const async = dynamic_cast<const LOGAsyncAppender*>(&appender);
-    if (async != nullptr) {
-      attached.push_back(async->m_core);
-    }
-  });
+  list.lookAtEach(
+      [&](const LOGAppenderSkeleton& appender) { attached.push_back(Core::of(appender)); });
   for (const std::shared_ptr<Core>& core : attached) {
     add(core);
   }
@@ -312,51 +256,36 @@ void LOGAsyncAppender::Queues::add(const LOGAppenderAttachableImpl& list) {
 
 void LOGAsyncAppender::Queues::flush(int milliseconds) const {
   // Backwards: several may pass events on to the same one, which then waits for all of them.
-  std::for_each(m_cores.rbegin(), m_cores.rend(), [milliseconds](const auto& core) {
-    if (!core->bf.isClosed() && !core->isLeftByFork) {
-      core->bf.waitUntilDelivered(milliseconds);
-    }
-  });
-}
-
-bool LOGAsyncAppender::reaches(const LOGAppenderSkeleton& from, const LOGAsyncAppender& to) {
-  Queues queues;
-  queues.add(from);
-  return std::find(queues.m_cores.begin(), queues.m_cores.end(), to.m_core) != queues.m_cores.end();
+  std::for_each(m_cores.rbegin(), m_cores.rend(),
+                [milliseconds](const auto& core) { core->bf.flush(milliseconds); });
 }
 
 void LOGAsyncAppender::addAppender(LOGAppenderSkeleton* newAppender) {
-  underListLock(m_core->aai, ADD_TEXTS, [&] { m_core->aai.addAppender(newAppender); });
+  locked(m_core->aai, ADD_TEXTS, [&](auto& list) { return list.addAppender(newAppender), 0; });
 }
 
 ZEBListIterator<LOGAppenderSkeleton*> LOGAsyncAppender::getAllAppenders() {
-  ZEBListIterator<LOGAppenderSkeleton*> all;
-  underListLock(m_core->aai, GET_ALL_TEXTS, [&] { all = m_core->aai.getAllAppenders(); });
-  return all;
+  return locked(m_core->aai, GET_ALL_TEXTS, [](auto& list) { return list.getAllAppenders(); });
 }
 
 LOGAppenderSkeleton* LOGAsyncAppender::getAppender(const I18NString& name) {
-  LOGAppenderSkeleton* found = nullptr;
-  underListLock(m_core->aai, GET_TEXTS, [&] { found = m_core->aai.getAppender(name); });
-  return found;
+  return locked(m_core->aai, GET_TEXTS, [&](auto& list) { return list.getAppender(name); });
 }
 
 int LOGAsyncAppender::isAttached(LOGAppenderSkeleton* appender) {
-  int attached = 0;
-  underListLock(m_core->aai, IS_ATTACHED_TEXTS,
-                [&] { attached = m_core->aai.isAttached(appender); });
-  return attached;
+  return locked(m_core->aai, IS_ATTACHED_TEXTS,
+                [&](auto& list) { return list.isAttached(appender); });
 }
 
 template <typename Remove>
 void LOGAsyncAppender::removeEverywhere(const LOGFailureTexts& texts, Remove remove) {
+  LOGFirstFailure failure;
   const auto removeFrom = [&](LOGAppenderAttachableImpl& list) {
-    LOGAppenderAttachableImpl::Removed removed;
-    logReportingFailures(texts, [&] { removed = remove(list); });
+    LOGAppenderAttachableImpl::Removed removed{nullptr, true};
+    failure.keepOf([&] { logReportingFailures(texts, [&] { removed = remove(list); }); });
     list.awaitUsers(removed);
-    // A delivery that went on meanwhile may have held a line back.
     if (removed.wasThere && removed.appender != nullptr && LOGCallScope::mayWait()) {
-      logReportingFailures(texts, [&] { handOver(*removed.appender); });
+      failure.keepOf([&] { logReportingFailures(texts, [&] { handOver(*removed.appender); }); });
     }
   };
   removeFrom(m_core->aai);
@@ -366,27 +295,28 @@ void LOGAsyncAppender::removeEverywhere(const LOGFailureTexts& texts, Remove rem
   for (std::shared_ptr<Core> core = m_core->successor(); core; core = core->successor()) {
     removeFrom(core->aai);
   }
+  failure.passOn();
 }
 
 void LOGAsyncAppender::removeAllAppenders() {
   removeEverywhere(REMOVE_ALL_TEXTS, [](LOGAppenderAttachableImpl& list) {
+    LOGFirstFailure failure;
     if (!list.getCriticalSection().isHeldHere()) {
-      closeAndTakeOutEach(list);
+      failure.keepOf([&] { closeAndTakeOutEach(list); });
     }
     const ZEBThreadGuard guard(list.getCriticalSection());
-    list.removeAllAppenders();
-    return LOGAppenderAttachableImpl::Removed{nullptr, true, true};
+    failure.keepOf([&] { list.removeAllAppenders(); });
+    failure.passOn();
+    return LOGAppenderAttachableImpl::Removed{nullptr, true};
   });
 }
 
 void LOGAsyncAppender::removeAppender(const I18NString& name) {
-  removeEverywhere(REMOVE_TEXTS,
-                   [&](LOGAppenderAttachableImpl& list) { return takeOut(list, name); });
+  removeEverywhere(REMOVE_TEXTS, [&](auto& list) { return takeOut(list, name); });
 }
 
 void LOGAsyncAppender::removeAppender(LOGAppenderSkeleton* appender) {
-  removeEverywhere(REMOVE_TEXTS,
-                   [&](LOGAppenderAttachableImpl& list) { return takeOut(list, appender); });
+  removeEverywhere(REMOVE_TEXTS, [&](auto& list) { return takeOut(list, appender); });
 }
 
 void LOGAsyncAppender::succeed(const LOGAsyncAppender& predecessor) {

@@ -2,6 +2,7 @@
 #define APPENDERS_LOGASYNCAPPENDER_H
 
 #include <atomic>
+#include <cstdint>
 #include <memory>
 #include <set>
 #include <vector>
@@ -10,19 +11,20 @@
 #include "appenders/LOGAppenderAttachableImpl.h"
 #include "appenders/LOGAppenderSkeleton.h"
 
+class LOGDispatcher;
 struct LOGFailureTexts;
 
 /// Spares the threads that log the time of slow appenders: it queues copies of events, and a thread
-/// of its own, the dispatcher, passes them on to the appenders attached to it. While the queue is
-/// full, a thread that logs waits at the end of its outermost call, when it holds no lock any more:
-/// a full queue blocks its callers and nobody else. What is logged from within a delivery never
-/// waits. What is queued is lost when the process dies, and when the appender is closed without
-/// flush(); the orderly shutdown of the library flushes. In the child of a fork the queue is empty,
-/// what was in it being the parent's, and the first event starts a thread there.
+/// of its own, the dispatcher, passes them on to the appenders attached to it. A thread that finds
+/// the queue full waits at the end of its outermost call, when it holds no lock any more: a full
+/// queue blocks its callers and nobody else. What is logged from within a delivery never waits.
+/// What is queued is lost when the process dies, and when the appender is closed without flush();
+/// the orderly shutdown of the library flushes. In the child of a fork the queue is empty, what was
+/// in it being the parent's, and the first event starts a thread there.
 ///
-/// Attached appenders are not owned, and not closed with this one. One that was removed may be
-/// deleted when the removal returns, if that was not called from within a call that logs or a
-/// delivery, nor under a lock of the library.
+/// Attached appenders are not owned, and not closed with this one. One may be deleted when its
+/// removal has returned, unless that was called within a call that logs or a delivery or under a
+/// lock of the library.
 class LOG4ZEB_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAppenderAttachable {
  private:
   struct Core;
@@ -42,19 +44,17 @@ class LOG4ZEB_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
   /// thread, nor under a lock that a delivery takes.
   ~LOGAsyncAppender() override;
 
-  /// Starts the dispatcher thread, unless it runs or the appender was closed for good. Throws
-  /// ZEBSystemError when there is no thread to be had.
+  /// Starts the dispatcher thread, unless it runs or was closed. Throws ZEBSystemError.
   void activateOptions() override;
-  /// Drops what is queued and ends the dispatcher thread. Threads that wait for room go on, their
-  /// events lost. Closed for good: nothing starts it again. Waits for a delivery that is under way,
-  /// unless it is called under a lock, from within a call that logs or from a delivery.
+  /// Drops what is queued, lets threads go that wait for room, and ends the dispatcher for good.
+  /// Waits for a delivery that is under way, but not under a lock, within a call that logs or in a
+  /// delivery.
   void close() override;
   void append(LOGLoggingEvent* event) override;
   int requiresLayout() override;
 
-  /// Waits until what is queued now, and what threads wait to queue, has been passed on. Returns 1,
-  /// or 0 when the time, in milliseconds, is up before. Under a lock, from within a call that logs
-  /// or from a delivery it does not wait.
+  /// Waits until what is queued now, also by threads that wait for room, has been passed on.
+  /// Returns 1, or 0 when the time, in milliseconds, is up before. Waits where close() does.
   int flush(int milliseconds);
   /// Whether `from` is `to`, or passes events on to it, perhaps through others.
   static bool reaches(const LOGAppenderSkeleton& from, const LOGAsyncAppender& to);
@@ -78,9 +78,8 @@ class LOG4ZEB_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
   void removeAppender(LOGAppenderSkeleton* appender) override;
   LOGAppenderAttachableImpl* getAAI();
 
-  /// Takes the place of another one, which still passes on what it has queued: until it is closed,
-  /// what is removed from one of them is removed from both, and from those that it succeeds in
-  /// turn.
+  /// Takes the place of another one, which still passes on what it has queued: until that is
+  /// closed, what is removed from one of them is removed from both.
   void succeed(const LOGAsyncAppender& predecessor);
 
   /// Queues of asynchronous appenders, which can be flushed after the appenders are gone.
@@ -103,13 +102,10 @@ class LOG4ZEB_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
   };
 
  private:
-  class Arrival;
-
   bool mayStart() const { return m_closed != 0 && !m_closeRequested && m_stale != 1; }
-  void enqueue(LOGLoggingEvent& event);
-  /// Whether the calling thread is the dispatcher here, or of a queue that this one passes events
-  /// on to, perhaps through others.
-  bool isServedByThisThread() const;
+  void leaveWaitToEndOfCall(std::uint64_t place) const;
+  /// Whether events of `from` come to that dispatcher, perhaps through several queues.
+  static bool leadsTo(const LOGDispatcher& dispatcher, const LOGAppenderSkeleton& from);
   template <typename Remove>
   void removeEverywhere(const LOGFailureTexts& texts, Remove remove);
 

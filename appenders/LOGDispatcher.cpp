@@ -1,9 +1,7 @@
 #include "appenders/LOGDispatcher.h"
 
 #include <algorithm>
-#include <optional>
 #include <typeinfo>
-#include <utility>
 
 #include "appenders/LOGAppenderAttachableImpl.h"
 #include "appenders/LOGAppenderPin.h"
@@ -22,25 +20,28 @@ constexpr const char* SOURCE = "LOGDispatcher";
 
 using Clock = std::chrono::steady_clock;
 
-/// A line that was delivered waits no longer than about this for others.
-constexpr Clock::duration LONGEST_HELD = std::chrono::milliseconds(1);
-constexpr Clock::duration SOON = std::chrono::microseconds(100);
-constexpr int MOST_EVENTS_BETWEEN_LOOKS = 32;
-constexpr unsigned int PAUSE_WITHOUT_MEMORY = 10;  // milliseconds
+/// Lines that were delivered wait for each other twice as long at most, as far as one can tell.
+constexpr Clock::duration USUAL_HELD = std::chrono::microseconds(500);
+constexpr int MOST_HELD = 64;
+constexpr unsigned int PAUSE_AFTER_FAILURE = 10;  // milliseconds
 
 constexpr LOGFailureTexts RUN_TEXTS{"LOGDispatcher::run --- some i18nstring exception occurred",
                                     "LOGDispatcher::run --- some ZEBThrowable exception occurred",
                                     "LOGDispatcher::run --- An unknown exception has occurred."};
 
-LOGAppenderAttachableImpl* listOf(LOGAsyncAppender* container) {
-  ZEB_ASSERT_AS(container, "m_container", SOURCE, 23);
-  return container->getAAI();
+LOGAppenderAttachableImpl* listOf(LOGAsyncAppender* m_container) {
+  ZEB_ASSERT(m_container, SOURCE, 23);
+  return m_container->getAAI();
 }
 
 /// Whether the lines of such an appender may wait for each other.
 bool isFile(const LOGAppenderSkeleton& appender) {
   return typeid(appender) == typeid(LOGFileAppender) ||
          typeid(appender) == typeid(LOGRollingFileAppender);
+}
+
+void handOver(ZEBFmHold& hold) {
+  logContainingFailures(RUN_TEXTS, [&] { LOGQuietWriter::handOver(hold); });
 }
 
 }  // namespace
@@ -56,13 +57,14 @@ LOGDispatcher::~LOGDispatcher() { join(); }
 void LOGDispatcher::close() {
   ZEB_ASSERT(m_bf, SOURCE, 44);
   interrupted = 1;
-  m_bf->wakeDispatcher();
+  m_bf->wakeAll();
 }
 
 void LOGDispatcher::startUnlessRunning() {
   if (!m_isRunning.exchange(true)) {
     try {
       start();
+      m_isLeftByFork = false;
     } catch (...) {
       m_isRunning = false;
       throw;
@@ -72,105 +74,85 @@ void LOGDispatcher::startUnlessRunning() {
 
 void LOGDispatcher::awaitEnd() { m_bf->waitForEnd(m_isRunning); }
 
-bool LOGDispatcher::isLeftByFork() noexcept {
-  if (!m_isRunning || isCurrentThread()) {
-    return false;
+void LOGDispatcher::renewInChild() noexcept {
+  const LOGCallScope* const call = LOGCallScope::outermost();
+  const bool hasForked = call != nullptr && call->dispatcher() == this;
+  if (m_isRunning && !hasForked) {
+    m_isRunning = false;
+    m_isLeftByFork = true;
   }
-  m_isRunning = false;
-  m_notHandedOver = 0;
-  return true;
 }
 
 void LOGDispatcher::run() {
   ZEB_ASSERT(m_bf, SOURCE, 55);
-  s_current = this;
   m_isRunning = true;
-  logContainingFailures(RUN_TEXTS, [this] {
-    std::optional<LOGAppenderPin> pin;
-    for (bool goesOn = true; goesOn;) {
-      logContainingFailures(RUN_TEXTS, [&] {
-        if (!pin.has_value()) {
-          pin.emplace();
-        }
-        goesOn = pass(*pin);
-      });
-      if (!pin.has_value()) {
-        ZEBThread::sleep(PAUSE_WITHOUT_MEMORY);
-      }
+  for (bool goesOn = true; goesOn;) {
+    if (!logContainingFailures(RUN_TEXTS, [&] { goesOn = pass(); })) {
+      ZEBThread::sleep(PAUSE_AFTER_FAILURE);  // there was no memory to begin with
     }
-  });
-  s_current = nullptr;
+  }
   m_isRunning = false;
-  m_bf->noteEnd();
+  m_bf->wakeAll();
 }
 
-bool LOGDispatcher::pass(LOGAppenderPin& pin) {
+/// Waits for events and delivers them until there is none. Returns false when there is none to
+/// come.
+bool LOGDispatcher::pass() {
   if (!m_bf->waitForEvent(interrupted)) {
     return false;
   }
+  LOGAppenderPin pin;
   // What this pass delivers may reach the operating system together, at the latest at its end.
   ZEBFmHold hold;
-  m_eventsUntilLook = 0;
-  m_eventsBetweenLooks = 1;
-  m_lastHandOver = m_lastLook = Clock::now();
+  m_held = 0;
+  m_lastHandOver = Clock::now();
   while (m_bf->hasEvents()) {
-    m_mayHold = false;
-    logContainingFailures(RUN_TEXTS, [&] { deliverNext(hold, pin); });
-    ++m_notHandedOver;
-    if (!m_mayHold || ZEBForkGate::isClosed() || isTimeToHandOver()) {
+    bool mayHold = false;
+    logContainingFailures(RUN_TEXTS, [&] { mayHold = deliverNext(hold, pin); });
+    if (!mayHold || ZEBForkGate::isClosed() || isTimeToHandOver()) {
       handOver(hold);
+      m_bf->noteDelivered();
     }
   }
   handOver(hold);
+  m_bf->noteDelivered();
   return true;
-}
-
-void LOGDispatcher::handOver(ZEBFmHold& hold) {
-  logContainingFailures(RUN_TEXTS, [&] { LOGQuietWriter::handOver(hold); });
-  m_bf->noteDelivered(std::exchange(m_notHandedOver, 0));
 }
 
 bool LOGDispatcher::isTimeToHandOver() {
-  if (--m_eventsUntilLook > 0) {
+  if (++m_held < m_mostHeld) {
     return false;
   }
-  // Looking at the clock takes as long as a part of an event, so it is done the less often the
-  // faster events go.
+  // As many as took little time may be twice as many next time.
   const Clock::time_point now = Clock::now();
-  m_eventsBetweenLooks =
-      now - m_lastLook < SOON ? std::min(2 * m_eventsBetweenLooks, MOST_EVENTS_BETWEEN_LOOKS) : 1;
-  m_eventsUntilLook = m_eventsBetweenLooks;
-  m_lastLook = now;
-  if (now - m_lastHandOver < LONGEST_HELD) {
-    return false;
-  }
+  m_mostHeld = now - m_lastHandOver < USUAL_HELD ? std::min(2 * m_mostHeld, MOST_HELD) : 1;
   m_lastHandOver = now;
+  m_held = 0;
   return true;
 }
 
-void LOGDispatcher::deliverNext(ZEBFmHold& hold, LOGAppenderPin& pin) {
-  std::unique_ptr<LOGLoggingEvent> whole;  // with its message destroyed here, without a lock
+/// Returns whether the event's lines may be held back for a while.
+bool LOGDispatcher::deliverNext(ZEBFmHold& hold, LOGAppenderPin& pin) {
+  LOGCallScope call(*this);  // waits at its end for room in queues that are attached here
+  std::unique_ptr<LOGLoggingEvent> whole;  // destroyed within the call, and without a lock
   LOGLoggingEvent* const event = m_bf->take(m_unpacked, whole);
   if (LOGLogLog::mayWrite() && m_bf->wasFull() != 0) {
     logContainingFailures(RUN_TEXTS,
                           [] { LOGLogLog::debug("Notifying AsyncAppender about freed space."); });
   }
-  if (event != nullptr) {
-    deliver(*event, hold, pin);
+  if (event == nullptr) {
+    return false;
   }
-}
-
-void LOGDispatcher::deliver(LOGLoggingEvent& event, ZEBFmHold& hold, LOGAppenderPin& pin) {
-  LOGCallScope call;  // waits at its end for room in queues that are attached here
   LOGAppenderAttachableImpl::PinnedWalk walk(*m_aai, pin);
-  m_mayHold = walk.isOnly() && isFile(*walk.appender());
-  if (!m_mayHold) {
+  const bool mayHold = walk.isOnly() && isFile(*walk.appender());
+  if (!mayHold) {
     // Others may look at what a file appender has written, or write to the same file.
     handOver(hold);
   }
-  event.setHold(m_mayHold ? &hold : nullptr);
+  event->setHold(mayHold ? &hold : nullptr);
   for (; walk.appender() != nullptr; walk.goOn()) {
     call.deliverTo(walk.appender());
-    LOGAppenderAttachableImpl::append(*walk.appender(), &event);
+    LOGAppenderAttachableImpl::append(*walk.appender(), event);
   }
+  return mayHold;
 }

@@ -3,7 +3,6 @@
 
 #include <atomic>
 #include <chrono>
-#include <memory>
 
 #include "core/LOGLoggingEvent.h"
 #include "platform/ZEBFmHold.h"
@@ -34,36 +33,28 @@ class LOG4ZEB_EXPORT LOGDispatcher : public ZEBThread {
   void startUnlessRunning();
   /// Waits until the thread does nothing any more. REQUIRES: the calling thread may wait.
   void awaitEnd();
-  /// In the child of a fork, whether the thread was left behind in the parent. Where it has forked
-  /// itself it goes on.
-  bool isLeftByFork() noexcept;
-  /// Whether the calling thread is this one.
-  bool isCurrentThread() const noexcept { return s_current == this; }
-  static bool isAnyCurrentThread() noexcept { return s_current != nullptr; }
+  /// Called in the child of a fork: notes whether the thread was left behind in the parent. Where
+  /// it has forked itself it goes on.
+  void renewInChild() noexcept;
+  /// Whether the thread was left behind, and not started again.
+  bool isLeftByFork() const noexcept { return m_isLeftByFork.load(std::memory_order_acquire); }
 
  private:
-  bool pass(LOGAppenderPin& pin);
-  void deliverNext(ZEBFmHold& hold, LOGAppenderPin& pin);
-  void deliver(LOGLoggingEvent& event, ZEBFmHold& hold, LOGAppenderPin& pin);
-  void handOver(ZEBFmHold& hold);
+  bool pass();
+  bool deliverNext(ZEBFmHold& hold, LOGAppenderPin& pin);
   bool isTimeToHandOver();
-
-  inline static thread_local const LOGDispatcher* s_current = nullptr;
 
   LOGBoundedFIFO* m_bf;
   LOGAppenderAttachableImpl* m_aai;
   std::atomic<int> interrupted{0};
   std::atomic<bool> m_isRunning{false};
+  std::atomic<bool> m_isLeftByFork{false};
 
   // Used by the thread only.
   LOGLoggingEvent m_unpacked;
-  // What was delivered but may wait for the operating system with others.
-  int m_notHandedOver = 0;
-  bool m_mayHold = false;  // the lines of the last event
-  std::chrono::steady_clock::time_point m_lastLook;
   std::chrono::steady_clock::time_point m_lastHandOver;
-  int m_eventsUntilLook = 0;
-  int m_eventsBetweenLooks = 1;
+  int m_held = 0;  // events since then
+  int m_mostHeld = 1;
 };
 
 #endif

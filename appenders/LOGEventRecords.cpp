@@ -1,108 +1,122 @@
 #include "appenders/LOGEventRecords.h"
 
-#include <algorithm>
 #include <cstring>
+#include <iterator>
+#include <limits>
 #include <new>
+#include <string_view>
 #include <utility>
 
 #include "core/LOGLoggingEvent.h"
-#include "core/LOGPackedEvent.h"
 
-namespace {
-
-constexpr std::size_t PIECE_SIZE = 16384;  // for 100 usual events
-
-constexpr std::size_t aligned(std::size_t size) {
-  constexpr std::size_t ALIGNMENT = alignof(std::max_align_t);
-  return (size + ALIGNMENT - 1) / ALIGNMENT * ALIGNMENT;
-}
-
-}  // namespace
-
-LOGEventRecords::Piece* LOGEventRecords::newPiece(std::size_t size) {
-  auto* const piece = new (::operator new(sizeof(Piece) + size)) Piece{nullptr, size};
-  new (piece->begin()) Head;
-  return piece;
-}
+static_assert(I18NBytes::INLINE_SIZE <= std::numeric_limits<std::uint8_t>::max());
+constexpr std::size_t SHORT = 32;  // most names, thread numbers and contexts
 
 LOGEventRecords::LOGEventRecords()
-    : m_writtenPiece(newPiece(PIECE_SIZE)),
-      m_writeAt(m_writtenPiece->begin()),
+    : m_writtenPiece(new Piece),
+      m_writeAt(m_writtenPiece->bytes),
       m_readPiece(m_writtenPiece),
-      m_readAt(m_writeAt) {}
+      m_readAt(m_writeAt) {
+  new (m_writeAt) Record;
+}
 
 LOGEventRecords::~LOGEventRecords() {
-  LOGLoggingEvent unpacked;
-  while (!isEmpty()) {
-    std::unique_ptr<LOGLoggingEvent> whole;
-    take(unpacked, whole);
+  while (m_readPiece != nullptr) {
+    delete std::exchange(m_readPiece, m_readPiece->next);
   }
-  ::operator delete(m_readPiece);
-  ::operator delete(m_spare.load());
+  delete m_spare.load();
 }
 
-template <typename Fill>
-void LOGEventRecords::addRecord(Kind kind, std::size_t size, Fill fill) {
-  const std::size_t whole = aligned(sizeof(Head) + size);
-  const std::size_t needed = whole + sizeof(Head);  // with that of the next one
-  char* place = m_writeAt;
-  Piece* piece = m_writtenPiece;
-  if (needed > static_cast<std::size_t>(piece->begin() + piece->size - place)) {
-    piece = m_spare.exchange(nullptr, std::memory_order_acquire);
-    if (piece == nullptr || piece->size < needed) {
-      ::operator delete(piece);
-      piece = newPiece(std::max(PIECE_SIZE, needed));
+LOGEventRecords::Record& LOGEventRecords::beginRecord() {
+  if (std::end(m_writtenPiece->bytes) - m_writeAt < std::ptrdiff_t{LARGEST + sizeof(Record)}) {
+    Piece* const spare = m_spare.exchange(nullptr, std::memory_order_acquire);
+    Piece* const piece = spare == nullptr ? new Piece : spare;
+    piece->next = nullptr;
+    m_writeAt = piece->bytes;
+    new (m_writeAt) Record;
+    m_writtenPiece->next = piece;
+    m_writtenPiece = piece;
+  }
+  return *reinterpret_cast<Record*>(m_writeAt);
+}
+
+void LOGEventRecords::endRecord(const char* end) noexcept {
+  const auto bytes = static_cast<std::size_t>(end - m_writeAt);
+  const std::size_t size = (bytes + alignof(Record) - 1) / alignof(Record) * alignof(Record);
+  auto* const record = reinterpret_cast<Record*>(std::exchange(m_writeAt, m_writeAt + size));
+  new (m_writeAt) Record;
+  record->size.store(static_cast<std::uint32_t>(size), std::memory_order_release);
+}
+
+LOG4ZEB_HOT void LOGEventRecords::add(const LOGLoggingEvent& event) {
+  bool isPacked =
+      event.m_hasPlainMessage && event.m_plainMessage.m_instance == nullptr && !event.isRendered();
+  const I18NString* const texts[TEXTS] = {&event.m_loggerName, &event.m_threadName, &event.m_ndc,
+                                          &event.m_plainMessage.m_string};
+  for (const I18NString* const text : texts) {
+    isPacked = isPacked && text->isAscii() && text->length() <= I18NBytes::INLINE_SIZE;
+  }
+  if (!isPacked) {
+    addWhole(event.copyForQueue());
+    return;
+  }
+  Record& record = beginRecord();
+  record.isPacked = true;
+  record.ndcLookupRequired = event.m_ndcLookupRequired;
+  record.timeStamp = event.m_timeStamp;
+  record.level = event.m_level;
+  record.logger = event.m_logger;
+  char* to = record.texts();
+  for (int i = 0; i < TEXTS; ++i) {
+    const std::string_view text = texts[i]->ascii();
+    // In moves of fixed size: there is room for that on both sides.
+    std::memcpy(to, text.data(), SHORT);
+    if (text.size() > SHORT) {
+      std::memcpy(to + SHORT, text.data() + SHORT, I18NBytes::INLINE_SIZE - SHORT);
     }
-    place = piece->begin();
-    new (place) Head;
+    to += text.size();
+    record.textSizes[i] = static_cast<std::uint8_t>(text.size());
   }
-  fill(place + sizeof(Head));
-  new (place + whole) Head;
-  Head& head = headAt(place);
-  head.kind = kind;
-  head.size.store(static_cast<std::uint32_t>(whole), std::memory_order_release);
-  Head& last = headAt(std::exchange(m_writeAt, place + whole));
-  if (piece != m_writtenPiece) {
-    // The reader finds the piece, and then the record there, by this.
-    std::exchange(m_writtenPiece, piece)->next = piece;
-    last.kind = Kind::NEXT_PIECE;
-    last.size.store(sizeof(Head), std::memory_order_release);
-  }
+  endRecord(to);
 }
 
-LOG4ZEB_HOT void LOGEventRecords::addPacked(const LOGLoggingEvent& event, std::size_t size) {
-  addRecord(Kind::PACKED, size, [&](char* bytes) { LOGPackedEvent::pack(event, bytes); });
-}
-
-void LOGEventRecords::add(LOGLoggingEvent* event) {
-  addRecord(Kind::WHOLE, sizeof(event),
-            [&](char* bytes) { std::memcpy(bytes, &event, sizeof(event)); });
-}
-
-LOG4ZEB_HOT bool LOGEventRecords::isEmpty() const noexcept {
-  return headAt(m_readAt).size.load(std::memory_order_acquire) == 0;
-}
-
-void LOGEventRecords::goToNextPiece() noexcept {
-  Piece* const read = std::exchange(m_readPiece, m_readPiece->next);
-  m_readAt = m_readPiece->begin();
-  ::operator delete(m_spare.exchange(read, std::memory_order_acq_rel));
+void LOGEventRecords::addWhole(std::unique_ptr<LOGLoggingEvent> event) {
+  Record& record = beginRecord();
+  record.isPacked = false;
+  record.whole = event.release();
+  endRecord(record.texts());
 }
 
 LOG4ZEB_HOT LOGLoggingEvent* LOGEventRecords::take(
     LOGLoggingEvent& unpacked, std::unique_ptr<LOGLoggingEvent>& whole) noexcept {
-  if (headAt(m_readAt).kind == Kind::NEXT_PIECE) {
-    goToNextPiece();
+  if (reinterpret_cast<Record*>(m_readAt)->size.load(std::memory_order_acquire) == 0) {
+    Piece* const read = std::exchange(m_readPiece, m_readPiece->next);
+    m_readAt = m_readPiece->bytes;
+    delete m_spare.exchange(read, std::memory_order_acq_rel);
   }
-  const Head& head = headAt(m_readAt);
-  const char* const bytes = m_readAt + sizeof(Head);
-  m_readAt += head.size.load(std::memory_order_relaxed);
-  if (head.kind == Kind::PACKED) {
-    LOGPackedEvent::unpack(bytes, unpacked);
-    return &unpacked;
+  Record& record = *reinterpret_cast<Record*>(m_readAt);
+  m_readAt += record.size.load(std::memory_order_acquire);
+  if (!record.isPacked) {
+    whole.reset(record.whole);
+    return record.whole;
   }
-  LOGLoggingEvent* event = nullptr;
-  std::memcpy(&event, bytes, sizeof(event));
-  whole.reset(event);
-  return event;
+  unpacked.m_timeStamp = record.timeStamp;
+  unpacked.m_sequence = std::numeric_limits<std::int32_t>::min();
+  unpacked.m_level = record.level;
+  unpacked.m_logger = record.logger;
+  unpacked.m_ndcLookupRequired = record.ndcLookupRequired;
+  unpacked.m_mdcCopyLookupRequired = 1;
+  unpacked.m_hasPlainMessage = true;
+  unpacked.m_message.reset();
+  unpacked.m_rare.reset();
+  unpacked.m_plainMessage.m_instance.reset();
+  I18NString* const texts[TEXTS] = {&unpacked.m_loggerName, &unpacked.m_threadName, &unpacked.m_ndc,
+                                    &unpacked.m_plainMessage.m_string};
+  const char* from = record.texts();
+  for (int i = 0; i < TEXTS; ++i) {
+    texts[i]->clear();
+    texts[i]->appendAscii(std::string_view(from, record.textSizes[i]));
+    from += record.textSizes[i];
+  }
+  return &unpacked;
 }

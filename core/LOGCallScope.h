@@ -1,76 +1,65 @@
 #ifndef CORE_LOGCALLSCOPE_H
 #define CORE_LOGCALLSCOPE_H
 
-#include <memory>
+#include <forward_list>
+#include <functional>
+#include <utility>
 
 class LOGAppenderSkeleton;
+class LOGDispatcher;
 
 /// One call that passes an event on: a request to log, an append that the program makes itself, or
-/// the delivery of one event by a dispatcher. Calls nest where what is called logs. An appender
-/// that would have to wait leaves that to the outermost call of its thread, which does it when all
-/// locks have been left. Lives on the stack.
+/// the delivery of one event by a dispatcher. Calls nest where what is called logs. What has to
+/// wait is left to the end of the thread's outermost call, which holds no lock any more. Lives on
+/// the stack.
 class LOGCallScope {
  public:
-  /// What is left to the end of the outermost call.
-  class Waiting {
-   public:
-    /// `queue` tells those of one queue from others.
-    explicit Waiting(const void* queue) : m_queue(queue) {}
-    Waiting(const Waiting&) = delete;
-    Waiting& operator=(const Waiting&) = delete;
-    virtual ~Waiting();
-    /// Called once, without locks unless the program holds some; mayWait() tells.
-    virtual void finish() noexcept = 0;
-
-   private:
-    friend class LOGCallScope;
-    const void* const m_queue;
-    std::unique_ptr<Waiting> m_next;
-  };
-
-  LOGCallScope() noexcept
-      : m_outer(s_innermost), m_outermost(m_outer ? m_outer->m_outermost : this) {
-    s_innermost = this;
+  LOGCallScope() noexcept {
+    if (s_outermost == nullptr) {
+      s_outermost = this;
+    }
+  }
+  /// A delivery by that dispatcher.
+  explicit LOGCallScope(const LOGDispatcher& dispatcher) noexcept : LOGCallScope() {
+    m_dispatcher = &dispatcher;
   }
   LOGCallScope(const LOGCallScope&) = delete;
   LOGCallScope& operator=(const LOGCallScope&) = delete;
   ~LOGCallScope() {
-    s_innermost = m_outer;
-    if (m_first != nullptr) {
+    if (s_outermost == this) {
+      s_outermost = nullptr;
       finish();
     }
   }
 
-  /// Says that this call is a dispatcher's delivery, which passes the event to `target` now.
-  void deliverTo(const LOGAppenderSkeleton* target) noexcept { m_target = target; }
-
   /// The outermost call of the calling thread, null outside of all.
-  static LOGCallScope* outermost() noexcept {
-    return s_innermost == nullptr ? nullptr : s_innermost->m_outermost;
-  }
-  /// Whether the call is a delivery that passes the event to `appender` now.
+  static LOGCallScope* outermost() noexcept { return s_outermost; }
+  /// The dispatcher whose delivery this is, or null.
+  const LOGDispatcher* dispatcher() const noexcept { return m_dispatcher; }
+  /// Notes that the delivery passes the event to `target` now.
+  void deliverTo(const LOGAppenderSkeleton* target) noexcept { m_target = target; }
   bool isDeliveryTo(const LOGAppenderSkeleton& appender) const noexcept {
     return m_target == &appender;
   }
-  /// Whether something is left that is of that queue.
-  bool hasLeft(const void* queue) const noexcept;
-  void leave(std::unique_ptr<Waiting> waiting) noexcept;
+  /// Leaves an operation, which does not throw, to the end of this call. Throws std::bad_alloc.
+  void atEnd(std::function<void()> operation) { m_atEnd.push_front(std::move(operation)); }
 
-  /// Whether the calling thread may wait for other threads: it is in no such call, is no
-  /// dispatcher, on whose thread messages are destroyed after their delivery, and holds no lock
+  /// Whether the calling thread may wait for other threads: it is in no such call and holds no lock
   /// under which that is forbidden.
   static bool mayWait();
 
  private:
-  void finish() noexcept;
+  void finish() const noexcept {
+    for (const std::function<void()>& operation : m_atEnd) {
+      operation();
+    }
+  }
 
-  inline static thread_local LOGCallScope* s_innermost = nullptr;
+  inline static thread_local LOGCallScope* s_outermost = nullptr;
 
-  LOGCallScope* const m_outer;
-  LOGCallScope* const m_outermost;
+  const LOGDispatcher* m_dispatcher = nullptr;
   const LOGAppenderSkeleton* m_target = nullptr;
-  std::unique_ptr<Waiting> m_first;
-  Waiting* m_last = nullptr;
+  std::forward_list<std::function<void()>> m_atEnd;
 };
 
 #endif

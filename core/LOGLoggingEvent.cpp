@@ -245,7 +245,12 @@ const I18NString& LOGLoggingEvent::getThrowableStrRep() const {
 
 const I18NString& LOGLoggingEvent::getNDC() {
   if (m_ndcLookupRequired == 1) {
-    zebTranslate(SOURCE, __LINE__, [this] { m_ndc = LOGNDC::get(); });
+    zebTranslate(SOURCE, __LINE__, [this] {
+      const I18NString& context = LOGNDC::get();
+      if (!context.isEmpty()) {
+        m_ndc = context;
+      }
+    });
     m_ndcLookupRequired = 0;
   }
   return m_ndc;

@@ -98,7 +98,7 @@ class LOG4ZEB_EXPORT LOGLoggingEvent : public LOGSerializable {
   void writeObject() {}
 
  private:
-  friend class LOGPackedEvent;
+  friend class LOGEventRecords;
 
   /// Everything but the message.
   LOGLoggingEvent(LOGLogger* logger, LOGLevel* level);

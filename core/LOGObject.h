@@ -39,7 +39,7 @@ class LOG4ZEB_EXPORT LOGObject {
   void instance(const I18NString& tag);
 
  private:
-  friend class LOGPackedEvent;
+  friend class LOGEventRecords;
 
   static const I18NString& defaultTag() noexcept;
   static std::unique_ptr<I18NString> copyOf(const I18NString& tag);

@@ -19,6 +19,7 @@
 #include "appenders/LOGDispatcher.h"
 #include "appenders/LOGErrorHandler.h"
 #include "appenders/LOGFileAppender.h"
+#include "core/LOGCallScope.h"
 #include "core/LOGHierarchy.h"
 #include "core/LOGLogger.h"
 #include "core/LOGManager.h"
@@ -374,7 +375,8 @@ TEST_F(MessagesThatLog, AreDestroyedByADispatcherThatWaitsForNothing) {
   struct EndingMessage : LOGObject {
     LOGObject* clone() const override { return new EndingMessage(*this); }
     ~EndingMessage() override {
-      if (LOGDispatcher::isAnyCurrentThread()) {
+      const LOGCallScope* const call = LOGCallScope::outermost();
+      if (call != nullptr && call->dispatcher() != nullptr) {
         onEnd();
       }
     }
