@@ -10,29 +10,28 @@ LOGComponentStore::~LOGComponentStore() {
   // Asynchronous ones first: they end threads that use the others.
   for (const bool isAsync : {true, false}) {
     for (const Appender& own : m_appenders) {
-      if (own.isAsync == isAsync) {
-        contained([&] { own.appender->close(); });
+      if (isAsynchronous(*own.object) == isAsync) {
+        logTakeOutOfUse([&] { own.object->close(); });
       }
     }
   }
   for (const Appender& own : m_appenders) {
-    contained([&] { detachFromLoggers(own.appender.get()); });
+    logTakeOutOfUse([&] { detachFromLoggers(own.object.get()); });
   }
   // Asynchronous ones again: their destructor waits for the thread, which a close() need not have
   // done.
   for (Appender& own : m_appenders) {
-    LOGAppenderPin::awaitOthers(nullptr, own.appender.get());
-    if (own.isAsync) {
-      own.appender.reset();
+    LOGAppenderPin::awaitOthers(nullptr, own.object.get());
+    if (isAsynchronous(*own.object)) {
+      own.object.reset();
     }
   }
 }
 
 LOGAppenderSkeleton* LOGComponentStore::add(std::unique_ptr<LOGAppenderSkeleton> appender) {
   Appender*& entry = m_byAddress[appender.get()];  // stays null where the next throws
-  const bool isAsync = isAsynchronous(*appender);
-  entry = &m_appenders.emplace_back(Appender{std::move(appender), State::Built, isAsync});
-  return entry->appender.get();
+  entry = &m_appenders.emplace_back(Appender{std::move(appender), State::Built});
+  return entry->object.get();
 }
 
 LOGLayout* LOGComponentStore::add(std::unique_ptr<LOGLayout> layout) {
@@ -40,12 +39,9 @@ LOGLayout* LOGComponentStore::add(std::unique_ptr<LOGLayout> layout) {
 }
 
 LOGFilter* LOGComponentStore::add(std::unique_ptr<LOGFilter> filter) {
-  const auto known = std::find_if(m_filters.begin(), m_filters.end(),
-                                  [&](const auto& other) { return other.get() == filter.get(); });
-  if (known != m_filters.end()) {
-    return filter.release();
-  }
-  return m_filters.emplace_back(std::move(filter)).get();
+  const bool isHere = std::any_of(m_filters.begin(), m_filters.end(),
+                                  [&](const auto& known) { return known == filter; });
+  return isHere ? filter.release() : m_filters.emplace_back(std::move(filter)).get();
 }
 
 LOGComponentStore::Appender* LOGComponentStore::find(const LOGAppenderSkeleton* appender) const {
@@ -55,20 +51,18 @@ LOGComponentStore::Appender* LOGComponentStore::find(const LOGAppenderSkeleton* 
 
 void LOGComponentStore::keepBuilt() {
   for (Appender& own : m_appenders) {
-    if (own.state == State::Built) {
-      own.state = State::InUse;
-    }
+    own.state = own.state == State::Built ? State::InUse : own.state;
   }
 }
 
 void LOGComponentStore::close(Appender& own) {
-  LOGAppenderSkeleton& appender = *own.appender;
+  LOGAppenderSkeleton& appender = *own.object;
   // A dispatcher that passes an event on may have come to it before it left the list.
   LOGAppenderPin::awaitOthers(nullptr, &appender);
   own.state = State::Closed;
   appender.markAsStale();
   appender.close();
-  // It stays allocated; without this, a socket would stay open for each reading.
+  // It stays allocated, and without this each reading would leave a socket open.
   if (auto* const sender = dynamic_cast<LOGLocalUDPAppender*>(&appender)) {
     sender->release();
   }
@@ -81,21 +75,19 @@ void LOGComponentStore::close(Appender& own) {
   }
 }
 
-void LOGComponentStore::forgetRepository(LOGLoggerRepository* repository) {
-  if (m_repositories.erase(repository) == 0) {
-    return;
-  }
-  // The root may live on.
-  if (LOGLogger* const root = repository->getRootLogger()) {
+void LOGComponentStore::forget(LOGLoggerRepository* repository) {
+  LOGLogger* const root =
+      m_repositories.erase(repository) == 0 ? nullptr : repository->getRootLogger();
+  if (root != nullptr) {  // it may live on
     for (const Appender& own : m_appenders) {
-      contained([&] { root->removeAppender(own.appender.get()); });
+      logTakeOutOfUse([&] { root->removeAppender(own.object.get()); });
     }
   }
 }
 
 void LOGComponentStore::detachFromLoggers(LOGAppenderSkeleton* appender) const {
   for (LOGLoggerRepository* const repository : m_repositories) {
-    forEachLogger(*repository, [appender](LOGLogger& logger) {
+    logForEachLogger(*repository, [appender](LOGLogger& logger) {
       const ZEBThreadGuard guard(logger.getCriticalSection());
       logger.removeAppender(appender);
       for (std::size_t i = 0; LOGAppenderSkeleton* const attached = logger.appenderAt(i); ++i) {

@@ -14,23 +14,50 @@
 #include "filters/LOGFilter.h"
 #include "layouts/LOGLayout.h"
 
-/// The appenders, layouts and filters that documents have described, and the repositories that they
-/// were given to. It keeps all of them until it is destroyed, because a program may know those that
-/// are closed; the destructor closes the appenders and takes them from their loggers first.
+/// Runs one step of taking appenders out of use; what fails is reported and ends there.
+template <typename Operation>
+void logTakeOutOfUse(Operation operation) noexcept {
+  logContainingFailures(
+      LOGFailureTexts::same("LOGDOMConfigurator -- an appender could not be taken out of use"),
+      operation);
+}
+
+/// Calls `operation` with the root, if there is one, and the loggers of a repository. Needs no
+/// memory where that is the library's own.
+template <typename Operation>
+void logForEachLogger(LOGLoggerRepository& repository, Operation operation) {
+  if (const auto* const hierarchy = dynamic_cast<const LOGHierarchy*>(&repository)) {
+    for (std::size_t i = 0; LOGLogger* const logger = hierarchy->loggerAt(i); ++i) {
+      operation(*logger);
+    }
+    return;
+  }
+  if (LOGLogger* const root = repository.getRootLogger()) {
+    operation(*root);
+  }
+  for (LOGObject* const logger : repository.getCurrentLoggers()) {
+    if (logger != nullptr) {
+      operation(static_cast<LOGLogger&>(*logger));
+    }
+  }
+}
+
+/// The appenders, layouts and filters that documents have described, and the repositories that
+/// these were applied to. All are kept until the store is destroyed, because a program may know an
+/// appender that is closed. The destructor closes the appenders and takes them from their loggers.
 ///
 /// Guarded by the configurator's run lock.
 class LOGComponentStore {
  public:
   enum class State {
-    Built,    // by this reading, or by one that lacked memory: that may have left it half made
+    Built,    // by this reading, or by one that lacked memory and may have left it half made
     InUse,    // and may be used again by a later reading
     Retired,  // taken from a logger, to be closed at the end of this reading or of the next
     Closed,   // for good
   };
   struct Appender {
-    std::unique_ptr<LOGAppenderSkeleton> appender;
+    std::unique_ptr<LOGAppenderSkeleton> object;
     State state;
-    bool isAsync;
   };
 
   LOGComponentStore() = default;
@@ -40,10 +67,11 @@ class LOGComponentStore {
 
   LOGAppenderSkeleton* add(std::unique_ptr<LOGAppenderSkeleton> appender);
   LOGLayout* add(std::unique_ptr<LOGLayout> layout);
-  /// A library may give the same filter again, which is then here already.
+  /// A library may have made the filter before, and then it is here already.
   LOGFilter* add(std::unique_ptr<LOGFilter> filter);
+  void add(LOGLoggerRepository& repository) { m_repositories.insert(&repository); }
 
-  /// The appenders, in the order in which they were built.
+  /// In the order in which they were built.
   std::deque<Appender>& appenders() { return m_appenders; }
   /// Null for an appender of the program, which may be gone: it is not looked at.
   Appender* find(const LOGAppenderSkeleton* appender) const;
@@ -51,40 +79,10 @@ class LOGComponentStore {
   void keepBuilt();
   /// Closes an appender for good, when no dispatcher passes an event to it any more.
   static void close(Appender& own);
-
-  void addRepository(LOGLoggerRepository* repository) { m_repositories.insert(repository); }
   /// Takes the appenders from the root of a repository that is about to be destroyed.
-  void forgetRepository(LOGLoggerRepository* repository);
+  void forget(LOGLoggerRepository* repository);
 
   static bool isAsynchronous(const LOGAppenderSkeleton& appender);
-
-  /// Calls `operation` with the root, if there is one, and the loggers of the repository. For the
-  /// library's own hierarchy it needs no memory.
-  template <typename Operation>
-  static void forEachLogger(LOGLoggerRepository& repository, Operation operation) {
-    if (const auto* const hierarchy = dynamic_cast<const LOGHierarchy*>(&repository)) {
-      for (std::size_t i = 0; LOGLogger* const logger = hierarchy->loggerAt(i); ++i) {
-        operation(*logger);
-      }
-      return;
-    }
-    if (LOGLogger* const root = repository.getRootLogger()) {
-      operation(*root);
-    }
-    for (LOGObject* const logger : repository.getCurrentLoggers()) {
-      if (logger != nullptr) {
-        operation(*static_cast<LOGLogger*>(logger));
-      }
-    }
-  }
-
-  /// Runs one step of taking appenders out of use; what fails is reported and ends there.
-  template <typename Operation>
-  static void contained(Operation operation) noexcept {
-    logContainingFailures(
-        LOGFailureTexts::same("LOGDOMConfigurator -- an appender could not be taken out of use"),
-        operation);
-  }
 
  private:
   void detachFromLoggers(LOGAppenderSkeleton* appender) const;

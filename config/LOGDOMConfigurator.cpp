@@ -228,63 +228,47 @@ void LOGDOMConfigurator::applyProcIDtoFileAppender(int on) {
 }
 
 int LOGDOMConfigurator::doConfigure(const I18NString& fileName, LOGLoggerRepository* repository) {
-  return underRunLock([&] {
-    std::string bytes = fileName.toStdString();
-    return doConfigure(bytes.data(), repository);
-  });
+  return underRunLock([&] { return doConfigure(fileName.toStdString().data(), repository); });
 }
 
 int LOGDOMConfigurator::doConfigure(char* fileName, LOGLoggerRepository* repository) {
   return underRunLock([&] {
-    use(repository);
-    return parseFile(fileName) ? 1 : 0;
+    ZEBIDOM_Document document = ZEBIDOM_DOMImplementation::getInstance().createDocument();
+    ZEBIDOM_Parser parser(0);
+    parser.setLoadExternalDTD(0);
+    if (parser.parse(fileName, document) == 0) {
+      LOGLogLog::error("Could not parse the document");
+      LOGLogLog::error(placeOfError(fileName, parser) + ": " + parser.getErrorReason());
+      return 0;
+    }
+    return doConfigure(document.getDocumentElement(), repository);
   });
 }
 
 int LOGDOMConfigurator::doConfigure(const ZEBIDOM_Element& root, LOGLoggerRepository* repository) {
   return underRunLock([&] {
-    use(repository);
-    return parse(root) ? 1 : 0;
+    if (repository == nullptr) {
+      ZEBAssertError::fail("ZEB_ASSERT(m_repository);", SOURCE, __LINE__);
+    }
+    if (!hasConfigurationTag(root)) {
+      return 0;
+    }
+    const ZEBThreadOuterGuard guard(*this);
+    const unsigned memoryFailures = logMemoryFailures();
+    applyRootAttributes(root, *repository);
+    m_store->add(*repository);
+    LOGDocumentReader(*this, *repository, root).read();
+    if (logMemoryFailures() != memoryFailures) {
+      return 0;
+    }
+    m_store->keepBuilt();
+    return 1;
   });
-}
-
-void LOGDOMConfigurator::use(LOGLoggerRepository* repository) {
-  m_repository = repository;
-  if (repository != nullptr) {
-    m_store->addRepository(repository);
-  }
 }
 
 void LOGDOMConfigurator::forgetRepository(LOGLoggerRepository* repository) {
   const ZEBThreadOuterGuard guard(g_runLock);
   if (m_domConfig != nullptr) {
-    m_domConfig->m_store->forgetRepository(repository);
+    m_domConfig->m_store->forget(repository);
   }
-}
-
-bool LOGDOMConfigurator::parseFile(const I18NString& fileName) {
-  ZEBIDOM_Document document = ZEBIDOM_DOMImplementation::getInstance().createDocument();
-  ZEBIDOM_Parser parser(0);
-  parser.setLoadExternalDTD(0);
-  if (parser.parse(fileName, document) == 0) {
-    LOGLogLog::error("Could not parse the document");
-    LOGLogLog::error(placeOfError(fileName, parser) + ": " + parser.getErrorReason());
-    return false;
-  }
-  return parse(document.getDocumentElement());
-}
-
-bool LOGDOMConfigurator::parse(const ZEBIDOM_Element& root) {
-  ZEB_ASSERT(m_repository, SOURCE, __LINE__);
-  if (!hasConfigurationTag(root)) {
-    return false;
-  }
-  const unsigned memoryFailures = logMemoryFailures();
-  applyRootAttributes(root, *m_repository);
-  LOGDocumentReader(*this, root).read(root);
-  if (logMemoryFailures() != memoryFailures) {
-    return false;
-  }
-  m_store->keepBuilt();
-  return true;
 }

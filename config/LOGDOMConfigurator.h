@@ -102,9 +102,6 @@ class LOG4ZEB_EXPORT LOGDOMConfigurator : public LOGConfigurator, public ZEBThre
   /// within a run.
   template <typename Operation>
   static int run(Operation operation);
-  void use(LOGLoggerRepository* repository);
-  bool parseFile(const I18NString& fileName);
-  bool parse(const ZEBIDOM_Element& root);
   static void forgetRepository(LOGLoggerRepository* repository);
 
   static LOGDOMConfigurator* m_domConfig;    // guarded by the run lock, like all below
@@ -113,7 +110,6 @@ class LOG4ZEB_EXPORT LOGDOMConfigurator : public LOGConfigurator, public ZEBThre
   static ZEBSharedLibrary& m_hDyeTraceFilterInst;
 
   const std::unique_ptr<LOGComponentStore> m_store;
-  LOGLoggerRepository* m_repository = nullptr;
   int m_procIdFlag = 0;
   int m_procId = 0;
 };

@@ -11,7 +11,6 @@
 #include "platform/ZEBAssertError.h"
 #include "platform/ZEBIDOM_NodeList.h"
 #include "platform/ZEBSharedLibrary.h"
-#include "platform/ZEBThreadOuterGuard.h"
 #include "platform/ZEBUtConvert.h"
 #include "rendering/LOGRendererMap.h"
 #include "rendering/LOGRendererSupport.h"
@@ -54,23 +53,16 @@ Made* (*makerIn(const ZEBSharedLibrary& library, const std::string& name))() {
 /// The class attribute, without what stands before its last dot.
 I18NString classOf(const ZEBIDOM_Element& element) {
   const I18NString text = element.getAttribute(Tags::CLASS_ATTR);
-  const long dot = text.lastIndexOf(".");
-  const auto after = static_cast<std::size_t>(dot + 1);
-  return dot == I18NString::NOT_FOUND || after == text.length() ? text : text.substring(after);
+  const auto after = static_cast<std::size_t>(text.lastIndexOf(".") + 1);
+  return after == text.length() ? text : text.substring(after);
 }
 
 I18NString addProcIDToFileName(const I18NString& name, int processId) {
   const I18NString number = ZEBUtConvert::handleCvt(processId);
   // Deliberate: a dot in a directory's name counts, too.
   const long dot = name.lastIndexOf(".");
-  if (dot == I18NString::NOT_FOUND) {
-    return name + "_" + number;
-  }
-  if (dot == 0) {
-    return number + name;
-  }
-  const auto position = static_cast<std::size_t>(dot);
-  return name.substring(0, position) + "_" + number + name.substring(position);
+  const auto end = dot == I18NString::NOT_FOUND ? name.length() : static_cast<std::size_t>(dot);
+  return dot == 0 ? number + name : name.substring(0, end) + "_" + number + name.substring(end);
 }
 
 /// Calls `visit` with each element among the children, in document order.
@@ -137,31 +129,40 @@ void parseLevel(const ZEBIDOM_Element& element, LOGLogger& logger, bool isRoot) 
 
 }  // namespace
 
-LOGDocumentReader::LOGDocumentReader(LOGDOMConfigurator& configurator, const ZEBIDOM_Element& root)
+LOGDocumentReader::LOGDocumentReader(LOGDOMConfigurator& configurator,
+                                     LOGLoggerRepository& repository, const ZEBIDOM_Element& root)
     : m_configurator(configurator),
-      m_repository(*configurator.m_repository),
-      m_store(*configurator.m_store),
-      m_plan(m_store, root,
+      m_repository(repository),
+      m_root(root),
+      m_plan(*configurator.m_store, root,
              [this](const ZEBIDOM_Element& element) { return parseAppender(element); }) {}
 
-void LOGDocumentReader::read(const ZEBIDOM_Element& root) {
+void LOGDocumentReader::read() {
+  const auto parse = [](const char* ofLibrary, const char* other, auto operation) {
+    logContainingFailures({ofLibrary, ofLibrary, other}, operation);
+  };
   // Logger factories first, wherever they stand, because loggers may need them.
-  forEachChildElement(root, [this](const ZEBIDOM_Element& child) {
+  forEachChildElement(m_root, [&](const ZEBIDOM_Element& child) {
     if (child.getTagName() == Tags::CATEGORY_FACTORY_TAG) {
-      logContainingFailures(
-          LOGFailureTexts::same(
-              "LOGDOMConfigurator::parseCategoryFactory -- An unknown exception has occurred"),
-          [&] { parseCategoryFactory(child); });
+      constexpr const char* FAILED =
+          "LOGDOMConfigurator::parseCategoryFactory -- An unknown exception has occurred";
+      parse(FAILED, FAILED, [&] { parseCategoryFactory(child); });
     }
   });
-  forEachChildElement(root, [this](const ZEBIDOM_Element& child) {
+  forEachChildElement(m_root, [&](const ZEBIDOM_Element& child) {
     const I18NString tag = child.getTagName();
     if (tag == Tags::LOGGER || tag == Tags::CATEGORY) {
-      parseLogger(child);
+      parse("LOGDOMConfigurator::parseLogger -- unable to lock mutex",
+            "LOGDOMConfigurator::parseLogger -- An unknown exception has occurred",
+            [&] { parseLogger(child); });
     } else if (tag == Tags::ROOT_TAG) {
-      parseRoot(child);
+      parse("LOGDOMConfigurator::parseRoot -- unable to lock mutex",
+            "LOGDOMConfigurator::parseRoot -- An unknown exception has occurred",
+            [&] { parseChildrenOfLoggerElement(child, m_repository.getRootLogger(), true, {}); });
     } else if (tag == Tags::RENDERER_TAG) {
-      parseRenderer(child);
+      parse("LOGDOMConfigurator::parseRenderer -- unable to lock mutex",
+            "LOGDOMConfigurator::parseRenderer -- An unknown exception has occurred",
+            [&] { parseRenderer(child); });
     }
   });
   m_plan.carryOut(m_repository);
@@ -189,44 +190,23 @@ void LOGDocumentReader::parseCategoryFactory(const ZEBIDOM_Element& element) {
   }
 }
 
-template <typename Operation>
-void LOGDocumentReader::parseUnderLock(const char* lockText, const char* otherText,
-                                       Operation operation) {
-  logContainingFailures({lockText, lockText, otherText}, [&] {
-    const ZEBThreadOuterGuard guard(m_configurator);
-    operation();
-  });
-}
-
 void LOGDocumentReader::parseLogger(const ZEBIDOM_Element& element) {
-  const auto parse = [&] {
-    LOGLogger* const logger = findLogger(element.getAttribute(Tags::LOG4ZEB_NAME_ATTR),
-                                         classOf(element), LOGDOMConfigurator::m_loggerFactory);
-    if (logger == nullptr) {
-      return;
-    }
-    const bool additive =
-        !I18NLocale::equalIgnoreCase(element.getAttribute(Tags::ADDITIVITY_ATTR), "false");
-    LOGLogLog::debug("Setting [" + logger->getName() + "] additivity to [" +
-                     (additive ? "true" : "false") + "]");
-    // Set with the appenders, so that no event meets the old ones with the new additivity.
-    try {
-      parseChildrenOfLoggerElement(element, logger, false, additive ? 1 : 0);
-    } catch (...) {
-      logger->setAdditivity(additive ? 1 : 0);
-      throw;
-    }
-  };
-  parseUnderLock("LOGDOMConfigurator::parseLogger -- unable to lock mutex",
-                 "LOGDOMConfigurator::parseLogger -- An unknown exception has occurred", parse);
-}
-
-void LOGDocumentReader::parseRoot(const ZEBIDOM_Element& element) {
-  parseUnderLock("LOGDOMConfigurator::parseRoot -- unable to lock mutex",
-                 "LOGDOMConfigurator::parseRoot -- An unknown exception has occurred", [&] {
-                   parseChildrenOfLoggerElement(element, m_repository.getRootLogger(), true,
-                                                std::nullopt);
-                 });
+  LOGLogger* const logger = findLogger(element.getAttribute(Tags::LOG4ZEB_NAME_ATTR),
+                                       classOf(element), LOGDOMConfigurator::m_loggerFactory);
+  if (logger == nullptr) {
+    return;
+  }
+  const bool additive =
+      !I18NLocale::equalIgnoreCase(element.getAttribute(Tags::ADDITIVITY_ATTR), "false");
+  LOGLogLog::debug("Setting [" + logger->getName() + "] additivity to [" +
+                   (additive ? "true" : "false") + "]");
+  // Set with the appenders, so that no event meets the old ones with the new additivity.
+  try {
+    parseChildrenOfLoggerElement(element, logger, false, additive ? 1 : 0);
+  } catch (...) {
+    logger->setAdditivity(additive ? 1 : 0);
+    throw;
+  }
 }
 
 void LOGDocumentReader::parseChildrenOfLoggerElement(const ZEBIDOM_Element& element,
@@ -263,15 +243,11 @@ void LOGDocumentReader::parseChildrenOfLoggerElement(const ZEBIDOM_Element& elem
 }
 
 void LOGDocumentReader::parseRenderer(const ZEBIDOM_Element& element) {
-  parseUnderLock("LOGDOMConfigurator::parseRenderer -- unable to lock mutex",
-                 "LOGDOMConfigurator::parseRenderer -- An unknown exception has occurred", [&] {
-                   const I18NString library = element.getAttribute(Tags::RENDERING_CLASS_ATTR);
-                   reportUnlessBaseName(library);
-                   if (auto* const renderers = dynamic_cast<LOGRendererSupport*>(&m_repository)) {
-                     renderers->getRendererMap()->load(
-                         element.getAttribute(Tags::RENDERED_CLASS_ATTR), library);
-                   }
-                 });
+  const I18NString library = element.getAttribute(Tags::RENDERING_CLASS_ATTR);
+  reportUnlessBaseName(library);
+  if (auto* const renderers = dynamic_cast<LOGRendererSupport*>(&m_repository)) {
+    renderers->getRendererMap()->load(element.getAttribute(Tags::RENDERED_CLASS_ATTR), library);
+  }
 }
 
 LOGAppenderSkeleton* LOGDocumentReader::parseAppender(const ZEBIDOM_Element& element) {
@@ -281,7 +257,6 @@ LOGAppenderSkeleton* LOGDocumentReader::parseAppender(const ZEBIDOM_Element& ele
       "LOGDOMConfigurator::parseAppender -- An unknown exception has occured."};
   LOGAppenderSkeleton* appender = nullptr;
   logContainingFailures(TEXTS, [&] {
-    const ZEBThreadOuterGuard guard(m_configurator);
     appender = newAppender(element);
     if (appender != nullptr) {
       forEachChildElement(element, [&](const ZEBIDOM_Element& child) {
@@ -307,7 +282,7 @@ LOGAppenderSkeleton* LOGDocumentReader::newAppender(const ZEBIDOM_Element& eleme
     rolling->setAddProcID(element.getAttribute(Tags::ADDPROCID_ATTR) == "false" ? 0 : 1);
   }
   appender->setName(element.getAttribute(Tags::LOG4ZEB_NAME_ATTR));
-  return m_store.add(std::move(appender));
+  return m_configurator.m_store->add(std::move(appender));
 }
 
 void LOGDocumentReader::parseAppenderChild(const ZEBIDOM_Element& child,
@@ -356,7 +331,7 @@ LOGLayout* LOGDocumentReader::parseLayout(const ZEBIDOM_Element& element) {
       return;
     }
     setParameters(element, *layout);
-    made = m_store.add(std::move(layout));
+    made = m_configurator.m_store->add(std::move(layout));
   });
   return made;
 }
@@ -376,8 +351,8 @@ LOGFilter* LOGDocumentReader::newFilter(const I18NString& className) {
   if (className != dyeTrace) {
     std::unique_ptr<LOGFilter> filter = LOGComponentFactory::newFilter(className);
     // Deliberate: a class that is not known blocks all events of the appender.
-    return m_store.add(filter != nullptr ? std::move(filter)
-                                         : std::make_unique<LOGDenyAllFilter>());
+    return m_configurator.m_store->add(filter != nullptr ? std::move(filter)
+                                                         : std::make_unique<LOGDenyAllFilter>());
   }
   ZEBSharedLibrary& library = LOGDOMConfigurator::m_hDyeTraceFilterInst;
   if (library.isLoaded() == 0) {
@@ -389,7 +364,8 @@ LOGFilter* LOGDocumentReader::newFilter(const I18NString& className) {
   const auto make = makerIn<LOGFilter>(library, "getUVDDyeTraceFilter");
   LOGLogLog::debug("the LOGLogUVDDyeTraceFilter library is loaded, create the filter");
   LOGFilter* const filter = make();
-  return filter == nullptr ? nullptr : m_store.add(std::unique_ptr<LOGFilter>(filter));
+  return filter == nullptr ? nullptr
+                           : m_configurator.m_store->add(std::unique_ptr<LOGFilter>(filter));
 }
 
 void LOGDocumentReader::parseErrorHandler(const ZEBIDOM_Element& element,

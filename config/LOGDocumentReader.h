@@ -9,24 +9,16 @@
 /// One reading of a configuration document: goes through its elements, sets loggers and builds
 /// components. What is wrong with an element is reported, and reading goes on with the next.
 ///
-/// Guarded by the configurator's run lock.
+/// Lives under the configurator's run lock.
 class LOGDocumentReader {
  public:
-  /// Retires at once what an earlier reading has left over. REQUIRES: the configurator has a
-  /// repository.
-  LOGDocumentReader(LOGDOMConfigurator& configurator, const ZEBIDOM_Element& root);
-  LOGDocumentReader(const LOGDocumentReader&) = delete;
-  LOGDocumentReader& operator=(const LOGDocumentReader&) = delete;
-
-  void read(const ZEBIDOM_Element& root);
+  LOGDocumentReader(LOGDOMConfigurator& configurator, LOGLoggerRepository& repository,
+                    const ZEBIDOM_Element& root);
+  void read();
 
  private:
-  /// Reads an element under the configurator's lock.
-  template <typename Operation>
-  void parseUnderLock(const char* lockText, const char* otherText, Operation operation);
   static void parseCategoryFactory(const ZEBIDOM_Element& element);
   void parseLogger(const ZEBIDOM_Element& element);
-  void parseRoot(const ZEBIDOM_Element& element);
   void parseChildrenOfLoggerElement(const ZEBIDOM_Element& element, LOGLogger* logger, bool isRoot,
                                     std::optional<int> additive);
   void parseRenderer(const ZEBIDOM_Element& element);
@@ -43,7 +35,7 @@ class LOGDocumentReader {
 
   LOGDOMConfigurator& m_configurator;
   LOGLoggerRepository& m_repository;
-  LOGComponentStore& m_store;
+  const ZEBIDOM_Element m_root;
   LOGReadingPlan m_plan;
 };
 

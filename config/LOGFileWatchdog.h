@@ -13,9 +13,10 @@
 /// A thread that looks at a file's time of modification again and again, and calls doOnChange()
 /// when it has advanced. The host constructs one, which looks for the first time, and starts it.
 ///
-/// Delay, time last seen and the flag that ends the polling are one set for all watchdogs of the
-/// process, on purpose: a new watchdog resets them for the others too, and a file that cannot be
-/// read ends them all. In the child of a fork nothing is polled until a watchdog is started there.
+/// Deliberate: delay, time last seen and the flag that ends the polling are one set for all
+/// watchdogs of the process. A new watchdog resets them for the others too, and a file that cannot
+/// be read ends them all. In the child of a fork nothing is polled until a watchdog is started
+/// there.
 class LOG4ZEB_EXPORT LOGFileWatchdog : public ZEBThread {
  public:
   static constexpr unsigned int DEFAULT_DELAY = 6000;
@@ -47,7 +48,6 @@ class LOG4ZEB_EXPORT LOGFileWatchdog : public ZEBThread {
   bool hasSeenChange() const { return m_hasSeenChange; }
 
  private:
-  void check();
   bool waitForNextLook();
   void renewInChild();
 
@@ -56,7 +56,6 @@ class LOG4ZEB_EXPORT LOGFileWatchdog : public ZEBThread {
   static std::atomic<int> m_interrupted;
 
   I18NString m_fileName;
-  std::atomic<int> m_warnedAlready{0};
   std::atomic<bool> m_hasSeenChange{false};
   std::mutex m_stopLock;
   std::condition_variable m_stopped;

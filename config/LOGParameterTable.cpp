@@ -30,42 +30,80 @@ struct Row {
   Setter set;
 };
 
+template <typename Component>
+Component& as(LOGObject& object) {
+  return static_cast<Component&>(object);
+}
+
 /// Everything but "false" means yes.
 int unlessFalse(const I18NString& value) {
   return I18NLocale::equalIgnoreCase(value, "false") ? 0 : 1;
 }
 
-// Each calls one setter of a component with the value as what the setter takes.
+template <void (LOGLevelRangeFilter::*SET)(LOGLevel*)>
+void setLevel(LOGObject& object, const I18NString& value, const FileNameResolver&) {
+  (as<LOGLevelRangeFilter>(object).*SET)(LOGLevel::toLevel(value));
+}
 
-template <typename Component, void (Component::*SET)(const I18NString&)>
-void setText(LOGObject& object, const I18NString& value, const FileNameResolver&) {
-  (static_cast<Component&>(object).*SET)(value);
+void setLevelToMatch(LOGObject& object, const I18NString& value, const FileNameResolver&) {
+  as<LOGLevelMatchFilter>(object).setLevelToMatch(value);
+}
+
+void setStringToMatch(LOGObject& object, const I18NString& value, const FileNameResolver&) {
+  as<LOGStringMatchFilter>(object).setStringToMatch(value);
+}
+
+void setAppend(LOGObject& object, const I18NString& value, const FileNameResolver&) {
+  as<LOGFileAppender>(object).setAppend(unlessFalse(value));
+}
+
+void setFile(LOGObject& object, const I18NString& value, const FileNameResolver&) {
+  as<LOGFileAppender>(object).setFile(value);
+}
+
+void setRollingFile(LOGObject& object, const I18NString& value, const FileNameResolver& resolve) {
+  auto& appender = as<LOGRollingFileAppender>(object);
+  appender.setFile(appender.getAddProcID() == 1 ? resolve(value) : value);
+}
+
+void setMaxBackupIndex(LOGObject& object, const I18NString& value, const FileNameResolver&) {
+  as<LOGRollingFileAppender>(object).setMaxBackupIndex(ZEBUtConvert::toInt(value));
+}
+
+void setMaximumFileSize(LOGObject& object, const I18NString& value, const FileNameResolver&) {
+  // A signed number widened to an unsigned one, and no suffix: "10MB" means 10 bytes, on purpose.
+  as<LOGRollingFileAppender>(object).setMaximumFileSize(
+      static_cast<std::uint64_t>(std::int64_t{ZEBUtConvert::toInt(value)}));
+}
+
+void setSyslogHost(LOGObject& object, const I18NString& value, const FileNameResolver&) {
+  as<LOGSyslogAppender>(object).setSyslogHost(value);
+}
+
+void setFacility(LOGObject& object, const I18NString& value, const FileNameResolver&) {
+  as<LOGSyslogAppender>(object).setFacility(value);
+}
+
+void setRemoteHost(LOGObject& object, const I18NString& value, const FileNameResolver&) {
+  as<LOGTCPSocketAppender>(object).setRemoteHost(value);
 }
 
 template <typename Component, void (Component::*SET)(int)>
 void setInt(LOGObject& object, const I18NString& value, const FileNameResolver&) {
-  (static_cast<Component&>(object).*SET)(ZEBUtConvert::toInt(value));
+  (as<Component>(object).*SET)(ZEBUtConvert::toInt(value));
 }
 
-template <typename Component, void (Component::*SET)(int)>
-void setSwitch(LOGObject& object, const I18NString& value, const FileNameResolver&) {
-  (static_cast<Component&>(object).*SET)(unlessFalse(value));
+template <void (LOGTCPSocketAppender::*SET)(int)>
+void setTCPSwitch(LOGObject& object, const I18NString& value, const FileNameResolver&) {
+  (as<LOGTCPSocketAppender>(object).*SET)(unlessFalse(value));
 }
 
-template <void (LOGLevelRangeFilter::*SET)(LOGLevel*)>
-void setLevel(LOGObject& object, const I18NString& value, const FileNameResolver&) {
-  (static_cast<LOGLevelRangeFilter&>(object).*SET)(LOGLevel::toLevel(value));
+void setDateFormat(LOGObject& object, const I18NString& value, const FileNameResolver&) {
+  as<LOGTTCCLayout>(object).setDateFormat(value);
 }
 
-void setRollingFile(LOGObject& object, const I18NString& value, const FileNameResolver& resolve) {
-  auto& appender = static_cast<LOGRollingFileAppender&>(object);
-  appender.setFile(appender.getAddProcID() == 1 ? resolve(value) : value);
-}
-
-void setMaximumFileSize(LOGObject& object, const I18NString& value, const FileNameResolver&) {
-  // Deliberate: a signed number widened to an unsigned one, and no suffix: "10MB" means 10 bytes.
-  static_cast<LOGRollingFileAppender&>(object).setMaximumFileSize(
-      static_cast<std::uint64_t>(std::int64_t{ZEBUtConvert::toInt(value)}));
+void setConversionPattern(LOGObject& object, const I18NString& value, const FileNameResolver&) {
+  as<LOGPatternLayout>(object).setConversionPattern(value);
 }
 
 constexpr Row ROWS[] = {
@@ -73,40 +111,29 @@ constexpr Row ROWS[] = {
      setLevel<&LOGLevelRangeFilter::setLevelMax>},
     {"LOGLevelRangeFilter", "LevelMin", NameCase::Exact,
      setLevel<&LOGLevelRangeFilter::setLevelMin>},
-    {"LOGLevelMatchFilter", "LevelToMatch", NameCase::Exact,
-     setText<LOGLevelMatchFilter, &LOGLevelMatchFilter::setLevelToMatch>},
-    {"LOGStringMatchFilter", "StringToMatch", NameCase::Exact,
-     setText<LOGStringMatchFilter, &LOGStringMatchFilter::setStringToMatch>},
-    {"LOGFileAppender", "Append", NameCase::Exact,
-     setSwitch<LOGFileAppender, &LOGFileAppender::setAppend>},
-    {"LOGFileAppender", "File", NameCase::Exact,
-     setText<LOGFileAppender, &LOGFileAppender::setFile>},
-    {"LOGRollingFileAppender", "Append", NameCase::Exact,
-     setSwitch<LOGFileAppender, &LOGFileAppender::setAppend>},
+    {"LOGLevelMatchFilter", "LevelToMatch", NameCase::Exact, setLevelToMatch},
+    {"LOGStringMatchFilter", "StringToMatch", NameCase::Exact, setStringToMatch},
+    {"LOGFileAppender", "Append", NameCase::Exact, setAppend},
+    {"LOGFileAppender", "File", NameCase::Exact, setFile},
+    {"LOGRollingFileAppender", "Append", NameCase::Exact, setAppend},
     {"LOGRollingFileAppender", "File", NameCase::Exact, setRollingFile},
-    {"LOGRollingFileAppender", "MaxBackupIndex", NameCase::Exact,
-     setInt<LOGRollingFileAppender, &LOGRollingFileAppender::setMaxBackupIndex>},
+    {"LOGRollingFileAppender", "MaxBackupIndex", NameCase::Exact, setMaxBackupIndex},
     {"LOGRollingFileAppender", "MaximumFileSize", NameCase::Exact, setMaximumFileSize},
-    {"LOGSyslogAppender", "Host", NameCase::Exact,
-     setText<LOGSyslogAppender, &LOGSyslogAppender::setSyslogHost>},
-    {"LOGSyslogAppender", "Facility", NameCase::Exact,
-     setText<LOGSyslogAppender, &LOGSyslogAppender::setFacility>},
+    {"LOGSyslogAppender", "Host", NameCase::Exact, setSyslogHost},
+    {"LOGSyslogAppender", "Facility", NameCase::Exact, setFacility},
     {"LOGLocalUDPAppender", "Port", NameCase::Exact,
      setInt<LOGLocalUDPAppender, &LOGLocalUDPAppender::setPort>},
-    {"LOGTCPSocketAppender", "RemoteHost", NameCase::Any,
-     setText<LOGTCPSocketAppender, &LOGTCPSocketAppender::setRemoteHost>},
+    {"LOGTCPSocketAppender", "RemoteHost", NameCase::Any, setRemoteHost},
     {"LOGTCPSocketAppender", "Port", NameCase::Any,
      setInt<LOGTCPSocketAppender, &LOGTCPSocketAppender::setPort>},
     {"LOGTCPSocketAppender", "LocationInfo", NameCase::Any,
-     setSwitch<LOGTCPSocketAppender, &LOGTCPSocketAppender::setLocationInfo>},
+     setTCPSwitch<&LOGTCPSocketAppender::setLocationInfo>},
     {"LOGTCPSocketAppender", "Secure", NameCase::Any,
-     setSwitch<LOGTCPSocketAppender, &LOGTCPSocketAppender::setSecure>},
+     setTCPSwitch<&LOGTCPSocketAppender::setSecure>},
     {"LOGTCPSocketAppender", "ReconnectionDelay", NameCase::Any,
      setInt<LOGTCPSocketAppender, &LOGTCPSocketAppender::setReconnectionDelay>},
-    {"LOGTTCCLayout", "DateFormat", NameCase::Any,
-     setText<LOGDateLayout, &LOGDateLayout::setDateFormat>},
-    {"LOGPatternLayout", "ConversionPattern", NameCase::Any,
-     setText<LOGPatternLayout, &LOGPatternLayout::setConversionPattern>},
+    {"LOGTTCCLayout", "DateFormat", NameCase::Any, setDateFormat},
+    {"LOGPatternLayout", "ConversionPattern", NameCase::Any, setConversionPattern},
 };
 
 bool matches(const Row& row, const I18NString& className, const I18NString& name) {

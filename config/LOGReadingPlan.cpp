@@ -30,27 +30,27 @@ LOGReadingPlan::LOGReadingPlan(LOGComponentStore& store, const ZEBIDOM_Element& 
   }
   for (const LOGComponentStore::Appender& own : m_store.appenders()) {
     if (own.state == State::Built || own.state == State::Retired) {
-      retire(*own.appender, nullptr);
+      retire(*own.object, nullptr);
     }
-    if (own.state != State::Closed && !own.appender->getName().isEmpty()) {
-      m_names[own.appender->getName()].newest = own.appender.get();
+    if (own.state != State::Closed && !own.object->getName().isEmpty()) {
+      m_names[own.object->getName()].newest = own.object.get();
     }
   }
 }
 
 LOGAppenderSkeleton* LOGReadingPlan::findAppenderByName(const I18NString& name) {
   constexpr const char* PREFIX = "LOGDOMConfigurator::findAppenderByName : ";
-  const auto found = m_names.find(name);
+  Name& known = m_names[name];
   if (LOGAppenderSkeleton* const usable = usableAppender(name)) {
     LOGLogLog::debug(PREFIX + ("The appender " + name) +
                      " already exists in appender bag, return it.");
-    found->second.isReferredTo = true;
+    known.isReferredTo = true;
     return usable;
   }
   LOGLogLog::debug(PREFIX + ("The appender " + name) +
                    " doesn't exist in appender bag or is already stale, parse from dom.");
   // One that is being built refers to itself, directly or through others.
-  if (described(name) == nullptr || found->second.isBeingBuilt || m_depth == DEEPEST_REFERENCES) {
+  if (known.element.isNull() || known.isBeingBuilt || m_depth == DEEPEST_REFERENCES) {
     LOGLogLog::error(PREFIX + ("No appender named [" + name) + "] could be found.");
     return nullptr;
   }
@@ -59,25 +59,24 @@ LOGAppenderSkeleton* LOGReadingPlan::findAppenderByName(const I18NString& name) 
                      "]");
     return nullptr;
   }
-  Name& building = found->second;
-  building.isBeingBuilt = true;
+  known.isBeingBuilt = true;
   ++m_depth;
-  LOGAppenderSkeleton* const appender = m_build(building.element);
+  LOGAppenderSkeleton* const appender = m_build(known.element);
   --m_depth;
-  building.isBeingBuilt = false;
+  known.isBeingBuilt = false;
   if (appender == nullptr) {
     return nullptr;
   }
   auto* const async = dynamic_cast<LOGAsyncAppender*>(appender);
-  auto* const predecessor = dynamic_cast<LOGAsyncAppender*>(building.newest);
+  auto* const predecessor = dynamic_cast<LOGAsyncAppender*>(known.newest);
   if (async != nullptr && predecessor != nullptr && isRetired(predecessor)) {
     async->succeed(*predecessor);
   }
   ++m_built;
-  building.isReferredTo = true;
+  known.isReferredTo = true;
   LOGLogLog::debug(PREFIX + ("Put appender " + name) + " into the appender bag.");
   // One without a name is never found again.
-  building.newest = name.isEmpty() ? nullptr : appender;
+  known.newest = name.isEmpty() ? nullptr : appender;
   return appender;
 }
 
@@ -104,107 +103,90 @@ void LOGReadingPlan::keepAppendersThatStayedAt(const LOGLogger& logger) {
 }
 
 void LOGReadingPlan::carryOut(LOGLoggerRepository& repository) {
-  LOGComponentStore::contained([&] {
-    std::set<const LOGAppenderSkeleton*> seen;
-    LOGComponentStore::forEachLogger(repository,
-                                     [&](const LOGLogger& logger) { rebuildFor(logger, seen); });
+  logTakeOutOfUse([&] {
+    logForEachLogger(repository, [this](const LOGLogger& logger) {
+      rebuild(logger.snapshotOfAppenders(), true);
+    });
   });
-  LOGComponentStore::forEachLogger(repository, [this](LOGLogger& logger) {
-    LOGComponentStore::contained([&] { exchangeAt(logger); });
-  });
-  for (const LOGComponentStore::Appender& own : m_store.appenders()) {
-    if (own.isAsync && !isOut(*own.appender)) {
-      LOGComponentStore::contained(
-          [&] { exchangeBehind(static_cast<LOGAsyncAppender&>(*own.appender)); });
-    }
-  }
+  exchange(repository);
   closeRetired();
 }
 
-/// Builds what takes the place of appenders that a logger was given before a logger that was read
-/// later lost them, or that are behind one in use.
-void LOGReadingPlan::rebuildFor(const LOGLogger& logger,
-                                std::set<const LOGAppenderSkeleton*>& seen) {
-  for (LOGAppenderSkeleton* appender : logger.snapshotOfAppenders()) {
+/// Builds what takes the place of those that are out: at a logger, where it was given one that a
+/// logger read later has lost; and behind asynchronous appenders, whatever the document describes.
+void LOGReadingPlan::rebuild(const std::vector<LOGAppenderSkeleton*>& attached, bool isAtLogger) {
+  for (LOGAppenderSkeleton* appender : attached) {
     if (m_store.find(appender) == nullptr) {
       continue;
     }
     const I18NString& name = appender->getName();
-    const Name* const known = described(name);
+    const Name& known = m_names[name];
     // One without a name is never found again, so it is not built for this.
-    if (isOut(*appender) && !name.isEmpty() && known != nullptr && known->isReferredTo) {
-      LOGAppenderSkeleton* const live = usableAppender(name);
+    if (isOut(*appender) && !name.isEmpty() && !known.element.isNull() &&
+        (!isAtLogger || known.isReferredTo)) {
+      LOGAppenderSkeleton* const live = isAtLogger ? usableAppender(name) : nullptr;
       appender = live != nullptr ? live : findAppenderByName(name);
     }
-    if (appender != nullptr) {
-      rebuildBehind(*appender, seen);
+    auto* const async = dynamic_cast<LOGAsyncAppender*>(appender);
+    if (async != nullptr && !isOut(*async) && m_rebuilt.insert(async).second) {
+      rebuild(async->getAAI()->snapshot(), false);
     }
   }
 }
 
-void LOGReadingPlan::rebuildBehind(LOGAppenderSkeleton& holder,
-                                   std::set<const LOGAppenderSkeleton*>& seen) {
-  auto* const async = dynamic_cast<LOGAsyncAppender*>(&holder);
-  if (async == nullptr || isOut(*async) || !seen.insert(async).second) {
-    return;
-  }
-  for (LOGAppenderSkeleton* attached : async->getAAI()->snapshot()) {
-    if (m_store.find(attached) == nullptr) {
+void LOGReadingPlan::exchange(LOGLoggerRepository& repository) const {
+  logForEachLogger(repository, [this](LOGLogger& logger) {
+    logTakeOutOfUse([&] {
+      // Removal and addition under one lock, so that no event finds neither of them.
+      const ZEBThreadGuard guard(logger.getCriticalSection());
+      for (LOGAppenderSkeleton* const attached : logger.snapshotOfAppenders()) {
+        if (LOGAppenderSkeleton* const live = replacementFor(*attached)) {
+          logger.removeAppender(attached);
+          logger.addAppender(live);
+        }
+      }
+    });
+  });
+  for (const LOGComponentStore::Appender& own : m_store.appenders()) {
+    auto* const async = dynamic_cast<LOGAsyncAppender*>(own.object.get());
+    if (async == nullptr || isOut(*async)) {
       continue;
     }
-    if (isOut(*attached) && described(attached->getName()) != nullptr) {
-      attached = findAppenderByName(attached->getName());
-    }
-    if (attached != nullptr) {
-      rebuildBehind(*attached, seen);
-    }
+    logTakeOutOfUse([&] {
+      LOGAppenderAttachableImpl& list = *async->getAAI();
+      const ZEBThreadGuard guard(list.getCriticalSection());
+      for (LOGAppenderSkeleton* const attached : list.snapshot()) {
+        LOGAppenderSkeleton* const live = replacementFor(*attached);
+        // An order that the document has turned round must not have events go round for ever.
+        if (live != nullptr && !LOGAsyncAppender::reaches(*live, *async)) {
+          list.replaceAppender(*attached, *live);
+        }
+      }
+    });
   }
 }
 
-void LOGReadingPlan::exchangeAt(LOGLogger& logger) const {
-  // Removal and addition under one lock, so that no event finds neither of them.
-  const ZEBThreadGuard guard(logger.getCriticalSection());
-  for (LOGAppenderSkeleton* const attached : logger.snapshotOfAppenders()) {
-    if (LOGAppenderSkeleton* const live = replacementFor(*attached)) {
-      logger.removeAppender(attached);
-      logger.addAppender(live);
-    }
-  }
-}
-
-void LOGReadingPlan::exchangeBehind(LOGAsyncAppender& async) const {
-  LOGAppenderAttachableImpl& list = *async.getAAI();
-  const ZEBThreadGuard guard(list.getCriticalSection());
-  for (LOGAppenderSkeleton* const attached : list.snapshot()) {
-    LOGAppenderSkeleton* const live = replacementFor(*attached);
-    // An order that the document has turned round must not have events go round for ever.
-    if (live != nullptr && !LOGAsyncAppender::reaches(*live, async)) {
-      list.replaceAppender(*attached, *live);
-    }
-  }
+LOGAppenderSkeleton* LOGReadingPlan::replacementFor(const LOGAppenderSkeleton& attached) const {
+  return isOut(attached) ? usableAppender(attached.getName()) : nullptr;
 }
 
 void LOGReadingPlan::closeRetired() {
-  LOGComponentStore::contained([this] { m_queues.flush(LOGAsyncAppender::LONGEST_FINAL_FLUSH); });
+  logTakeOutOfUse([this] { m_queues.flush(LOGAsyncAppender::LONGEST_FINAL_FLUSH); });
   // Asynchronous ones are closed before those that they pass events on to.
   for (const bool isAsync : {true, false}) {
     for (const Retired& retired : m_retired) {
-      if (retired.isAsync == isAsync) {
-        LOGComponentStore::contained([&] {
-          if (retired.claim == nullptr) {
-            LOGComponentStore::close(*m_store.find(retired.appender));
-          } else {
-            retired.claim->use([](LOGAppenderSkeleton& appender) { appender.close(); });
-          }
-        });
+      if (retired.isAsync != isAsync) {
+        continue;
       }
+      logTakeOutOfUse([&] {
+        if (retired.claim == nullptr) {
+          LOGComponentStore::close(*m_store.find(retired.appender));
+        } else {
+          retired.claim->use([](LOGAppenderSkeleton& appender) { appender.close(); });
+        }
+      });
     }
   }
-}
-
-const LOGReadingPlan::Name* LOGReadingPlan::described(const I18NString& name) const {
-  const auto found = m_names.find(name);
-  return found == m_names.end() || found->second.element.isNull() ? nullptr : &found->second;
 }
 
 LOGAppenderSkeleton* LOGReadingPlan::usableAppender(const I18NString& name) const {
@@ -231,8 +213,4 @@ bool LOGReadingPlan::isRetired(const LOGAppenderSkeleton* appender) const {
 /// Whether it gets no further events: this reading has retired it, or an earlier one closed it.
 bool LOGReadingPlan::isOut(const LOGAppenderSkeleton& appender) const {
   return appender.isStale() != 0 || isRetired(&appender);
-}
-
-LOGAppenderSkeleton* LOGReadingPlan::replacementFor(const LOGAppenderSkeleton& attached) const {
-  return isOut(attached) ? usableAppender(attached.getName()) : nullptr;
 }

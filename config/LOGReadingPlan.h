@@ -40,8 +40,8 @@ class LOGReadingPlan {
  private:
   struct Name {
     ZEBIDOM_Element element;                // the first of that name in the document, or null
-    LOGAppenderSkeleton* newest = nullptr;  // of the document's appenders that are not closed
-    bool isReferredTo = false;              // by a reference that was followed, and described
+    LOGAppenderSkeleton* newest = nullptr;  // of the store's appenders that are not closed
+    bool isReferredTo = false;              // by a reference that was followed
     bool isBeingBuilt = false;
   };
   struct Retired {
@@ -50,16 +50,13 @@ class LOGReadingPlan {
     bool isAsync;
   };
 
-  const Name* described(const I18NString& name) const;
   LOGAppenderSkeleton* usableAppender(const I18NString& name) const;
   void retire(LOGAppenderSkeleton& appender, std::unique_ptr<LOGAppenderClaim> claim);
   bool isRetired(const LOGAppenderSkeleton* appender) const;
   bool isOut(const LOGAppenderSkeleton& appender) const;
+  void rebuild(const std::vector<LOGAppenderSkeleton*>& attached, bool isAtLogger);
+  void exchange(LOGLoggerRepository& repository) const;
   LOGAppenderSkeleton* replacementFor(const LOGAppenderSkeleton& attached) const;
-  void rebuildFor(const LOGLogger& logger, std::set<const LOGAppenderSkeleton*>& seen);
-  void rebuildBehind(LOGAppenderSkeleton& holder, std::set<const LOGAppenderSkeleton*>& seen);
-  void exchangeAt(LOGLogger& logger) const;
-  void exchangeBehind(LOGAsyncAppender& async) const;
   void closeRetired();
 
   LOGComponentStore& m_store;
@@ -67,6 +64,7 @@ class LOGReadingPlan {
   std::map<I18NString, Name> m_names;
   std::size_t m_built = 0;
   std::size_t m_depth = 0;  // of the references that are being followed
+  std::set<const LOGAsyncAppender*> m_rebuilt;
   std::vector<Retired> m_retired;
   LOGAsyncAppender::Queues m_queues;  // of what has retired
 };
