@@ -14,6 +14,8 @@ class LOGDocumentReader {
  public:
   LOGDocumentReader(LOGDOMConfigurator& configurator, LOGLoggerRepository& repository,
                     const ZEBIDOM_Element& root);
+  LOGDocumentReader(const LOGDocumentReader&) = delete;
+  LOGDocumentReader& operator=(const LOGDocumentReader&) = delete;
   void read();
 
  private:
