@@ -1,29 +1,16 @@
 #ifndef CONFIG_LOGDOMCONFIGURATOR_H
 #define CONFIG_LOGDOMCONFIGURATOR_H
 
-#include <cstddef>
 #include <functional>
-#include <map>
 #include <memory>
-#include <optional>
-#include <set>
-#include <vector>
 
-#include "appenders/LOGAsyncAppender.h"
 #include "config/LOGConfigurator.h"
-#include "core/LOGHashtable.h"
 #include "platform/I18NString.h"
 #include "platform/ZEBIDOM_Element.h"
 #include "platform/ZEBThreadLockableResource.h"
 
-class LOGAppenderClaim;
-class LOGAppenderSkeleton;
-class LOGErrorHandler;
-class LOGFilter;
-class LOGLayout;
-class LOGLogger;
+class LOGComponentStore;
 class LOGLoggerFactory;
-class LOGObject;
 class ZEBSharedLibrary;
 
 /// Reads a configuration document and builds what it describes into a repository: appenders with
@@ -104,6 +91,8 @@ class LOG4ZEB_EXPORT LOGDOMConfigurator : public LOGConfigurator, public ZEBThre
   static void configureAndWatch(const I18NString& fileName, unsigned int delay);
 
  private:
+  friend class LOGDocumentReader;
+
   LOGDOMConfigurator();
   LOGDOMConfigurator(const LOGDOMConfigurator&) = delete;
   LOGDOMConfigurator& operator=(const LOGDOMConfigurator&) = delete;
@@ -113,106 +102,16 @@ class LOG4ZEB_EXPORT LOGDOMConfigurator : public LOGConfigurator, public ZEBThre
   /// within a run.
   template <typename Operation>
   static int run(Operation operation);
-  bool parseFile(const I18NString& fileName);
-  bool parse(const ZEBIDOM_Element& root);
-  bool hasConfigurationTag(const ZEBIDOM_Element& root) const;
-  void applyRootAttributes(const ZEBIDOM_Element& root);
-  void parseCategoryFactory(const ZEBIDOM_Element& element);
-  void parseLogger(const ZEBIDOM_Element& element);
-  LOGLogger* findLogger(const I18NString& name, const I18NString& className);
-  void parseRoot(const ZEBIDOM_Element& element);
-  void parseChildrenOfLoggerElement(const ZEBIDOM_Element& element, LOGLogger* logger, bool isRoot,
-                                    std::optional<int> additive);
-  LOGAppenderSkeleton* referencedAppender(const ZEBIDOM_Element& reference,
-                                          const LOGLogger& logger);
-  void parseLevel(const ZEBIDOM_Element& element, LOGLogger& logger, bool isRoot);
-  void parseRenderer(const ZEBIDOM_Element& element);
-
-  LOGAppenderSkeleton* findAppenderByReference(const ZEBIDOM_Element& reference);
-  LOGAppenderSkeleton* findAppenderByName(const I18NString& name);
-  LOGAppenderSkeleton* parseAppender(const ZEBIDOM_Element& element);
-  LOGAppenderSkeleton* newAppender(const ZEBIDOM_Element& element);
-  void parseAppenderChild(const ZEBIDOM_Element& child, LOGAppenderSkeleton& appender);
-  void requestAttachment(const ZEBIDOM_Element& reference, LOGAppenderSkeleton& appender);
-  LOGLayout* parseLayout(const ZEBIDOM_Element& element);
-  void parseFilters(const ZEBIDOM_Element& element, LOGAppenderSkeleton* appender);
-  LOGFilter* newFilter(const I18NString& className);
-  LOGFilter* newDyeTraceFilter();
-  void parseErrorHandler(const ZEBIDOM_Element& element, LOGAppenderSkeleton* appender);
-  void parseErrorHandlerChild(const ZEBIDOM_Element& child, LOGErrorHandler& handler);
-
-  void setParameters(const ZEBIDOM_Element& parent, LOGObject& object);
-  void setParameter(const ZEBIDOM_Element& element, LOGObject* object);
-  I18NString classOf(const ZEBIDOM_Element& element) const;
-  static I18NString subst(const I18NString& text);
-  I18NString resolveFileName(const I18NString& name) const;
-  static I18NString addProcIDToFileName(const I18NString& name, int processId);
-
-  void use(LOGLoggerRepository* repository);
   static void forgetRepository(LOGLoggerRepository* repository);
-  static std::vector<LOGLogger*> allLoggersOf(LOGLoggerRepository* repository);
-  void beginRun(const ZEBIDOM_Element& root);
-  void endRun();
-  void retireAppendersOf(const LOGLogger& logger);
-  /// Appenders of the program that the logger's class has not let go stay as they are.
-  void keepAppendersThatStayedAt(const LOGLogger& logger);
-  /// Lets a new asynchronous appender know the retired one whose place it takes.
-  void succeedRetired(LOGAppenderSkeleton& appender) const;
-  bool isRetired(const LOGAppenderSkeleton& appender) const;
-  LOGAppenderSkeleton* usableAppender(const I18NString& name) const;
-  /// Without those of the program, which may be gone as soon as they are removed.
-  std::vector<LOGAppenderSkeleton*> ownAmong(std::vector<LOGAppenderSkeleton*> attached) const;
-  /// What takes the place of an appender that a logger has: another one where the logger was given
-  /// it before a logger that is read later lost it. Null when it cannot be built.
-  LOGAppenderSkeleton* rebuilt(LOGAppenderSkeleton& appender);
-  /// Builds what the document has for appenders that are behind one in use and cannot stay there,
-  /// because loggers had them too.
-  void rebuildBehind(LOGAppenderSkeleton& holder, std::set<const LOGAppenderSkeleton*>& seen);
-  /// What takes the place of one attached to a logger, or to `async`: null where it stays.
-  LOGAppenderSkeleton* replacementFor(const LOGAppenderSkeleton& attached,
-                                      const LOGAsyncAppender* async) const;
-  static void closeOwn(LOGAppenderSkeleton& appender);
-  void closeRetiredAppenders();
-  void detachFromLoggers(LOGAppenderSkeleton* appender) const;
-  template <typename Operation>
-  void forEachAppender(Operation operation) const;
 
   static LOGDOMConfigurator* m_domConfig;    // guarded by the run lock, like all below
   static LOGLoggerFactory* m_loggerFactory;  // belongs to its library
   static ZEBSharedLibrary& m_hFactInst;      // never unloaded, nor is the next
   static ZEBSharedLibrary& m_hDyeTraceFilterInst;
 
-  /// An appender taken from a logger that this run has read again.
-  struct Retired {
-    LOGAppenderSkeleton* appender;
-    std::unique_ptr<LOGAppenderClaim> claim;  // of the program's; null for the configurator's
-  };
-
-  std::unique_ptr<LOGHashtable> m_appenderBag;  // newest appender of each name; owns none
-  LOGHashtable m_objectTable;  // layouts, filters and error handlers by class; owns none
-  LOGLoggerRepository* m_repository = nullptr;
-  std::set<LOGLoggerRepository*> m_repositories;  // that documents were applied to
+  const std::unique_ptr<LOGComponentStore> m_store;
   int m_procIdFlag = 0;
   int m_procId = 0;
-  // What this run has made, or the last one when it lacked memory: they may be half read, and the
-  // next run makes them anew.
-  std::vector<LOGAppenderSkeleton*> m_doubtful;
-
-  struct Described {
-    ZEBIDOM_Element element;
-    bool isInUse;  // a reference to it has been followed
-  };
-  std::map<I18NString, Described> m_appenderElements;  // the first of each name
-  std::size_t m_appendersOfRun = 0;
-  std::vector<I18NString> m_appendersUnderConstruction;
-  std::vector<Retired> m_retired;
-  LOGAsyncAppender::Queues m_retiredQueues;
-  // What the configurator frees, in the opposite order.
-  std::vector<std::unique_ptr<LOGFilter>> m_filters;
-  std::vector<std::unique_ptr<LOGLayout>> m_layouts;
-  std::vector<std::unique_ptr<LOGAppenderSkeleton>> m_appenders;
-  std::vector<std::unique_ptr<LOGAppenderSkeleton>> m_staleAppenders;  // a program may know them
-  std::set<const LOGAppenderSkeleton*> m_own;                          // all of these
 };
 
 #endif

@@ -35,23 +35,17 @@ void LOGFileWatchdog::checkAndConfigure() {
       "LOGFileWatchdog::checkAndConfigure -- some i18nstring exception occurred",
       "LOGFileWatchdog::checkAndConfigure -- some ZEBThrowable exception occurred",
       "LOGFileWatchdog::checkAndConfigure -- some generic error occurred"};
-  logContainingFailures(TEXTS, [this] { check(); });
-}
-
-void LOGFileWatchdog::check() {
-  const std::int64_t modified = ZEBFmDir::modificationTime(m_fileName);
-  if (modified == ZEBFmDir::NO_TIME) {
-    m_interrupted = 1;
-    LOGLogLog::warn("Was not allowed to read check file existance, file:[" + m_fileName + "].");
-    return;
-  }
-  if (modified <= m_lastModified) {
-    return;
-  }
-  m_lastModified = modified;
-  m_hasSeenChange = true;
-  doOnChange();
-  m_warnedAlready = 0;
+  logContainingFailures(TEXTS, [this] {
+    const std::int64_t modified = ZEBFmDir::modificationTime(m_fileName);
+    if (modified == ZEBFmDir::NO_TIME) {
+      m_interrupted = 1;
+      LOGLogLog::warn("Was not allowed to read check file existance, file:[" + m_fileName + "].");
+    } else if (modified > m_lastModified) {
+      m_lastModified = modified;
+      m_hasSeenChange = true;
+      doOnChange();
+    }
+  });
 }
 
 void LOGFileWatchdog::start() {

@@ -48,7 +48,6 @@ class LOG4ZEB_EXPORT LOGFileWatchdog : public ZEBThread {
   bool hasSeenChange() const { return m_hasSeenChange; }
 
  private:
-  void check();
   bool waitForNextLook();
   void renewInChild();
 
@@ -57,7 +56,6 @@ class LOG4ZEB_EXPORT LOGFileWatchdog : public ZEBThread {
   static std::atomic<int> m_interrupted;
 
   I18NString m_fileName;
-  std::atomic<int> m_warnedAlready{0};
   std::atomic<bool> m_hasSeenChange{false};
   std::mutex m_stopLock;
   std::condition_variable m_stopped;

@@ -8,10 +8,10 @@
 #include <thread>
 #include <vector>
 
+#include "core/LOGDefaultRepositorySelector.h"
 #include "core/LOGHierarchy.h"
 #include "core/LOGLogger.h"
 #include "core/LOGManager.h"
-#include "core/LOGRepositorySelector.h"
 #include "core/LOGRootLogger.h"
 #include "log4zeb.h"
 #include "platform/ZEBAssertError.h"
@@ -495,14 +495,7 @@ TEST(Manager, AsksTheSelectorOnEveryCall) {
   LOGRootLogger root(nullptr);
   LOGHierarchy other(&root);
   LOGDefaultLoggerFactory factory;
-  class Selector : public LOGRepositorySelector {
-   public:
-    explicit Selector(LOGLoggerRepository* repository) : m_repository(repository) {}
-    LOGLoggerRepository* getLoggerRepository() override { return m_repository; }
-
-   private:
-    LOGLoggerRepository* m_repository;
-  } selector(&other);
+  LOGDefaultRepositorySelector selector(&other);
   LOGObject guard;
   EXPECT_THROW(LOGManager::setRepositorySelector(&selector, nullptr), ZEBAssertError);
   LOGManager::setRepositorySelector(&selector, &guard);
