@@ -18,6 +18,7 @@
 
 namespace {
 
+using Kind = LOGParameterTable::Kind;
 using FileNameResolver = LOGParameterTable::FileNameResolver;
 using Setter = void (*)(LOGObject& object, const I18NString& value, const FileNameResolver&);
 
@@ -27,6 +28,7 @@ struct Row {
   const char* className;
   const char* name;
   NameCase nameCase;
+  Kind kind;
   Setter set;
 };
 
@@ -40,52 +42,10 @@ int unlessFalse(const I18NString& value) {
   return I18NLocale::equalIgnoreCase(value, "false") ? 0 : 1;
 }
 
-template <void (LOGLevelRangeFilter::*SET)(LOGLevel*)>
-void setLevel(LOGObject& object, const I18NString& value, const FileNameResolver&) {
-  (as<LOGLevelRangeFilter>(object).*SET)(LOGLevel::toLevel(value));
-}
-
-void setLevelToMatch(LOGObject& object, const I18NString& value, const FileNameResolver&) {
-  as<LOGLevelMatchFilter>(object).setLevelToMatch(value);
-}
-
-void setStringToMatch(LOGObject& object, const I18NString& value, const FileNameResolver&) {
-  as<LOGStringMatchFilter>(object).setStringToMatch(value);
-}
-
-void setAppend(LOGObject& object, const I18NString& value, const FileNameResolver&) {
-  as<LOGFileAppender>(object).setAppend(unlessFalse(value));
-}
-
-void setFile(LOGObject& object, const I18NString& value, const FileNameResolver&) {
-  as<LOGFileAppender>(object).setFile(value);
-}
-
-void setRollingFile(LOGObject& object, const I18NString& value, const FileNameResolver& resolve) {
-  auto& appender = as<LOGRollingFileAppender>(object);
-  appender.setFile(appender.getAddProcID() == 1 ? resolve(value) : value);
-}
-
-void setMaxBackupIndex(LOGObject& object, const I18NString& value, const FileNameResolver&) {
-  as<LOGRollingFileAppender>(object).setMaxBackupIndex(ZEBUtConvert::toInt(value));
-}
-
-void setMaximumFileSize(LOGObject& object, const I18NString& value, const FileNameResolver&) {
-  // A signed number widened to an unsigned one, and no suffix: "10MB" means 10 bytes, on purpose.
-  as<LOGRollingFileAppender>(object).setMaximumFileSize(
-      static_cast<std::uint64_t>(std::int64_t{ZEBUtConvert::toInt(value)}));
-}
-
-void setSyslogHost(LOGObject& object, const I18NString& value, const FileNameResolver&) {
-  as<LOGSyslogAppender>(object).setSyslogHost(value);
-}
-
-void setFacility(LOGObject& object, const I18NString& value, const FileNameResolver&) {
-  as<LOGSyslogAppender>(object).setFacility(value);
-}
-
-void setRemoteHost(LOGObject& object, const I18NString& value, const FileNameResolver&) {
-  as<LOGTCPSocketAppender>(object).setRemoteHost(value);
+// Setters of classes as setters of params.
+template <typename Component, void (Component::*SET)(const I18NString&)>
+void setText(LOGObject& object, const I18NString& value, const FileNameResolver&) {
+  (as<Component>(object).*SET)(value);
 }
 
 template <typename Component, void (Component::*SET)(int)>
@@ -93,47 +53,66 @@ void setInt(LOGObject& object, const I18NString& value, const FileNameResolver&)
   (as<Component>(object).*SET)(ZEBUtConvert::toInt(value));
 }
 
-template <void (LOGTCPSocketAppender::*SET)(int)>
-void setTCPSwitch(LOGObject& object, const I18NString& value, const FileNameResolver&) {
-  (as<LOGTCPSocketAppender>(object).*SET)(unlessFalse(value));
+template <typename Component, void (Component::*SET)(int)>
+void setSwitch(LOGObject& object, const I18NString& value, const FileNameResolver&) {
+  (as<Component>(object).*SET)(unlessFalse(value));
 }
 
-void setDateFormat(LOGObject& object, const I18NString& value, const FileNameResolver&) {
-  as<LOGTTCCLayout>(object).setDateFormat(value);
+template <void (LOGLevelRangeFilter::*SET)(LOGLevel*)>
+void setLevel(LOGObject& object, const I18NString& value, const FileNameResolver&) {
+  (as<LOGLevelRangeFilter>(object).*SET)(LOGLevel::toLevel(value));
 }
 
-void setConversionPattern(LOGObject& object, const I18NString& value, const FileNameResolver&) {
-  as<LOGPatternLayout>(object).setConversionPattern(value);
+void setRollingFile(LOGObject& object, const I18NString& value, const FileNameResolver& resolve) {
+  auto& appender = as<LOGRollingFileAppender>(object);
+  appender.setFile(appender.getAddProcID() == 1 ? resolve(value) : value);
+}
+
+void setMaximumFileSize(LOGObject& object, const I18NString& value, const FileNameResolver&) {
+  // Deliberate: no suffix is known, so that "10MB" means 10 bytes, and a negative number is huge.
+  as<LOGRollingFileAppender>(object).setMaximumFileSize(
+      static_cast<std::uint64_t>(std::int64_t{ZEBUtConvert::toInt(value)}));
 }
 
 constexpr Row ROWS[] = {
-    {"LOGLevelRangeFilter", "LevelMax", NameCase::Exact,
+    {"LOGLevelRangeFilter", "LevelMax", NameCase::Exact, Kind::Level,
      setLevel<&LOGLevelRangeFilter::setLevelMax>},
-    {"LOGLevelRangeFilter", "LevelMin", NameCase::Exact,
+    {"LOGLevelRangeFilter", "LevelMin", NameCase::Exact, Kind::Level,
      setLevel<&LOGLevelRangeFilter::setLevelMin>},
-    {"LOGLevelMatchFilter", "LevelToMatch", NameCase::Exact, setLevelToMatch},
-    {"LOGStringMatchFilter", "StringToMatch", NameCase::Exact, setStringToMatch},
-    {"LOGFileAppender", "Append", NameCase::Exact, setAppend},
-    {"LOGFileAppender", "File", NameCase::Exact, setFile},
-    {"LOGRollingFileAppender", "Append", NameCase::Exact, setAppend},
-    {"LOGRollingFileAppender", "File", NameCase::Exact, setRollingFile},
-    {"LOGRollingFileAppender", "MaxBackupIndex", NameCase::Exact, setMaxBackupIndex},
-    {"LOGRollingFileAppender", "MaximumFileSize", NameCase::Exact, setMaximumFileSize},
-    {"LOGSyslogAppender", "Host", NameCase::Exact, setSyslogHost},
-    {"LOGSyslogAppender", "Facility", NameCase::Exact, setFacility},
-    {"LOGLocalUDPAppender", "Port", NameCase::Exact,
+    {"LOGLevelMatchFilter", "LevelToMatch", NameCase::Exact, Kind::LevelOrNone,
+     setText<LOGLevelMatchFilter, &LOGLevelMatchFilter::setLevelToMatch>},
+    {"LOGStringMatchFilter", "StringToMatch", NameCase::Exact, Kind::Text,
+     setText<LOGStringMatchFilter, &LOGStringMatchFilter::setStringToMatch>},
+    {"LOGFileAppender", "Append", NameCase::Exact, Kind::Switch,
+     setSwitch<LOGFileAppender, &LOGFileAppender::setAppend>},
+    {"LOGFileAppender", "File", NameCase::Exact, Kind::Text,
+     setText<LOGFileAppender, &LOGFileAppender::setFile>},
+    {"LOGRollingFileAppender", "Append", NameCase::Exact, Kind::Switch,
+     setSwitch<LOGFileAppender, &LOGFileAppender::setAppend>},
+    {"LOGRollingFileAppender", "File", NameCase::Exact, Kind::Text, setRollingFile},
+    {"LOGRollingFileAppender", "MaxBackupIndex", NameCase::Exact, Kind::Backups,
+     setInt<LOGRollingFileAppender, &LOGRollingFileAppender::setMaxBackupIndex>},
+    {"LOGRollingFileAppender", "MaximumFileSize", NameCase::Exact, Kind::Bytes, setMaximumFileSize},
+    {"LOGSyslogAppender", "Host", NameCase::Exact, Kind::Host,
+     setText<LOGSyslogAppender, &LOGSyslogAppender::setSyslogHost>},
+    {"LOGSyslogAppender", "Facility", NameCase::Exact, Kind::Facility,
+     setText<LOGSyslogAppender, &LOGSyslogAppender::setFacility>},
+    {"LOGLocalUDPAppender", "Port", NameCase::Exact, Kind::Port,
      setInt<LOGLocalUDPAppender, &LOGLocalUDPAppender::setPort>},
-    {"LOGTCPSocketAppender", "RemoteHost", NameCase::Any, setRemoteHost},
-    {"LOGTCPSocketAppender", "Port", NameCase::Any,
+    {"LOGTCPSocketAppender", "RemoteHost", NameCase::Any, Kind::Text,
+     setText<LOGTCPSocketAppender, &LOGTCPSocketAppender::setRemoteHost>},
+    {"LOGTCPSocketAppender", "Port", NameCase::Any, Kind::Port,
      setInt<LOGTCPSocketAppender, &LOGTCPSocketAppender::setPort>},
-    {"LOGTCPSocketAppender", "LocationInfo", NameCase::Any,
-     setTCPSwitch<&LOGTCPSocketAppender::setLocationInfo>},
-    {"LOGTCPSocketAppender", "Secure", NameCase::Any,
-     setTCPSwitch<&LOGTCPSocketAppender::setSecure>},
-    {"LOGTCPSocketAppender", "ReconnectionDelay", NameCase::Any,
+    {"LOGTCPSocketAppender", "LocationInfo", NameCase::Any, Kind::Switch,
+     setSwitch<LOGTCPSocketAppender, &LOGTCPSocketAppender::setLocationInfo>},
+    {"LOGTCPSocketAppender", "Secure", NameCase::Any, Kind::Switch,
+     setSwitch<LOGTCPSocketAppender, &LOGTCPSocketAppender::setSecure>},
+    {"LOGTCPSocketAppender", "ReconnectionDelay", NameCase::Any, Kind::Number,
      setInt<LOGTCPSocketAppender, &LOGTCPSocketAppender::setReconnectionDelay>},
-    {"LOGTTCCLayout", "DateFormat", NameCase::Any, setDateFormat},
-    {"LOGPatternLayout", "ConversionPattern", NameCase::Any, setConversionPattern},
+    {"LOGTTCCLayout", "DateFormat", NameCase::Any, Kind::DateFormat,
+     setText<LOGDateLayout, &LOGDateLayout::setDateFormat>},
+    {"LOGPatternLayout", "ConversionPattern", NameCase::Any, Kind::Pattern,
+     setText<LOGPatternLayout, &LOGPatternLayout::setConversionPattern>},
 };
 
 bool matches(const Row& row, const I18NString& className, const I18NString& name) {
@@ -161,7 +140,7 @@ std::vector<LOGParameterTable::Param> LOGParameterTable::paramsOf(const std::str
   std::vector<Param> params;
   for (const Row& row : ROWS) {
     if (className == row.className) {
-      params.push_back({row.name, row.nameCase == NameCase::Any});
+      params.push_back({row.name, row.nameCase == NameCase::Any, row.kind});
     }
   }
   return params;

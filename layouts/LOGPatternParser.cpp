@@ -1,8 +1,5 @@
 #include "layouts/LOGPatternParser.h"
 
-#include <atomic>
-#include <limits>
-
 #include "core/LOGLogLog.h"
 #include "layouts/LOGBasicPatternConverter.h"
 #include "layouts/LOGClassNamePatternConverter.h"
@@ -27,18 +24,6 @@ constexpr const char* SOURCE = "LOGPatternParser";
 /// Parses write the class-wide formatting fields, so only one runs at a time.
 ZEBThreadCriticalSection g_parseLock;
 
-bool isDigit(const I18NString& ch) {
-  return !(ch < LOGPatternParser::LITERAL_0) && !(LOGPatternParser::LITERAL_9 < ch);
-}
-
-/// The width with one more digit; it stops at the largest int.
-void appendDigit(std::atomic<int>& width, const I18NString& digit) {
-  constexpr int LARGEST = std::numeric_limits<int>::max();
-  const int value = ZEBUtConvert::toInt(digit);
-  const int before = width;
-  width = before > (LARGEST - value) / 10 ? LARGEST : before * 10 + value;
-}
-
 std::unique_ptr<LOGDateFormat> dateFormatFor(const I18NString& option) {
   if (option == LOGAbsoluteTimeDateFormat::ISO8601_DATE_FORMAT) {
     return std::make_unique<LOGISODateFormat>();
@@ -58,79 +43,39 @@ const I18NString LOGPatternParser::LITERAL_0 = "0";
 const I18NString LOGPatternParser::LITERAL_9 = "9";
 
 LOGPatternParser::LOGPatternParser(const I18NString& pattern)
-    : m_patternLength(static_cast<int>(pattern.length())),
+    : m_scanner(pattern),
       m_formattingInfo(
-          zebTranslate(SOURCE, __LINE__, [] { return std::make_unique<LOGFormattingInfo>(); })),
-      m_pattern(pattern.toUtf16()),
-      m_lastBrace(m_pattern.rfind(u'}')) {}
+          zebTranslate(SOURCE, __LINE__, [] { return std::make_unique<LOGFormattingInfo>(); })) {}
 
 LOGPatternParser::~LOGPatternParser() = default;
 
 LOGPatternConverter* LOGPatternParser::parse() {
   const ZEBThreadGuard guard(g_parseLock);
   return zebTranslate(SOURCE, __LINE__, [this] {
-    while (m_i < m_patternLength) {
-      const I18NString ch(&m_pattern[static_cast<std::size_t>(m_i)], 1);
-      ++m_i;
-      if (m_state == LITERAL_STATE) {
-        parseLiteral(ch);
-      } else {
-        m_currentLiteral.append(ch);
-        parseSpecifier(ch);
+    using Piece = LOGPatternScanner::Piece;
+    for (Piece piece = m_scanner.next(); piece != Piece::End; piece = m_scanner.next()) {
+      if (piece == Piece::Text) {
+        m_currentLiteral.append(m_scanner.text());
+        continue;
+      }
+      flushLiteral();
+      m_currentLiteral = m_scanner.text();
+      LOGFormattingInfo::m_min = m_scanner.minimum();
+      LOGFormattingInfo::m_max = m_scanner.maximum();
+      LOGFormattingInfo::m_leftAlign = m_scanner.isLeftAligned() ? 1 : 0;
+      // Deliberate: what is cut off stays text, and nothing is reported.
+      if (piece == Piece::Specifier) {
+        finalizeConverter(m_currentLiteral.substring(m_currentLiteral.length() - 1));
       }
     }
-    if (!m_currentLiteral.isEmpty()) {
-      addToList(new LOGLiteralPatternConverter(m_currentLiteral));
-    }
+    flushLiteral();
     return m_head.release();
   });
 }
 
-void LOGPatternParser::parseLiteral(const I18NString& ch) {
-  if (m_i == m_patternLength || ch.at(0) != u'%') {
-    m_currentLiteral.append(ch);
-    return;
-  }
-  switch (m_pattern[static_cast<std::size_t>(m_i)]) {
-    case u'%':
-      m_currentLiteral.append(1, '%');
-      ++m_i;
-      break;
-    case u'n':
-      m_currentLiteral += "\r\n";
-      ++m_i;
-      break;
-    default:
-      if (!m_currentLiteral.isEmpty()) {
-        addToList(new LOGLiteralPatternConverter(m_currentLiteral));
-      }
-      m_currentLiteral = "%";
-      m_state = CONVERTER_STATE;
-      LOGFormattingInfo::reset();
-  }
-}
-
-void LOGPatternParser::parseSpecifier(const I18NString& ch) {
-  const bool digit = isDigit(ch);
-  if (m_state == DOT_STATE) {
-    // Without a maximum width the specifier is no specifier: what was read of it stays literal, and
-    // nothing is reported. That is meant.
-    if (digit) {
-      LOGFormattingInfo::m_max = ZEBUtConvert::toInt(ch);
-    }
-    m_state = digit ? MAX_STATE : LITERAL_STATE;
-  } else if (m_state == CONVERTER_STATE && ch.at(0) == u'-') {
-    LOGFormattingInfo::m_leftAlign = 1;
-  } else if (m_state != MAX_STATE && ch.at(0) == u'.') {
-    m_state = DOT_STATE;
-  } else if (m_state == CONVERTER_STATE && digit) {
-    LOGFormattingInfo::m_min = ZEBUtConvert::toInt(ch);
-    m_state = MIN_STATE;
-  } else if (digit) {
-    appendDigit(m_state == MIN_STATE ? LOGFormattingInfo::m_min : LOGFormattingInfo::m_max, ch);
-  } else {
-    finalizeConverter(ch);
-    m_state = LITERAL_STATE;
+void LOGPatternParser::flushLiteral() {
+  if (!m_currentLiteral.isEmpty()) {
+    addToList(new LOGLiteralPatternConverter(m_currentLiteral));
   }
 }
 
@@ -142,7 +87,8 @@ void LOGPatternParser::finalizeConverter(const I18NString& ch) {
     }
     std::unique_ptr<LOGPatternConverter> converter = createConverter(ch.at(0));
     if (converter == nullptr) {
-      LOGLogLog::error("Unexpected char [" + ch + "] at position " + ZEBUtConvert::handleCvt(m_i) +
+      LOGLogLog::error("Unexpected char [" + ch + "] at position " +
+                       ZEBUtConvert::handleCvt(static_cast<int>(m_scanner.position())) +
                        " in conversion pattern.");
       converter = std::make_unique<LOGLiteralPatternConverter>(m_currentLiteral);
     }
@@ -208,7 +154,6 @@ std::unique_ptr<LOGPatternConverter> LOGPatternParser::createMDCConverter() {
 void LOGPatternParser::addConverter(LOGPatternConverter* converter) {
   m_currentLiteral.clear();
   addToList(converter);
-  m_state = LITERAL_STATE;
   LOGFormattingInfo::reset();
 }
 
@@ -224,18 +169,8 @@ void LOGPatternParser::addToList(LOGPatternConverter* converter) {
 }
 
 I18NString* LOGPatternParser::extractOption() {
-  const auto begin = static_cast<std::size_t>(m_i) + 1;
-  if (m_i >= m_patternLength || m_pattern[begin - 1] != u'{' ||
-      m_lastBrace == std::u16string::npos || m_lastBrace <= begin) {
-    return nullptr;
-  }
-  const std::size_t end = m_pattern.find(u'}', begin);
-  if (end == begin) {
-    return nullptr;
-  }
-  auto option = std::make_unique<I18NString>(&m_pattern[begin], end - begin);
-  m_i = static_cast<int>(end) + 1;
-  return option.release();
+  const std::optional<I18NString> option = m_scanner.readOption();
+  return option ? new I18NString(*option) : nullptr;
 }
 
 int LOGPatternParser::extractPrecisionOption() {

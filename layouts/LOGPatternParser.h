@@ -1,11 +1,10 @@
 #ifndef LAYOUTS_LOGPATTERNPARSER_H
 #define LAYOUTS_LOGPATTERNPARSER_H
 
-#include <cstddef>
 #include <memory>
-#include <string>
 
 #include "layouts/LOGPatternConverter.h"
+#include "layouts/LOGPatternScanner.h"
 #include "platform/I18NString.h"
 
 class LOGFormattingInfo;
@@ -68,22 +67,17 @@ class LOG4ZEB_EXPORT LOGPatternParser {
   virtual int extractPrecisionOption();
 
  private:
-  void parseLiteral(const I18NString& ch);
-  void parseSpecifier(const I18NString& ch);
+  void flushLiteral();
   std::unique_ptr<LOGPatternConverter> createConverter(char16_t ch);
   std::unique_ptr<LOGPatternConverter> createDateConverter();
   std::unique_ptr<LOGPatternConverter> createMDCConverter();
   void addToList(LOGPatternConverter* converter);
 
+  LOGPatternScanner m_scanner;
   I18NString m_currentLiteral;
-  int m_patternLength;
-  int m_i = 0;
-  int m_state = LITERAL_STATE;
   LOGPatternConverter::Chain m_head;
   LOGPatternConverter* m_tail = nullptr;
   std::unique_ptr<LOGFormattingInfo> m_formattingInfo;
-  const std::u16string m_pattern;
-  const std::size_t m_lastBrace;  // the last closing one, npos without
 };
 
 #endif

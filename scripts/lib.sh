@@ -22,6 +22,7 @@ NEEDED=(
   'libexpat1-dev header:expat.h'
   'libgtest-dev header:gtest/gtest.h'
   'libcli11-dev header:CLI/CLI.hpp'
+  'nlohmann-json3-dev header:nlohmann/json.hpp'
 )
 
 # What the tests run besides, in the same form.

@@ -6,7 +6,7 @@ set -euo pipefail
 source "$(dirname -- "${BASH_SOURCE[0]}")/lib.sh"
 
 BUILD="$ROOT/build-windows"
-# Expat and GoogleTest built for Windows, and CLI11.
+# Expat and GoogleTest built for Windows, and the headers of CLI11 and nlohmann-json.
 DEPS="$BUILD/deps"
 TOOLCHAIN="$ROOT/cmake/mingw-w64.cmake"
 WINE_RUN="$ROOT/scripts/wine.sh"
@@ -88,12 +88,12 @@ build_dependencies() {
     build_dependency expat "$BUILD/expat/source/expat" -DEXPAT_BUILD_TESTS=OFF \
       -DEXPAT_BUILD_TOOLS=OFF -DEXPAT_BUILD_EXAMPLES=OFF -DEXPAT_BUILD_DOCS=OFF
     build_dependency googletest /usr/src/googletest -DBUILD_GMOCK=OFF
-    # CLI11 is nothing but headers; the others beside it are not for Windows.
-    mkdir -p -- "$DEPS/include" "$DEPS/share/cmake"
-    cp -r /usr/include/CLI "$DEPS/include"
-    cp -r /usr/share/cmake/CLI11 "$DEPS/share/cmake"
     touch -- "$DEPS/complete"
   fi
+  # These are nothing but headers; the others beside them are not for Windows.
+  mkdir -p -- "$DEPS/include" "$DEPS/share/cmake"
+  cp -ru /usr/include/{CLI,nlohmann} "$DEPS/include"
+  cp -ru /usr/share/cmake/{CLI11,nlohmann_json} "$DEPS/share/cmake"
 }
 
 # Prints the tests that have failed with anything in their output.

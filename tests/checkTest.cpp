@@ -283,6 +283,8 @@ const Mistake MISTAKES[] = {
      "unknown-date-format", "no date is written", "value="},
     {7, R"(<param name="ConversionPattern" value="%q %m%n"/>)", "unknown-specifier",
      "\"%q\" is no specifier", "one of the letters"},
+    {7, "<param name=\"ConversionPattern\" value=\"%\xC3\xA4 %m%n\"/>", "unknown-specifier",
+     "\"%\xC3\xA4\" is no specifier", "one of the letters"},
     {7, R"(<param name="ConversionPattern" value="%-5level %m%n"/>)", "unknown-specifier",
      "\"%-5level\" is \"%-5l\" and the text \"evel\"", "%p", 2},
     {7, R"(<param name="ConversionPattern" value="%d{ISO8601 %m%n"/>)", "unknown-specifier",
@@ -622,13 +624,16 @@ TEST(CheckCommand, PrintsOneJsonObjectOnRequest) {
           {"--json"})
           .output;
   EXPECT_EQ(output,
-            R"({"document":"log.xml","exitCode":1,"findings":[
-{"line":2,"column":14,"severity":"warning","rule":"unknown-level","text":"\"OUCH\" is no level: it means DEBUG","instead":"value=\"DEBUG\""}],
-"threshold":"ALL","loggers":[
-{"name":"root","root":true,"line":2,"level":"DEBUG","inheritedFrom":null,"additivity":true,"routes":[{"levels":["DEBUG","INFO","WARN","ERROR","FATAL"],"enabled":true,"to":["A\"\\\u0009b"]}]}],
-"appenders":[
-{"name":"A\"\\\u0009b","class":"LOGConsoleAppender","line":1,"built":true,"destination":"standard output","layout":"LOGSimpleLayout","sample":"an example message\u000d\u000a","filters":[],"threshold":null}]}
-)");
+            R"({"document":"log.xml","exitCode":1,"findings":[{"line":2,"column":14,)"
+            R"("severity":"warning","rule":"unknown-level",)"
+            R"("text":"\"OUCH\" is no level: it means DEBUG","instead":"value=\"DEBUG\""}],)"
+            R"("threshold":"ALL","loggers":[{"name":"root","root":true,"line":2,"level":"DEBUG",)"
+            R"("inheritedFrom":null,"additivity":true,"routes":[{"levels":["DEBUG","INFO","WARN",)"
+            R"("ERROR","FATAL"],"enabled":true,"to":["A\"\\\tb"]}]}],)"
+            R"("appenders":[{"name":"A\"\\\tb","class":"LOGConsoleAppender","line":1,"built":true,)"
+            R"("destination":"standard output","layout":"LOGSimpleLayout",)"
+            R"("sample":"an example message\r\n","filters":[],"threshold":null}]})"
+            "\n");
   output = checkText("<a>", {"--json"}).output;
   EXPECT_TRUE(mentions(output, R"("severity":"error","rule":"unreadable")")) << output;
   EXPECT_FALSE(mentions(output, "loggers"));

@@ -2,20 +2,34 @@
 
 #include <algorithm>
 #include <tuple>
-#include <utility>
 
-#include "tools/CheckedDocument.h"
+namespace {
 
-void CheckFindings::warn(const char* rule, const ZEBIDOM_Element& element, const char* attribute,
-                         std::string text, std::string instead) {
-  m_all.push_back({CheckFinding::Severity::Warning, rule, m_document.placeOf(element, attribute),
-                   std::move(text), std::move(instead)});
+/// The text with values in its gaps; they are taken off the front of what is left of them.
+std::string filled(std::string text, std::vector<std::string>& values) {
+  std::size_t at = text.find("{}");
+  while (at != std::string::npos && !values.empty()) {
+    text.replace(at, 2, values.front());
+    at = text.find("{}", at + values.front().size());
+    values.erase(values.begin());
+  }
+  return text;
 }
 
-void CheckFindings::fail(const char* rule, CheckPlace place, std::string text,
-                         std::string instead) {
+}  // namespace
+
+void CheckFindings::warn(const char* rule, const CheckElement& element,
+                         const std::string& attribute, const std::string& text,
+                         const std::string& instead, const std::vector<std::string>& values) {
+  std::vector<std::string> rest = values;
+  std::string complete = filled(text, rest);
   m_all.push_back(
-      {CheckFinding::Severity::Error, rule, place, std::move(text), std::move(instead)});
+      {false, rule, m_document.placeOf(element, attribute), complete, filled(instead, rest)});
+}
+
+void CheckFindings::fail(const char* rule, CheckPlace place, const std::string& text,
+                         const std::string& instead) {
+  m_all.push_back({true, rule, place, text, instead});
 }
 
 void CheckFindings::sort() {
@@ -24,13 +38,7 @@ void CheckFindings::sort() {
   });
 }
 
-std::size_t CheckFindings::count(CheckFinding::Severity severity) const {
-  return static_cast<std::size_t>(std::count_if(
-      m_all.begin(), m_all.end(),
-      [severity](const CheckFinding& finding) { return finding.severity == severity; }));
-}
-
-bool CheckFindings::has(const char* rule, const ZEBIDOM_Element& element,
+bool CheckFindings::has(const char* rule, const CheckElement& element,
                         const char* attribute) const {
   const int line = m_document.placeOf(element, attribute).line;
   return std::any_of(m_all.begin(), m_all.end(), [&](const CheckFinding& finding) {

@@ -1,5 +1,3 @@
-#include "tools/CheckParamRules.h"
-
 #include <algorithm>
 #include <limits>
 #include <map>
@@ -10,10 +8,12 @@
 #include "config/LOGParameterTable.h"
 #include "net/LOGSyslogAppender.h"
 #include "tools/CheckPattern.h"
+#include "tools/CheckRules.h"
 #include "tools/CheckWords.h"
 
 namespace {
 
+using Kind = LOGParameterTable::Kind;
 using Words = std::vector<std::string>;
 
 /// Options that the classes have and that a document does not set, or under another name.
@@ -69,27 +69,9 @@ constexpr struct {
              {"logger", "%c"},   {"message", "%m"},  {"msg", "%m"},
              {"priority", "%p"}, {"relative", "%r"}, {"thread", "%t"}};
 
-bool contains(const Words& words, const std::string& word) {
-  return std::find(words.begin(), words.end(), word) != words.end();
-}
-
-std::string assignment(const std::string& name, const std::string& value) {
-  return name + "=" + CheckWords::quoted(value);
-}
-
-bool isTwelveHourFormat(const std::string& text) {
-  return text == "HH:mm:ss,SSS" || text == "dd MMM yyyy HH:mm:ss,SSS";
-}
-
-bool isDateFormat(const std::string& text, bool isInPattern) {
-  const bool isPattern = isTwelveHourFormat(text);
-  const Words exact{"ISO8601", "ABSOLUTE", "DATE"};
-  if (isInPattern) {
-    return isPattern || contains(exact, text);
-  }
-  const Words inAnyCase{"iso8601", "absolute", "date", "relative"};
-  return isPattern || text == "NULL" || contains(inAnyCase, CheckWords::lower(text));
-}
+const Words TWELVE_HOURS{"HH:mm:ss,SSS", "dd MMM yyyy HH:mm:ss,SSS"};
+constexpr const char* TWELVE_HOURS_TEXT =
+    "\"{}\" is written with the hours of half a day, 1 to 12, and without milliseconds";
 
 /// The two patterns of dates lead to names, which show all that the patterns seem to.
 std::string probableDateFormat(const std::string& text) {
@@ -97,11 +79,6 @@ std::string probableDateFormat(const std::string& text) {
                                                        "HH:mm:ss,SSS", "dd MMM yyyy HH:mm:ss,SSS"})
                                 .value_or("ISO8601");
   return meant.front() == 'H' ? "ABSOLUTE" : meant.front() == 'd' ? "DATE" : meant;
-}
-
-std::string twelveHours(const std::string& text) {
-  return CheckWords::quoted(text) +
-         " is written with the hours of half a day, 1 to 12, and without milliseconds";
 }
 
 /// Whether a host is followed by a port: one colon, with digits behind it.
@@ -113,111 +90,136 @@ bool hasPort(const std::string& host) {
 
 /// Where a param of that name would be read, if it is in the wrong place; empty if nowhere.
 std::string placeOfParam(const std::string& given, const std::string& kind) {
-  const std::pair<const char*, Words> kinds[] = {
+  const std::pair<std::string, Words> kinds[] = {
       {"appender", LOGComponentFactory::appenderClasses()},
       {"layout", LOGComponentFactory::layoutClasses()},
       {"filter", LOGComponentFactory::filterClasses()}};
+  if (kind == "errorHandler") {
+    return "";  // a handler is not to be configured
+  }
   for (const auto& [owner, classes] : kinds) {
     for (const std::string& className : classes) {
       for (const LOGParameterTable::Param& known : LOGParameterTable::paramsOf(className)) {
-        if (className == "LOGTCPSocketAppender" || kind == "errorHandler" ||
+        if (className == "LOGTCPSocketAppender" ||
             CheckWords::lower(known.name) != CheckWords::lower(CheckWords::trimmed(given))) {
-          continue;  // that appender sends nothing, and a handler is not to be configured
+          continue;  // that appender sends nothing
         }
-        return kind == owner ? assignment("class", className) + ", which reads it"
-               : std::string("appender") == owner ? "the param in the <appender> itself"
-                                                  : "the param in <" + std::string(owner) + " " +
-                                                        assignment("class", className) + ">";
+        return kind == owner         ? "class=\"" + className + "\", which reads it"
+               : owner == "appender" ? "the param in the <appender> itself"
+                                     : "the param in <" + owner + " class=\"" + className + "\">";
       }
     }
   }
   return "";
 }
 
-}  // namespace
+class ParamRules : CheckRuleSet {
+ public:
+  using CheckRuleSet::CheckRuleSet;
 
-void CheckParamRules::checkParams(const ZEBIDOM_Element& component) {
-  std::map<std::string, int> lines;
-  for (const ZEBIDOM_Element& param : CheckedDocument::children(component, "param")) {
-    if (!checkParam(param, CheckedDocument::classOf(component))) {
-      continue;
-    }
-    const std::string name = CheckWords::lower(CheckedDocument::attribute(param, "name"));
-    const auto [known, isNew] = lines.insert({name, param.getLine()});
-    if (!isNew) {
-      m_findings.warn("duplicate-param", param, "name",
-                      "the param is set in line " + std::to_string(known->second) +
-                          " already; the last value counts",
-                      "one <param>");
+  void checkParams(const CheckElement& component) {
+    std::map<std::string, int> lines;
+    for (const CheckElement& param : component.children("param")) {
+      if (!checkParam(param, component.className())) {
+        continue;
+      }
+      const auto [known, isNew] =
+          lines.insert({CheckWords::lower(param.get("name")), param.line()});
+      warnIf(!isNew, "duplicate-param", param, "name",
+             "the param is set in line {} already; the last value counts", "one <param>",
+             {std::to_string(known->second)});
     }
   }
-}
 
-/// Returns whether the component takes the param.
-bool CheckParamRules::checkParam(const ZEBIDOM_Element& param, const std::string& className) {
-  const std::string given = CheckedDocument::attribute(param, "name");
-  for (const LOGParameterTable::Param& known : LOGParameterTable::paramsOf(className)) {
-    const bool isIt = known.isInAnyCase ? CheckWords::lower(given) == CheckWords::lower(known.name)
-                                        : given == known.name;
-    if (isIt && CheckedDocument::attribute(param, "value").empty()) {
-      m_findings.warn("empty-param", param, "",
-                      "the param " + CheckWords::quoted(given) + " is ignored: its value is empty",
-                      "value=\"...\", or no such param");
-      return false;
+  void warnOfIgnored(const CheckElement& param, const std::string& className) {
+    const std::string given = param.get("name");
+    const std::string kind = param.parent().tag();
+    Words names;
+    for (const LOGParameterTable::Param& known : LOGParameterTable::paramsOf(className)) {
+      names.push_back(known.name);
     }
-    if (isIt) {
-      checkValue(param, className, known.name);
+    const auto meant = CheckWords::nearest(given, names);
+    if (meant && CheckWords::lower(*meant) == CheckWords::lower(CheckWords::trimmed(given))) {
+      warn("ignored-param", param, "name",
+           "the param \"{}\" is ignored: {} reads \"{}\", and case and blanks count", "name=\"{}\"",
+           {given, className, *meant, *meant});
+      return;
+    }
+    const auto advice =
+        std::find_if(std::begin(ADVICE), std::end(ADVICE), [&](const Advice& candidate) {
+          return kind == candidate.kind && className.find(candidate.of) != std::string::npos &&
+                 CheckWords::lower(given) == candidate.name;
+        });
+    std::string instead = advice != std::end(ADVICE) ? advice->instead : placeOfParam(given, kind);
+    if (instead.empty()) {
+      instead = meant           ? "name=\"" + *meant + "\""
+                : names.empty() ? "leave it out"
+                                : CheckWords::oneOf(names);
+    }
+    warn("ignored-param", param, "name", "the param \"{}\" is ignored: {} reads none of that name",
+         "{}", {given, className, instead});
+  }
+
+ private:
+  /// Returns whether the component takes the param.
+  bool checkParam(const CheckElement& param, const std::string& className) {
+    const std::string given = param.get("name");
+    for (const LOGParameterTable::Param& known : LOGParameterTable::paramsOf(className)) {
+      if (given != known.name &&
+          (!known.isInAnyCase || CheckWords::lower(given) != CheckWords::lower(known.name))) {
+        continue;
+      }
+      if (param.get("value").empty()) {
+        warn("empty-param", param, "", "the param \"{}\" is ignored: its value is empty",
+             "value=\"...\", or no such param", {given});
+        return false;
+      }
+      checkValue(param, known, param.get("value"));
       return true;
     }
+    warnOfIgnored(param, className);
+    return false;
   }
-  warnOfIgnored(param, className);
-  return false;
-}
 
-void CheckParamRules::warnOfIgnored(const ZEBIDOM_Element& param, const std::string& className) {
-  const std::string given = CheckedDocument::attribute(param, "name");
-  const std::string kind = CheckedDocument::tag(ZEBIDOM_Element(param.getParentNode()));
-  Words names;
-  for (const LOGParameterTable::Param& known : LOGParameterTable::paramsOf(className)) {
-    names.push_back(known.name);
-  }
-  std::string text = "the param " + CheckWords::quoted(given) + " is ignored: " + className +
-                     " reads none of that name";
-  std::string instead = names.empty() ? "leave it out" : CheckWords::oneOf(names);
-  const auto meant = CheckWords::nearest(given, names);
-  const auto advice =
-      std::find_if(std::begin(ADVICE), std::end(ADVICE), [&](const Advice& candidate) {
-        return kind == candidate.kind && className.find(candidate.of) != std::string::npos &&
-               CheckWords::lower(given) == candidate.name;
-      });
-  if (meant && CheckWords::lower(*meant) == CheckWords::lower(CheckWords::trimmed(given))) {
-    text = "the param " + CheckWords::quoted(given) + " is ignored: " + className + " reads " +
-           CheckWords::quoted(*meant) + ", and case and blanks count";
-    instead = assignment("name", *meant);
-  } else if (advice != std::end(ADVICE)) {
-    instead = advice->instead;
-  } else if (const std::string place = placeOfParam(given, kind); !place.empty()) {
-    instead = place;
-  } else if (meant) {
-    instead = assignment("name", *meant);
-  }
-  m_findings.warn("ignored-param", param, "name", text, instead);
-}
-
-void CheckParamRules::checkValue(const ZEBIDOM_Element& param, const std::string& className,
-                                 const std::string& name) {
-  const std::string value = CheckedDocument::attribute(param, "value");
-  if (name == "MaximumFileSize") {
-    checkFileSize(param);
-  } else if (name == "MaxBackupIndex" || name == "Port" || name == "ReconnectionDelay") {
-    checkNumber(param, name);
-  } else if (name == "Append" || name == "LocationInfo" || name == "Secure") {
-    if (!CheckWords::isTruthValue(value)) {
-      m_findings.warn("truth-value", param, "value",
-                      CheckWords::quoted(value) + " means true: everything does but \"false\"",
-                      "value=\"true\" or value=\"false\"");
+  void checkValue(const CheckElement& param, const LOGParameterTable::Param& known,
+                  const std::string& value) {
+    switch (known.kind) {
+      case Kind::Text:
+        break;
+      case Kind::Bytes:
+        checkFileSize(param, value);
+        break;
+      case Kind::Number:
+      case Kind::Port:
+      case Kind::Backups:
+        checkNumber(param, known.kind, value);
+        break;
+      case Kind::Switch:
+        warnIf(!CheckWords::isTruthValue(value), "truth-value", param, "value",
+               "\"{}\" means true: everything does but \"false\"",
+               "value=\"true\" or value=\"false\"", {value});
+        break;
+      case Kind::Facility:
+        checkFacility(param, value);
+        break;
+      case Kind::Level:
+      case Kind::LevelOrNone:
+        checkLevel(param, known, value);
+        break;
+      case Kind::DateFormat:
+        checkDateFormat(param, value);
+        break;
+      case Kind::Host:
+        warnIf(hasPort(value), "port", param, "value",
+               "\"{}\" is looked up as the name of a host: syslog datagrams go to port 514",
+               "value=\"{}\"", {value, value.substr(0, value.find(':'))});
+        break;
+      case Kind::Pattern:
+        checkPattern(param, value);
     }
-  } else if (name == "Facility" && LOGSyslogAppender::getFacility(value) < 0) {
+  }
+
+  void checkFacility(const CheckElement& param, const std::string& value) {
     Words names;
     for (int code = 0; code <= 184; code += 8) {
       const std::string facility = LOGSyslogAppender::getFacilityString(code).toStdString();
@@ -225,181 +227,169 @@ void CheckParamRules::checkValue(const ZEBIDOM_Element& param, const std::string
         names.push_back(facility);
       }
     }
-    m_findings.warn("unknown-facility", param, "value",
-                    "there is no facility " + CheckWords::quoted(value) + ": it means user",
-                    assignment("value", CheckWords::nearest(value, names).value_or("user")));
-  } else if (name == "LevelMin" || name == "LevelMax" || name == "LevelToMatch") {
-    checkLevelValue(param, className, name);
-  } else if (name == "DateFormat" && !isDateFormat(value, false)) {
-    m_findings.warn("unknown-date-format", param, "value",
-                    CheckWords::quoted(value) + " is no date format: no date is written",
-                    assignment("value", probableDateFormat(value)));
-  } else if (name == "DateFormat" && isTwelveHourFormat(value)) {
-    m_findings.warn("twelve-hours", param, "value", twelveHours(value),
-                    assignment("value", probableDateFormat(value)));
-  } else if (name == "Host" && hasPort(value)) {
-    m_findings.warn("port", param, "value",
-                    CheckWords::quoted(value) +
-                        " is looked up as the name of a host: syslog datagrams go to port 514",
-                    assignment("value", value.substr(0, value.find(':'))));
-  } else if (name == "ConversionPattern") {
-    checkPattern(param);
+    warnIf(LOGSyslogAppender::getFacility(value) < 0, "unknown-facility", param, "value",
+           "there is no facility \"{}\": it means user", "value=\"{}\"",
+           {value, CheckWords::nearest(value, names).value_or("user")});
   }
-}
 
-void CheckParamRules::checkNumber(const ZEBIDOM_Element& param, const std::string& name) {
-  constexpr int LARGEST_PORT = 65535;
-  const std::string value = CheckedDocument::attribute(param, "value");
-  const CheckWords::Number number = CheckWords::number(value);
-  if (!number.isWhole) {
-    m_findings.warn(
-        "number", param, "value",
-        CheckWords::quoted(value) + " is read as the number " + std::to_string(number.value),
-        assignment("value", std::to_string(std::max(number.value, 1))));
-  } else if (name == "Port" && (number.value < 1 || number.value > LARGEST_PORT)) {
-    m_findings.warn("port", param, "value", "there is no port " + value,
-                    "a number from 1 to 65535");
-  } else if (name == "MaxBackupIndex" && number.value < 1) {
-    m_findings.warn("no-backup", param, "value",
-                    "without a backup a full file is emptied, and all that was in it is lost",
-                    "value=\"1\" or more");
+  void checkDateFormat(const CheckElement& param, const std::string& value) {
+    const std::string meant = probableDateFormat(value);
+    if (CheckWords::contains(TWELVE_HOURS, value)) {
+      warn("twelve-hours", param, "value", TWELVE_HOURS_TEXT, "value=\"{}\"", {value, meant});
+    } else if (value != "NULL" && !CheckWords::contains({"iso8601", "absolute", "date", "relative"},
+                                                        CheckWords::lower(value))) {
+      warn("unknown-date-format", param, "value", "\"{}\" is no date format: no date is written",
+           "value=\"{}\"", {value, meant});
+    }
   }
-}
 
-void CheckParamRules::checkFileSize(const ZEBIDOM_Element& param) {
-  constexpr long long MOST = std::numeric_limits<int>::max();
-  constexpr int LEAST_THAT_MAKES_SENSE = 1024;
-  static const std::map<std::string, long long> UNITS{
-      {"", 1},          {"b", 1},          {"bytes", 1},
-      {"k", 1LL << 10}, {"kb", 1LL << 10}, {"kib", 1LL << 10},
-      {"m", 1LL << 20}, {"mb", 1LL << 20}, {"mib", 1LL << 20},
-      {"g", 1LL << 30}, {"gb", 1LL << 30}, {"gib", 1LL << 30}};
-  const std::string value = CheckedDocument::attribute(param, "value");
-  const CheckWords::Number number = CheckWords::number(value);
-  const std::string bytes = std::to_string(number.value);
-  if (!number.isWhole) {
-    const auto unit = UNITS.find(CheckWords::lower(number.rest));
-    const bool hasUnit = unit != UNITS.end() && number.value > 0;
-    m_findings.warn(
-        "file-size", param, "value",
-        CheckWords::quoted(value) + " means " + bytes +
-            " bytes: a size is a number of bytes up to 2147483647, without a unit",
-        hasUnit ? assignment("value", std::to_string(std::min(MOST, number.value * unit->second)))
-                : "value=\"10485760\", or another number of bytes");
-  } else if (number.value < 0) {
-    m_findings.warn("file-size", param, "value",
-                    "a size below 0 is never reached: the file grows on and on",
-                    "value=\"10485760\", or another number of bytes");
-  } else if (number.value < LEAST_THAT_MAKES_SENSE) {
-    m_findings.warn("file-size", param, "value",
-                    "the file becomes a backup whenever it has " + bytes +
-                        " bytes, which is after every event or a few",
-                    "value=\"10485760\", or another number of bytes");
+  void checkNumber(const CheckElement& param, Kind kind, const std::string& value) {
+    constexpr int LARGEST_PORT = 65535;
+    const CheckWords::Number number = CheckWords::number(value);
+    if (!number.isWhole) {
+      warn("number", param, "value", "\"{}\" is read as the number {}", "value=\"{}\"",
+           {value, std::to_string(number.value), std::to_string(std::max(number.value, 1))});
+    } else if (kind == Kind::Port && (number.value < 1 || number.value > LARGEST_PORT)) {
+      warn("port", param, "value", "there is no port {}", "a number from 1 to 65535", {value});
+    } else if (kind == Kind::Backups && number.value < 1) {
+      warn("no-backup", param, "value",
+           "without a backup a full file is emptied, and all that was in it is lost",
+           "value=\"1\" or more");
+    }
   }
-}
 
-void CheckParamRules::checkLevelValue(const ZEBIDOM_Element& param, const std::string& className,
-                                      const std::string& name) {
-  std::string value = CheckedDocument::attribute(param, "value");
-  const std::string instead =
-      assignment("value", CheckWords::probableLevel(value).value_or("INFO"));
-  if (className == "LOGLevelMatchFilter") {
+  void checkFileSize(const CheckElement& param, const std::string& value) {
+    constexpr long long MOST = std::numeric_limits<int>::max();
+    constexpr int LEAST_THAT_MAKES_SENSE = 1024;
+    static const std::map<std::string, int> SHIFTS{
+        {"", 0},   {"b", 0},   {"bytes", 0}, {"k", 10}, {"kb", 10}, {"kib", 10},
+        {"m", 20}, {"mb", 20}, {"mib", 20},  {"g", 30}, {"gb", 30}, {"gib", 30}};
+    const CheckWords::Number number = CheckWords::number(value);
+    const std::string bytes = std::to_string(number.value);
+    std::string instead = "value=\"10485760\", or another number of bytes";
+    if (!number.isWhole) {
+      const auto unit = SHIFTS.find(CheckWords::lower(number.rest));
+      if (unit != SHIFTS.end() && number.value > 0) {
+        const long long meant =
+            std::min(MOST, static_cast<long long>(number.value) << unit->second);
+        instead = "value=\"" + std::to_string(meant) + "\"";
+      }
+      warn("file-size", param, "value",
+           "\"{}\" means {} bytes: a size is a number of bytes up to 2147483647, without a unit",
+           "{}", {value, bytes, instead});
+    } else if (number.value < LEAST_THAT_MAKES_SENSE) {
+      warn("file-size", param, "value",
+           number.value < 0 ? "a size below 0 is never reached: the file grows on and on"
+                            : "the file becomes a backup whenever it has " + bytes +
+                                  " bytes, which is after every event or a few",
+           instead);
+    }
+  }
+
+  void checkLevel(const CheckElement& param, const LOGParameterTable::Param& known,
+                  const std::string& value) {
+    const bool isRequired = known.kind == Kind::Level;
     const std::size_t mark = value.rfind('#');
     const bool isLevelOfClass = mark != std::string::npos && value.substr(mark + 1) == "LOGLevel";
-    if (!CheckWords::isLevel(value) && !isLevelOfClass) {
-      m_findings.warn("unknown-level", param, "value",
-                      CheckWords::quoted(value) + " is no level: the filter matches nothing",
-                      instead);
-    }
-  } else if (!CheckWords::isLevel(value)) {
-    m_findings.warn("unknown-level", param, "value",
-                    CheckWords::quoted(value) + " is no level: " + name + " becomes DEBUG",
-                    instead);
-  }
-}
-
-void CheckParamRules::checkPattern(const ZEBIDOM_Element& param) {
-  const std::string value = CheckedDocument::attribute(param, "value");
-  const CheckPattern pattern(value);
-  for (const std::string& text : pattern.unknown()) {
-    m_findings.warn("unknown-specifier", param, "value",
-                    CheckWords::quoted(text) + " is no specifier: it is written as it stands",
-                    "one of the letters c, d, m, n, p, r, t and x, or %% for a percent sign");
-  }
-  for (const std::string& text : pattern.unfinished()) {
-    m_findings.warn(
-        "unknown-specifier", param, "value",
-        CheckWords::quoted(text) + " is the beginning of a specifier and is written as it stands",
-        "a letter at its end, or %% for a percent sign");
-  }
-  const auto& specifiers = pattern.specifiers();
-  if (pattern.unknown().empty() && pattern.unfinished().empty() &&
-      std::none_of(specifiers.begin(), specifiers.end(),
-                   [](const CheckPattern::Specifier& known) { return known.letter == 'm'; })) {
-    m_findings.warn("no-message", param, "value",
-                    "the pattern has no %m, so the messages are not written", "%m in it");
-  }
-  for (const char* const escape : {"\\n", "\\t", "\\r"}) {
-    if (value.find(escape) != std::string::npos) {
-      m_findings.warn("backslash", param, "value",
-                      CheckWords::quoted(escape) + " is written as a backslash and a letter",
-                      *(escape + 1) == 't' ? "&#9; for a tab" : "%n for a line end");
+    if (!CheckWords::isLevel(value) && (isRequired || !isLevelOfClass)) {
+      const std::string meant = CheckWords::probableLevel(value).value_or("INFO");
+      warn("unknown-level", param, "value", "\"{}\" is no level: {}", "value=\"{}\"",
+           {value, isRequired ? known.name + " becomes DEBUG" : "the filter matches nothing",
+            meant});
     }
   }
-  checkPatternOptions(param);
-}
 
-void CheckParamRules::checkPatternOptions(const ZEBIDOM_Element& param) {
-  const CheckPattern pattern(CheckedDocument::attribute(param, "value"));
-  for (const CheckPattern::Specifier& specifier : pattern.specifiers()) {
+  void checkPattern(const CheckElement& param, const std::string& value) {
+    const CheckPattern pattern(value);
+    for (const std::string& text : pattern.unknown()) {
+      warn("unknown-specifier", param, "value",
+           "\"{}\" is no specifier: it is written as it stands",
+           "one of the letters c, d, m, n, p, r, t and x, or %% for a percent sign", {text});
+    }
+    for (const std::string& text : pattern.unfinished()) {
+      warn("unknown-specifier", param, "value",
+           "\"{}\" is the beginning of a specifier and is written as it stands",
+           "a letter at its end, or %% for a percent sign", {text});
+    }
+    const auto& specifiers = pattern.specifiers();
+    if (pattern.unknown().empty() && pattern.unfinished().empty() &&
+        std::none_of(specifiers.begin(), specifiers.end(),
+                     [](const CheckPattern::Specifier& known) { return known.letter == 'm'; })) {
+      warn("no-message", param, "value", "the pattern has no %m, so the messages are not written",
+           "%m in it");
+    }
+    for (const std::string escape : {"\\n", "\\t", "\\r"}) {
+      warnIf(value.find(escape) != std::string::npos, "backslash", param, "value",
+             "\"{}\" is written as a backslash and a letter",
+             escape == "\\t" ? "&#9; for a tab" : "%n for a line end", {escape});
+    }
+    for (const CheckPattern::Specifier& specifier : specifiers) {
+      checkSpecifier(param, specifier);
+    }
+  }
+
+  void checkSpecifier(const CheckElement& param, const CheckPattern::Specifier& specifier) {
+    const std::string& text = specifier.text;
     const std::string option = specifier.option.value_or("");
-    const std::string text = CheckWords::quoted(specifier.text);
     const auto word = std::find_if(std::begin(WORDS), std::end(WORDS),
                                    [&](const auto& known) { return specifier.word == known.word; });
     if (word != std::end(WORDS)) {
-      m_findings.warn("unknown-specifier", param, "value",
-                      CheckWords::quoted(specifier.text + specifier.word.substr(1)) + " is " +
-                          text + " and the text " + CheckWords::quoted(specifier.word.substr(1)) +
-                          ": a specifier has one letter",
-                      word->instead);
+      warn("unknown-specifier", param, "value",
+           "\"{}{}\" is \"{}\" and the text \"{}\": a specifier has one letter", word->instead,
+           {text, specifier.word.substr(1), text, specifier.word.substr(1)});
     } else if (specifier.letter == 'X' && !specifier.option) {
-      m_findings.warn(
-          "pattern-without-key", param, "value",
-          text + " has no key: the layout is not made, and without another nothing is written",
-          "%x, the nested context");
+      warn("pattern-without-key", param, "value",
+           "\"{}\" has no key: the layout is not made, and without another nothing is written",
+           "%x, the nested context", {text});
     } else if (specifier.hasUnreadOption) {
-      m_findings.warn("unknown-specifier", param, "value",
-                      "the brace behind " + text +
-                          " is written as it stands: nothing is in the braces, or none closes",
-                      specifier.text + ", or a text in braces behind it");
+      warn("unknown-specifier", param, "value",
+           "the brace behind \"{}\" is written as it stands: nothing is in the braces, or none "
+           "closes",
+           "{}, or a text in braces behind it", {text, text});
     } else if (specifier.letter == 'X') {
-      m_findings.warn("nothing-to-show", param, "value",
-                      text + " shows nothing: no mapped context is kept", "%x, the nested context");
+      warn("nothing-to-show", param, "value", "\"{}\" shows nothing: no mapped context is kept",
+           "%x, the nested context", {text});
     } else if (std::string("CFLMl").find(specifier.letter) != std::string::npos) {
-      m_findings.warn("nothing-to-show", param, "value",
-                      text + " shows " + (specifier.letter == 'l' ? "nothing" : "\"?\"") +
-                          ": locations are not recorded",
-                      "leave it out");
-    } else if (specifier.letter == 'd' && specifier.option && !isDateFormat(option, true)) {
-      m_findings.warn(
-          "unknown-date-format", param, "value",
-          CheckWords::quoted(option) + " is no date format of a pattern: no date is written",
-          "%d{" + probableDateFormat(option) + "}");
-    } else if (specifier.letter == 'd' && isTwelveHourFormat(option)) {
-      m_findings.warn("twelve-hours", param, "value", twelveHours(option),
-                      "%d{" + probableDateFormat(option) + "}");
-    } else if (specifier.letter != 'c' || !specifier.option) {
-      continue;
-    } else if (CheckWords::number(option).value < 1) {
-      m_findings.warn("precision", param, "value",
-                      "the precision " + CheckWords::quoted(option) +
-                          " is no positive number: the whole name is written",
-                      "%c{1}, or %c");
-    } else if (!CheckWords::number(option).isWhole) {
-      const std::string number = std::to_string(CheckWords::number(option).value);
-      m_findings.warn("precision", param, "value",
-                      "the precision " + CheckWords::quoted(option) + " is read as " + number,
-                      "%c{" + number + "}");
+      warn("nothing-to-show", param, "value", "\"{}\" shows {}: locations are not recorded",
+           "leave it out", {text, specifier.letter == 'l' ? "nothing" : "\"?\""});
+    } else if (specifier.letter == 'd' && specifier.option) {
+      checkDateOption(param, option);
+    } else if (specifier.letter == 'c' && specifier.option) {
+      checkPrecision(param, option);
     }
   }
+
+  void checkDateOption(const CheckElement& param, const std::string& option) {
+    const std::string meant = probableDateFormat(option);
+    if (CheckWords::contains(TWELVE_HOURS, option)) {
+      warn("twelve-hours", param, "value", TWELVE_HOURS_TEXT, "%d{{}}", {option, meant});
+    } else if (!CheckWords::contains({"ISO8601", "ABSOLUTE", "DATE"}, option)) {
+      warn("unknown-date-format", param, "value",
+           "\"{}\" is no date format of a pattern: no date is written", "%d{{}}", {option, meant});
+    }
+  }
+
+  void checkPrecision(const CheckElement& param, const std::string& option) {
+    const CheckWords::Number number = CheckWords::number(option);
+    if (number.value < 1) {
+      warn("precision", param, "value",
+           "the precision \"{}\" is no positive number: the whole name is written", "%c{1}, or %c",
+           {option});
+    } else if (!number.isWhole) {
+      const std::string value = std::to_string(number.value);
+      warn("precision", param, "value", "the precision \"{}\" is read as {}", "%c{{}}",
+           {option, value, value});
+    }
+  }
+};
+
+}  // namespace
+
+void CheckRules::checkParams(const CheckElement& component, CheckFindings& findings) {
+  ParamRules(findings).checkParams(component);
+}
+
+void CheckRules::warnOfIgnored(const CheckElement& param, const std::string& className,
+                               CheckFindings& findings) {
+  ParamRules(findings).warnOfIgnored(param, className);
 }

@@ -1,24 +1,27 @@
-#include "tools/CheckStructureRules.h"
-
 #include <algorithm>
 #include <map>
+#include <set>
+#include <tuple>
 
 #include "config/LOGDOMConfigurator.h"
 #include "config/LOGParameterTable.h"
 #include "platform/ZEBIDOM_NamedNodeMap.h"
+#include "tools/CheckRules.h"
 #include "tools/CheckWords.h"
 
 namespace {
 
 using Words = std::vector<std::string>;
+using Elements = std::vector<CheckElement>;
 
 struct Entry {
-  const char* tag;
+  std::string tag;
   Words parents;
   Words attributes;
 };
 
 constexpr const char* ROOT_ELEMENT = "log4j:configuration";
+constexpr const char* LEAVE_OUT = "leave it out";
 
 /// Where elements are read, and which attributes of theirs.
 const std::vector<Entry>& vocabulary() {
@@ -47,32 +50,24 @@ const std::vector<Entry>& vocabulary() {
 }
 
 const Entry* entryOf(const std::string& tag) {
-  for (const Entry& entry : vocabulary()) {
-    if (tag == entry.tag) {
-      return &entry;
-    }
-  }
-  return nullptr;
-}
-
-bool contains(const Words& words, const std::string& word) {
-  return std::find(words.begin(), words.end(), word) != words.end();
+  const auto known = std::find_if(vocabulary().begin(), vocabulary().end(),
+                                  [&](const Entry& entry) { return entry.tag == tag; });
+  return known == vocabulary().end() ? nullptr : &*known;
 }
 
 Words childrenOf(const std::string& parent) {
   Words tags;
   for (const Entry& entry : vocabulary()) {
-    if (contains(entry.parents, parent)) {
-      tags.emplace_back(entry.tag);
+    if (CheckWords::contains(entry.parents, parent)) {
+      tags.push_back(entry.tag);
     }
   }
   return tags;
 }
 
 /// The param of the component that is called so, but for case; empty when there is none.
-std::string paramOf(const ZEBIDOM_Element& component, const std::string& name) {
-  for (const LOGParameterTable::Param& known :
-       LOGParameterTable::paramsOf(CheckedDocument::classOf(component))) {
+std::string paramOf(const CheckElement& component, const std::string& name) {
+  for (const LOGParameterTable::Param& known : LOGParameterTable::paramsOf(component.className())) {
     if (CheckWords::lower(known.name) == CheckWords::lower(name)) {
       return known.name;
     }
@@ -84,12 +79,9 @@ std::string inAngles(const std::string& tag) { return "<" + tag + ">"; }
 
 /// Whether the element means nothing, or not what it should, without the attribute.
 bool isNeeded(const std::string& attribute, const std::string& tag) {
-  return contains({"name", "value", "ref"}, attribute) ||
-         (attribute == "class" && !contains({"logger", "category", "level", "priority"}, tag));
-}
-
-std::string assignment(const std::string& name, const std::string& value) {
-  return name + "=" + CheckWords::quoted(value);
+  return CheckWords::contains({"name", "value", "ref"}, attribute) ||
+         (attribute == "class" &&
+          !CheckWords::contains({"logger", "category", "level", "priority"}, tag));
 }
 
 /// The name with dots where other languages and paths have "::" and "/".
@@ -103,479 +95,451 @@ std::string withDots(std::string name) {
   return name;
 }
 
-}  // namespace
-
-bool CheckStructureRules::checkRoot() {
-  const ZEBIDOM_Element root = m_document.root();
-  const std::string tag = CheckedDocument::tag(root);
-  if (tag == ROOT_ELEMENT) {
-    return true;
-  }
-  const CheckPlace place = CheckedDocument::placeOf(root);
-  if (tag == "configuration") {
-    m_findings.warn("old-root", root, "", "the root element <configuration> is out of date",
-                    inAngles(ROOT_ELEMENT));
-    return true;
-  }
-  m_findings.fail("wrong-root", place,
-                  "the root element is " + inAngles(tag) + ", so nothing of the document is used",
-                  inAngles(ROOT_ELEMENT));
-  return false;
-}
-
-void CheckStructureRules::checkAll() {
-  checkRootAttributes();
-  checkAttributes(m_document.root());
-  checkText(m_document.root());
-  for (const ZEBIDOM_Element& child : CheckedDocument::children(m_document.root())) {
-    checkElement(child, ROOT_ELEMENT);
-  }
-  checkNames("appender", m_document.elements("appender"),
-             "references mean the first one, and this one is never built");
-  std::vector<ZEBIDOM_Element> loggers = CheckedDocument::children(m_document.root(), "logger");
-  for (const ZEBIDOM_Element& old : CheckedDocument::children(m_document.root(), "category")) {
-    loggers.push_back(old);
-  }
-  std::sort(loggers.begin(), loggers.end(), [](const auto& a, const auto& b) {
-    return a.getLine() != b.getLine() ? a.getLine() < b.getLine() : a.getColumn() < b.getColumn();
-  });
-  checkNames("logger", loggers, "the appenders given here replace those given before");
-  checkOrder(loggers);
-  const auto roots = CheckedDocument::children(m_document.root(), "root");
-  for (std::size_t i = 1; i < roots.size(); ++i) {
-    m_findings.warn(
-        "duplicate-root", roots[i], "",
-        "there is a <root> before this one; the appenders given here replace those given there",
-        "one <root> with everything in it");
-  }
-}
-
-void CheckStructureRules::checkElement(const ZEBIDOM_Element& element, const std::string& parent) {
-  const std::string tag = CheckedDocument::tag(element);
-  const Entry* const entry = entryOf(tag);
-  if (entry == nullptr) {
-    // No element but the root has a prefix, and there are no elements around all of a kind.
-    const auto meant = CheckWords::nearest(tag.substr(tag.rfind(':') + 1), childrenOf(parent));
-    const auto inside = CheckedDocument::children(element);
-    const bool isWrapper = std::any_of(inside.begin(), inside.end(), [&](const auto& child) {
-      return contains(childrenOf(parent), CheckedDocument::tag(child));
-    });
-    m_findings.warn(
-        "unknown-element", element, "",
-        "the element " + inAngles(tag) + " is not known: it is skipped with all that is in it",
-        isWrapper ? "what is in it, without " + inAngles(tag) + " around it"
-        : meant   ? inAngles(*meant)
-                  : CheckWords::oneOf(childrenOf(parent)));
-    return;
-  }
-  if (!contains(entry->parents, parent)) {
-    const bool isFoundAnyway = tag == "appender";
-    m_findings.warn("misplaced-element", element, "",
-                    "the element " + inAngles(tag) +
-                        (isFoundAnyway ? " is found, but belongs elsewhere than"
-                                       : " is skipped with all that is in it: it is not read") +
-                        " in " + inAngles(parent),
-                    entry->parents.empty() ? "leave it out"
-                                           : inAngles(tag) + " inside of " +
-                                                 inAngles(CheckWords::either(entry->parents)));
-    if (!isFoundAnyway) {
-      return;
-    }
-  }
-  checkAttributes(element);
-  checkText(element);
-  if (tag == "logger" || tag == "category" || tag == "root") {
-    checkLogger(element);
-  } else if (tag == "appender") {
-    checkAppender(element);
-  } else if (tag == "appender-ref") {
-    checkReference(element, parent);
-  }
-  checkLibraries(element, tag);
-  for (const ZEBIDOM_Element& child : CheckedDocument::children(element)) {
-    checkElement(child, tag);
-  }
-}
-
-void CheckStructureRules::checkAttributes(const ZEBIDOM_Element& element) {
-  const ZEBIDOM_NamedNodeMap attributes = element.getAttributes();
-  for (std::size_t i = 0; i < attributes.getLength(); ++i) {
-    checkAttribute(element, attributes.item(i));
-  }
-}
-
-void CheckStructureRules::checkAttribute(const ZEBIDOM_Element& element,
-                                         const ZEBIDOM_Node& attribute) {
-  const std::string name = attribute.getNodeName().toStdString();
-  const std::string value = attribute.getNodeValue().toStdString();
-  const std::string tag = CheckedDocument::tag(element);
-  const Entry* const entry = entryOf(element == m_document.root() ? ROOT_ELEMENT : tag);
-  if (name == "xmlns" || name.find(':') != std::string::npos) {
-    return;
-  }
-  const Words& known = entry->attributes;
-  if (!contains(known, name)) {
-    const auto missing = std::find_if(known.begin(), known.end(), [&](const std::string& other) {
-      return isNeeded(other, tag) && !element.hasAttribute(other);
-    });
-    std::string instead = known.empty() ? "leave it out" : CheckWords::oneOf(known);
-    if (CheckWords::lower(name) == "level" && !contains(known, "value")) {
-      instead = "<level value=" + CheckWords::quoted(value) + "/> inside of the element";
-    } else if (const std::string param = paramOf(element, name); !param.empty()) {
-      instead = "<param " + assignment("name", param) + " " + assignment("value", value) +
-                "/> inside of it";
-    } else if (const auto meant = CheckWords::nearest(name, known)) {
-      instead = assignment(*meant, value);
-    } else if (CheckWords::lower(name) == "threshold") {
-      instead = "a <filter class=\"LOGLevelRangeFilter\"> with LevelMin";
-    } else if (missing != known.end()) {
-      instead = assignment(*missing, value);
-    }
-    m_findings.warn("unknown-attribute", element, name.c_str(),
-                    "the attribute " + CheckWords::quoted(name) + " is ignored: " + inAngles(tag) +
-                        " has none of that name",
-                    instead);
-    return;
-  }
-  if (value.find("${") != std::string::npos) {
-    m_findings.warn("variable", element, name.c_str(),
-                    "nothing is put in the place of a variable: " + CheckWords::quoted(value) +
-                        " is taken as it stands",
-                    "the text that is meant");
-  }
-  const bool isName = name == "name" && tag != "param";
-  if ((isName || name == "ref") && CheckWords::trimmed(value) != value) {
-    m_findings.warn("blanks", element, name.c_str(),
-                    "the blanks around " + CheckWords::quoted(value) + " are part of the name",
-                    assignment(name, CheckWords::trimmed(value)));
-  }
-}
-
-void CheckStructureRules::checkText(const ZEBIDOM_Element& element) {
-  for (ZEBIDOM_Node child = element.getFirstChild(); !child.isNull();
-       child = child.getNextSibling()) {
-    const std::string text = CheckWords::trimmed(child.getNodeValue().toStdString());
-    if (child.getNodeType() == ZEBIDOM_Node::TEXT_NODE && !text.empty()) {
-      const std::string tag = CheckedDocument::tag(element);
-      const Entry* const entry = entryOf(tag);
-      std::string instead = "a comment, or nothing";
-      for (const char* const attribute : {"value", "ref"}) {
-        if (entry != nullptr && contains(entry->attributes, attribute)) {
-          const std::string name = CheckedDocument::attribute(element, "name");
-          instead = "<" + tag + (name.empty() ? "" : " " + assignment("name", name)) + " " +
-                    assignment(attribute, text) + "/>";
-        }
-      }
-      m_findings.warn("text", element, "",
-                      "the text " + CheckWords::quoted(text) + " in " + inAngles(tag) +
-                          " is ignored: only attributes and elements are read",
-                      instead);
+/// Follows references from the named appenders to others, and adds all to those reached.
+void reach(Words names, const std::multimap<std::string, std::string>& references,
+           std::set<std::string>& reached) {
+  while (!names.empty()) {
+    const std::string name = names.back();
+    names.pop_back();
+    if (reached.insert(name).second) {
+      const auto [begin, end] = references.equal_range(name);
+      std::for_each(begin, end, [&](const auto& next) { names.push_back(next.second); });
     }
   }
 }
 
-void CheckStructureRules::checkRootAttributes() {
-  const ZEBIDOM_Element root = m_document.root();
-  const std::string debug = CheckedDocument::attribute(root, "debug");
-  if (contains({"false", "no", "off", "0"}, CheckWords::lower(CheckWords::trimmed(debug)))) {
-    m_findings.warn(
-        "debug", root, "debug",
-        assignment("debug", debug) +
-            " turns the library's internal debugging on: every value does but an empty one and "
-            "\"null\"",
-        "no attribute debug");
-  }
-  const std::string configDebug = CheckedDocument::attribute(root, "configDebug");
-  if (!configDebug.empty() && configDebug != "null") {
-    m_findings.warn(
-        "debug", root, "configDebug",
-        "the attribute \"configDebug\" is out of date, and turns internal debugging on whatever "
-        "it says",
-        "debug=\"true\", or nothing");
-  }
-  const std::string threshold = CheckedDocument::attribute(root, "threshold");
-  if (!threshold.empty() && threshold != "null" && !CheckWords::isLevel(threshold)) {
-    m_findings.warn("unknown-level", root, "threshold",
-                    CheckWords::quoted(threshold) +
-                        " is no level: the threshold stays what it was, at first ALL",
-                    assignment("threshold", CheckWords::probableLevel(threshold).value_or("INFO")));
-  }
-}
-
-void CheckStructureRules::checkTruthValue(const ZEBIDOM_Element& element, const char* attribute,
-                                          bool caseCounts) {
-  const std::string value = CheckedDocument::attribute(element, attribute);
-  const bool isMisspelt = caseCounts && value != "false" && CheckWords::lower(value) == "false";
-  if (!value.empty() && (isMisspelt || !CheckWords::isTruthValue(value))) {
-    m_findings.warn("truth-value", element, attribute,
-                    assignment(attribute, value) + " means true: everything does but \"false\"",
-                    assignment(attribute, "true") + " or " + assignment(attribute, "false"));
-  }
-}
-
-void CheckStructureRules::checkLogger(const ZEBIDOM_Element& element) {
-  checkLevels(element);
-  for (const ZEBIDOM_Element& param : CheckedDocument::children(element, "param")) {
-    m_findings.warn("param-without-effect", param, "", "a param of a logger has no effect",
-                    "leave it out");
-  }
-  if (CheckedDocument::tag(element) == "root") {
-    return;
-  }
-  checkTruthValue(element, "additivity");
-  const std::string name = CheckedDocument::attribute(element, "name");
-  if (CheckWords::lower(name) == "root") {
-    m_findings.warn("logger-named-root", element, "name",
-                    "this is a logger of the name " + CheckWords::quoted(name) +
-                        " below the root logger, not the root logger itself",
-                    "<root>");
-  }
-  if (!LOGDOMConfigurator::isReasonableLoggerName(element.getAttribute("name"))) {
-    m_findings.warn("logger-name", element, "name",
-                    "the element is skipped: the name of a logger has no more than 1024 characters "
-                    "and 64 dots",
-                    "a shorter name");
-  } else if (name.find('*') != std::string::npos) {
-    const std::string above = name.substr(0, name.find_last_not_of(".*") + 1);
-    m_findings.warn("logger-name", element, "name",
-                    "a \"*\" in the name of a logger stands for itself; a logger's settings go to "
-                    "those below it anyway",
-                    above.empty() ? "<root>" : assignment("name", above));
-  } else if (!name.empty() &&
-             (name.front() == '.' || name.back() == '.' || name.find("..") != std::string::npos)) {
-    m_findings.warn(
-        "logger-name", element, "name",
-        "the dots in " + CheckWords::quoted(name) +
-            " enclose an empty component, so that it is above no logger that it seems to be above",
-        "a name whose components have a dot between them");
-  } else if (const std::string dotted = withDots(name); dotted != name) {
-    m_findings.warn("logger-name", element, "name",
-                    "only dots separate the components of a name: no logger is above " +
-                        CheckWords::quoted(name) + " or below it for its \"::\" or \"/\"",
-                    assignment("name", dotted));
-  }
-  const std::string className = CheckedDocument::classOf(element);
-  if (!className.empty() &&
-      CheckedDocument::children(m_document.root(), "categoryFactory").empty()) {
-    m_findings.warn("logger-class", element, "class",
-                    "the element is skipped: a logger of class " + CheckWords::quoted(className) +
-                        " needs a <categoryFactory>, and the document has none",
-                    "no attribute class");
-  }
-}
-
-void CheckStructureRules::checkLevels(const ZEBIDOM_Element& logger) {
-  const bool isRoot = CheckedDocument::tag(logger) == "root";
-  bool isFirst = true;
-  for (const ZEBIDOM_Element& child : CheckedDocument::children(logger)) {
-    const std::string tag = CheckedDocument::tag(child);
-    if (tag != "level" && tag != "priority") {
-      continue;
-    }
-    checkLevel(child, isRoot);
-    if (!isFirst) {
-      m_findings.warn("duplicate-level", child, "",
-                      "there is a level before this one; the last one counts", "one <level>");
-    }
-    isFirst = false;
-  }
-}
-
-void CheckStructureRules::checkLevel(const ZEBIDOM_Element& level, bool isRoot) {
-  const std::string value = CheckedDocument::attribute(level, "value");
-  if (!CheckedDocument::attribute(level, "class").empty()) {
-    m_findings.warn("level-class", level, "class", "the class of a level has no effect",
-                    "no attribute class");
-  }
-  if (value == "inherited" || value == "null") {
-    if (isRoot) {
-      m_findings.warn(
-          "root-level", level, "value",
-          "the root logger has nobody to inherit from: its level stays what it was, at first DEBUG",
-          assignment("value", "INFO"));
-    }
-  } else if (!CheckWords::isLevel(value)) {
-    const std::string word = CheckWords::lower(CheckWords::trimmed(value));
-    const bool isInherited = !isRoot && (word == "inherited" || word == "null");
-    m_findings.warn(
-        "unknown-level", level, "value", CheckWords::quoted(value) + " is no level: it means DEBUG",
-        assignment("value",
-                   isInherited ? word : CheckWords::probableLevel(value).value_or("DEBUG")));
-  }
-}
-
-void CheckStructureRules::checkAppender(const ZEBIDOM_Element& element) {
-  const std::string name = CheckedDocument::attribute(element, "name");
-  const bool counts = m_document.appender(name) == element;
-  if (!name.empty() && counts && m_unused.count(name) > 0) {
-    m_findings.warn(
-        "unused-appender", element, "",
-        "the appender " + CheckWords::quoted(name) +
-            " is never built: no <appender-ref> of a logger leads to it, directly or through an "
-            "asynchronous appender",
-        "<appender-ref ref=" + CheckWords::quoted(name) + "/> in <root> or a <logger>");
-  }
-  checkTruthValue(element, "addProcID", true);
-  const std::string className = CheckedDocument::classOf(element);
-  if (element.hasAttribute("addProcID") && className != "LOGRollingFileAppender") {
-    m_findings.warn("attribute-without-effect", element, "addProcID",
-                    "addProcID has no effect: only LOGRollingFileAppender reads it",
-                    "class=\"LOGRollingFileAppender\", or no addProcID");
-  }
-}
-
-void CheckStructureRules::collectUnused() {
+/// The names of the appenders that no logger leads to.
+std::set<std::string> unusedAppenders(const CheckedDocument& document) {
   std::multimap<std::string, std::string> references;  // from appenders to appenders
   std::set<std::string> reached;
   std::set<std::string> referredTo;
-  const auto follow = [&](Words names) {
-    while (!names.empty()) {
-      const std::string name = names.back();
-      names.pop_back();
-      if (reached.insert(name).second) {
-        const auto [begin, end] = references.equal_range(name);
-        std::for_each(begin, end, [&](const auto& next) { names.push_back(next.second); });
-      }
-    }
-  };
-  Words fromLoggers;
-  for (const ZEBIDOM_Element& reference : m_document.elements("appender-ref")) {
-    const ZEBIDOM_Element holder(reference.getParentNode());
-    const std::string name = CheckedDocument::attribute(reference, "ref");
-    const std::string tag = CheckedDocument::tag(holder);
-    const std::string holderName = CheckedDocument::attribute(holder, "name");
-    if (tag == "appender" && holderName != name) {
-      references.emplace(holderName, name);
+  for (const CheckElement& reference : document.elements("appender-ref")) {
+    const CheckElement holder = reference.parent();
+    const std::string name = reference.get("ref");
+    if (holder.tag() == "appender" && holder.get("name") != name) {
+      references.emplace(holder.get("name"), name);
       referredTo.insert(name);
-    } else if (tag != "appender" && tag != "errorHandler") {
-      fromLoggers.push_back(name);
     }
   }
-  follow(fromLoggers);
+  for (const CheckElement& reference : document.elements("appender-ref")) {
+    if (!CheckWords::contains({"appender", "errorHandler"}, reference.parent().tag())) {
+      reach({reference.get("ref")}, references, reached);
+    }
+  }
   // Those that only an unused one refers to are no further mistake; some refer to each other.
+  std::set<std::string> unused;
   for (const bool isReferredTo : {false, true}) {
-    for (const ZEBIDOM_Element& appender : m_document.elements("appender")) {
-      const std::string name = CheckedDocument::attribute(appender, "name");
+    for (const CheckElement& appender : document.elements("appender")) {
+      const std::string name = appender.get("name");
       if (reached.count(name) == 0 && (referredTo.count(name) > 0) == isReferredTo) {
-        m_unused.insert(name);
-        follow({name});
+        unused.insert(name);
+        reach({name}, references, reached);
       }
     }
   }
+  return unused;
 }
 
-void CheckStructureRules::checkReference(const ZEBIDOM_Element& reference,
-                                         const std::string& parent) {
-  const std::string name = CheckedDocument::attribute(reference, "ref");
-  const ZEBIDOM_Element holder(reference.getParentNode());
-  if (parent == "appender" && CheckedDocument::classOf(holder) != "LOGAsyncAppender") {
-    m_findings.warn(
-        "misplaced-element", reference, "",
-        "the reference is ignored: only LOGAsyncAppender passes events on to other appenders",
-        "class=\"LOGAsyncAppender\", or the reference in a logger");
-    return;
-  }
-  if (m_document.appender(name).isNull()) {
-    Words names;
-    for (const ZEBIDOM_Element& appender : m_document.elements("appender")) {
-      names.push_back(CheckedDocument::attribute(appender, "name"));
-    }
-    const auto meant = CheckWords::nearest(name, names);
-    m_findings.warn(
-        "unknown-appender", reference, "ref",
-        "there is no appender " + CheckWords::quoted(name) + ", so the reference is left out",
-        meant ? assignment("ref", *meant) : "the name of an appender of this document");
-    return;
-  }
-  const auto siblings = CheckedDocument::children(holder, "appender-ref");
-  for (const ZEBIDOM_Element& sibling : siblings) {
-    if (sibling == reference) {
-      break;
-    }
-    if (CheckedDocument::attribute(sibling, "ref") == name) {
-      m_findings.warn(
-          "duplicate-reference", reference, "ref",
-          "the appender " + CheckWords::quoted(name) + " is referred to before; once counts",
-          "one reference");
-      break;
-    }
-  }
-}
+class StructureRules : CheckRuleSet {
+ public:
+  explicit StructureRules(CheckFindings& findings)
+      : CheckRuleSet(findings), m_unused(unusedAppenders(findings.document())) {}
 
-void CheckStructureRules::checkNames(const char* what, const std::vector<ZEBIDOM_Element>& elements,
-                                     const std::string& consequence) {
-  std::map<std::string, int> lines;
-  for (const ZEBIDOM_Element& element : elements) {
-    const std::string name = CheckedDocument::attribute(element, "name");
-    if (name.empty()) {
-      m_findings.warn("no-name", element, "", std::string("the ") + what + " has no name",
-                      "name=\"...\"");
-      continue;
+  void checkAll() {
+    const CheckElement root = m_document.root();
+    checkRootAttributes(root);
+    checkAttributes(root);
+    checkText(root);
+    for (const CheckElement& child : root.children()) {
+      checkElement(child, ROOT_ELEMENT);
     }
-    const auto [known, isNew] = lines.insert({name, element.getLine()});
-    if (!isNew) {
-      m_findings.warn("duplicate-name", element, "name",
-                      std::string("there is a") + (*what == 'a' ? "n " : " ") + what + " " +
-                          CheckWords::quoted(name) + " in line " + std::to_string(known->second) +
-                          " already; " + consequence,
-                      "another name, or one element");
+    checkNames("an appender", m_document.elements("appender"),
+               "references mean the first one, and this one is never built");
+    Elements loggers;
+    for (const CheckElement& child : root.children()) {
+      if (CheckWords::contains({"logger", "category"}, child.tag())) {
+        loggers.push_back(child);
+      }
+    }
+    checkNames("a logger", loggers, "the appenders given here replace those given before");
+    checkOrder(loggers);
+    const Elements roots = root.children("root");
+    for (std::size_t i = 1; i < roots.size(); ++i) {
+      warn("duplicate-root", roots[i], "",
+           "there is a <root> before this one; the appenders given here replace those given there",
+           "one <root> with everything in it");
     }
   }
-}
 
-void CheckStructureRules::checkOrder(const std::vector<ZEBIDOM_Element>& loggers) {
-  std::set<std::string> before;
-  for (const ZEBIDOM_Element& logger : loggers) {
-    const std::string name = CheckedDocument::attribute(logger, "name");
-    const std::string start = name + ".";
-    const auto below = before.lower_bound(start);
-    if (!name.empty() && below != before.end() && below->compare(0, start.size(), start) == 0) {
-      m_findings.warn("logger-order", logger, "name",
-                      CheckWords::quoted(*below) + " is described before " +
-                          CheckWords::quoted(name) +
-                          ", which is above it: loggers below both that the program has asked for "
-                          "already may inherit from " +
-                          CheckWords::quoted(name) + " alone",
-                      "this element before that one");
+ private:
+  void checkElement(const CheckElement& element, const std::string& parent) {
+    const std::string tag = element.tag();
+    const Entry* const entry = entryOf(tag);
+    if (entry == nullptr) {
+      checkUnknown(element, childrenOf(parent));
+      return;
     }
-    before.insert(name);
-  }
-}
-
-void CheckStructureRules::checkLibraryName(const ZEBIDOM_Element& element, const char* attribute) {
-  const std::string name = CheckedDocument::attribute(element, attribute);
-  std::string base = name.substr(name.find_last_of("/\\:") + 1);
-  for (const std::string end : {".so", ".dll"}) {
-    if (base.size() > end.size() && base.compare(base.size() - end.size(), end.size(), end) == 0) {
-      base.erase(base.size() - end.size());
-      base.erase(0, base.compare(0, 3, "lib") == 0 ? 3 : 0);
+    if (!CheckWords::contains(entry->parents, parent)) {
+      const bool isFoundAnyway = tag == "appender";
+      warn("misplaced-element", element, "",
+           isFoundAnyway
+               ? "the element <{}> is found, but belongs elsewhere than in <{}>"
+               : "the element <{}> is skipped with all that is in it: it is not read in <{}>",
+           entry->parents.empty() ? LEAVE_OUT : "<{}> inside of <{}>",
+           {tag, parent, tag, CheckWords::either(entry->parents)});
+      if (!isFoundAnyway) {
+        return;
+      }
+    }
+    checkAttributes(element);
+    checkText(element);
+    if (CheckWords::contains({"logger", "category", "root"}, tag)) {
+      checkLogger(element);
+    } else if (tag == "appender") {
+      checkAppender(element);
+    } else if (tag == "appender-ref") {
+      checkReference(element, parent);
+    } else if (tag == "renderer") {
+      checkRenderer(element);
+    } else if (tag == "categoryFactory") {
+      checkFactory(element);
+    }
+    for (const CheckElement& child : element.children()) {
+      checkElement(child, tag);
     }
   }
-  if (base != name) {
-    m_findings.warn("library-name", element, attribute,
-                    CheckWords::quoted(name) +
-                        " is not loaded: a library is named without its directory and without what "
-                        "the system puts around its name",
-                    assignment(attribute, base));
-  }
-}
 
-void CheckStructureRules::checkLibraries(const ZEBIDOM_Element& element, const std::string& tag) {
-  const bool isRenderer = tag == "renderer";
-  if (isRenderer || tag == "categoryFactory") {
-    checkLibraryName(element, isRenderer ? "renderingClass" : "class");
+  void checkUnknown(const CheckElement& element, const Words& known) {
+    const std::string tag = element.tag();
+    // No element but the root has a prefix, and there are no elements around all of a kind.
+    const auto meant = CheckWords::nearest(tag.substr(tag.rfind(':') + 1), known);
+    const Elements inside = element.children();
+    const bool isWrapper = std::any_of(
+        inside.begin(), inside.end(),
+        [&](const CheckElement& child) { return CheckWords::contains(known, child.tag()); });
+    warn("unknown-element", element, "",
+         "the element <{}> is not known: it is skipped with all that is in it", "{}",
+         {tag, isWrapper ? "what is in it, without <" + tag + "> around it"
+               : meant   ? inAngles(*meant)
+                         : CheckWords::oneOf(known)});
   }
-  if (isRenderer) {
+
+  void checkAttributes(const CheckElement& element) {
+    const ZEBIDOM_NamedNodeMap attributes = element.dom().getAttributes();
+    for (std::size_t i = 0; i < attributes.getLength(); ++i) {
+      checkAttribute(element, attributes.item(i).getNodeName().toStdString(),
+                     attributes.item(i).getNodeValue().toStdString());
+    }
+  }
+
+  void checkAttribute(const CheckElement& element, const std::string& name,
+                      const std::string& value) {
+    const std::string tag = element.tag();
+    const Words& known = entryOf(element == m_document.root() ? ROOT_ELEMENT : tag)->attributes;
+    if (name == "xmlns" || name.find(':') != std::string::npos) {
+      return;
+    }
+    if (!CheckWords::contains(known, name)) {
+      warn("unknown-attribute", element, name,
+           "the attribute \"{}\" is ignored: <{}> has none of that name", "{}",
+           {name, tag, insteadOf(element, name, value, known)});
+      return;
+    }
+    if (value.find("${") != std::string::npos) {
+      warn("variable", element, name,
+           "nothing is put in the place of a variable: \"{}\" is taken as it stands",
+           "the text that is meant", {value});
+    }
+    const bool isName = name == "ref" || (name == "name" && tag != "param");
+    if (const std::string meant = CheckWords::trimmed(value); isName && meant != value) {
+      warn("blanks", element, name, "the blanks around \"{}\" are part of the name", "{}=\"{}\"",
+           {value, name, meant});
+    }
+  }
+
+  /// What to write instead of an attribute that the element does not have.
+  static std::string insteadOf(const CheckElement& element, const std::string& name,
+                               const std::string& value, const Words& known) {
+    const auto assigned = [&](const std::string& other) { return other + "=\"" + value + "\""; };
+    if (CheckWords::lower(name) == "level" && !CheckWords::contains(known, "value")) {
+      return "<level " + assigned("value") + "/> inside of the element";
+    }
+    if (const std::string param = paramOf(element, name); !param.empty()) {
+      return "<param name=\"" + param + "\" " + assigned("value") + "/> inside of it";
+    }
+    if (const auto meant = CheckWords::nearest(name, known)) {
+      return assigned(*meant);
+    }
+    if (CheckWords::lower(name) == "threshold") {
+      return "a <filter class=\"LOGLevelRangeFilter\"> with LevelMin";
+    }
+    for (const std::string& other : known) {
+      if (isNeeded(other, element.tag()) && !element.has(other)) {
+        return assigned(other);
+      }
+    }
+    return known.empty() ? LEAVE_OUT : CheckWords::oneOf(known);
+  }
+
+  void checkText(const CheckElement& element) {
+    const std::string tag = element.tag();
+    for (ZEBIDOM_Node child = element.dom().getFirstChild(); !child.isNull();
+         child = child.getNextSibling()) {
+      const std::string text = CheckWords::trimmed(child.getNodeValue().toStdString());
+      if (child.getNodeType() != ZEBIDOM_Node::TEXT_NODE || text.empty()) {
+        continue;
+      }
+      const Entry* const entry = entryOf(tag);
+      const std::string name = element.get("name");
+      std::string instead = "a comment, or nothing";
+      for (const char* const attribute : {"value", "ref"}) {
+        if (entry != nullptr && CheckWords::contains(entry->attributes, attribute)) {
+          instead = "<" + tag + (name.empty() ? "" : " name=\"" + name + "\"") + " " + attribute +
+                    "=\"" + text + "\"/>";
+        }
+      }
+      warn("text", element, "",
+           "the text \"{}\" in <{}> is ignored: only attributes and elements are read", "{}",
+           {text, tag, instead});
+    }
+  }
+
+  void checkRootAttributes(const CheckElement& root) {
+    const std::string debug = root.get("debug");
+    warnIf(CheckWords::contains({"false", "no", "off", "0"},
+                                CheckWords::lower(CheckWords::trimmed(debug))),
+           "debug", root, "debug",
+           "debug=\"{}\" turns the library's internal debugging on: every value does but an empty "
+           "one and \"null\"",
+           "no attribute debug", {debug});
+    warnIf(!CheckWords::contains({"", "null"}, root.get("configDebug")), "debug", root,
+           "configDebug",
+           "the attribute \"configDebug\" is out of date, and turns internal debugging on whatever "
+           "it says",
+           "debug=\"true\", or nothing");
+    const std::string threshold = root.get("threshold");
+    warnIf(!CheckWords::contains({"", "null"}, threshold) && !CheckWords::isLevel(threshold),
+           "unknown-level", root, "threshold",
+           "\"{}\" is no level: the threshold stays what it was, at first ALL", "threshold=\"{}\"",
+           {threshold, CheckWords::probableLevel(threshold).value_or("INFO")});
+  }
+
+  void checkTruthValue(const CheckElement& element, const std::string& attribute,
+                       const std::string& value, bool caseCounts) {
+    const bool isMisspelt = caseCounts && value != "false" && CheckWords::lower(value) == "false";
+    warnIf(!value.empty() && (isMisspelt || !CheckWords::isTruthValue(value)), "truth-value",
+           element, attribute, "{}=\"{}\" means true: everything does but \"false\"",
+           "{}=\"true\" or {}=\"false\"", {attribute, value, attribute, attribute});
+  }
+
+  void checkLogger(const CheckElement& element) {
+    checkLevels(element);
+    for (const CheckElement& param : element.children("param")) {
+      warn("param-without-effect", param, "", "a param of a logger has no effect", LEAVE_OUT);
+    }
+    if (element.tag() == "root") {
+      return;
+    }
+    checkTruthValue(element, "additivity", element.get("additivity"), false);
+    checkLoggerName(element, element.get("name"));
+    const std::string className = element.className();
+    warnIf(!className.empty() && m_document.root().children("categoryFactory").empty(),
+           "logger-class", element, "class",
+           "the element is skipped: a logger of class \"{}\" needs a <categoryFactory>, and the "
+           "document has none",
+           "no attribute class", {className});
+  }
+
+  void checkLoggerName(const CheckElement& element, const std::string& name) {
+    warnIf(CheckWords::lower(name) == "root", "logger-named-root", element, "name",
+           "this is a logger of the name \"{}\" below the root logger, not the root logger itself",
+           "<root>", {name});
+    if (!LOGDOMConfigurator::isReasonableLoggerName(element.dom().getAttribute("name"))) {
+      warn("logger-name", element, "name",
+           "the element is skipped: the name of a logger has no more than 1024 characters and 64 "
+           "dots",
+           "a shorter name");
+    } else if (name.find('*') != std::string::npos) {
+      const std::string above = name.substr(0, name.find_last_not_of(".*") + 1);
+      warn("logger-name", element, "name",
+           "a \"*\" in the name of a logger stands for itself; a logger's settings go to those "
+           "below it anyway",
+           above.empty() ? "<root>" : "name=\"{}\"", {above});
+    } else if (!name.empty() && (name.front() == '.' || name.back() == '.' ||
+                                 name.find("..") != std::string::npos)) {
+      warn("logger-name", element, "name",
+           "the dots in \"{}\" enclose an empty component, so that it is above no logger that it "
+           "seems to be above",
+           "a name whose components have a dot between them", {name});
+    } else if (const std::string dotted = withDots(name); dotted != name) {
+      warn("logger-name", element, "name",
+           "only dots separate the components of a name: no logger is above \"{}\" or below it for "
+           "its \"::\" or \"/\"",
+           "name=\"{}\"", {name, dotted});
+    }
+  }
+
+  void checkLevels(const CheckElement& logger) {
+    bool isFirst = true;
+    for (const CheckElement& child : logger.children()) {
+      if (!CheckWords::contains({"level", "priority"}, child.tag())) {
+        continue;
+      }
+      checkLevel(child, logger.tag() == "root");
+      warnIf(!isFirst, "duplicate-level", child, "",
+             "there is a level before this one; the last one counts", "one <level>");
+      isFirst = false;
+    }
+  }
+
+  void checkLevel(const CheckElement& level, bool isRoot) {
+    const Words inherited{"inherited", "null"};
+    const std::string value = level.get("value");
+    const std::string word = CheckWords::lower(CheckWords::trimmed(value));
+    warnIf(!level.get("class").empty(), "level-class", level, "class",
+           "the class of a level has no effect", "no attribute class");
+    if (CheckWords::contains(inherited, value)) {
+      warnIf(isRoot, "root-level", level, "value",
+             "the root logger has nobody to inherit from: its level stays what it was, at first "
+             "DEBUG",
+             "value=\"INFO\"");
+    } else if (!CheckWords::isLevel(value)) {
+      warn("unknown-level", level, "value", "\"{}\" is no level: it means DEBUG", "value=\"{}\"",
+           {value, !isRoot && CheckWords::contains(inherited, word)
+                       ? word
+                       : CheckWords::probableLevel(value).value_or("DEBUG")});
+    }
+  }
+
+  void checkAppender(const CheckElement& element) {
+    const std::string name = element.get("name");
+    warnIf(!name.empty() && m_document.appender(name) == element && m_unused.count(name) > 0,
+           "unused-appender", element, "",
+           "the appender \"{}\" is never built: no <appender-ref> of a logger leads to it, "
+           "directly or through an asynchronous appender",
+           "<appender-ref ref=\"{}\"/> in <root> or a <logger>", {name, name});
+    checkTruthValue(element, "addProcID", element.get("addProcID"), true);
+    warnIf(element.has("addProcID") && element.className() != "LOGRollingFileAppender",
+           "attribute-without-effect", element, "addProcID",
+           "addProcID has no effect: only LOGRollingFileAppender reads it",
+           "class=\"LOGRollingFileAppender\", or no addProcID");
+  }
+
+  void checkReference(const CheckElement& reference, const std::string& parent) {
+    const std::string name = reference.get("ref");
+    const CheckElement holder = reference.parent();
+    if (parent == "appender" && holder.className() != "LOGAsyncAppender") {
+      warn("misplaced-element", reference, "",
+           "the reference is ignored: only LOGAsyncAppender passes events on to other appenders",
+           "class=\"LOGAsyncAppender\", or the reference in a logger");
+      return;
+    }
+    if (m_document.appender(name).isNull()) {
+      Words names;
+      for (const CheckElement& appender : m_document.elements("appender")) {
+        names.push_back(appender.get("name"));
+      }
+      const auto meant = CheckWords::nearest(name, names);
+      warn("unknown-appender", reference, "ref",
+           "there is no appender \"{}\", so the reference is left out",
+           meant ? "ref=\"{}\"" : "the name of an appender of this document",
+           {name, meant.value_or("")});
+      return;
+    }
+    for (const CheckElement& sibling : holder.children("appender-ref")) {
+      if (sibling == reference) {
+        return;
+      }
+      if (sibling.get("ref") == name) {
+        warn("duplicate-reference", reference, "ref",
+             "the appender \"{}\" is referred to before; once counts", "one reference", {name});
+        return;
+      }
+    }
+  }
+
+  /// `what` has its article in front.
+  void checkNames(const std::string& what, const Elements& elements,
+                  const std::string& consequence) {
+    std::map<std::string, int> lines;
+    for (const CheckElement& element : elements) {
+      const std::string name = element.get("name");
+      if (name.empty()) {
+        warn("no-name", element, "", "the {} has no name", "name=\"...\"",
+             {what.substr(what.find(' ') + 1)});
+      } else if (const auto [known, isNew] = lines.insert({name, element.line()}); !isNew) {
+        warn("duplicate-name", element, "name", "there is {} \"{}\" in line {} already; {}",
+             "another name, or one element",
+             {what, name, std::to_string(known->second), consequence});
+      }
+    }
+  }
+
+  void checkOrder(const Elements& loggers) {
+    std::set<std::string> before;
+    for (const CheckElement& logger : loggers) {
+      const std::string name = logger.get("name");
+      const std::string start = name + ".";
+      const auto below = before.lower_bound(start);
+      if (!name.empty() && below != before.end() && below->compare(0, start.size(), start) == 0) {
+        warn("logger-order", logger, "name",
+             "\"{}\" is described before \"{}\", which is above it: loggers below both that the "
+             "program has asked for already may inherit from \"{}\" alone",
+             "this element before that one", {*below, name, name});
+      }
+      before.insert(name);
+    }
+  }
+
+  void checkLibraryName(const CheckElement& element, const char* attribute) {
+    const std::string name = element.get(attribute);
+    std::string base = name.substr(name.find_last_of("/\\:") + 1);
+    for (const std::string end : {".so", ".dll"}) {
+      if (base.size() > end.size() &&
+          base.compare(base.size() - end.size(), end.size(), end) == 0) {
+        base.erase(base.size() - end.size());
+        base.erase(0, base.compare(0, 3, "lib") == 0 ? 3 : 0);
+      }
+    }
+    warnIf(base != name, "library-name", element, attribute,
+           "\"{}\" is not loaded: a library is named without its directory and without what the "
+           "system puts around its name",
+           "{}=\"{}\"", {name, attribute, base});
+  }
+
+  void checkRenderer(const CheckElement& element) {
+    checkLibraryName(element, "renderingClass");
     for (const char* const name : {"renderedClass", "renderingClass"}) {
-      if (CheckedDocument::attribute(element, name).empty()) {
-        m_findings.warn("no-class", element, "",
-                        std::string("the renderer is not registered: it has no ") + name,
-                        std::string(name) + "=\"...\"");
-      }
+      warnIf(element.get(name).empty(), "no-class", element, "",
+             "the renderer is not registered: it has no {}", "{}=\"...\"", {name, name});
     }
-  } else if (tag == "categoryFactory" && CheckedDocument::classOf(element).empty()) {
-    m_findings.warn("no-class", element, "",
-                    "the factory has no class, so no logger factory is loaded",
-                    "class=\"NAME_OF_THE_LIBRARY\"");
   }
+
+  void checkFactory(const CheckElement& element) {
+    checkLibraryName(element, "class");
+    warnIf(element.className().empty(), "no-class", element, "",
+           "the factory has no class, so no logger factory is loaded",
+           "class=\"NAME_OF_THE_LIBRARY\"");
+  }
+
+  const std::set<std::string> m_unused;
+};
+
+}  // namespace
+
+bool CheckRules::checkRoot(CheckFindings& findings) {
+  const CheckElement root = findings.document().root();
+  const std::string tag = root.tag();
+  if (tag == "configuration") {
+    findings.warn("old-root", root, "", "the root element <configuration> is out of date",
+                  inAngles(ROOT_ELEMENT));
+  } else if (tag != ROOT_ELEMENT) {
+    findings.fail("wrong-root", root.place(),
+                  "the root element is <" + tag + ">, so nothing of the document is used",
+                  inAngles(ROOT_ELEMENT));
+    return false;
+  }
+  return true;
 }
+
+void CheckRules::checkStructure(CheckFindings& findings) { StructureRules(findings).checkAll(); }

@@ -1,8 +1,7 @@
 #include "tools/CheckSummary.h"
 
 #include <algorithm>
-#include <memory>
-#include <utility>
+#include <nlohmann/json.hpp>
 
 #include "appenders/LOGAsyncAppender.h"
 #include "appenders/LOGConsoleAppender.h"
@@ -10,21 +9,22 @@
 #include "core/LOGLevel.h"
 #include "core/LOGLogger.h"
 #include "core/LOGLoggerRepository.h"
+#include "core/LOGLoggingEvent.h"
 #include "core/LOGManager.h"
-#include "filters/LOGDenyAllFilter.h"
-#include "filters/LOGLevelMatchFilter.h"
-#include "filters/LOGLevelRangeFilter.h"
-#include "filters/LOGStringMatchFilter.h"
+#include "filters/LOGFilter.h"
 #include "layouts/LOGLayout.h"
 #include "layouts/LOGPatternLayout.h"
 #include "net/LOGLocalUDPAppender.h"
 #include "net/LOGSyslogAppender.h"
 #include "net/LOGTCPSocketAppender.h"
-#include "tools/CheckWords.h"
+#include "tools/FilterView.h"
 
 namespace {
 
-using Passes = CheckRehearsal::Passes;
+using Json = nlohmann::ordered_json;
+using Delivery = CheckRehearsal::Delivery;
+
+Json textOrNull(const std::string& text) { return text.empty() ? Json() : Json(text); }
 
 std::string nameOf(const LOGAppenderSkeleton& appender) { return appender.getName().toStdString(); }
 
@@ -50,28 +50,12 @@ std::string destinationOf(LOGFileAppender& appender) {
 }
 
 std::string destinationOf(LOGAsyncAppender& appender) {
-  std::vector<std::string> names;
+  std::string names;
   for (const LOGAppenderSkeleton* const attached : appender.getAAI()->snapshot()) {
-    names.push_back(nameOf(*attached));
-  }
-  std::string text;
-  for (const std::string& name : names) {
-    text += (text.empty() ? "" : ", ") + name;
+    names += (names.empty() ? "" : ", ") + nameOf(*attached);
   }
   return "a queue of " + std::to_string(LOGAsyncAppender::DEFAULT_BUFFER_SIZE) +
-         " events, from which a thread passes them on to " + (names.empty() ? "nobody" : text);
-}
-
-/// The host stands in the document only, because setting it would look it up.
-std::string hostOf(const ZEBIDOM_Element& appender) {
-  std::string host;
-  for (const ZEBIDOM_Element& param : CheckedDocument::children(appender, "param")) {
-    const std::string value = CheckedDocument::attribute(param, "value");
-    if (CheckedDocument::attribute(param, "name") == "Host" && !value.empty()) {
-      host = value;
-    }
-  }
-  return host.empty() ? "this machine" : host;
+         " events, from which a thread passes them on to " + (names.empty() ? "nobody" : names);
 }
 
 std::string destinationOf(const CheckRehearsal::Appender& known) {
@@ -84,7 +68,10 @@ std::string destinationOf(const CheckRehearsal::Appender& known) {
   }
   if (const auto* const syslog = dynamic_cast<const LOGSyslogAppender*>(&appender)) {
     const std::string facility = syslog->getFacility().toStdString();
-    return "the syslog daemon at UDP port 514 of " + hostOf(known.element) + ", facility " +
+    // The host stands in the document only, because setting it would look it up.
+    const CheckElement host = known.element.param("Host");
+    return "the syslog daemon at UDP port 514 of " +
+           (host.isNull() ? "this machine" : host.get("value")) + ", facility " +
            facility.substr(0, facility.size() - 1);
   }
   if (const auto* const udp = dynamic_cast<const LOGLocalUDPAppender*>(&appender)) {
@@ -97,52 +84,20 @@ std::string destinationOf(const CheckRehearsal::Appender& known) {
   return "standard output";
 }
 
-std::string layoutOf(const LOGAppenderSkeleton& appender, const ZEBIDOM_Element& element) {
-  const auto layouts = CheckedDocument::children(element, "layout");
-  const LOGLayout* const layout = appender.getLayout();
-  if (layout == nullptr || layouts.empty()) {
+std::string layoutOf(const CheckRehearsal::Appender& known) {
+  const LOGLayout* const layout = known.appender->getLayout();
+  if (layout == nullptr || known.element.children("layout").empty()) {
     return "";
   }
   // The simple layout has the class of the base.
-  std::string name = layout->instanceOf().toStdString();
-  name = name == "LOGLayout" ? "LOGSimpleLayout" : name;
+  const std::string name = layout->instanceOf().toStdString();
   const auto* const pattern = dynamic_cast<const LOGPatternLayout*>(layout);
-  return pattern == nullptr
-             ? name
-             : name + " " + CheckWords::quoted(pattern->getConversionPattern().toStdString());
+  return name == "LOGLayout"  ? "LOGSimpleLayout"
+         : pattern == nullptr ? name
+                              : name + " \"" + pattern->getConversionPattern().toStdString() + "\"";
 }
 
-std::string inWords(LOGFilter* filter) {
-  if (filter == nullptr) {
-    return "LOGLogUVDDyeTraceFilter: decides by the code of its library";
-  }
-  const std::string name = filter->instanceOf().toStdString() + ": ";
-  if (const auto* const range = dynamic_cast<const LOGLevelRangeFilter*>(filter)) {
-    const LOGLevel* const least = range->getLevelMin();
-    const LOGLevel* const most = range->getLevelMax();
-    std::vector<std::string> denied;
-    if (least != nullptr) {
-      denied.push_back(std::string("below ") + least->toString());
-    }
-    if (most != nullptr) {
-      denied.push_back(std::string("above ") + most->toString());
-    }
-    return name +
-           (denied.empty() ? "decides nothing" : "denies what is " + CheckWords::either(denied));
-  }
-  if (const auto* const level = dynamic_cast<const LOGLevelMatchFilter*>(filter)) {
-    const std::unique_ptr<I18NString> wanted(level->getLevelToMatch());
-    return name + (wanted == nullptr ? "decides nothing" : "accepts " + wanted->toStdString());
-  }
-  if (const auto* const text = dynamic_cast<const LOGStringMatchFilter*>(filter)) {
-    const std::string wanted = text->getStringToMatch().toStdString();
-    return name + (wanted.empty() ? "decides nothing"
-                                  : "accepts messages that contain " + CheckWords::quoted(wanted));
-  }
-  return name + "denies everything";
-}
-
-std::string inWords(const CheckRehearsal::Delivery& delivery) {
+std::string inWords(const Delivery& delivery) {
   std::string text;
   for (const LOGAppenderSkeleton* const appender : delivery.path) {
     text += (text.empty() ? "" : " > ") + nameOf(*appender);
@@ -150,104 +105,137 @@ std::string inWords(const CheckRehearsal::Delivery& delivery) {
   return delivery.condition.empty() ? text : text + " if " + delivery.condition;
 }
 
-}  // namespace
+class Summary {
+ public:
+  explicit Summary(const CheckRehearsal& rehearsal) : m_rehearsal(rehearsal) {}
 
-CheckSummary::CheckSummary(const CheckedDocument& document, const CheckRehearsal& rehearsal) {
-  const LOGLevel* const threshold = LOGManager::getLoggerRepository()->getThreshold();
-  m_threshold = threshold == nullptr ? "ALL" : threshold->toString();
-  addLoggers(rehearsal);
-  std::map<std::pair<int, int>, const CheckRehearsal::Appender*> built;
-  for (const CheckRehearsal::Appender& known : rehearsal.appenders()) {
-    built[{known.element.getLine(), known.element.getColumn()}] = &known;
+  Json loggers() {
+    Json loggers = Json::array();
+    for (const CheckRehearsal::Logger& known : m_rehearsal.loggers()) {
+      loggers.push_back(toJson(known));
+    }
+    std::sort(loggers.begin(), loggers.end(), [](const Json& a, const Json& b) {
+      return a["root"] != b["root"] ? a["root"].get<bool>() : a["name"] < b["name"];
+    });
+    return loggers;
   }
-  for (const ZEBIDOM_Element& element : document.elements("appender")) {
-    const auto known = built.find({element.getLine(), element.getColumn()});
-    addAppender(element, known == built.end() ? nullptr : known->second);
-  }
-}
 
-void CheckSummary::addLoggers(const CheckRehearsal& rehearsal) {
-  for (const CheckRehearsal::Logger& known : rehearsal.loggers()) {
-    Logger logger{};
-    logger.isRoot = known.isRoot;
-    logger.name = known.isRoot ? "root" : known.logger->getName().toStdString();
-    logger.line = known.element.isNull() ? 0 : known.element.getLine();
-    const LOGLogger* owner = known.logger;
+  /// After loggers(), which chooses the samples.
+  Json appenders(const CheckedDocument& document) {
+    Json appenders = Json::array();
+    for (const CheckElement& element : document.elements("appender")) {
+      const auto& built = m_rehearsal.appenders();
+      const auto known = std::find_if(
+          built.begin(), built.end(),
+          [&](const CheckRehearsal::Appender& appender) { return appender.element == element; });
+      appenders.push_back(toJson(element, known == built.end() ? nullptr : &*known));
+    }
+    return appenders;
+  }
+
+ private:
+  /// The event that shows what an appender's layout writes.
+  struct Sample {
+    LOGLogger* logger = nullptr;
+    LOGLevel* level = nullptr;
+    int fitness = -1;
+  };
+
+  Json toJson(const CheckRehearsal::Logger& known) {
+    const LOGLogger* owner = known.logger;  // of the level
     while (owner->getLevel() == nullptr && owner->getParent() != nullptr) {
       owner = owner->getParent();
     }
+    const auto name = [](const LOGLogger& logger) {
+      return logger.getParent() == nullptr ? "root" : logger.getName().toStdString();
+    };
     const LOGLevel* const level = known.logger->getChainedLevel();
-    logger.level = level == nullptr ? "" : level->toString();
-    if (owner != known.logger) {
-      logger.inheritedFrom =
-          owner->getParent() == nullptr ? "root" : owner->getName().toStdString();
-    }
-    for (const LOGLogger* stage = known.logger->getParent(); stage != nullptr;
-         stage = stage->getParent()) {
-      ++logger.depth;
-    }
-    logger.isAdditive = known.logger->getAdditivity() != 0;
-    logger.routes = routesOf(*known.logger, rehearsal);
-    m_loggers.push_back(std::move(logger));
+    return {{"name", name(*known.logger)},
+            {"root", known.isRoot},
+            {"line", known.element.line()},
+            {"level", level == nullptr ? Json() : Json(level->toString())},
+            {"inheritedFrom", owner == known.logger ? Json() : Json(name(*owner))},
+            {"additivity", known.logger->getAdditivity() != 0},
+            {"routes", routesOf(*known.logger)}};
   }
-  std::sort(m_loggers.begin(), m_loggers.end(), [](const Logger& a, const Logger& b) {
-    return a.isRoot != b.isRoot ? a.isRoot : a.name < b.name;
-  });
-}
 
-std::vector<CheckSummary::Route> CheckSummary::routesOf(LOGLogger& logger,
-                                                        const CheckRehearsal& rehearsal) {
-  std::vector<Route> routes;
-  for (const std::string& name : CheckWords::eventLevels()) {
-    LOGLevel& level = CheckRehearsal::level(name);
-    Route route{{name}, {}, logger.isEnabledFor(&level) != 0};
-    for (const CheckRehearsal::Delivery& delivery : rehearsal.deliveries(logger, level)) {
-      route.destinations.push_back(inWords(delivery));
-      proposeSample(delivery, logger, level);
+  /// Levels whose events go to the same places are one route.
+  Json routesOf(LOGLogger& logger) {
+    Json routes = Json::array();
+    for (LOGLevel* const level : CheckRehearsal::levels()) {
+      Json destinations = Json::array();
+      for (const Delivery& delivery : m_rehearsal.deliveries(logger, *level)) {
+        destinations.push_back(inWords(delivery));
+        proposeSample(delivery, logger, *level);
+      }
+      const bool isEnabled = logger.isEnabledFor(level) != 0;
+      if (routes.empty() || routes.back()["to"] != destinations ||
+          routes.back()["enabled"] != isEnabled) {
+        routes.push_back({{"levels", Json::array()}, {"enabled", isEnabled}, {"to", destinations}});
+      }
+      routes.back()["levels"].push_back(level->toString());
     }
-    const bool isAsBefore = !routes.empty() && routes.back().destinations == route.destinations &&
-                            routes.back().isEnabled == route.isEnabled;
-    if (isAsBefore) {
-      routes.back().levels.push_back(name);
-    } else {
-      routes.push_back(std::move(route));
+    return routes;
+  }
+
+  /// An event that certainly arrives, of a logger with a name and of the level INFO, shows best
+  /// what a layout does.
+  void proposeSample(const Delivery& delivery, LOGLogger& logger, LOGLevel& level) {
+    const int fitness = (delivery.passes == CheckRehearsal::Passes::Yes ? 4 : 0) +
+                        (logger.getParent() == nullptr ? 0 : 2) +
+                        (level.toInt() == LOGLevel::INFO_RANK ? 1 : 0);
+    Sample& chosen = m_samples[delivery.path.back()];
+    if (fitness > chosen.fitness) {
+      chosen = {&logger, &level, fitness};
     }
   }
-  return routes;
-}
 
-/// An event that certainly arrives, of a logger with a name and of the level INFO, shows best what
-/// a layout does.
-void CheckSummary::proposeSample(const CheckRehearsal::Delivery& delivery, LOGLogger& logger,
-                                 LOGLevel& level) {
-  const int fitness = (delivery.passes == Passes::Yes ? 4 : 0) +
-                      (logger.getParent() == nullptr ? 0 : 2) +
-                      (level.toInt() == LOGLevel::INFO_RANK ? 1 : 0);
-  Sample& chosen = m_samples[delivery.path.back()];
-  if (fitness > chosen.fitness) {
-    chosen = {&logger, &level, fitness};
-  }
-}
-
-void CheckSummary::addAppender(const ZEBIDOM_Element& element,
-                               const CheckRehearsal::Appender* known) {
-  Appender appender{};
-  appender.name = CheckedDocument::attribute(element, "name");
-  appender.className = CheckedDocument::classOf(element);
-  appender.line = element.getLine();
-  if (known != nullptr) {
-    appender.isBuilt = true;
-    appender.destination = destinationOf(*known);
-    appender.layout = layoutOf(*known->appender, element);
-    const Sample& sample = m_samples[known->appender];
-    if (sample.logger != nullptr) {
-      appender.sample = CheckRehearsal::sample(*known->appender, *sample.logger, *sample.level);
+  std::string sampleOf(LOGAppenderSkeleton& appender) {
+    const Sample& sample = m_samples[&appender];
+    auto* const layout = const_cast<LOGLayout*>(appender.getLayout());
+    if (layout == nullptr || sample.logger == nullptr) {
+      return "";
     }
+    const I18NString message("an example message");
+    LOGLoggingEvent event(sample.logger, sample.level, LOGMessageText{message});
+    return layout->format(&event).toStdString();
+  }
+
+  Json toJson(const CheckElement& element, const CheckRehearsal::Appender* known) {
+    Json appender{
+        {"name", element.get("name")}, {"class", element.className()}, {"line", element.line()},
+        {"built", known != nullptr},   {"destination", nullptr},       {"layout", nullptr},
+        {"sample", nullptr},           {"filters", Json::array()},     {"threshold", nullptr}};
+    if (known == nullptr) {
+      return appender;
+    }
+    appender["destination"] = destinationOf(*known);
+    appender["layout"] = textOrNull(layoutOf(*known));
+    appender["sample"] = textOrNull(sampleOf(*known->appender));
     for (LOGFilter* const filter : CheckRehearsal::filters(*known)) {
-      appender.filters.push_back(inWords(filter));
+      const std::string name =
+          filter == nullptr ? FilterView::LOADED_FILTER : filter->instanceOf().toStdString();
+      const std::string action = FilterView(filter).action();
+      appender["filters"].push_back(name + ": " + (action.empty() ? "decides nothing" : action));
     }
-    const LOGLevel* const threshold = known->appender->getThreshold();
-    appender.threshold = threshold == nullptr ? "" : threshold->toString();
+    if (const LOGLevel* const threshold = known->appender->getThreshold()) {
+      appender["threshold"] = threshold->toString();
+    }
+    return appender;
   }
-  m_appenders.push_back(std::move(appender));
+
+  const CheckRehearsal& m_rehearsal;
+  std::map<const LOGAppenderSkeleton*, Sample> m_samples;
+};
+
+}  // namespace
+
+Json CheckSummary::of(const CheckedDocument& document, const CheckRehearsal& rehearsal) {
+  const LOGLevel* const threshold = LOGManager::getLoggerRepository()->getThreshold();
+  Summary summary(rehearsal);
+  Json members;
+  members["threshold"] = threshold == nullptr ? "ALL" : threshold->toString();
+  members["loggers"] = summary.loggers();
+  members["appenders"] = summary.appenders(document);
+  return members;
 }

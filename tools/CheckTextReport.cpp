@@ -1,13 +1,19 @@
 #include "tools/CheckTextReport.h"
 
+#include <nlohmann/json.hpp>
 #include <ostream>
+
+#include "core/LOGLogger.h"
+#include "core/LOGManager.h"
 
 namespace {
 
-std::string joined(const std::vector<std::string>& words) {
+using Json = nlohmann::ordered_json;
+
+std::string joined(const Json& words) {
   std::string text;
-  for (const std::string& word : words) {
-    text += (text.empty() ? "" : ", ") + word;
+  for (const Json& word : words) {
+    text += (text.empty() ? "" : ", ") + word.get<std::string>();
   }
   return text;
 }
@@ -71,84 +77,90 @@ void CheckTextReport::write(const std::string& fileName, const CheckFindings& fi
       place +=
           ":" + std::to_string(finding.place.line) + ":" + std::to_string(finding.place.column);
     }
-    const bool isError = finding.severity == CheckFinding::Severity::Error;
     m_out << styled(Style::Bold, printable(place) + ":") << ' '
-          << (isError ? styled(Style::Error, "error:") : styled(Style::Warning, "warning:")) << ' '
-          << printable(finding.text) << " [" << finding.rule << "]\n";
+          << (finding.isError ? styled(Style::Error, "error:") : styled(Style::Warning, "warning:"))
+          << ' ' << printable(finding.text) << " [" << finding.rule << "]\n";
     if (!finding.instead.empty()) {
       m_out << "    instead: " << printable(finding.instead) << '\n';
     }
   }
-  const std::size_t errors = findings.count(CheckFinding::Severity::Error);
-  const std::size_t warnings = findings.count(CheckFinding::Severity::Warning);
+  const std::vector<CheckFinding>& all = findings.all();
   m_out << styled(Style::Bold, printable(fileName) + ":") << ' '
-        << (errors > 0     ? "cannot be used"
-            : warnings > 0 ? counted(warnings, "warning")
-                           : "nothing to complain of")
+        << (all.empty()          ? "nothing to complain of"
+            : all.back().isError ? "cannot be used"
+                                 : counted(all.size(), "warning"))
         << '\n';
 }
 
-void CheckTextReport::write(const CheckSummary& summary) {
+void CheckTextReport::write(const Json& summary) {
   m_out << '\n' << styled(Style::Bold, "Loggers, and where their events go") << '\n';
-  if (summary.threshold() != "ALL") {
-    m_out << "  nothing below " << summary.threshold() << " is logged by any of them\n";
+  if (summary["threshold"] != "ALL") {
+    m_out << "  nothing below " << summary["threshold"].get<std::string>()
+          << " is logged by any of them\n";
   }
-  for (const CheckSummary::Logger& logger : summary.loggers()) {
+  for (const Json& logger : summary["loggers"]) {
     writeLogger(logger);
   }
   m_out << '\n' << styled(Style::Bold, "Appenders") << '\n';
-  for (const CheckSummary::Appender& appender : summary.appenders()) {
+  for (const Json& appender : summary["appenders"]) {
     writeAppender(appender);
   }
 }
 
-void CheckTextReport::writeLogger(const CheckSummary::Logger& logger) {
-  const std::string indent(2 + 2 * static_cast<std::size_t>(logger.depth), ' ');
-  m_out << indent << styled(Style::Bold, printable(logger.name)) << "  " << logger.level;
-  if (!logger.inheritedFrom.empty()) {
-    m_out << " from " << printable(logger.inheritedFrom);
+void CheckTextReport::writeLogger(const Json& logger) {
+  const LOGLogger* above =
+      logger["root"] ? nullptr : LOGManager::exists(logger["name"].get<std::string>());
+  std::string indent = "  ";
+  while (above != nullptr && (above = above->getParent()) != nullptr) {
+    indent += "  ";
   }
-  if (!logger.isAdditive) {
+  m_out << indent << styled(Style::Bold, printable(logger["name"])) << "  "
+        << (logger["level"].is_null() ? "" : logger["level"].get<std::string>());
+  if (!logger["inheritedFrom"].is_null()) {
+    m_out << " from " << printable(logger["inheritedFrom"]);
+  }
+  if (!logger["additivity"]) {
     m_out << ", not to the appenders of loggers above";
   }
-  m_out << (logger.line == 0 ? "  (not in the document)"
-                             : "  (line " + std::to_string(logger.line) + ")")
+  m_out << (logger["line"] == 0 ? "  (not in the document)"
+                                : "  (line " + logger["line"].dump() + ")")
         << '\n';
-  for (const CheckSummary::Route& route : logger.routes) {
-    const std::string where = !route.isEnabled             ? "off"
-                              : route.destinations.empty() ? "nowhere"
-                                                           : joined(route.destinations);
-    const std::string line = indent + "    " + joined(route.levels) + ": " + printable(where);
-    m_out << (route.isEnabled ? line : styled(Style::Quiet, line)) << '\n';
+  for (const Json& route : logger["routes"]) {
+    const std::string where = !route["enabled"]     ? "off"
+                              : route["to"].empty() ? "nowhere"
+                                                    : joined(route["to"]);
+    const std::string line = indent + "    " + joined(route["levels"]) + ": " + printable(where);
+    m_out << (route["enabled"] ? line : styled(Style::Quiet, line)) << '\n';
   }
 }
 
-void CheckTextReport::writeAppender(const CheckSummary::Appender& appender) {
-  m_out << "  " << styled(Style::Bold, printable(appender.name)) << "  "
-        << printable(appender.className) << "  (line " << appender.line << ")\n";
-  if (!appender.isBuilt) {
+void CheckTextReport::writeAppender(const Json& appender) {
+  m_out << "  " << styled(Style::Bold, printable(appender["name"])) << "  "
+        << printable(appender["class"]) << "  (line " << appender["line"] << ")\n";
+  if (!appender["built"]) {
     writeField("writes to", "nowhere: it is not built");
     return;
   }
-  writeField("writes to", appender.destination);
-  if (!appender.layout.empty()) {
-    writeField("layout", appender.layout);
+  writeField("writes to", appender["destination"]);
+  writeField("layout", appender["layout"]);
+  writeField("sample", appender["sample"]);
+  int number = 0;
+  for (const Json& filter : appender["filters"]) {
+    ++number;
+    writeField(number == 1 ? "filters" : "",
+               std::to_string(number) + ". " + filter.get<std::string>());
   }
-  if (!appender.sample.empty()) {
-    writeField("sample", appender.sample);
-  }
-  for (std::size_t i = 0; i < appender.filters.size(); ++i) {
-    writeField(i == 0 ? "filters" : "", std::to_string(i + 1) + ". " + appender.filters[i]);
-  }
-  if (!appender.threshold.empty()) {
-    writeField("threshold", "nothing above " + appender.threshold + " passes");
+  if (!appender["threshold"].is_null()) {
+    writeField("threshold",
+               "nothing above " + appender["threshold"].get<std::string>() + " passes");
   }
 }
 
-void CheckTextReport::writeField(const char* name, const std::string& text) {
+void CheckTextReport::writeField(const char* name, const Json& text) {
   constexpr std::size_t WIDTH = 12;
   std::string label = name;
-  for (const std::string& line : printableLines(text)) {
+  for (const std::string& line :
+       text.is_null() ? std::vector<std::string>() : printableLines(text)) {
     label.resize(WIDTH, ' ');
     m_out << "      " << styled(Style::Quiet, label) << line << '\n';
     label.clear();

@@ -4,8 +4,11 @@
 #include <cerrno>
 #include <cstdlib>
 #include <limits>
+#include <map>
 #include <numeric>
 #include <utility>
+
+#include "core/LOGLevel.h"
 
 namespace {
 
@@ -31,6 +34,10 @@ std::size_t distance(const std::string& a, const std::string& b) {
 }
 
 }  // namespace
+
+bool CheckWords::contains(const std::vector<std::string>& words, const std::string& word) {
+  return std::find(words.begin(), words.end(), word) != words.end();
+}
 
 std::string CheckWords::trimmed(const std::string& text) {
   const std::size_t begin = text.find_first_not_of(BLANKS);
@@ -76,35 +83,18 @@ std::optional<std::string> CheckWords::nearest(const std::string& word,
   return best;
 }
 
-const std::vector<std::string>& CheckWords::eventLevels() {
-  static const std::vector<std::string> levels{"DEBUG", "INFO", "WARN", "ERROR", "FATAL"};
-  return levels;
-}
-
 bool CheckWords::isLevel(const std::string& word) {
-  const std::string name = lower(word);
-  const std::vector<std::string>& levels = eventLevels();
-  return name == "all" || name == "off" ||
-         std::any_of(levels.begin(), levels.end(),
-                     [&](const std::string& level) { return lower(level) == name; });
+  return lower(word) == "debug" || LOGLevel::toLevel(word) != LOGLevel::toLevel("DEBUG");
 }
 
 std::optional<std::string> CheckWords::probableLevel(const std::string& word) {
-  static constexpr struct {
-    const char* word;
-    const char* level;
-  } MEANINGS[] = {{"trace", "DEBUG"},  {"verbose", "DEBUG"}, {"notice", "INFO"},
-                  {"warning", "WARN"}, {"err", "ERROR"},     {"critical", "FATAL"},
-                  {"none", "OFF"},     {"severe", "ERROR"}};
-  const std::string meant = lower(trimmed(word));
-  for (const auto& meaning : MEANINGS) {
-    if (meant == meaning.word) {
-      return meaning.level;
-    }
-  }
-  std::vector<std::string> levels = eventLevels();
-  levels.insert(levels.end(), {"ALL", "OFF"});
-  return nearest(word, levels);
+  static const std::map<std::string, std::string> MEANINGS{
+      {"trace", "DEBUG"}, {"verbose", "DEBUG"},  {"notice", "INFO"}, {"warning", "WARN"},
+      {"err", "ERROR"},   {"critical", "FATAL"}, {"none", "OFF"},    {"severe", "ERROR"}};
+  const auto known = MEANINGS.find(lower(trimmed(word)));
+  return known != MEANINGS.end()
+             ? known->second
+             : nearest(word, {"DEBUG", "INFO", "WARN", "ERROR", "FATAL", "ALL", "OFF"});
 }
 
 bool CheckWords::isTruthValue(const std::string& word) {

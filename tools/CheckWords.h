@@ -8,7 +8,7 @@
 /// What the rules share about words and numbers of a document.
 class CheckWords {
  public:
-  static std::string quoted(const std::string& text) { return "\"" + text + "\""; }
+  static bool contains(const std::vector<std::string>& words, const std::string& word);
   static std::string trimmed(const std::string& text);
   /// In lower case, as far as ASCII goes.
   static std::string lower(const std::string& text);
@@ -20,8 +20,6 @@ class CheckWords {
   static std::optional<std::string> nearest(const std::string& word,
                                             const std::vector<std::string>& candidates);
 
-  /// The names of the levels that events can have, the lowest first.
-  static const std::vector<std::string>& eventLevels();
   static bool isLevel(const std::string& word);
   /// The level that a word which is none probably means.
   static std::optional<std::string> probableLevel(const std::string& word);

@@ -7,7 +7,6 @@
 #include "platform/ZEBIDOM_DOMImplementation.h"
 #include "platform/ZEBIDOM_NodeList.h"
 #include "platform/ZEBIDOM_Parser.h"
-#include "tools/CheckWords.h"
 
 namespace {
 
@@ -19,7 +18,7 @@ bool beginsCharacter(char c) { return (static_cast<unsigned char>(c) & 0xC0) != 
 }  // namespace
 
 CheckedDocument::CheckedDocument(const std::string& fileName)
-    : m_fileName(fileName), m_document(ZEBIDOM_DOMImplementation::getInstance().createDocument()) {
+    : m_document(ZEBIDOM_DOMImplementation::getInstance().createDocument()) {
   const I18NString name = I18NString::fromUtf8(fileName);
   if (name.toStdString() != fileName) {
     m_errorReason = "the name of the file is not UTF-8, so that the library cannot open it";
@@ -39,8 +38,8 @@ CheckedDocument::CheckedDocument(const std::string& fileName)
     m_text.erase(0, 3);  // it is no column of its line
   }
   splitIntoLines();
-  for (const ZEBIDOM_Element& element : elements("appender")) {
-    m_appenders.emplace(attribute(element, "name"), element);
+  for (const CheckElement& element : elements("appender")) {
+    m_appenders.emplace(element.get("name"), element);
   }
 }
 
@@ -76,28 +75,24 @@ CheckPlace CheckedDocument::placeAt(std::size_t offset) const {
           static_cast<int>(std::count_if(begin, end, beginsCharacter)) + 1};
 }
 
-std::vector<ZEBIDOM_Element> CheckedDocument::elements(const char* tagName) const {
-  std::vector<ZEBIDOM_Element> found;
-  const ZEBIDOM_NodeList nodes = m_document.getElementsByTagName(tagName);
+std::vector<CheckElement> CheckedDocument::elements(const char* tag) const {
+  std::vector<CheckElement> found;
+  const ZEBIDOM_NodeList nodes = m_document.getElementsByTagName(tag);
   for (std::size_t i = 0; i < nodes.getLength(); ++i) {
     found.emplace_back(nodes.item(i));
   }
   return found;
 }
 
-ZEBIDOM_Element CheckedDocument::appender(const std::string& name) const {
+CheckElement CheckedDocument::appender(const std::string& name) const {
   const auto known = m_appenders.find(name);
-  return known == m_appenders.end() ? ZEBIDOM_Element() : known->second;
+  return known == m_appenders.end() ? CheckElement() : known->second;
 }
 
-CheckPlace CheckedDocument::placeOf(const ZEBIDOM_Node& node) {
-  return {node.getLine(), node.getColumn()};
-}
-
-CheckPlace CheckedDocument::placeOf(const ZEBIDOM_Element& element,
+CheckPlace CheckedDocument::placeOf(const CheckElement& element,
                                     const std::string& attribute) const {
-  const CheckPlace fallback = placeOf(element);
-  const std::string beginning = "<" + tag(element);
+  const CheckPlace fallback = element.place();
+  const std::string beginning = "<" + element.tag();
   std::size_t at = offsetOf(fallback);
   if (m_text.compare(at, beginning.size(), beginning) != 0) {
     return fallback;
@@ -116,60 +111,4 @@ CheckPlace CheckedDocument::placeOf(const ZEBIDOM_Element& element,
     at = close == std::string::npos ? close : m_text.find_first_not_of(BLANKS, close + 1);
   }
   return fallback;
-}
-
-std::string CheckedDocument::tag(const ZEBIDOM_Element& element) {
-  return element.getTagName().toStdString();
-}
-
-std::string CheckedDocument::attribute(const ZEBIDOM_Element& element, const char* name) {
-  return element.getAttribute(name).toStdString();
-}
-
-std::vector<ZEBIDOM_Element> CheckedDocument::children(const ZEBIDOM_Element& element) {
-  std::vector<ZEBIDOM_Element> found;
-  for (ZEBIDOM_Node child = element.getFirstChild(); !child.isNull();
-       child = child.getNextSibling()) {
-    if (child.getNodeType() == ZEBIDOM_Node::ELEMENT_NODE) {
-      found.emplace_back(child);
-    }
-  }
-  return found;
-}
-
-std::vector<ZEBIDOM_Element> CheckedDocument::children(const ZEBIDOM_Element& element,
-                                                       const char* tagName) {
-  std::vector<ZEBIDOM_Element> found;
-  for (const ZEBIDOM_Element& child : children(element)) {
-    if (tag(child) == tagName) {
-      found.push_back(child);
-    }
-  }
-  return found;
-}
-
-ZEBIDOM_Element CheckedDocument::paramOf(const ZEBIDOM_Element& component, const std::string& name,
-                                         bool isInAnyCase) {
-  ZEBIDOM_Element found;
-  for (const ZEBIDOM_Element& param : children(component, "param")) {
-    const std::string given = attribute(param, "name");
-    const bool isIt =
-        isInAnyCase ? CheckWords::lower(given) == CheckWords::lower(name) : given == name;
-    if (isIt && !attribute(param, "value").empty()) {
-      found = param;
-    }
-  }
-  return found;
-}
-
-std::string CheckedDocument::classOf(const ZEBIDOM_Element& element) {
-  const std::string text = attribute(element, "class");
-  const std::size_t dot = text.rfind('.');
-  std::string name =
-      dot == std::string::npos || dot + 1 == text.size() ? text : text.substr(dot + 1);
-  if (tag(element) == "appender" &&
-      (name == "LogLocalUDPAppender" || name == "LogTCPSocketAppender")) {
-    name.replace(0, 3, "LOG");
-  }
-  return name;
 }

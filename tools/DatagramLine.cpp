@@ -1,15 +1,16 @@
 #include "tools/DatagramLine.h"
 
-#include <initializer_list>
-#include <utility>
+#include <nlohmann/json.hpp>
 
 #include "tools/RecordDecoder.h"
 #include "tools/SyslogDecoder.h"
 
 namespace {
 
+using Json = nlohmann::ordered_json;
+
 constexpr const char* HEX_DIGITS = "0123456789abcdef";
-constexpr unsigned char DELETE = 0x7F;
+constexpr char DELETE = '\x7F';
 // The control characters from U+0080 to U+009F are this byte and one up to that.
 constexpr unsigned char C1_LEAD = 0xC2;
 constexpr unsigned char C1_LAST = 0x9F;
@@ -60,33 +61,6 @@ std::string readable(std::string_view text) {
   return line;
 }
 
-std::string quoted(std::string_view text) {
-  std::string json = "\"";
-  for (const char c : text) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (const char* const escape = shortEscape(c)) {
-      json += escape;
-    } else if (c == '"' || c == '\\') {
-      json += '\\';
-      json += c;
-    } else if (byte < ' ' || byte == DELETE) {
-      json += "\\u00" + hex(std::string_view(&c, 1));
-    } else {
-      json += c;
-    }
-  }
-  return json + '"';
-}
-
-/// A JSON object of the members, whose values are JSON already.
-std::string object(std::initializer_list<std::pair<const char*, std::string>> members) {
-  std::string json;
-  for (const auto& [name, value] : members) {
-    json += (json.empty() ? "{" : ",") + quoted(name) + ":" + value;
-  }
-  return json + "}";
-}
-
 std::string textOf(const RecordDecoder::Record& record) {
   const std::string from = "record " + readable(record.logger);
   if (!record.message) {
@@ -96,27 +70,38 @@ std::string textOf(const RecordDecoder::Record& record) {
   return from + ": " + readable(*record.message);
 }
 
-std::string jsonOf(const RecordDecoder::Record& record, const std::string& sender) {
-  return object({{"kind", quoted("record")},
-                 {"from", quoted(sender)},
-                 {"logger", quoted(record.logger)},
-                 {"class", quoted(record.className)},
-                 record.message ? std::pair{"message", quoted(*record.message)}
-                                : std::pair{"content", quoted(hex(record.content))}});
+/// An object on one line. Bytes that are no UTF-8, and there should be none, become U+FFFD.
+std::string lineOf(const Json& object) {
+  std::string line = object.dump(-1, ' ', false, Json::error_handler_t::replace);
+  // JSON lets it be, a terminal acts on it.
+  for (std::size_t at; (at = line.find(DELETE)) != std::string::npos;) {
+    line.replace(at, 1, "\\u007f");
+  }
+  return line;
 }
 
 }  // namespace
 
 std::string DatagramLine::ofRecord(std::string_view bytes, const std::string& sender, Form form) {
-  if (const auto record = RecordDecoder::decode(bytes)) {
-    return form == Form::Json ? jsonOf(*record, sender) : textOf(*record);
+  const auto record = RecordDecoder::decode(bytes);
+  if (form == Form::Text) {
+    return record
+               ? textOf(*record)
+               : "unreadable datagram of " + std::to_string(bytes.size()) + " bytes from " + sender;
   }
-  if (form == Form::Json) {
-    return object({{"kind", quoted("unreadable")},
-                   {"from", quoted(sender)},
-                   {"content", quoted(hex(bytes))}});
+  if (!record) {
+    return lineOf({{"kind", "unreadable"}, {"from", sender}, {"content", hex(bytes)}});
   }
-  return "unreadable datagram of " + std::to_string(bytes.size()) + " bytes from " + sender;
+  Json object{{"kind", "record"},
+              {"from", sender},
+              {"logger", record->logger},
+              {"class", record->className}};
+  if (record->message) {
+    object["message"] = *record->message;
+  } else {
+    object["content"] = hex(record->content);
+  }
+  return lineOf(object);
 }
 
 std::string DatagramLine::ofSyslog(std::string_view bytes, const std::string& sender, Form form) {
@@ -127,16 +112,12 @@ std::string DatagramLine::ofSyslog(std::string_view bytes, const std::string& se
                              : "without priority") +
            ": " + readable(message.text);
   }
-  if (!message.priority) {
-    return object({{"kind", quoted("syslog")},
-                   {"from", quoted(sender)},
-                   {"priority", "null"},
-                   {"message", quoted(message.text)}});
+  Json object{{"kind", "syslog"}, {"from", sender}, {"priority", nullptr}};
+  if (message.priority) {
+    object["priority"] = *message.priority;
+    object["facility"] = SyslogDecoder::facility(*message.priority);
+    object["severity"] = SyslogDecoder::severity(*message.priority);
   }
-  return object({{"kind", quoted("syslog")},
-                 {"from", quoted(sender)},
-                 {"priority", std::to_string(*message.priority)},
-                 {"facility", quoted(SyslogDecoder::facility(*message.priority))},
-                 {"severity", quoted(SyslogDecoder::severity(*message.priority))},
-                 {"message", quoted(message.text)}});
+  object["message"] = message.text;
+  return lineOf(object);
 }

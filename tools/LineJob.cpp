@@ -2,11 +2,13 @@
 
 #include <chrono>
 #include <exception>
+#include <iostream>
+#include <string>
 #include <thread>
 
+#include "platform/ZEBUtTerminal.h"
 #include "tools/LineLogger.h"
 #include "tools/LineReader.h"
-#include "tools/ProgressLine.h"
 #include "tools/StopSignal.h"
 
 namespace {
@@ -15,6 +17,36 @@ namespace {
 constexpr std::chrono::milliseconds ATTENTION(50);
 // A log call takes microseconds; one that takes this long waits for somebody who does not come.
 constexpr std::chrono::seconds PATIENCE(2);
+
+/// A line on standard error that counts on while a long job runs. It appears after one second, and
+/// only on a terminal.
+class ProgressLine {
+ public:
+  /// Shows the number if it changed, at most five times a second.
+  void show(std::uint64_t lines) {
+    if (m_isWanted && lines != m_shown && Clock::now() >= m_next) {
+      const std::string text = "log4zeb: " + std::to_string(lines) + " lines read so far";
+      std::cerr << '\r' + text;
+      m_width = text.size();
+      m_shown = lines;
+      m_next = Clock::now() + std::chrono::milliseconds(200);
+    }
+  }
+  /// Takes the line away, so that other text can begin in its place.
+  void clear() const {
+    if (m_width != 0) {
+      std::cerr << '\r' + std::string(m_width, ' ') + '\r';
+    }
+  }
+
+ private:
+  using Clock = std::chrono::steady_clock;
+
+  const bool m_isWanted = ZEBUtTerminal::isStandardError();
+  Clock::time_point m_next = Clock::now() + std::chrono::seconds(1);
+  std::uint64_t m_shown = 0;
+  std::size_t m_width = 0;
+};
 
 }  // namespace
 

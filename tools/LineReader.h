@@ -13,7 +13,13 @@ class LineReader {
   explicit LineReader(std::istream& in) : m_in(in) {}
 
   /// Moves to the next line. Returns false at the end of the stream or when reading failed.
-  bool next();
+  bool next() {
+    const bool isThere = static_cast<bool>(std::getline(m_in, m_line));
+    if (isThere && !m_line.empty() && m_line.back() == '\r') {
+      m_line.pop_back();
+    }
+    return isThere;
+  }
   /// The line without its end; valid until next().
   std::string_view line() const noexcept { return m_line; }
   /// After next() returned false: whether that was for another reason than the end of the stream.

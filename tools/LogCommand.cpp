@@ -1,5 +1,3 @@
-#include "tools/LogCommand.h"
-
 #include <CLI/CLI.hpp>
 #include <cstdlib>
 #include <filesystem>
@@ -22,6 +20,7 @@
 #include "tools/LineReader.h"
 #include "tools/LogDestinations.h"
 #include "tools/StopSignal.h"
+#include "tools/Subcommand.h"
 
 namespace fs = std::filesystem;
 
@@ -152,7 +151,7 @@ void shutDown(DocumentWatchdog* watchdog) {
   if (end == LineJob::End::STOPPED) {
     shutDown(watchdog);
   }
-  std::_Exit(signal != 0 ? 128 + signal : LogCommand::BAD_OUTPUT);
+  std::_Exit(signal != 0 ? 128 + signal : Subcommand::BAD_OUTPUT);
 }
 
 std::string levelComplaint(const std::string& name) {
@@ -162,89 +161,107 @@ std::string levelComplaint(const std::string& name) {
                                        "ERROR and FATAL";
 }
 
+class LogCommand : public Subcommand {
+ public:
+  explicit LogCommand(CLI::App& app) {
+    CLI::App* const command = app.add_subcommand("log", "Log lines of text, each as one event");
+    command->add_option("--config", m_document, "The configuration document")
+        ->required()
+        ->type_name("DOCUMENT");
+    command->add_option("--logger", m_logger, "The name of the logger; without it, the root logger")
+        ->type_name("NAME");
+    command
+        ->add_option("--level", m_level,
+                     "The level: DEBUG, INFO, WARN, ERROR or FATAL; without it, INFO")
+        ->check(&levelComplaint)
+        ->type_name("LEVEL");
+    command->add_flag("--level-from-line", m_levelFromLine,
+                      "Take the first level word in a line as its level, where it has one");
+    CLI::Option* const watch =
+        command->add_flag("--watch", m_watch, "Apply the document again whenever it has changed");
+    command
+        ->add_option("--watch-delay", m_watchDelay,
+                     "Milliseconds between two looks at the document; without it, 6000")
+        ->check(CLI::Range(1U, LONGEST_WATCH_DELAY))
+        ->needs(watch)
+        ->type_name("MS");
+    command->add_option("FILE", m_input, "The file to read; without it, or with -, standard input")
+        ->type_name("");
+    command->footer(NOTES);
+  }
+
+  int run() const override {
+    if (m_input == STANDARD_INPUT) {
+      return logLinesOf(std::cin);
+    }
+    std::vector<char> buffer(64 * 1024);
+    std::ifstream file;
+    file.rdbuf()->pubsetbuf(buffer.data(), static_cast<std::streamsize>(buffer.size()));
+    return CommandSupport::openToRead(file, m_input, "input file") ? logLinesOf(file) : BAD_INPUT;
+  }
+
+ private:
+  int logLinesOf(std::istream& in) const {
+    // Constructing it applies the document.
+    const std::unique_ptr<DocumentWatchdog> watchdog =
+        m_watch ? std::make_unique<DocumentWatchdog>(m_document) : nullptr;
+    LOGLogger* const logger = configure(watchdog.get());
+    if (logger == nullptr) {
+      shutDown(watchdog.get());
+      return BAD_DOCUMENT;
+    }
+    StopSignal::watch();
+    LineReader reader(in);
+    LineLogger lines(logger, LineLevel::rankOf(m_level).value_or(LOGLevel::INFO_RANK),
+                     m_levelFromLine);
+    LineJob job(reader, lines);
+    const LineJob::End end = job.run();
+    if (end != LineJob::End::COMPLETE) {
+      endEarly(end, lines.getCounts(), watchdog.get());
+    }
+    if (watchdog != nullptr) {
+      watchdog->stop();
+    }
+    const bool hasConsoleFailed = LogDestinations::hasConsoleFailed(logger);
+    shutDown(watchdog.get());
+    if (reader.failed()) {
+      CommandSupport::say("cannot read on in the input");
+    }
+    if (hasConsoleFailed) {
+      CommandSupport::say("cannot write to standard output");
+    }
+    report(lines.getCounts());
+    return reader.failed() ? BAD_INPUT : hasConsoleFailed ? BAD_OUTPUT : 0;
+  }
+
+  /// Applies the document; with a watchdog, which has done so, starts that. Returns the logger, or
+  /// null after complaining.
+  LOGLogger* configure(DocumentWatchdog* watchdog) const {
+    const int applied =
+        watchdog != nullptr ? watchdog->wasApplied() : LOG4ZEBConfigurator::initialize(m_document);
+    if (applied == 0) {
+      complainOfDocument(m_document, watchdog);
+      return nullptr;
+    }
+    LOGLogger* const logger = usableLogger(m_document, m_logger);
+    if (logger != nullptr && watchdog != nullptr) {
+      LOGXMLWatchdog::setDelay(m_watchDelay);
+      watchdog->start();
+    }
+    return logger;
+  }
+
+  std::string m_document;
+  std::string m_logger;
+  std::string m_level = "INFO";
+  std::string m_input = "-";
+  bool m_levelFromLine = false;
+  bool m_watch = false;
+  unsigned int m_watchDelay = LOGFileWatchdog::DEFAULT_DELAY;
+};
+
 }  // namespace
 
-LogCommand::LogCommand(CLI::App& app) {
-  CLI::App* const command = app.add_subcommand("log", "Log lines of text, each as one event");
-  command->add_option("--config", m_document, "The configuration document")
-      ->required()
-      ->type_name("DOCUMENT");
-  command->add_option("--logger", m_logger, "The name of the logger; without it, the root logger")
-      ->type_name("NAME");
-  command
-      ->add_option("--level", m_level,
-                   "The level: DEBUG, INFO, WARN, ERROR or FATAL; without it, INFO")
-      ->check(&levelComplaint)
-      ->type_name("LEVEL");
-  command->add_flag("--level-from-line", m_levelFromLine,
-                    "Take the first level word in a line as its level, where it has one");
-  CLI::Option* const watch =
-      command->add_flag("--watch", m_watch, "Apply the document again whenever it has changed");
-  command
-      ->add_option("--watch-delay", m_watchDelay,
-                   "Milliseconds between two looks at the document; without it, 6000")
-      ->check(CLI::Range(1U, LONGEST_WATCH_DELAY))
-      ->needs(watch)
-      ->type_name("MS");
-  command->add_option("FILE", m_input, "The file to read; without it, or with -, standard input")
-      ->type_name("");
-  command->footer(NOTES);
-}
-
-int LogCommand::run() const {
-  if (m_input == STANDARD_INPUT) {
-    return logLinesOf(std::cin);
-  }
-  std::vector<char> buffer(64 * 1024);
-  std::ifstream file;
-  file.rdbuf()->pubsetbuf(buffer.data(), static_cast<std::streamsize>(buffer.size()));
-  return CommandSupport::openToRead(file, m_input, "input file") ? logLinesOf(file) : BAD_INPUT;
-}
-
-int LogCommand::logLinesOf(std::istream& in) const {
-  // Constructing it applies the document.
-  const std::unique_ptr<DocumentWatchdog> watchdog =
-      m_watch ? std::make_unique<DocumentWatchdog>(m_document) : nullptr;
-  LOGLogger* const logger = configure(watchdog.get());
-  if (logger == nullptr) {
-    shutDown(watchdog.get());
-    return BAD_DOCUMENT;
-  }
-  StopSignal::watch();
-  LineReader reader(in);
-  LineLogger lines(logger, LineLevel::rankOf(m_level).value_or(LOGLevel::INFO_RANK),
-                   m_levelFromLine);
-  LineJob job(reader, lines);
-  const LineJob::End end = job.run();
-  if (end != LineJob::End::COMPLETE) {
-    endEarly(end, lines.getCounts(), watchdog.get());
-  }
-  if (watchdog != nullptr) {
-    watchdog->stop();
-  }
-  const bool hasConsoleFailed = LogDestinations::hasConsoleFailed(logger);
-  shutDown(watchdog.get());
-  if (reader.failed()) {
-    CommandSupport::say("cannot read on in the input");
-  }
-  if (hasConsoleFailed) {
-    CommandSupport::say("cannot write to standard output");
-  }
-  report(lines.getCounts());
-  return reader.failed() ? BAD_INPUT : hasConsoleFailed ? BAD_OUTPUT : 0;
-}
-
-LOGLogger* LogCommand::configure(DocumentWatchdog* watchdog) const {
-  const int applied =
-      watchdog != nullptr ? watchdog->wasApplied() : LOG4ZEBConfigurator::initialize(m_document);
-  if (applied == 0) {
-    complainOfDocument(m_document, watchdog);
-    return nullptr;
-  }
-  LOGLogger* const logger = usableLogger(m_document, m_logger);
-  if (logger != nullptr && watchdog != nullptr) {
-    LOGXMLWatchdog::setDelay(m_watchDelay);
-    watchdog->start();
-  }
-  return logger;
+std::unique_ptr<Subcommand> Subcommand::log(CLI::App& app) {
+  return std::make_unique<LogCommand>(app);
 }

@@ -9,13 +9,10 @@
 #include "appenders/LOGFileAppender.h"
 #include "core/LOGLevel.h"
 #include "core/LOGLogger.h"
-#include "core/LOGLoggingEvent.h"
 #include "core/LOGManager.h"
-#include "filters/LOGDenyAllFilter.h"
-#include "filters/LOGLevelMatchFilter.h"
-#include "filters/LOGLevelRangeFilter.h"
-#include "filters/LOGStringMatchFilter.h"
+#include "filters/LOGFilter.h"
 #include "net/LOGTCPSocketAppender.h"
+#include "tools/FilterView.h"
 
 namespace {
 
@@ -46,22 +43,12 @@ bool reach(const Appenders& appenders, Passing mayPass, Wanted isWanted, Seen& s
 
 /// Whether the filters let some line of the level pass.
 bool mayPass(LOGAppenderSkeleton& appender, LOGLevel& level) {
-  const I18NString message;
-  LOGLoggingEvent event(LOGManager::getRootLogger(), &level, LOGMessageText{message});
-  for (LOGFilter* filter = appender.getFirstFilter(); filter != nullptr; filter = filter->next) {
-    const bool isOfLevels = dynamic_cast<LOGDenyAllFilter*>(filter) != nullptr ||
-                            dynamic_cast<LOGLevelMatchFilter*>(filter) != nullptr ||
-                            dynamic_cast<LOGLevelRangeFilter*>(filter) != nullptr;
-    const auto* const text = dynamic_cast<const LOGStringMatchFilter*>(filter);
-    if (!isOfLevels && (text == nullptr || !text->getStringToMatch().isEmpty())) {
-      return true;  // it may accept
-    }
-    const int decision = isOfLevels ? filter->decide(&event) : LOGFilter::m_NEUTRAL;
-    if (decision != LOGFilter::m_NEUTRAL) {
-      return decision == LOGFilter::m_ACCEPT;
-    }
+  int decision = LOGFilter::m_NEUTRAL;
+  LOGFilter* filter = appender.getFirstFilter();
+  for (; filter != nullptr && decision == LOGFilter::m_NEUTRAL; filter = filter->next) {
+    decision = FilterView(filter).decision(level).value_or(LOGFilter::m_ACCEPT);
   }
-  return true;
+  return decision != LOGFilter::m_DENY;
 }
 
 /// Gets at the file object of console appenders, which keeps the code of its last failure.
@@ -85,16 +72,13 @@ bool canWrite(LOGAppenderSkeleton& appender) {
 }  // namespace
 
 bool LogDestinations::hasAnyLoggerAppenders() {
-  if (!LOGManager::getRootLogger()->snapshotOfAppenders().empty()) {
-    return true;
-  }
+  std::vector<const LOGLogger*> loggers{LOGManager::getRootLogger()};
   for (LOGObject* const object : LOGManager::getCurrentLoggers()) {
-    const auto* const logger = dynamic_cast<const LOGLogger*>(object);
-    if (logger != nullptr && !logger->snapshotOfAppenders().empty()) {
-      return true;
-    }
+    loggers.push_back(dynamic_cast<const LOGLogger*>(object));
   }
-  return false;
+  return std::any_of(loggers.begin(), loggers.end(), [](const LOGLogger* logger) {
+    return logger != nullptr && !logger->snapshotOfAppenders().empty();
+  });
 }
 
 bool LogDestinations::hasAppenders(LOGLogger* logger) { return !appendersOf(logger).empty(); }

@@ -4,27 +4,18 @@
 #include <algorithm>
 #include <exception>
 #include <iostream>
+#include <map>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "core/LOG4ZEBVersion.h"
 #include "platform/ZEBUtTerminal.h"
-#include "tools/CheckCommand.h"
 #include "tools/CommandSupport.h"
-#include "tools/ListenCommand.h"
-#include "tools/LogCommand.h"
-#include "tools/PageCommand.h"
+#include "tools/Subcommand.h"
 
 namespace {
-
-constexpr int UNEXPECTED_FAILURE = 1;
-constexpr int BAD_ARGUMENTS = 2;
-constexpr int BAD_OUTPUT = 5;
-
-bool isSubcommand(CLI::App& app, const std::string& word) {
-  return !app.get_subcommands([&](CLI::App* known) { return known->check_name(word); }).empty();
-}
 
 /// The first word that looks like an option and was not understood; empty when there is none.
 std::string unknownOption(const CLI::App& app) {
@@ -40,14 +31,16 @@ int run(std::vector<std::string> arguments) {
   CLI::App app("Logs through the configuration documents of LOG4ZEB", "log4zeb");
   app.set_version_flag("--version", "log4zeb " LOG4ZEB_VERSION);
   app.require_subcommand(1);
-  const LogCommand log(app);
-  const ListenCommand listen(app);
-  const PageCommand page(app);
-  const CheckCommand check(app);
-  if (arguments.size() > 1 && arguments[1].rfind('-', 0) != 0 && !isSubcommand(app, arguments[1])) {
+  std::map<std::string, std::unique_ptr<Subcommand>> commands;
+  commands["log"] = Subcommand::log(app);
+  commands["listen"] = Subcommand::listen(app);
+  commands["page"] = Subcommand::page(app);
+  commands["check"] = Subcommand::check(app);
+  if (arguments.size() > 1 && arguments[1].rfind('-', 0) != 0 &&
+      commands.count(arguments[1]) == 0) {
     // The parser would complain that there is no subcommand, and not of the word that is none.
     CommandSupport::say("there is no subcommand '" + arguments[1] + "'; see log4zeb --help");
-    return BAD_ARGUMENTS;
+    return Subcommand::BAD_ARGUMENTS;
   }
   // The parser takes them from the end, without the name of the program.
   std::reverse(arguments.begin(), arguments.end());
@@ -64,21 +57,12 @@ int run(std::vector<std::string> arguments) {
       CommandSupport::say("there is no option '" + unknown + "'; see log4zeb " +
                           (subcommands.empty() ? "" : subcommands.front()->get_name() + " ") +
                           "--help");
-      return BAD_ARGUMENTS;
+      return Subcommand::BAD_ARGUMENTS;
     }
     // Help and version end here too, with the code 0.
-    return app.exit(end) == 0 ? 0 : BAD_ARGUMENTS;
+    return app.exit(end) == 0 ? 0 : Subcommand::BAD_ARGUMENTS;
   }
-  if (app.got_subcommand("check")) {
-    return check.run();
-  }
-  if (app.got_subcommand("listen")) {
-    return listen.run();
-  }
-  if (app.got_subcommand("page")) {
-    return page.run();
-  }
-  return log.run();
+  return commands.at(app.get_subcommands().front()->get_name())->run();
 }
 
 }  // namespace
@@ -89,13 +73,13 @@ int main(int argumentCount, char** arguments) {
     ZEBUtTerminal::outliveReaders();
     std::ios::sync_with_stdio(false);
     const int code = run(ZEBUtTerminal::arguments(argumentCount, arguments));
-    if (!std::cout.flush() && code != BAD_OUTPUT) {  // with that code it has been said
+    if (!std::cout.flush() && code != Subcommand::BAD_OUTPUT) {  // with that code it has been said
       CommandSupport::say("cannot write to standard output");
-      return BAD_OUTPUT;
+      return Subcommand::BAD_OUTPUT;
     }
     return code;
   } catch (const std::exception& failure) {
     std::cerr << "log4zeb: " << failure.what() << '\n';
-    return UNEXPECTED_FAILURE;
+    return Subcommand::UNEXPECTED_FAILURE;
   }
 }

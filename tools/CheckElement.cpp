@@ -1,0 +1,48 @@
+#include "tools/CheckElement.h"
+
+#include "tools/CheckWords.h"
+
+std::string CheckElement::className() const {
+  const std::string text = get("class");
+  const std::size_t dot = text.rfind('.');
+  std::string name =
+      dot == std::string::npos || dot + 1 == text.size() ? text : text.substr(dot + 1);
+  if (tag() == "appender" && (name == "LogLocalUDPAppender" || name == "LogTCPSocketAppender")) {
+    name.replace(0, 3, "LOG");
+  }
+  return name;
+}
+
+std::vector<CheckElement> CheckElement::children() const {
+  std::vector<CheckElement> found;
+  for (ZEBIDOM_Node child = m_element.getFirstChild(); !child.isNull();
+       child = child.getNextSibling()) {
+    if (child.getNodeType() == ZEBIDOM_Node::ELEMENT_NODE) {
+      found.emplace_back(child);
+    }
+  }
+  return found;
+}
+
+std::vector<CheckElement> CheckElement::children(const std::string& tag) const {
+  std::vector<CheckElement> found;
+  for (const CheckElement& child : children()) {
+    if (child.tag() == tag) {
+      found.push_back(child);
+    }
+  }
+  return found;
+}
+
+CheckElement CheckElement::param(const std::string& name, bool isInAnyCase) const {
+  CheckElement found;
+  for (const CheckElement& param : children("param")) {
+    const std::string given = param.get("name");
+    const bool isIt =
+        isInAnyCase ? CheckWords::lower(given) == CheckWords::lower(name) : given == name;
+    if (isIt && !param.get("value").empty()) {
+      found = param;
+    }
+  }
+  return found;
+}
