@@ -39,6 +39,7 @@ class LOG4ZEB_EXPORT LOGObject {
   void instance(const I18NString& tag);
 
  private:
+  friend class LOGLoggingEvent;
   friend class LOGPackedEvent;
 
   static const I18NString& defaultTag() noexcept;
