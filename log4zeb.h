@@ -26,24 +26,21 @@
 /// Logs what is streamed, as in LOG4ZEB_INFO(logger, "user " << id). A text alone costs less as
 /// logger->info("text"). Text is written as it is, line breaks included: stream what comes from
 /// outside as LOGUntrustedText::escaped(name).
-#define LOG4ZEB_DEBUG(logger, expr) LOG4ZEB_LOG_IF_ENABLED(logger, debug, DEBUG_RANK, expr)
-#define LOG4ZEB_INFO(logger, expr) LOG4ZEB_LOG_IF_ENABLED(logger, info, INFO_RANK, expr)
-#define LOG4ZEB_WARN(logger, expr) LOG4ZEB_LOG_IF_ENABLED(logger, warn, WARN_RANK, expr)
-#define LOG4ZEB_ERROR(logger, expr) LOG4ZEB_LOG_IF_ENABLED(logger, error, ERROR_RANK, expr)
-#define LOG4ZEB_FATAL(logger, expr) LOG4ZEB_LOG_IF_ENABLED(logger, fatal, FATAL_RANK, expr)
+#define LOG4ZEB_DEBUG(logger, expr) LOG4ZEB_LOG_IF_ENABLED(logger, DEBUG_RANK, expr)
+#define LOG4ZEB_INFO(logger, expr) LOG4ZEB_LOG_IF_ENABLED(logger, INFO_RANK, expr)
+#define LOG4ZEB_WARN(logger, expr) LOG4ZEB_LOG_IF_ENABLED(logger, WARN_RANK, expr)
+#define LOG4ZEB_ERROR(logger, expr) LOG4ZEB_LOG_IF_ENABLED(logger, ERROR_RANK, expr)
+#define LOG4ZEB_FATAL(logger, expr) LOG4ZEB_LOG_IF_ENABLED(logger, FATAL_RANK, expr)
 
 /// Logs what is formatted, as in LOG4ZEB_INFOF(logger, "user {} in {} ms", id, ms), with
 /// std::format where the standard library has it and `<format>` is included, else with {fmt}: see
 /// LOGFormat.h. The format string is a literal; one that does not suit the arguments does not
 /// compile. An I18NString is given as text.toStdString().
-#define LOG4ZEB_DEBUGF(logger, ...) \
-  LOG4ZEB_FORMAT_IF_ENABLED(logger, debug, DEBUG_RANK, __VA_ARGS__)
-#define LOG4ZEB_INFOF(logger, ...) LOG4ZEB_FORMAT_IF_ENABLED(logger, info, INFO_RANK, __VA_ARGS__)
-#define LOG4ZEB_WARNF(logger, ...) LOG4ZEB_FORMAT_IF_ENABLED(logger, warn, WARN_RANK, __VA_ARGS__)
-#define LOG4ZEB_ERRORF(logger, ...) \
-  LOG4ZEB_FORMAT_IF_ENABLED(logger, error, ERROR_RANK, __VA_ARGS__)
-#define LOG4ZEB_FATALF(logger, ...) \
-  LOG4ZEB_FORMAT_IF_ENABLED(logger, fatal, FATAL_RANK, __VA_ARGS__)
+#define LOG4ZEB_DEBUGF(logger, ...) LOG4ZEB_FORMAT_IF_ENABLED(logger, DEBUG_RANK, __VA_ARGS__)
+#define LOG4ZEB_INFOF(logger, ...) LOG4ZEB_FORMAT_IF_ENABLED(logger, INFO_RANK, __VA_ARGS__)
+#define LOG4ZEB_WARNF(logger, ...) LOG4ZEB_FORMAT_IF_ENABLED(logger, WARN_RANK, __VA_ARGS__)
+#define LOG4ZEB_ERRORF(logger, ...) LOG4ZEB_FORMAT_IF_ENABLED(logger, ERROR_RANK, __VA_ARGS__)
+#define LOG4ZEB_FATALF(logger, ...) LOG4ZEB_FORMAT_IF_ENABLED(logger, FATAL_RANK, __VA_ARGS__)
 
 /// Logs what is streamed together with a caught exception, as in
 /// LOG4ZEB_ERROR_EX(logger, "order " << id << " is lost", failure), where `thrown` is a
@@ -64,12 +61,13 @@
 
 // What the macros above are made of.
 
-#define LOG4ZEB_LOG_IF_ENABLED(logger, method, rank, expr) \
-  LOG4ZEB_STREAM_IF_ENABLED(logger, rank, expr, log4zebLogger->method(log4zebMessage.text()))
+#define LOG4ZEB_LOG_IF_ENABLED(logger, rank, expr) \
+  LOG4ZEB_STREAM_IF_ENABLED(logger, rank, expr,    \
+                            log4zebLogger->logUtf8(LOGLevel::rank, log4zebMessage.utf8()))
 
 #define LOG4ZEB_LOG_THROWN(logger, rank, expr, thrown) \
   LOG4ZEB_STREAM_IF_ENABLED(                           \
-      logger, rank, expr, log4zebLogger->logThrown(LOGLevel::rank, log4zebMessage.text(), thrown))
+      logger, rank, expr, log4zebLogger->logThrown(LOGLevel::rank, log4zebMessage.utf8(), thrown))
 
 #define LOG4ZEB_STREAM_IF_ENABLED(logger, rank, expr, logging)        \
   do {                                                                \
@@ -77,23 +75,24 @@
     if (log4zebLogger->wouldLog(LOGLevel::rank)) {                    \
       LOGMessageStream log4zebMessage;                                \
       log4zebMessage.stream() << expr; /* NOLINT(bugprone-macro-*) */ \
-      if (log4zebMessage.finish()) {                                  \
+      if (log4zebMessage.isWhole()) {                                 \
         logging;                                                      \
       }                                                               \
     }                                                                 \
   } while (false)
 
-#define LOG4ZEB_FORMAT_IF_ENABLED(logger, method, rank, ...)   \
-  do {                                                         \
-    LOG4ZEB_CHECK_FORMATTER;                                   \
-    LOGLogger* const log4zebLogger = (logger);                 \
-    if (log4zebLogger->wouldLog(LOGLevel::rank)) {             \
-      try {                                                    \
-        log4zebLogger->method(LOG4ZEB_FORMATTED(__VA_ARGS__)); \
-      } catch (const std::bad_alloc&) {                        \
-        LOGLogger::reportLostEvent();                          \
-      }                                                        \
-    }                                                          \
+#define LOG4ZEB_FORMAT_IF_ENABLED(logger, rank, ...)                                      \
+  do {                                                                                    \
+    LOG4ZEB_CHECK_FORMATTER;                                                              \
+    LOGLogger* const log4zebLogger = (logger);                                            \
+    if (log4zebLogger->wouldLog(LOGLevel::rank)) {                                        \
+      try {                                                                               \
+        LOG4ZEB_FORMAT_TO(log4zebText, __VA_ARGS__);                                      \
+        log4zebLogger->logUtf8(LOGLevel::rank, {log4zebText.data(), log4zebText.size()}); \
+      } catch (const std::bad_alloc&) {                                                   \
+        LOGLogger::reportLostEvent();                                                     \
+      }                                                                                   \
+    }                                                                                     \
   } while (false)
 
 #define LOG4ZEB_JOINED(a, b) LOG4ZEB_JOINED_EXPANDED(a, b)

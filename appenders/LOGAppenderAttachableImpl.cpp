@@ -350,9 +350,9 @@ void LOGAppenderAttachableImpl::awaitUsers(const Removed& removed) const {
 void LOGAppenderAttachableImpl::activate(LOGAppenderSkeleton& appender) {
   // The program that logs has nothing to do with an appender that cannot be activated, and neither
   // have the other appenders.
-  logContainingFailures(LOGFailureTexts::same("LOGAppenderAttachableImpl::appendLoopOnAppenders -- "
-                                              "activateOptions failed"),
-                        [&] { appender.activateOptions(); });
+  static constexpr LOGFailureTexts TEXTS = LOGFailureTexts::same(
+      "LOGAppenderAttachableImpl::appendLoopOnAppenders -- activateOptions failed");
+  logContainingFailures(TEXTS, [&] { appender.activateOptions(); });
 }
 
 LOG4ZEB_HOT void LOGAppenderAttachableImpl::append(LOGAppenderSkeleton& appender,

@@ -1,6 +1,5 @@
 #include "appenders/LOGAppenderSkeleton.h"
 
-#include <typeinfo>
 #include <utility>
 
 #include "appenders/LOGAppenderClaim.h"
@@ -9,7 +8,7 @@
 #include "core/LOGLevel.h"
 #include "core/LOGLoggingEvent.h"
 #include "filters/LOGFilter.h"
-#include "layouts/LOGPatternLayout.h"
+#include "layouts/LOGLayout.h"
 #include "platform/ZEBAssertError.h"
 #include "platform/ZEBThreadGuard.h"
 
@@ -80,9 +79,10 @@ LOG4ZEB_HOT void LOGAppenderSkeleton::doAppend(LOGLoggingEvent* event) {
     return;
   }
   ZEB_ASSERT(event, SOURCE, 203);
-  constexpr LOGFailureTexts TEXTS{"LOGAppenderSkeleton::doAppend -- RunTime Error in I18NString",
-                                  "LOGAppenderSkeleton::doAppend -- ZEB Exception occured",
-                                  "LOGAppenderSkeleton::doAppend -- An Exception occured"};
+  static constexpr LOGFailureTexts TEXTS{
+      "LOGAppenderSkeleton::doAppend -- RunTime Error in I18NString",
+      "LOGAppenderSkeleton::doAppend -- ZEB Exception occured",
+      "LOGAppenderSkeleton::doAppend -- An Exception occured"};
   logReportingFailures(TEXTS, [&] {
     const LOGCallScope call;  // ends after the lock
     const ZEBThreadGuard guard(getCriticalSection());
@@ -210,10 +210,6 @@ LOG4ZEB_HOT void LOGAppenderSkeleton::format(LOGLayout& layout, LOGLoggingEvent*
                                              I18NString& text) {
   const ZEBThreadGuard guard(layout.getCriticalSection());
   const unsigned memoryFailures = logMemoryFailures();
-  if (typeid(layout) == typeid(LOGPatternLayout)) {
-    static_cast<LOGPatternLayout&>(layout).formatInto(text, event);
-  } else {
-    text = layout.format(event);
-  }
+  layout.formatInto(text, event);
   logRequireMemorySince(memoryFailures);  // half a line is worse than none
 }

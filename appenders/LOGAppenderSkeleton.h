@@ -120,6 +120,9 @@ class LOG4ZEB_EXPORT LOGAppenderSkeleton : public LOGMutex, public LOGAppender, 
   std::atomic<std::uint64_t> m_reopenings{0};
   /// Whether it is closed, and not only to be opened again. Takes no lock.
   bool isClosedToAll() const {
+    if (m_closed != 1) {
+      return false;
+    }
     const std::uint64_t before = m_reopenings;
     return m_closed == 1 && before % 2 == 0 && m_reopenings == before;
   }

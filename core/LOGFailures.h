@@ -82,14 +82,11 @@ struct LOGFailureTexts {
   static constexpr LOGFailureTexts same(const char* text) { return {text, text, text}; }
 };
 
-/// Runs `operation`. Exceptions of the library's family are reported and end here, and a failed
-/// allocation counts as one of them; anything else is reported and goes on to the caller. Returns
-/// whether the operation came to its end.
-template <typename Operation>
-bool logReportingFailures(const LOGFailureTexts& texts, Operation&& operation) {
+/// Reports the exception that is being handled. Returns whether it is of the library's family, or a
+/// failed allocation, which counts as one of them.
+inline bool logReportHandled(const LOGFailureTexts& texts) noexcept {
   try {
-    std::forward<Operation>(operation)();
-    return true;
+    throw;
   } catch (I18NRuntimeError& failure) {
     logReportSwallowed(texts.stringError, failure);
   } catch (ZEBThrowable& failure) {
@@ -98,18 +95,36 @@ bool logReportingFailures(const LOGFailureTexts& texts, Operation&& operation) {
     logReportOutOfMemory(texts.throwable);
   } catch (...) {
     logReport(texts.other);
-    throw;
+    return false;
   }
-  return false;
+  return true;
+}
+
+/// Runs `operation`. Exceptions of the library's family are reported and end here, and a failed
+/// allocation counts as one of them; anything else is reported and goes on to the caller. Returns
+/// whether the operation came to its end.
+template <typename Operation>
+bool logReportingFailures(const LOGFailureTexts& texts, Operation&& operation) {
+  try {
+    std::forward<Operation>(operation)();
+    return true;
+  } catch (...) {
+    if (!logReportHandled(texts)) {
+      throw;
+    }
+    return false;
+  }
 }
 
 /// The same, but nothing at all reaches the caller.
 template <typename Operation>
 bool logContainingFailures(const LOGFailureTexts& texts, Operation&& operation) noexcept {
   try {
-    return logReportingFailures(texts, std::forward<Operation>(operation));
+    std::forward<Operation>(operation)();
+    return true;
   } catch (...) {
-    return false;  // reported already
+    logReportHandled(texts);
+    return false;
   }
 }
 

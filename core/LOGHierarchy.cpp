@@ -1,11 +1,11 @@
 #include "core/LOGHierarchy.h"
 
-#include <new>
 #include <utility>
 
 #include "appenders/LOGAsyncAppender.h"
 #include "core/LOGConfiguratorHook.h"
 #include "core/LOGFailures.h"
+#include "core/LOGHashtable.h"
 #include "core/LOGLogger.h"
 #include "core/LOGProvisionNode.h"
 #include "platform/ZEBAssertError.h"
@@ -15,8 +15,6 @@ namespace {
 
 constexpr const char* SOURCE = "LOGHierarchy";
 constexpr const char* LOGGER_TAG = "LOGLogger";
-constexpr const char* NOT_IN_TABLE =
-    "LOGHierrachy::getLogger ---- Could not put Logger in LOGHashtable";
 
 /// A program may have given a logger another tag, which hides it.
 bool isLogger(const LOGObject* object) {
@@ -46,7 +44,6 @@ void waitAt(const std::vector<LOGProvisionNode*>& nodes, LOGLogger* logger) {
 
 LOGHierarchy::LOGHierarchy()
     : m_thresholdInt(LOGLevel::ALL_RANK),
-      m_ht(std::make_unique<LOGHashtable>()),
       m_threshold(LOGLevel::toLevel(LOGLevel::ALL_RANK)),
       m_root(nullptr),
       m_rendererMap(std::make_unique<LOGRendererMap>()) {}
@@ -62,7 +59,6 @@ LOGHierarchy::~LOGHierarchy() {
   if (m_root != nullptr && m_root->getRepository() == this) {
     m_root->setRepository(nullptr);
   }
-  m_ht->forget();  // the loggers and nodes are not its own
 }
 
 int LOGHierarchy::isDisabled(int level) {
@@ -105,25 +101,18 @@ LOGLogger* LOGHierarchy::getLogger(const I18NString& name) {
 }
 
 LOGLogger* LOGHierarchy::getLogger(const I18NString& name, LOGLoggerFactory* factory) {
-  ZEB_ASSERT(m_ht, SOURCE, __LINE__);
-  const LOGLoggerIndex::Entry* const known = m_index.find(name);
-  LOGLogger* const logger =
-      known == nullptr ? nullptr : known->logger.load(std::memory_order_acquire);
-  if (isLogger(logger)) {
-    return logger;
+  LOGLogger* const known = m_index.findLogger(name);
+  if (isLogger(known)) {
+    return known;
   }
   return logReportingAndPassing("LOGHierarchy::getLogger -- unable to lock mutex", [&] {
-    const ZEBThreadGuard guard(m_ht->getCriticalSection());
+    const ZEBThreadGuard guard(m_making);
     return findOrCreate(name, factory);
   });
 }
 
 LOGLogger* LOGHierarchy::findOrCreate(const I18NString& name, LOGLoggerFactory* factory) {
-  const auto find = [&] {
-    const LOGLoggerIndex::Entry* const known = m_index.find(name);
-    return known == nullptr ? nullptr : known->logger.load(std::memory_order_relaxed);
-  };
-  if (LOGLogger* const known = find()) {
+  if (LOGLogger* const known = m_index.findLogger(name)) {
     return isLogger(known) ? known : nullptr;
   }
   if (m_index.find(name) == nullptr) {
@@ -131,7 +120,7 @@ LOGLogger* LOGHierarchy::findOrCreate(const I18NString& name, LOGLoggerFactory* 
   }
   std::unique_ptr<LOGLogger> made = createLogger(name, factory);
   // The factory may have asked for loggers itself, this one included.
-  if (LOGLogger* const known = find()) {
+  if (LOGLogger* const known = m_index.findLogger(name)) {
     if (known == made.get()) {
       static_cast<void>(made.release());
     }
@@ -162,13 +151,15 @@ LOGLogger* LOGHierarchy::enter(const I18NString& name, std::unique_ptr<LOGLogger
   } else {
     children = findChildren(entry->provision.get(), logger);
   }
-  // The table takes no empty name.
   if (name.isEmpty()) {
-    LOGLogLog::error(NOT_IN_TABLE);
+    LOGLogLog::error("LOGHierrachy::getLogger ---- Could not put Logger in LOGHashtable");
   }
   Links links = findParent(name, logger);
+  std::vector<const LOGLoggerIndex::Entry*> provisions;
+  for (const auto& missing : links.missing) {
+    provisions.push_back(missing.get());
+  }
   m_index.reserve(links.missing.size() + 1);
-  m_tableEntries.reserve(links.missing.size() + 1);
   m_loggers.reserve(1);
   waitAt(links.nodes, logger);
 
@@ -178,39 +169,15 @@ LOGLogger* LOGHierarchy::enter(const I18NString& name, std::unique_ptr<LOGLogger
   for (LOGLogger* const child : children) {
     child->setParent(logger);
   }
-  m_loggers.add(std::move(made));
-  if (!name.isEmpty()) {
-    m_tableEntries.add({&entry->name, logger, own != nullptr});
-  }
+  m_loggers.add({std::move(made), entry, std::move(provisions)});
   entry->logger.store(logger, std::memory_order_release);
   if (own != nullptr) {
     m_index.add(std::move(own));
   }
   for (std::unique_ptr<LOGLoggerIndex::Entry>& missing : links.missing) {
-    m_tableEntries.add({&missing->name, missing->provision.get(), false});
     m_index.add(std::move(missing));
   }
-  if (m_tableAccess.tryEnter()) {
-    fillTable();
-    m_tableAccess.leave();
-  }
   return logger;
-}
-
-void LOGHierarchy::fillTable() noexcept {
-  for (; m_inTable < m_tableEntries.size(); ++m_inTable) {
-    const TableEntry& entry = m_tableEntries[m_inTable];
-    int isTaken = 0;
-    try {
-      // A provision node stays behind the logger of its name, which shadows it.
-      isTaken = m_ht->put(*entry.name, entry.object);
-    } catch (const std::bad_alloc&) {
-      // It is refused, which concerns only those who list the table.
-    }
-    if (isTaken == 0 && entry.isRefusalReported) {
-      logReport(NOT_IN_TABLE);
-    }
-  }
 }
 
 std::vector<LOGLogger*> LOGHierarchy::findChildren(const LOGProvisionNode* provisionNode,
@@ -219,8 +186,8 @@ std::vector<LOGLogger*> LOGHierarchy::findChildren(const LOGProvisionNode* provi
   ZEB_ASSERT(logger, SOURCE, __LINE__);
   std::vector<LOGLogger*> children;
   for (LOGLogger* const element : provisionNode->getElements()) {
-    // Every waiting descendant is taken, also one that has a nearer ancestor by now: that is how it
-    // is meant, so the order in which names are first asked for can be seen in the tree.
+    // Deliberate: every waiting descendant is taken, also one that has a nearer ancestor by now, so
+    // the order in which names are first asked for can be seen in the tree.
     if (isLogger(element) && element->getName().startsWith(logger->getName())) {
       const LOGLogger* const parentLogger = element->getParent();
       ZEB_ASSERT(parentLogger, SOURCE, __LINE__);
@@ -234,7 +201,6 @@ std::vector<LOGLogger*> LOGHierarchy::findChildren(const LOGProvisionNode* provi
 
 LOGHierarchy::Links LOGHierarchy::findParent(const I18NString& name, LOGLogger* logger) {
   ZEB_ASSERT(logger, SOURCE, __LINE__);
-  ZEB_ASSERT(m_ht, SOURCE, __LINE__);
   Links links{m_root, {}, {}};
   // A factory may have made it with another name.
   const I18NString& loggerName = logger->getName();
@@ -269,22 +235,29 @@ LOGHierarchy::Links LOGHierarchy::findParent(const I18NString& name, LOGLogger* 
 }
 
 LOGLogger* LOGHierarchy::exists(const I18NString& name) {
-  ZEB_ASSERT(m_ht, SOURCE, __LINE__);
-  const LOGLoggerIndex::Entry* const found = m_index.find(name);
-  LOGLogger* const logger =
-      found == nullptr ? nullptr : found->logger.load(std::memory_order_acquire);
-  // Deliberate: no logger exists by the empty name, which the table does not take.
+  LOGLogger* const logger = m_index.findLogger(name);
+  // Deliberate: no logger exists by the empty name, though getLogger() finds one.
   return isLogger(logger) && !name.isEmpty() ? logger : nullptr;
 }
 
 ZEBList<LOGObject*> LOGHierarchy::getCurrentLoggers() {
-  ZEB_ASSERT(m_ht, SOURCE, __LINE__);
-  const ZEBThreadGuard access(m_tableAccess);
-  fillTable();
+  const std::size_t made = m_loggers.size();
+  LOGHashtable table;
+  const struct OwningNone {
+    LOGHashtable& table;
+    ~OwningNone() { table.forget(); }
+  } owningNone{table};
+  for (std::size_t i = 0; i < made; ++i) {
+    // A logger shadows the provision node of its name, which stays behind it.
+    table.put(m_loggers[i].entry->name, m_loggers[i].logger.get());
+    for (const LOGLoggerIndex::Entry* const entry : m_loggers[i].provisions) {
+      table.put(entry->name, entry->provision.get());
+    }
+  }
   ZEBList<LOGObject*> loggers;
-  for (LOGObject* const entry : m_ht->elements()) {
-    if (isLogger(entry)) {
-      loggers.add(entry);
+  for (LOGObject* const object : table.elements()) {
+    if (isLogger(object)) {
+      loggers.add(object);
     }
   }
   return loggers;
@@ -302,7 +275,7 @@ LOGLogger* LOGHierarchy::loggerAt(std::size_t position) const {
   if (m_root != nullptr && position-- == 0) {
     return m_root;
   }
-  return position < m_loggers.size() ? m_loggers[position].get() : nullptr;
+  return position < m_loggers.size() ? m_loggers[position].logger.get() : nullptr;
 }
 
 template <typename Operation>
@@ -340,7 +313,6 @@ void LOGHierarchy::shutdownExclusively() {
 }
 
 void LOGHierarchy::resetConfiguration() {
-  ZEB_ASSERT(m_ht, SOURCE, __LINE__);
   ZEB_ASSERT(m_root, SOURCE, __LINE__);
   logReportingAndPassing("LOGHierarchy::resetConfiguration -- ", [this] {
     LOGConfiguratorHook::runExclusively([this] { resetExclusively(); });
@@ -361,11 +333,7 @@ void LOGHierarchy::resetExclusively() {
 }
 
 void LOGHierarchy::clear() {
-  const ZEBThreadGuard guard(m_ht->getCriticalSection());
-  const ZEBThreadGuard access(m_tableAccess);
-  m_ht->forget();
-  m_inTable = 0;
-  m_tableEntries.clear();
+  const ZEBThreadGuard guard(m_making);
   m_index.clear();
   m_loggers.clear();
 }

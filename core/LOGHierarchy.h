@@ -8,7 +8,6 @@
 
 #include "core/LOGDefaultLoggerFactory.h"
 #include "core/LOGGrowingList.h"
-#include "core/LOGHashtable.h"
 #include "core/LOGHierarchyEventListener.h"
 #include "core/LOGLoggerIndex.h"
 #include "core/LOGLoggerRepository.h"
@@ -56,9 +55,9 @@ class LOG4ZEB_EXPORT LOGHierarchy : public LOGMutex,
   LOGLogger* getRootLogger() override { return m_root; }
   /// The logger of that name, or null.
   LOGLogger* exists(const I18NString& name) override;
-  /// The loggers that the table of names holds, in its order; the root is not among them.
-  /// Deliberate: the table loses names when it grows, at 200 names and each time at twice as many,
-  /// so that loggers are missing here that exists() and getLogger() find.
+  /// The loggers in the order of a LOGHashtable that all names were put into; the root is not among
+  /// them. Deliberate: such a table loses names when it grows, at 200 names and each time at twice
+  /// as many, so that loggers are missing here that exists() and getLogger() find.
   ZEBList<LOGObject*> getCurrentLoggers() override;
   /// The root and every logger that was ever made here.
   std::vector<LOGLogger*> getAllLoggers() const;
@@ -85,17 +84,17 @@ class LOG4ZEB_EXPORT LOGHierarchy : public LOGMutex,
 
  private:
   void fireRemoveAppenderEvent(LOGLogger* logger, LOGAppenderSkeleton* appender);
+  /// A logger and what was entered into the index with it. The entries belong to the index.
+  struct Made {
+    std::unique_ptr<LOGLogger> logger;
+    const LOGLoggerIndex::Entry* entry = nullptr;
+    std::vector<const LOGLoggerIndex::Entry*> provisions;
+  };
   /// What a new logger is linked to above.
   struct Links {
     LOGLogger* parent;
     std::vector<LOGProvisionNode*> nodes;                         // at which it has to wait
     std::vector<std::unique_ptr<LOGLoggerIndex::Entry>> missing;  // further ones, where it waits
-  };
-  /// What the table of names has to take. Name and object live as long as the index.
-  struct TableEntry {
-    const I18NString* name = nullptr;
-    LOGObject* object = nullptr;
-    bool isRefusalReported = false;
   };
 
   std::unique_ptr<LOGLogger> createLogger(const I18NString& name, LOGLoggerFactory* factory);
@@ -106,8 +105,6 @@ class LOG4ZEB_EXPORT LOGHierarchy : public LOGMutex,
   std::vector<LOGLogger*> findChildren(const LOGProvisionNode* provisionNode, LOGLogger* logger);
   /// `name` is what the logger is to be found by.
   Links findParent(const I18NString& name, LOGLogger* logger);
-  /// Puts into the table what it has to take. REQUIRES: m_tableAccess is held.
-  void fillTable() noexcept;
   void shutdownExclusively();
   void resetExclusively();
   template <typename Operation>
@@ -116,21 +113,14 @@ class LOG4ZEB_EXPORT LOGHierarchy : public LOGMutex,
   std::atomic<int> m_thresholdInt;
   std::atomic<int> m_emittedNoAppenderWarning{0};
   ZEBList<LOGHierarchyEventListener> m_listeners;  // guarded by the hierarchy's own lock
-  // Its own lock is held while a logger is made; its content is guarded by m_tableAccess.
-  std::unique_ptr<LOGHashtable> m_ht;
   std::atomic<LOGLevel*> m_threshold;
   LOGLogger* m_root;
   std::unique_ptr<LOGRendererMap> m_rendererMap;
   LOGDefaultLoggerFactory m_defaultFactory;
 
-  // Held while the table is listed. Who makes a logger never waits for it: what the table has to
-  // take is put there by whoever holds the lock next. Only the diagnostics' lock is taken while it
-  // is held.
-  mutable ZEBThreadCriticalSection m_tableAccess;
-  std::size_t m_inTable = 0;  // how many of m_tableEntries; guarded by m_tableAccess
-  // Changed under the table's own lock, read without one.
-  LOGGrowingList<TableEntry> m_tableEntries;
-  LOGGrowingList<std::unique_ptr<LOGLogger>> m_loggers;  // but the root
+  ZEBThreadCriticalSection m_making;  // held while a logger is made
+  // Changed under m_making, read without a lock.
+  LOGGrowingList<Made> m_loggers;  // but the root
   LOGLoggerIndex m_index;
 };
 

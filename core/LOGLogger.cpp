@@ -120,34 +120,43 @@ void LOGLogger::logEnabled(int rank, LOGObject* message) {
   }
 }
 
-LOG4ZEB_HOT void LOGLogger::logEnabled(int rank, const I18NString& message) {
+template <typename Message>
+inline void LOGLogger::logText(int rank, const Message& message) {
   LOGLevel* const level = LOGLevel::toLevel(rank);
   if (level != nullptr) {
     logContainingLackOfMemory(EVENT_LOST, [&] {
-      LOGLoggingEvent event(this, level, LOGMessageText{message});
+      LOGLoggingEvent event(this, level, message);
       passOn(event, true);
     });
   }
 }
 
+LOG4ZEB_HOT void LOGLogger::logEnabled(int rank, const I18NString& message) {
+  logText(rank, LOGMessageText{message});
+}
+
+LOG4ZEB_HOT void LOGLogger::logEnabled(int rank, std::string_view message) {
+  logText(rank, LOGMessageUtf8{message});
+}
+
 template <typename Thrown>
-void LOGLogger::logWithTextOf(int rank, const I18NString& message, const Thrown& thrown) {
+void LOGLogger::logWithTextOf(int rank, std::string_view text, const Thrown& thrown) {
   LOGLevel* const level = wouldLog(rank) ? LOGLevel::toLevel(rank, nullptr) : nullptr;
   if (level != nullptr) {
     logContainingLackOfMemory(EVENT_LOST, [&] {
-      LOGLoggingEvent event(this, level, LOGMessageText{message});
+      LOGLoggingEvent event(this, level, LOGMessageUtf8{text});
       event.setThrowableStrRep(LOGThrowableText::of(thrown));
       passOn(event, true);
     });
   }
 }
 
-void LOGLogger::logThrown(int rank, const I18NString& message, const std::exception& thrown) {
-  logWithTextOf(rank, message, thrown);
+void LOGLogger::logThrown(int rank, std::string_view text, const std::exception& thrown) {
+  logWithTextOf(rank, text, thrown);
 }
 
-void LOGLogger::logThrown(int rank, const I18NString& message, const std::exception_ptr& thrown) {
-  logWithTextOf(rank, message, thrown);
+void LOGLogger::logThrown(int rank, std::string_view text, const std::exception_ptr& thrown) {
+  logWithTextOf(rank, text, thrown);
 }
 
 void LOGLogger::reportLostEvent() noexcept { logReportOutOfMemory(EVENT_LOST); }

@@ -8,6 +8,8 @@
 #include <memory>
 #include <new>
 #include <optional>
+#include <string>
+#include <string_view>
 #include <type_traits>
 #include <vector>
 
@@ -92,10 +94,15 @@ class LOG4ZEB_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
     requestText(LOGLevel::FATAL_RANK, message);
   }
 
-  /// Logs `message` at the level of that rank, when it is enabled, in an event whose throwable text
-  /// is LOGThrowableText::of(thrown). REQUIRES: a rank of LOGLevel.
-  void logThrown(int rank, const I18NString& message, const std::exception& thrown);
-  void logThrown(int rank, const I18NString& message, const std::exception_ptr& thrown);
+  /// Logs UTF-8 text at the level of that rank, when it is enabled. REQUIRES: a rank of LOGLevel.
+  void logUtf8(int rank, std::string_view text) {
+    if (wouldLog(rank)) {
+      logEnabled(rank, text);
+    }
+  }
+  /// The same in an event whose throwable text is LOGThrowableText::of(thrown).
+  void logThrown(int rank, std::string_view text, const std::exception& thrown);
+  void logThrown(int rank, std::string_view text, const std::exception_ptr& thrown);
 
   /// Reports that there was no memory for an event, as the macros do for what they format.
   static void reportLostEvent() noexcept;
@@ -231,7 +238,15 @@ class LOG4ZEB_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   }
   template <typename Text>
   void requestText(int rank, const Text& message) {
-    if (wouldLog(rank)) {
+    if (!wouldLog(rank)) {
+      return;
+    }
+    if constexpr (std::is_convertible_v<const Text&, const char*>) {
+      const char* const text = message;
+      logEnabled(rank, text == nullptr ? std::string_view() : std::string_view(text));
+    } else if constexpr (std::is_convertible_v<const Text&, const std::string&>) {
+      logEnabled(rank, std::string_view(static_cast<const std::string&>(message)));
+    } else {
       try {
         logEnabled(rank, I18NString(message));
       } catch (const std::bad_alloc&) {
@@ -245,8 +260,11 @@ class LOG4ZEB_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   bool mayHaveAppenders() const;
   void logEnabled(int rank, LOGObject* message);
   void logEnabled(int rank, const I18NString& message);
+  void logEnabled(int rank, std::string_view message);
+  template <typename Message>
+  void logText(int rank, const Message& message);
   template <typename Thrown>
-  void logWithTextOf(int rank, const I18NString& message, const Thrown& thrown);
+  void logWithTextOf(int rank, std::string_view text, const Thrown& thrown);
   LOGLevel* keptCopyOf(const LOGLevel& level);
   void storeLevel(const LOGLevel* level);
 

@@ -38,6 +38,11 @@ class LOGLoggerIndex {
 
   /// The entry of that name, or null. Any thread may call at any time.
   Entry* find(const I18NString& name) const noexcept;
+  /// The logger of that name, or null; the same.
+  LOGLogger* findLogger(const I18NString& name) const noexcept {
+    const Entry* const entry = find(name);
+    return entry == nullptr ? nullptr : entry->logger.load(std::memory_order_acquire);
+  }
 
   // Calls of these are serialised by the caller.
   /// Makes room for that many more entries. Throws std::bad_alloc.

@@ -47,13 +47,6 @@ bool isHierarchy(const LOGLoggerRepository* repository) {
 
 /// The repository's side that renders, or null.
 LOGRendererMap* rendererMapOf(LOGLoggerRepository* repository) {
-  if (repository == nullptr) {
-    return nullptr;
-  }
-  // Spares nearly every program the search for a base class, event by event.
-  if (isHierarchy(repository)) {
-    return static_cast<LOGHierarchy*>(repository)->LOGHierarchy::getRendererMap();
-  }
   auto* const renderers = dynamic_cast<LOGRendererSupport*>(repository);
   return renderers == nullptr ? nullptr : renderers->getRendererMap();
 }
@@ -63,22 +56,31 @@ LOGRendererMap* rendererMapOf(LOGLoggerRepository* repository) {
 LOGLoggingEvent::LOGLoggingEvent() = default;
 
 LOGLoggingEvent::LOGLoggingEvent(const I18NString&, LOGLogger* logger, LOGLevel* level,
-                                 LOGObject* message)
+                                 LOGObject* message) try
     : LOGLoggingEvent(logger, level) {
   setMessage(message);
+} catch (const std::bad_alloc&) {
+  throw ZEBOutOfMemoryError(SOURCE, __LINE__);
 }
 
 LOG4ZEB_HOT LOGLoggingEvent::LOGLoggingEvent(LOGLogger* logger, LOGLevel* level,
                                              const LOGMessageText& message)
     : LOGLoggingEvent(logger, level) {
-  zebTranslate(SOURCE, __LINE__, [&] { m_plainMessage.setText(message.text); });
+  m_plainMessage.m_string.append(message.text);
+  m_hasPlainMessage = true;
+}
+
+LOG4ZEB_HOT LOGLoggingEvent::LOGLoggingEvent(LOGLogger* logger, LOGLevel* level,
+                                             const LOGMessageUtf8& message)
+    : LOGLoggingEvent(logger, level) {
+  m_plainMessage.m_string.append(message.text);
   m_hasPlainMessage = true;
 }
 
 LOG4ZEB_HOT LOGLoggingEvent::LOGLoggingEvent(LOGLogger* logger, LOGLevel* level)
     : m_timeStamp(ZEBUtTime::nowSeconds()), m_level(level), m_logger(logger) {
   ZEB_ASSERT(m_logger, SOURCE, 99);
-  zebTranslate(SOURCE, __LINE__, [this] { m_loggerName = m_logger->getName(); });
+  m_loggerName.append(m_logger->getName());
 }
 
 LOGLoggingEvent::LOGLoggingEvent(const LOGLoggingEvent& other) try
@@ -155,8 +157,9 @@ LOG4ZEB_HOT bool LOGLoggingEvent::needsRendering() const {
   if (!m_hasPlainMessage) {
     return m_message != nullptr;
   }
-  return !LOGRendererMap::isRenderedByDefault(m_plainMessage.instanceOf()) ||
-         !isHierarchy(m_logger->getRepository());
+  const bool isDefault = LOGRendererMap::isAllRenderedByDefault() ||
+                         LOGRendererMap::isRenderedByDefault(m_plainMessage.instanceOf());
+  return !isDefault || !isHierarchy(m_logger->getRepository());
 }
 
 void LOGLoggingEvent::render() {
@@ -208,24 +211,25 @@ I18NString* LOGLoggingEvent::getRenderedMessage() {
   });
 }
 
-LOG4ZEB_HOT bool LOGLoggingEvent::appendRenderedMessage(I18NString& text) {
-  if (isRendered()) {
-    return zebTranslate(SOURCE, __LINE__, [&] {
-      const I18NString* const kept = keptRendering();
-      if (kept != nullptr) {
-        text.append(*kept);
-      }
-      return kept != nullptr;
-    });
+LOG4ZEB_HOT const I18NString* LOGLoggingEvent::ownTextOfMessage() const {
+  const LOGLoggerRepository* const repository =
+      m_logger == nullptr ? nullptr : m_logger->getRepository();
+  return m_hasPlainMessage && !isRendered() && repository != nullptr && isHierarchy(repository) &&
+                 LOGRendererMap::isAllRenderedByDefault()
+             ? &m_plainMessage.m_string
+             : nullptr;
+}
+
+bool LOGLoggingEvent::appendRenderedMessage(I18NString& text) {
+  if (const I18NString* const own = ownTextOfMessage()) {
+    text.append(*own);
+    return true;
   }
-  LOGObject* const message = getMessage();
-  if (message == nullptr || m_logger == nullptr) {
-    return false;
+  const std::unique_ptr<I18NString> rendered(getRenderedMessage());
+  if (rendered != nullptr) {
+    zebTranslate(SOURCE, __LINE__, [&] { text.append(*rendered); });
   }
-  return zebTranslate(SOURCE, __LINE__, [&] {
-    LOGRendererMap* const renderers = rendererMapOf(m_logger->getRepository());
-    return renderers != nullptr && renderers->appendRendered(message, text);
-  });
+  return rendered != nullptr;
 }
 
 LOGLoggingEvent::Rare& LOGLoggingEvent::rare() {
@@ -258,7 +262,7 @@ const I18NString& LOGLoggingEvent::getNDC() {
 
 LOG4ZEB_HOT const I18NString& LOGLoggingEvent::getThreadName() {
   if (m_threadName.isEmpty()) {
-    zebTranslate(SOURCE, __LINE__, [this] { m_threadName.appendAscii(currentThreadText()); });
+    m_threadName.appendAscii(currentThreadText());  // which an I18NString holds without memory
   }
   return m_threadName;
 }

@@ -5,6 +5,7 @@
 #include <exception>
 #include <limits>
 #include <memory>
+#include <string_view>
 
 #include "core/LOGObject.h"
 #include "core/LOGSerializable.h"
@@ -20,6 +21,11 @@ struct LOGMessageText {
   const I18NString& text;
 };
 
+/// The same as UTF-8; invalid bytes become U+FFFD.
+struct LOGMessageUtf8 {
+  std::string_view text;
+};
+
 /// The record of one enabled logging request: what is logged, by which logger and at which level,
 /// and the context that was current. A logger makes one on its stack and hands it down to the
 /// appenders; an appender that keeps one makes a copy. An event is used by one thread at a time.
@@ -31,8 +37,9 @@ class LOG4ZEB_EXPORT LOGLoggingEvent : public LOGSerializable {
   /// ZEBAssertError when `logger` is null, ZEBOutOfMemoryError, and what the clone throws.
   LOGLoggingEvent(const I18NString& fqnOfCategoryClass, LOGLogger* logger, LOGLevel* level,
                   LOGObject* message);
-  /// The same with a message of that text.
+  /// The same with a message of that text. Throws std::bad_alloc, too.
   LOGLoggingEvent(LOGLogger* logger, LOGLevel* level, const LOGMessageText& message);
+  LOGLoggingEvent(LOGLogger* logger, LOGLevel* level, const LOGMessageUtf8& message);
   /// The copy owns a clone of the message and its own location; its throwable text is empty. Throws
   /// ZEBOutOfMemoryError, and what the clone throws.
   LOGLoggingEvent(const LOGLoggingEvent& other);
@@ -54,6 +61,8 @@ class LOG4ZEB_EXPORT LOGLoggingEvent : public LOGSerializable {
   I18NString* getRenderedMessage();
   /// Appends that text to `text` and returns whether there was one; usually without an allocation.
   bool appendRenderedMessage(I18NString& text);
+  /// The message's own text, which belongs to the event, where rendering gives that; else null.
+  const I18NString* ownTextOfMessage() const;
   /// The diagnostic context of the thread that asks first.
   const I18NString& getNDC();
   /// The number of the thread that asks first, in decimal.

@@ -29,12 +29,9 @@ LOGMessageStream::Buffer::int_type LOGMessageStream::Buffer::overflow(int_type c
                                                          : sputc(traits_type::to_char_type(c));
 }
 
-bool LOGMessageStream::finish() noexcept {
-  constexpr const char* LOST = "LOGMessageStream::finish -- no memory for a message, which is lost";
-  return logContainingFailures(LOGFailureTexts::same(LOST), [this] {
-    if (m_buffer.lacksMemory()) {
-      throw std::bad_alloc();
-    }
-    m_text.append(m_buffer.bytes());
-  });
+bool LOGMessageStream::isWhole() const noexcept {
+  if (m_buffer.lacksMemory()) {
+    logReportOutOfMemory("LOGMessageStream::finish -- no memory for a message, which is lost");
+  }
+  return !m_buffer.lacksMemory();
 }

@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/I18NString.h"
+#include "platform/LOG4ZEBExport.h"
 
 /// Collects what the logging macros stream into one message. A message of the usual length stays in
 /// the object itself, which takes half the time of a string stream.
@@ -19,10 +19,11 @@ class LOG4ZEB_EXPORT LOGMessageStream {
   ~LOGMessageStream();
 
   std::ostream& stream() { return m_stream; }
-  /// Makes the message. Returns false, and reports it, when there was no memory for all of it: a
-  /// part of a message is none.
-  bool finish() noexcept;
-  const I18NString& text() const { return m_text; }
+  /// Returns false, and reports it, when there was no memory for all of the message: a part of one
+  /// is none.
+  bool isWhole() const noexcept;
+  /// The message, valid until more is streamed.
+  std::string_view utf8() const { return m_buffer.bytes(); }
 
  private:
   class Buffer : public std::streambuf {
@@ -43,7 +44,6 @@ class LOG4ZEB_EXPORT LOGMessageStream {
 
   Buffer m_buffer;
   std::ostream m_stream;
-  I18NString m_text;
 };
 
 #endif

@@ -40,6 +40,7 @@ class LOG4ZEB_EXPORT LOGObject {
 
  private:
   friend class LOGEventRecords;
+  friend class LOGLoggingEvent;
 
   static const I18NString& defaultTag() noexcept;
   static std::unique_ptr<I18NString> copyOf(const I18NString& tag);

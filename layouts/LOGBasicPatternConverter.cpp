@@ -27,28 +27,26 @@ I18NString* LOGBasicPatternConverter::convert(LOGLoggingEvent* event) {
   });
 }
 
-LOG4ZEB_HOT bool LOGBasicPatternConverter::appendText(I18NString& text, LOGLoggingEvent* event) {
+bool LOGBasicPatternConverter::appendText(I18NString& text, LOGLoggingEvent* event) {
   ZEB_ASSERT(event, SOURCE, __LINE__);
   switch (m_type) {
     case LOGPatternParser::RELATIVE_TIME_CONVERTER:
       text.append(ZEBUtConvert::handleCvt(
           (event->getTimeStamp() - LOGLoggingEvent::getStartTime()) * MILLISECONDS_PER_SECOND));
       return true;
-    case LOGPatternParser::THREAD_CONVERTER:
-      text.append(event->getThreadName());
-      return true;
+    case LOGPatternParser::MESSAGE_CONVERTER:
+      return event->appendRenderedMessage(text);
     case LOGPatternParser::LEVEL_CONVERTER: {
       const LOGLevel* const level = event->getLevel();
       ZEB_ASSERT(level, SOURCE, __LINE__);
-      text.append(level->getText());
-      return true;
+      break;
     }
-    case LOGPatternParser::NDC_CONVERTER:
-      text.append(event->getNDC());
-      return true;
-    case LOGPatternParser::MESSAGE_CONVERTER:
-      return event->appendRenderedMessage(text);
     default:
-      return false;
+      break;
   }
+  const I18NString* const part = LOGBasicPatternConverter::part().textOf(*event);
+  if (part != nullptr) {
+    text.append(*part);
+  }
+  return part != nullptr;
 }

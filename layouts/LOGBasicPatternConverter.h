@@ -15,6 +15,7 @@ class LOG4ZEB_EXPORT LOGBasicPatternConverter : public LOGPatternConverter,
   /// event and where the level is asked of an event that has none.
   I18NString* convert(LOGLoggingEvent* event) override;
   bool appendText(I18NString& text, LOGLoggingEvent* event) override;
+  LOGEventPart part() const override { return LOGEventPart(m_type); }
 
  private:
   int m_type;

@@ -92,8 +92,16 @@ void LOGDateLayout::dateFormat(I18NString& buf, LOGLoggingEvent* event) {
   if (m_date == nullptr) {
     m_date = zebTranslate(SOURCE, __LINE__, [] { return std::make_unique<LOGDate>(); });
   }
-  m_date->setTime(event->getTimeStamp());
-  buf = m_dateFormat->format(m_date.get());
+  // The formats write one second always the same.
+  if (m_dateText.isEmpty() || m_date->getTime() != event->getTimeStamp()) {
+    m_dateText.clear();
+    m_date->setTime(event->getTimeStamp());
+    const unsigned memoryFailures = logMemoryFailures();
+    const I18NString& date = m_dateFormat->format(m_date.get());
+    logRequireMemorySince(memoryFailures);
+    m_dateText = date;
+  }
+  buf = m_dateText;
   buf.append(1, ' ');
 }
 
@@ -107,6 +115,7 @@ void LOGDateLayout::setDateFormat(const I18NString& dateFormat, LOGTimeZone* tim
   }
   m_dateFormatOption = dateFormat;
   m_dateFormat = std::move(format);
+  m_dateText.clear();
   m_timeZone = std::move(ownZone);
 }
 

@@ -50,6 +50,7 @@ class LOG4ZEB_EXPORT LOGDateLayout : public LOGLayout {
   std::unique_ptr<LOGTimeZone> m_timeZone;  // used by the format
   std::unique_ptr<LOGDateFormat> m_dateFormat;
   std::unique_ptr<LOGDate> m_date;
+  I18NString m_dateText;  // of the second last asked for
 };
 
 #endif

@@ -1,6 +1,7 @@
 #ifndef LAYOUTS_LOGDIRECTCONVERTER_H
 #define LAYOUTS_LOGDIRECTCONVERTER_H
 
+#include "layouts/LOGEventPart.h"
 #include "platform/I18NString.h"
 
 class LOGLoggingEvent;
@@ -13,6 +14,8 @@ class LOG4ZEB_EXPORT LOGDirectConverter {
   virtual ~LOGDirectConverter();
   /// Appends to `text` what convert() gives; false, and nothing appended, when that is null.
   virtual bool appendText(I18NString& text, LOGLoggingEvent* event) = 0;
+  /// What appendText() appends where the event has it.
+  virtual LOGEventPart part() const { return LOGEventPart(); }
 };
 
 #endif

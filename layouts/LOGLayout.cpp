@@ -1,7 +1,6 @@
 #include "layouts/LOGLayout.h"
 
 #include <memory>
-#include <utility>
 
 #include "core/LOGFailures.h"
 #include "core/LOGLoggingEvent.h"
@@ -66,6 +65,20 @@ const I18NString& LOGLayout::getHeader() { return keep({}); }
 const I18NString& LOGLayout::getFooter() { return keep({}); }
 
 int LOGLayout::ignoresThrowable() { return 1; }
+
+LOG4ZEB_HOT void LOGLayout::formatInto(I18NString& text, LOGLoggingEvent* event) {
+  struct Untaken {  // by a layout of the program, or one that fails
+    LOGLayout& layout;
+    ~Untaken() { layout.takeTarget(); }
+  };
+  const Untaken untaken{*this};
+  text.clear();
+  m_target = &text;
+  const I18NString& result = format(event);
+  if (&result != &text) {
+    text = result;
+  }
+}
 
 I18NString LOGLayout::takeBuffer() noexcept {
   I18NString text = std::move(m_buffer);

@@ -1,6 +1,8 @@
 #ifndef LAYOUTS_LOGLAYOUT_H
 #define LAYOUTS_LOGLAYOUT_H
 
+#include <utility>
+
 #include "core/LOGMutex.h"
 #include "core/LOGObject.h"
 #include "core/LOGOptionHandler.h"
@@ -37,6 +39,9 @@ class LOG4ZEB_EXPORT LOGLayout : public LOGOptionHandler, public LOGLayoutObject
   /// The text of the event; empty, without a line end, for a null event. What the rendering of the
   /// message throws is reported and goes on to the caller.
   virtual const I18NString& format(LOGLoggingEvent* event);
+  /// Sets `text` to what format() gives. A pattern layout then builds it there, and the text that
+  /// format() returned last stays.
+  void formatInto(I18NString& text, LOGLoggingEvent* event);
   virtual const I18NString& getContentType();
   virtual const I18NString& getHeader();
   virtual const I18NString& getFooter();
@@ -51,8 +56,13 @@ class LOG4ZEB_EXPORT LOGLayout : public LOGOptionHandler, public LOGLayoutObject
   const I18NString& keep(I18NString text) noexcept;
   const I18NString& getLineSeparator() const noexcept { return m_lineSeparator; }
 
+  /// Where formatInto() wants the text that is built now, in place of the buffer, else null. Told
+  /// once, so that what the message formats through this layout goes elsewhere.
+  I18NString* takeTarget() noexcept { return std::exchange(m_target, nullptr); }
+
  private:
   I18NString m_buffer;
+  I18NString* m_target = nullptr;
   I18NString m_lineSeparator;
 };
 

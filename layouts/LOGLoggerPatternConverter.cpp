@@ -6,7 +6,10 @@ LOGLoggerPatternConverter::LOGLoggerPatternConverter(LOGFormattingInfo* formatti
                                                      int precision)
     : LOGNamedPatternConverter(formattingInfo, precision) {}
 
-LOG4ZEB_HOT const I18NString& LOGLoggerPatternConverter::getFullyQualifiedName(
-    LOGLoggingEvent* event) {
+const I18NString& LOGLoggerPatternConverter::getFullyQualifiedName(LOGLoggingEvent* event) {
   return event->getLoggerName();
+}
+
+LOGEventPart LOGLoggerPatternConverter::part() const {
+  return isWhole() ? LOGEventPart(LOGEventPart::LOGGER_NAME) : LOGEventPart();
 }

@@ -9,6 +9,7 @@ class LOG4ZEB_EXPORT LOGLoggerPatternConverter : public LOGNamedPatternConverter
   LOGLoggerPatternConverter(LOGFormattingInfo* formattingInfo, int precision);
 
   const I18NString& getFullyQualifiedName(LOGLoggingEvent* event) override;
+  LOGEventPart part() const override;
 };
 
 #endif

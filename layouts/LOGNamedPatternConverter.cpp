@@ -40,7 +40,7 @@ I18NString* LOGNamedPatternConverter::convert(LOGLoggingEvent* event) {
   });
 }
 
-LOG4ZEB_HOT bool LOGNamedPatternConverter::appendText(I18NString& text, LOGLoggingEvent* event) {
+bool LOGNamedPatternConverter::appendText(I18NString& text, LOGLoggingEvent* event) {
   ZEB_ASSERT(event, SOURCE, __LINE__);
   const I18NString& name = getFullyQualifiedName(event);
   if (m_precision > 0) {

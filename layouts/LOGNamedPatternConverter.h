@@ -21,6 +21,7 @@ class LOG4ZEB_EXPORT LOGNamedPatternConverter : public LOGPatternConverter,
   LOGNamedPatternConverter() = default;
   /// Throws ZEBAssertError when `formattingInfo` is null.
   LOGNamedPatternConverter(LOGFormattingInfo* formattingInfo, int precision);
+  bool isWhole() const { return m_precision <= 0; }
 
  private:
   int m_precision = 0;

@@ -30,8 +30,8 @@ void LOGPatternConverter::format(I18NString& sbuf, LOGLoggingEvent* event) {
   appendPadded(sbuf, s.get());
 }
 
-void LOGPatternConverter::appendFormatted(I18NString& text, LOGLoggingEvent* event,
-                                          LOGDirectConverter* direct) {
+LOG4ZEB_HOT void LOGPatternConverter::appendFormatted(I18NString& text, LOGLoggingEvent* event,
+                                                      LOGDirectConverter* direct) {
   if (direct != nullptr && !hasWidths()) {
     direct->appendText(text, event);  // without widths straight to its place
     return;

@@ -1,14 +1,12 @@
 #include "layouts/LOGPatternLayout.h"
 
-#include <typeinfo>
+#include <cstddef>
+#include <iterator>
 #include <utility>
 
 #include "core/LOGFailures.h"
-#include "layouts/LOGBasicPatternConverter.h"
-#include "layouts/LOGDatePatternConverter.h"
 #include "layouts/LOGDirectConverter.h"
 #include "layouts/LOGLiteralPatternConverter.h"
-#include "layouts/LOGLoggerPatternConverter.h"
 #include "layouts/LOGPatternParser.h"
 #include "platform/ZEBThreadGuard.h"
 #include "platform/ZEBTranslate.h"
@@ -67,58 +65,30 @@ LOGPatternLayout::Program LOGPatternLayout::programOf(LOGPatternConverter::Chain
        converter = converter->getNext()) {
     const auto* const literal = dynamic_cast<const LOGLiteralPatternConverter*>(converter);
     if (literal == nullptr) {
-      steps.push_back(
-          {converter, dynamic_cast<LOGDirectConverter*>(converter), kindOf(*converter), {}});
-    } else if (steps.empty()) {
-      steps.push_back({nullptr, nullptr, Kind::Other, literal->getLiteral()});
+      auto* const direct = dynamic_cast<LOGDirectConverter*>(converter);
+      const LOGEventPart part = direct == nullptr ? LOGEventPart() : direct->part();
+      steps.push_back({converter, direct, part, {}});
     } else {
+      if (steps.empty()) {
+        steps.emplace_back();
+      }
       steps.back().literal.append(literal->getLiteral());
     }
   }
   return {std::move(chain), std::move(steps)};
 }
 
-LOGPatternLayout::Kind LOGPatternLayout::kindOf(const LOGPatternConverter& converter) {
-  const std::type_info& type = typeid(converter);
-  return type == typeid(LOGBasicPatternConverter)    ? Kind::Basic
-         : type == typeid(LOGDatePatternConverter)   ? Kind::Date
-         : type == typeid(LOGLoggerPatternConverter) ? Kind::Logger
-                                                     : Kind::Other;
-}
-
-const I18NString& LOGPatternLayout::format(LOGLoggingEvent* event) {
+LOG4ZEB_HOT const I18NString& LOGPatternLayout::format(LOGLoggingEvent* event) {
+  if (I18NString* const target = takeTarget()) {
+    build(*target, event);
+    return *target;
+  }
   I18NString text = takeBuffer();
   build(text, event);
   return keep(std::move(text));
 }
 
-LOG4ZEB_HOT void LOGPatternLayout::formatInto(I18NString& text, LOGLoggingEvent* event) {
-  text.clear();
-  build(text, event);
-}
-
-inline void LOGPatternLayout::append(I18NString& text, LOGLoggingEvent* event, const Step& step) {
-  if (step.kind == Kind::Other || LOGPatternConverter::hasWidths()) {
-    step.converter->appendFormatted(text, event, step.direct);
-    return;
-  }
-  // Without widths straight to its place.
-  switch (step.kind) {
-    case Kind::Basic:
-      static_cast<LOGBasicPatternConverter*>(step.converter)
-          ->LOGBasicPatternConverter::appendText(text, event);
-      break;
-    case Kind::Date:
-      static_cast<LOGDatePatternConverter*>(step.converter)
-          ->LOGDatePatternConverter::appendText(text, event);
-      break;
-    default:
-      static_cast<LOGLoggerPatternConverter*>(step.converter)
-          ->LOGLoggerPatternConverter::appendText(text, event);
-  }
-}
-
-LOG4ZEB_HOT LOG4ZEB_FLAT void LOGPatternLayout::build(I18NString& text, LOGLoggingEvent* event) {
+LOG4ZEB_HOT void LOGPatternLayout::build(I18NString& text, LOGLoggingEvent* event) {
   if (event == nullptr) {
     LOGLogLog::warn("LOGPatternLayout::format --- Event is NULL.");
     return;
@@ -127,12 +97,23 @@ LOG4ZEB_HOT LOG4ZEB_FLAT void LOGPatternLayout::build(I18NString& text, LOGLoggi
     const Walk walk(*this);
     // A replaced program moves, its steps do not.
     const Step* const end = m_program.steps.data() + m_program.steps.size();
+    const I18NString* pieces[16];  // not appended yet
+    std::size_t count = 0;
+    bool hasWidths = LOGPatternConverter::hasWidths();
     for (const Step* step = m_program.steps.data(); step != end; ++step) {
-      if (step->converter != nullptr) {
-        append(text, event, *step);
+      if (const I18NString* const part = hasWidths ? nullptr : step->part.textOf(*event)) {
+        pieces[count++] = part;
+      } else if (step->converter != nullptr) {
+        text.append(pieces, std::exchange(count, 0));
+        step->converter->appendFormatted(text, event, step->direct);
+        hasWidths = LOGPatternConverter::hasWidths();  // a message may parse a pattern
       }
-      text.append(step->literal);
+      pieces[count++] = &step->literal;
+      if (count + 1 >= std::size(pieces)) {
+        text.append(pieces, std::exchange(count, 0));
+      }
     }
+    text.append(pieces, count);
   } catch (...) {
     logNoteFailure();
     LOGLogLog::error("LOGPatternLayout::format --- An unknown error occurred.");

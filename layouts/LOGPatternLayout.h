@@ -4,9 +4,11 @@
 #include <memory>
 #include <vector>
 
+#include "layouts/LOGEventPart.h"
 #include "layouts/LOGLayout.h"
 #include "layouts/LOGPatternConverter.h"
 
+class LOGDirectConverter;
 class LOGPatternParser;
 
 /// Formats events by a conversion pattern: text in which specifiers such as `%-5p` stand for parts
@@ -35,29 +37,20 @@ class LOG4ZEB_EXPORT LOGPatternLayout : public LOGLayout {
   int ignoresThrowable() override;
 
  private:
-  friend class LOGAppenderSkeleton;
   class Walk;
-
-  /// What format() of this very class gives, in the caller's string, which spares a copy of the
-  /// line; the text that format() returned last stays.
-  void formatInto(I18NString& text, LOGLoggingEvent* event);
 
   static std::unique_ptr<LOGPatternParser> createPatternParser(const I18NString& pattern);
 
   void build(I18NString& text, LOGLoggingEvent* event);
 
   I18NString m_conversionPattern;
-  /// The converters of nearly every line, which are called without a look at their tables.
-  enum class Kind { Basic, Date, Logger, Other };
   /// A converter, null in front of the first literal only, and the literal text that follows it.
   struct Step {
-    LOGPatternConverter* converter;
-    LOGDirectConverter* direct;  // the converter's direct side, or null
-    Kind kind;
+    LOGPatternConverter* converter = nullptr;
+    LOGDirectConverter* direct = nullptr;  // the converter's direct side, or null
+    LOGEventPart part;                     // what it shows, if that is an event's part as it is
     I18NString literal;
   };
-  static Kind kindOf(const LOGPatternConverter& converter);
-  static void append(I18NString& text, LOGLoggingEvent* event, const Step& step);
   /// A parsed pattern: the chain, and the same once more in the order and form of its use.
   struct Program {
     LOGPatternConverter::Chain chain;

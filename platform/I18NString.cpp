@@ -268,7 +268,32 @@ I18NString& I18NString::appendWithLoneSurrogate(const I18NString& text) {
   return *this;
 }
 
+LOG4ZEB_HOT I18NString& I18NString::append(const I18NString* const* texts, std::size_t count) {
+  std::size_t bytes = 0;
+  bool isAnySurrogateAlone = false;
+  for (std::size_t i = 0; i < count; ++i) {
+    bytes += texts[i]->m_bytes.size();
+    isAnySurrogateAlone |= texts[i]->m_loneSurrogates != 0;
+  }
+  if (isAnySurrogateAlone) {
+    for (std::size_t i = 0; i < count; ++i) {
+      append(*texts[i]);
+    }
+    return *this;
+  }
+  m_bytes.reserve(m_bytes.size() + bytes + I18NBytes::ROOM_TO_SPARE);
+  for (std::size_t i = 0; i < count; ++i) {
+    m_bytes.appendWithinRoom(texts[i]->m_bytes);
+    m_units += texts[i]->m_units;
+  }
+  return *this;
+}
+
 LOG4ZEB_HOT I18NString& I18NString::append(std::string_view utf8) {
+  if (m_bytes.appendIfAscii(utf8)) {
+    m_units += static_cast<std::uint32_t>(utf8.size());
+    return *this;
+  }
   const std::size_t ascii = i18n::asciiPrefix(utf8);
   m_bytes.append(utf8.substr(0, ascii));
   m_units += static_cast<std::uint32_t>(ascii);

@@ -104,6 +104,8 @@ class LOG4ZEB_EXPORT I18NString {
     m_units += units;
     return *this;
   }
+  /// Appends `count` texts, one after the other. REQUIRES: none of them is this one.
+  I18NString& append(const I18NString* const* texts, std::size_t count);
   /// Appends UTF-8 bytes; invalid ones become U+FFFD. REQUIRES: not a view of this text itself.
   I18NString& append(std::string_view utf8);
   /// Appends `count` times the ASCII character `c`.

@@ -15,6 +15,9 @@
 
 namespace {
 
+/// Whether everything is rendered by the first default renderer. Changed under the table's lock.
+std::atomic<bool> g_isOriginal{true};
+
 /// The table of the process. Never destroyed, because static destructors log too.
 class RendererTable {
  public:
@@ -34,7 +37,7 @@ class RendererTable {
       return;
     }
     replaced = std::exchange(m_renderers[className], std::move(entered));
-    m_isOriginal = false;
+    g_isOriginal = false;
   }
 
   /// The same for a renderer of a loaded library, which may hand out one object again and again:
@@ -55,7 +58,7 @@ class RendererTable {
     Renderer replaced;
     const ZEBThreadGuard guard(m_lock);
     replaced = std::exchange(m_default, owner(renderer));
-    m_isOriginal = false;
+    g_isOriginal = false;
   }
 
   Renderer getDefault() const {
@@ -65,7 +68,7 @@ class RendererTable {
 
   Renderer find(const I18NString& className) const {
     // Nearly every program renders with the default alone and need not wait for the lock.
-    if (m_isOriginal) {
+    if (g_isOriginal) {
       return m_original;
     }
     const ZEBThreadGuard guard(m_lock);
@@ -73,16 +76,14 @@ class RendererTable {
     return found == m_renderers.end() ? m_default : found->second;
   }
 
-  /// Whether everything is rendered by the first default renderer.
-  bool isOriginal() const { return m_isOriginal; }
-  /// Whether that is the renderer.
+  /// Whether that is the first default renderer.
   bool isOriginal(const Renderer& renderer) const { return renderer == m_original; }
 
   void clear() {
     std::map<I18NString, Renderer> dropped;
     const ZEBThreadGuard guard(m_lock);
     dropped.swap(m_renderers);
-    m_isOriginal = m_default == m_original;
+    g_isOriginal = m_default == m_original;
   }
 
  private:
@@ -111,7 +112,6 @@ class RendererTable {
   Renderer m_default = m_original;             // guarded by m_lock
   std::map<I18NString, Renderer> m_renderers;  // guarded by m_lock
   std::vector<Renderer> m_fromLibraries;       // guarded by m_lock
-  std::atomic<bool> m_isOriginal{true};
 };
 
 /// Made when the library is loaded: a fork while another thread makes it would let the child wait
@@ -158,25 +158,13 @@ I18NString* LOGRendererMap::findAndRender(LOGObject* object) const {
   return renderer == nullptr ? nullptr : renderer->doRender(object);
 }
 
-LOG4ZEB_HOT bool LOGRendererMap::appendRendered(LOGObject* object, I18NString& text) const {
-  if (RendererTable::instance().isOriginal()) {
-    if (object == nullptr) {
-      return false;
-    }
-    text.append(object->toString());
-    return true;
-  }
-  const std::unique_ptr<I18NString> rendered(findAndRender(object));
-  if (rendered == nullptr) {
-    return false;
-  }
-  text.append(*rendered);
-  return true;
+bool LOGRendererMap::isRenderedByDefault(const I18NString& className) {
+  const RendererTable& table = RendererTable::instance();
+  return table.isOriginal(table.find(className));
 }
 
-LOG4ZEB_HOT bool LOGRendererMap::isRenderedByDefault(const I18NString& className) {
-  const RendererTable& table = RendererTable::instance();
-  return table.isOriginal() || table.isOriginal(table.find(className));
+LOG4ZEB_HOT bool LOGRendererMap::isAllRenderedByDefault() noexcept {
+  return g_isOriginal.load(std::memory_order_acquire);
 }
 
 void LOGRendererMap::clear() { RendererTable::instance().clear(); }

@@ -27,12 +27,11 @@ class LOG4ZEB_EXPORT LOGRendererMap {
   /// The object's text in a new string that the caller deletes; null for a null object, and where
   /// there is no renderer.
   I18NString* findAndRender(LOGObject* object) const;
-  /// Appends the object's text to `text` and returns whether there was one. What the first default
-  /// renderer does, which is the object's own text, costs no allocation.
-  bool appendRendered(LOGObject* object, I18NString& text) const;
   /// Whether objects of that tag are rendered by the first default renderer, which is no code of a
-  /// program.
+  /// program and gives an object's own text.
   static bool isRenderedByDefault(const I18NString& className);
+  /// Whether all objects are, as in nearly every program.
+  static bool isAllRenderedByDefault() noexcept;
   /// Drops what was put. The default renderer stays.
   void clear();
 
