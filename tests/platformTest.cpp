@@ -238,12 +238,13 @@ TEST(CriticalSection, IsHeldUntilItsOwnerLeftAsOftenAsItEntered) {
   static ZEBThreadCriticalSection section(0);
   std::atomic<bool> entered{false};
   section.enter();
-  section.enter();
+  EXPECT_TRUE(section.tryEnter()) << "again";
   Running other([&] {
     const ZEBThreadGuard guard(section);
     entered = true;
   });
   section.leave();
+  Running([] { EXPECT_FALSE(section.tryEnter()); }).join();
   ZEBThread::sleep(30);
   EXPECT_FALSE(entered);
   section.leave();
