@@ -104,9 +104,11 @@ bool ZEBThreadCriticalSection::tryEnter() {
     noteTaken(false);
     return true;
   }
-  const bool isAgain = isOwner(self, owner);
-  m_repeats += isAgain ? 1 : 0;
-  return isAgain;
+  if (isOwner(self, owner)) {
+    ++m_repeats;
+    return true;
+  }
+  return false;
 }
 
 LOG4ZEB_COLD void ZEBThreadCriticalSection::waitFor(Owner self) {

@@ -254,20 +254,29 @@ TEST(CriticalSection, IsHeldUntilItsOwnerLeftAsOftenAsItEntered) {
 
 TEST(CriticalSection, LetsOneThreadInAtATime) {
   ZEBThreadLockableResource resource;
+  ZEBThreadCriticalSection& section = resource.getCriticalSection();
   long count = 0;  // guarded by resource
+  std::atomic<long> tries{0};
   {
     std::unique_ptr<Running> threads[4];
     for (auto& thread : threads) {
       thread = std::make_unique<Running>([&] {
         for (int round = 0; round < 20000; ++round) {
-          const ZEBThreadGuard guard(resource);
-          const ZEBThreadGuard again(resource);
-          ++count;
+          {
+            const ZEBThreadGuard guard(resource);
+            const ZEBThreadGuard again(resource);
+            ++count;
+          }
+          if (section.tryEnter()) {
+            ++count;
+            ++tries;
+            section.leave();
+          }
         }
       });
     }
   }
-  EXPECT_EQ(count, 80000);
+  EXPECT_EQ(count, 80000 + tries);
 }
 
 TEST(FileLock, LetsWritersInOneAtATime) {
