@@ -61,17 +61,12 @@ void ZEBThreadCriticalSection::noteTaken(bool hasWaited) noexcept {
   __tsan_mutex_post_lock(this, flags, 0);
 }
 
-void ZEBThreadCriticalSection::noteTakenFromLostThread() noexcept {
-  __tsan_mutex_destroy(this, __tsan_mutex_linker_init);
-}
-
 void ZEBThreadCriticalSection::noteLeft() noexcept {
   __tsan_mutex_pre_unlock(this, 0);
   __tsan_mutex_post_unlock(this, 0);
 }
 #else
 inline void ZEBThreadCriticalSection::noteTaken(bool) noexcept {}
-inline void ZEBThreadCriticalSection::noteTakenFromLostThread() noexcept {}
 inline void ZEBThreadCriticalSection::noteLeft() noexcept {}
 #endif
 
@@ -104,9 +99,11 @@ bool ZEBThreadCriticalSection::tryEnter() {
     noteTaken(false);
     return true;
   }
-  const bool isAgain = isOwner(self, owner);
-  m_repeats += isAgain ? 1 : 0;
-  return isAgain;
+  if (isOwner(self, owner)) {
+    ++m_repeats;
+    return true;
+  }
+  return false;
 }
 
 LOG4ZEB_COLD void ZEBThreadCriticalSection::waitFor(Owner self) {
@@ -138,10 +135,7 @@ void ZEBThreadCriticalSection::sleepUntilTaken(Owner self) {
       continue;
     }
     if (takes) {
-      if (owner != 0) {
-        m_repeats = 0;
-        noteTakenFromLostThread();
-      }
+      m_repeats = 0;  // those of a lost thread
       return;
     }
     place.sleep();

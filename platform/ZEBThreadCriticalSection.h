@@ -44,7 +44,6 @@ class LOG4ZEB_EXPORT ZEBThreadCriticalSection {
   void waitFor(Owner self);
   void sleepUntilTaken(Owner self);
   void noteTaken(bool hasWaited = true) noexcept;
-  void noteTakenFromLostThread() noexcept;
   void noteLeft() noexcept;
   void wakeWaiting() const noexcept;
 
