@@ -13,6 +13,7 @@
 #ifndef _WIN32
 #include <fcntl.h>
 #include <sys/mman.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -28,6 +29,7 @@
 #include "platform/IZEBConfiguration.h"
 #include "platform/ZEBAssertError.h"
 #include "platform/ZEBConfigurationFactory.h"
+#include "platform/ZEBFmHold.h"
 #include "platform/ZEBThreadGuard.h"
 #include "support/Workplace.h"
 
@@ -625,6 +627,27 @@ TEST_F(RollingFileAppenderTest, RefusesNoEventDuringTheRolloverOfAnotherThread) 
     fs::remove("i.1");
   }
   EXPECT_EQ(Workplace::diagnosticsWith(CLOSED), 0);
+}
+TEST_F(FileAppenderTest, ReportsHeldLinesThatAreLostWhenItIsClosed) {
+  constexpr rlim_t LIMIT = 100000;
+  Workplace::write("log", std::string(LIMIT - 4, 'x'));
+  rlimit before{};
+  getrlimit(RLIMIT_FSIZE, &before);
+  const rlimit limit{LIMIT, before.rlim_max};
+  setrlimit(RLIMIT_FSIZE, &limit);
+  LOGFileAppender appender(&layout, "log");
+  LOGObject message{I18NString("does not fit")};
+  LOGLoggingEvent event("fqn", LOGManager::getLogger("file"),
+                        LOGLevel::toLevel(LOGLevel::INFO_RANK), &message);
+  ZEBFmHold hold;
+  event.setHold(&hold);
+  appender.doAppend(&event);
+  EXPECT_EQ(Workplace::diagnosticsWith("ERROR"), 0);
+  appender.close();
+  setrlimit(RLIMIT_FSIZE, &before);
+  EXPECT_EQ(Workplace::diagnosticsEqual(
+                "log4zeb:ERROR LOGQuietWriter::write -- ZEBThrowable exception occurred"),
+            1);
 }
 #endif
 
