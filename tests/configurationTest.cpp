@@ -202,6 +202,7 @@ TEST_F(Configuration, BoundsChainsAndCirclesOfReferences) {
   document += "<appender name='circle' class='LOGAsyncAppender'>" + ref("circle") + "</appender>";
   EXPECT_EQ(Workplace::configure(document), 1);
   EXPECT_EQ(Workplace::diagnosticsWith("could be found."), 2);
+  EXPECT_EQ(Workplace::diagnosticsWith("Put appender circle into"), 1) << "built once";
   EXPECT_NE(rootAppender("A0"), nullptr);
 }
 
