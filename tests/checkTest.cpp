@@ -197,6 +197,7 @@ const Mistake MISTAKES[] = {
      "duplicate-name", "replace those given before", "one element"},
     // Levels and truth values.
     {20, R"(<level value="WARNING"/>)", "unknown-level", "it means DEBUG", "value=\"WARN\""},
+    {20, R"(<level value="{}"/>)", "unknown-level", "\"{}\" is no level", "value=\"DEBUG\""},
     {20, R"(<level value="INF"/>)", "unknown-level", "it means DEBUG", "value=\"INFO\""},
     {20, R"(<level value=" INFO"/>)", "unknown-level", "\" INFO\" is no level", "value=\"INFO\""},
     {20, R"(<level value="Inherited"/>)", "unknown-level", "it means DEBUG", "value=\"inherited\""},
