@@ -28,8 +28,9 @@ def executions(program, operation):
         files, counts = {}, collections.Counter()
         file, address, is_of_call = None, 0, False
         for line in open(out.name, encoding="utf-8", errors="replace"):
-            if named := re.match(r"ob=\((\d+)\)(?: (.*))?", line):
-                file = files.setdefault(named[1], named[2])
+            if named := re.match(r"(c?)ob=\((\d+)\)(?: (.*))?", line):
+                name = files.setdefault(named[2], named[3])
+                file = file if named[1] else name
             elif line.startswith("calls="):
                 is_of_call = True  # the next line is what the callee cost
             elif place := re.match(r"(0x|\+|-|\*)([0-9a-f]*) \S+(?: (\d+))?", line):
