@@ -1,12 +1,9 @@
 #include "layouts/LOGBasicPatternConverter.h"
 
-#include <memory>
-
 #include "core/LOGLevel.h"
 #include "core/LOGLoggingEvent.h"
 #include "layouts/LOGPatternParser.h"
 #include "platform/ZEBAssertError.h"
-#include "platform/ZEBTranslate.h"
 #include "platform/ZEBUtConvert.h"
 
 namespace {
@@ -19,13 +16,7 @@ constexpr int MILLISECONDS_PER_SECOND = 1000;
 LOGBasicPatternConverter::LOGBasicPatternConverter(LOGFormattingInfo* formattingInfo, int type)
     : LOGPatternConverter(formattingInfo), m_type(type) {}
 
-I18NString* LOGBasicPatternConverter::convert(LOGLoggingEvent* event) {
-  ZEB_ASSERT(event, SOURCE, __LINE__);
-  return zebTranslate(SOURCE, __LINE__, [this, event] {
-    auto text = std::make_unique<I18NString>();
-    return LOGBasicPatternConverter::appendText(*text, event) ? text.release() : nullptr;
-  });
-}
+I18NString* LOGBasicPatternConverter::convert(LOGLoggingEvent* event) { return newText(event); }
 
 bool LOGBasicPatternConverter::appendText(I18NString& text, LOGLoggingEvent* event) {
   ZEB_ASSERT(event, SOURCE, __LINE__);

@@ -11,7 +11,6 @@
 #include "layouts/LOGRelativeTimeDateFormat.h"
 #include "layouts/LOGSimpleDateFormat.h"
 #include "platform/ZEBAssertError.h"
-#include "platform/ZEBTranslate.h"
 
 namespace {
 
@@ -37,14 +36,7 @@ LOGDatePatternConverter::LOGDatePatternConverter(LOGFormattingInfo* formattingIn
   m_isKnownFormat = isKnown(*m_dateFormat);
 }
 
-I18NString* LOGDatePatternConverter::convert(LOGLoggingEvent* event) {
-  ZEB_ASSERT(event, SOURCE, __LINE__);
-  return zebTranslate(SOURCE, __LINE__, [this, event] {
-    auto text = std::make_unique<I18NString>();
-    LOGDatePatternConverter::appendText(*text, event);
-    return text.release();
-  });
-}
+I18NString* LOGDatePatternConverter::convert(LOGLoggingEvent* event) { return newText(event); }
 
 LOG4ZEB_HOT bool LOGDatePatternConverter::appendText(I18NString& text, LOGLoggingEvent* event) {
   ZEB_ASSERT(event, SOURCE, __LINE__);

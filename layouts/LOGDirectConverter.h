@@ -14,6 +14,9 @@ class LOG4ZEB_EXPORT LOGDirectConverter {
   virtual ~LOGDirectConverter();
   /// Appends to `text` what convert() gives; false, and nothing appended, when that is null.
   virtual bool appendText(I18NString& text, LOGLoggingEvent* event) = 0;
+  /// What appendText() appends, in a new string, or null: convert() of a class that has this side.
+  /// Throws ZEBAssertError for a null event.
+  I18NString* newText(LOGLoggingEvent* event);
   /// What appendText() appends where the event has it.
   virtual LOGEventPart part() const { return LOGEventPart(); }
 };

@@ -1,7 +1,5 @@
 #include "layouts/LOGLayout.h"
 
-#include <memory>
-
 #include "core/LOGFailures.h"
 #include "core/LOGLoggingEvent.h"
 #include "layouts/LOGDateLayout.h"
@@ -13,9 +11,9 @@ namespace {
 constexpr const char* SOURCE = "LOGLayout";
 
 /// Unlike the reporting of output failures this passes every exception on, each with its own text.
-std::unique_ptr<I18NString> render(LOGLoggingEvent& event) {
+void appendMessage(I18NString& text, LOGLoggingEvent& event) {
   try {
-    return std::unique_ptr<I18NString>(event.getRenderedMessage());
+    event.appendRenderedMessage(text);
   } catch (I18NRuntimeError& failure) {
     logReportSwallowed("LOGLayout::format -- some i18nstring exception occurred", failure);
     throw;
@@ -50,9 +48,7 @@ void LOGLayout::activateOptions() {}
 const I18NString& LOGLayout::format(LOGLoggingEvent* event) {
   I18NString text = takeBuffer();
   if (event != nullptr) {
-    if (const std::unique_ptr<I18NString> message = render(*event)) {
-      text.append(*message);
-    }
+    appendMessage(text, *event);
     text.append(m_lineSeparator);
   }
   return keep(std::move(text));

@@ -1,9 +1,6 @@
 #include "layouts/LOGNamedPatternConverter.h"
 
-#include <memory>
-
 #include "platform/ZEBAssertError.h"
-#include "platform/ZEBTranslate.h"
 
 namespace {
 
@@ -31,14 +28,7 @@ I18NString lastComponents(const I18NString& name, int precision) {
 LOGNamedPatternConverter::LOGNamedPatternConverter(LOGFormattingInfo* formattingInfo, int precision)
     : LOGPatternConverter(checked(formattingInfo)), m_precision(precision) {}
 
-I18NString* LOGNamedPatternConverter::convert(LOGLoggingEvent* event) {
-  ZEB_ASSERT(event, SOURCE, __LINE__);
-  return zebTranslate(SOURCE, __LINE__, [this, event] {
-    auto text = std::make_unique<I18NString>();
-    LOGNamedPatternConverter::appendText(*text, event);
-    return text.release();
-  });
-}
+I18NString* LOGNamedPatternConverter::convert(LOGLoggingEvent* event) { return newText(event); }
 
 bool LOGNamedPatternConverter::appendText(I18NString& text, LOGLoggingEvent* event) {
   ZEB_ASSERT(event, SOURCE, __LINE__);

@@ -30,12 +30,8 @@ void LOGPatternConverter::format(I18NString& sbuf, LOGLoggingEvent* event) {
   appendPadded(sbuf, s.get());
 }
 
-LOG4ZEB_HOT void LOGPatternConverter::appendFormatted(I18NString& text, LOGLoggingEvent* event,
-                                                      LOGDirectConverter* direct) {
-  if (direct != nullptr && !hasWidths()) {
-    direct->appendText(text, event);  // without widths straight to its place
-    return;
-  }
+void LOGPatternConverter::appendFormatted(I18NString& text, LOGLoggingEvent* event,
+                                          LOGDirectConverter* direct) {
   I18NString piece;
   if (direct == nullptr) {
     format(piece, event);

@@ -1,7 +1,5 @@
 #include "layouts/LOGPatternLayout.h"
 
-#include <cstddef>
-#include <iterator>
 #include <utility>
 
 #include "core/LOGFailures.h"
@@ -97,23 +95,23 @@ LOG4ZEB_HOT void LOGPatternLayout::build(I18NString& text, LOGLoggingEvent* even
     const Walk walk(*this);
     // A replaced program moves, its steps do not.
     const Step* const end = m_program.steps.data() + m_program.steps.size();
-    const I18NString* pieces[16];  // not appended yet
-    std::size_t count = 0;
+    I18NWriter line(text);
     bool hasWidths = LOGPatternConverter::hasWidths();
     for (const Step* step = m_program.steps.data(); step != end; ++step) {
       if (const I18NString* const part = hasWidths ? nullptr : step->part.textOf(*event)) {
-        pieces[count++] = part;
+        line.append(*part);
       } else if (step->converter != nullptr) {
-        text.append(pieces, std::exchange(count, 0));
-        step->converter->appendFormatted(text, event, step->direct);
+        line.close();
+        if (step->direct != nullptr && !hasWidths) {
+          step->direct->appendText(text, event);
+        } else {
+          step->converter->appendFormatted(text, event, step->direct);
+        }
+        line.open();
         hasWidths = LOGPatternConverter::hasWidths();  // a message may parse a pattern
       }
-      pieces[count++] = &step->literal;
-      if (count + 1 >= std::size(pieces)) {
-        text.append(pieces, std::exchange(count, 0));
-      }
+      line.append(step->literal);
     }
-    text.append(pieces, count);
   } catch (...) {
     logNoteFailure();
     LOGLogLog::error("LOGPatternLayout::format --- An unknown error occurred.");

@@ -1,6 +1,5 @@
 #include "layouts/LOGTTCCLayout.h"
 
-#include <memory>
 #include <string_view>
 #include <utility>
 
@@ -55,9 +54,7 @@ void LOGTTCCLayout::buildLine(I18NString& line, LOGLoggingEvent& event) {
     line.append(1, ' ');
   }
   line.append("- "sv);
-  if (const std::unique_ptr<I18NString> message{event.getRenderedMessage()}) {
-    line.append(*message);
-  } else {
+  if (!event.appendRenderedMessage(line)) {
     LOGLogLog::debug("LOGTTCCLayout:format --- getRenderedMessage returned NULL\n");
   }
   line.append(getLineSeparator());

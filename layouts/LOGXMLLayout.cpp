@@ -1,7 +1,6 @@
 #include "layouts/LOGXMLLayout.h"
 
 #include <cstdint>
-#include <memory>
 #include <string_view>
 #include <utility>
 
@@ -46,9 +45,7 @@ void LOGXMLLayout::appendEvent(I18NString& text, LOGLoggingEvent& event) {
   text.append("\" thread=\""sv).append(event.getThreadName()).append("\">\r\n"sv);
 
   text.append("<log4j:message><![CDATA["sv);
-  if (const std::unique_ptr<I18NString> message{event.getRenderedMessage()}) {
-    text.append(*message);
-  } else {
+  if (!event.appendRenderedMessage(text)) {
     LOGLogLog::debug("LOGXMLLayout::format ---- getRenderedMessage returned NULL\n");
   }
   text.append("]]></log4j:message>\r\n"sv);

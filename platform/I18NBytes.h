@@ -14,8 +14,6 @@
 class LOG4ZEB_EXPORT I18NBytes {
  public:
   static constexpr std::size_t INLINE_SIZE = 104;
-  /// What appendWithinRoom() may write beyond the end.
-  static constexpr std::size_t ROOM_TO_SPARE = 32;
   /// Longer texts throw std::length_error.
   static constexpr std::size_t LONGEST = UINT32_MAX;
 
@@ -80,10 +78,11 @@ class LOG4ZEB_EXPORT I18NBytes {
       return false;
     }
     std::uint64_t all = 0;
+    char* const to = m_data + m_size;
     const auto copy = [&](std::size_t offset) {
       std::memcpy(&block, bytes.data() + offset, sizeof block);
       all |= block.low | block.high;
-      std::memcpy(m_data + m_size + offset, &block, sizeof block);
+      std::memcpy(to + offset, &block, sizeof block);
     };
     for (std::size_t i = 0; i < size - sizeof block; i += sizeof block) {
       copy(i);
@@ -92,15 +91,6 @@ class LOG4ZEB_EXPORT I18NBytes {
     const bool isAscii = (all & HIGH_BITS) == 0;
     m_size += isAscii ? static_cast<std::uint32_t>(size) : 0;
     return isAscii;
-  }
-  /// Appends `other`. REQUIRES: there is room for it and ROOM_TO_SPARE bytes more.
-  void appendWithinRoom(const I18NBytes& other) noexcept {
-    if (other.m_size <= ROOM_TO_SPARE) {
-      move<ROOM_TO_SPARE>(other.m_data);
-    } else {
-      std::memcpy(m_data + m_size, other.m_data, other.m_size);
-    }
-    m_size += other.m_size;
   }
   void append(std::size_t count, char c) {
     reserve(m_size + count);
@@ -119,7 +109,8 @@ class LOG4ZEB_EXPORT I18NBytes {
   }
 
  private:
-  static constexpr std::size_t SHORT = ROOM_TO_SPARE;
+  friend class I18NWriter;
+  static constexpr std::size_t SHORT = 32;
   static constexpr std::size_t LONG = 64;
 
   template <std::size_t Size>

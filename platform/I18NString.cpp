@@ -268,26 +268,7 @@ I18NString& I18NString::appendWithLoneSurrogate(const I18NString& text) {
   return *this;
 }
 
-LOG4ZEB_HOT I18NString& I18NString::append(const I18NString* const* texts, std::size_t count) {
-  std::size_t bytes = 0;
-  bool isAnySurrogateAlone = false;
-  for (std::size_t i = 0; i < count; ++i) {
-    bytes += texts[i]->m_bytes.size();
-    isAnySurrogateAlone |= texts[i]->m_loneSurrogates != 0;
-  }
-  if (isAnySurrogateAlone) {
-    for (std::size_t i = 0; i < count; ++i) {
-      append(*texts[i]);
-    }
-    return *this;
-  }
-  m_bytes.reserve(m_bytes.size() + bytes + I18NBytes::ROOM_TO_SPARE);
-  for (std::size_t i = 0; i < count; ++i) {
-    m_bytes.appendWithinRoom(texts[i]->m_bytes);
-    m_units += texts[i]->m_units;
-  }
-  return *this;
-}
+LOG4ZEB_COLD void I18NString::appendGrowing(const I18NString& text) { append(text); }
 
 LOG4ZEB_HOT I18NString& I18NString::append(std::string_view utf8) {
   if (m_bytes.appendIfAscii(utf8)) {

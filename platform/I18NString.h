@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <iosfwd>
 #include <string>
 #include <string_view>
@@ -104,8 +105,6 @@ class LOG4ZEB_EXPORT I18NString {
     m_units += units;
     return *this;
   }
-  /// Appends `count` texts, one after the other. REQUIRES: none of them is this one.
-  I18NString& append(const I18NString* const* texts, std::size_t count);
   /// Appends UTF-8 bytes; invalid ones become U+FFFD. REQUIRES: not a view of this text itself.
   I18NString& append(std::string_view utf8);
   /// Appends `count` times the ASCII character `c`.
@@ -145,6 +144,8 @@ class LOG4ZEB_EXPORT I18NString {
   }
 
  private:
+  friend class I18NWriter;
+  void appendGrowing(const I18NString& text);
   std::string_view bytes() const noexcept { return m_bytes; }
   I18NString& appendWithLoneSurrogate(const I18NString& text);
   std::size_t byteOffset(std::size_t position) const noexcept;
@@ -153,6 +154,57 @@ class LOG4ZEB_EXPORT I18NString {
   std::uint32_t m_units = 0;  // never more than there are bytes
   std::uint32_t m_loneSurrogates = 0;
   I18NBytes m_bytes;
+};
+
+/// Appends many short pieces to a text. The text has them when the writer is closed or destroyed;
+/// while it is open, nothing else uses the text.
+class I18NWriter {
+ public:
+  explicit I18NWriter(I18NString& text) noexcept : m_text(text) { open(); }
+  I18NWriter(const I18NWriter&) = delete;
+  I18NWriter& operator=(const I18NWriter&) = delete;
+  ~I18NWriter() {
+    if (m_to != nullptr) {
+      close();
+    }
+  }
+
+  /// REQUIRES: `piece` is another text.
+  void append(const I18NString& piece) {
+    const std::uint32_t size = piece.m_bytes.m_size;
+    if (piece.m_loneSurrogates != 0 || size > m_room) {
+      close();
+      m_text.appendGrowing(piece);
+      open();
+      return;
+    }
+    if (size <= I18NBytes::SHORT && I18NBytes::SHORT <= m_room) {
+      std::memcpy(m_to, piece.m_bytes.m_data, I18NBytes::SHORT);
+    } else {
+      std::memcpy(m_to, piece.m_bytes.m_data, size);
+    }
+    m_to += size;
+    m_room -= size;
+    m_units += piece.m_units;
+  }
+  /// From here to open() the text is anybody's.
+  void close() noexcept {
+    m_text.m_bytes.m_size = static_cast<std::uint32_t>(m_to - m_text.m_bytes.m_data);
+    m_text.m_units = m_units;
+    m_to = nullptr;
+  }
+  void open() noexcept {
+    I18NBytes& bytes = m_text.m_bytes;
+    m_to = bytes.m_data + bytes.m_size;
+    m_room = bytes.m_capacity - bytes.m_size;
+    m_units = m_text.m_units;
+  }
+
+ private:
+  I18NString& m_text;
+  char* m_to;  // null while closed
+  std::uint32_t m_room;
+  std::uint32_t m_units;
 };
 
 /// Writes the text as UTF-8.

@@ -2,10 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <ctime>
 #include <memory>
 #include <new>
 #include <stdexcept>
+#include <thread>
 
 #include "core/LOGNDC.h"
 #include "layouts/LOGPatternLayout.h"
@@ -128,6 +130,49 @@ TEST(Layout, KeepsTheTextsOfAMessageThatLogsThroughTheSameLayoutApart) {
   }
 }
 
+TEST(Layout, BuildsALineInTheTextOfACallerAndNothingElseThere) {
+  class Moody : public LOGPatternLayout {
+   public:
+    Moody() : LOGPatternLayout("%m|") {}
+    const I18NString& format(LOGLoggingEvent* event) override {
+      if (isFailing) {
+        throw std::runtime_error("of the program");
+      }
+      line = LOGPatternLayout::format(event);
+      return line += "!";
+    }
+    bool isFailing = false;
+    I18NString line;
+  };
+  TestEvent first("app", "INFO", "first");
+  TestEvent second("app", "INFO", "second");
+  I18NString line = "of an earlier event";
+  LOGPatternLayout pattern("%m|");
+  const I18NString& kept = pattern.format(&first);
+  pattern.formatInto(line, &second);
+  EXPECT_EQ(line, "second|");
+  EXPECT_EQ(kept, "first|");
+
+  I18NString within;
+  I18NString returned;
+  ActingMessage message("outer", [&] {
+    pattern.formatInto(within, &second);
+    returned = pattern.format(&first);
+  });
+  TestEvent outer("app", "INFO", &message);
+  pattern.formatInto(line, &outer);
+  EXPECT_EQ(line + within + returned, "outer|second|first|");
+
+  Moody moody;
+  moody.formatInto(line, &second);
+  EXPECT_EQ(line, "second|!") << "a class of the program decides";
+  moody.isFailing = true;
+  EXPECT_THROW(moody.formatInto(line, &second), std::runtime_error);
+  moody.isFailing = false;
+  EXPECT_EQ(moody.format(&first), "first|!");
+  EXPECT_EQ(line, "");
+}
+
 TEST(TTCCLayout, WritesTheRelativeTimeByDefault) {
   TestEvent early("app.db", "INFO", "connected");
   LOGTTCCLayout layout;
@@ -226,6 +271,27 @@ TEST(DateLayout, KnowsItsFormatsByName) {
   layout.dateFormat(date, &event);
   EXPECT_EQ(shapeOf(date.toStdString()).find_first_not_of("-9, "), std::string::npos) << date;
   EXPECT_NE(date, " ");
+}
+
+TEST(DateLayout, WritesEachSecondAndEachFormatAnew) {
+  LOGDateLayout layout;
+  LOGPatternLayout pattern("%d");
+  TestEvent first("app", "INFO", "text");
+  I18NString date;
+  layout.setDateFormat("ABSOLUTE");
+  layout.dateFormat(date, &first);
+  layout.setDateFormat("ISO8601");
+  layout.dateFormat(date, &first);
+  EXPECT_EQ(shapeOf(date.toStdString()), "9-9-9 9:9:9,9 ");
+  const std::string shown = text(pattern, first);
+  while (std::time(nullptr) == first.getTimeStamp()) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  TestEvent later("app", "INFO", "text");
+  I18NString laterDate;
+  layout.dateFormat(laterDate, &later);
+  EXPECT_NE(laterDate, date);
+  EXPECT_NE(text(pattern, later), shown);
 }
 
 TEST(DateLayout, ActivatesTheOptionsThatWereSet) {

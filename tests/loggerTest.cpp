@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <memory>
 #include <set>
@@ -9,6 +10,7 @@
 #include <vector>
 
 #include "core/LOGDefaultRepositorySelector.h"
+#include "core/LOGHashtable.h"
 #include "core/LOGHierarchy.h"
 #include "core/LOGLogger.h"
 #include "core/LOGManager.h"
@@ -103,7 +105,15 @@ TEST_F(Hierarchy, StillKnowsLoggersThatTheGrowingTableLost) {
   for (int i = 0; i < 500; ++i) {
     made.push_back(hierarchy.getLogger(I18NString("logger" + std::to_string(i))));
   }
-  EXPECT_LT(hierarchy.getCurrentLoggers().size(), 500U);
+  LOGHashtable table;  // which the list is in the order of, with what it lost
+  for (LOGLogger* const logger : made) {
+    table.put(logger->getName(), logger);
+  }
+  const ZEBList<LOGObject*> listed = hierarchy.getCurrentLoggers();
+  const ZEBList<LOGObject*> expected = table.elements();
+  table.forget();
+  EXPECT_LT(listed.size(), 500U);
+  EXPECT_TRUE(std::equal(listed.begin(), listed.end(), expected.begin(), expected.end()));
   for (int i = 0; i < 500; ++i) {
     EXPECT_EQ(hierarchy.exists(I18NString("logger" + std::to_string(i))), made[i]);
     LOGLogger* const child = hierarchy.getLogger(I18NString("logger" + std::to_string(i) + ".x"));

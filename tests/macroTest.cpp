@@ -89,6 +89,11 @@ TEST_F(Macros, FormatOnlyWhatIsEnabled) {
   EXPECT_EQ(capture.messages, (std::vector<std::string>{"user  ann in 1 ms", "{} alone",
                                                         "00ff \xC3\xA9", "true", "2.2"}));
   EXPECT_EQ(levels, "WEFDI");
+  for (const std::size_t length : {499, 500, 501, 511, 512, 513, 5000}) {
+    const std::string text(length, 'x');
+    LOG4ZEB_WARNF(&logger, "{}.", text);
+    EXPECT_EQ(capture.messages.back(), text + ".");
+  }
 }
 
 TEST_F(Macros, LoseAnEventForWhichTextCannotBeFormattedAndSayIt) {

@@ -200,6 +200,13 @@ TEST(I18NString, GrowsLikeItsCodeUnits) {
       const std::string bytes = random.bytes(4);
       subject += text(more);
       units += more;
+      if (round % 3 == 0) {
+        const I18NString two[] = {text(random.units(70, KINDS[i])), text(more)};
+        I18NWriter writer(subject);
+        writer.append(two[0]);
+        writer.append(two[1]);
+        units += two[0].toUtf16() + more;
+      }
       if (round % 2 == 0) {
         subject.append(std::string_view(bytes)).append(2, '.');
         units += decodeAll(bytes) + u"..";
@@ -225,6 +232,18 @@ TEST(I18NString, ReplacesInvalidBytesAndKeepsValidOnes) {
     const I18NString subject = I18NString::fromUtf8(bytes);
     ASSERT_EQ(subject.toUtf16(), units);
     ASSERT_EQ(subject, text(units));
+  }
+  for (std::size_t length = 1; length < 110; ++length) {
+    std::string ascii;
+    for (std::size_t i = 0; i < length; ++i) {
+      ascii += static_cast<char>('!' + i % 90);
+    }
+    ASSERT_EQ(I18NString(ascii).toStdString(), ascii);
+    for (std::size_t i = 0; i < length; ++i) {
+      std::string broken = ascii;
+      broken[i] = '\xFF';
+      ASSERT_EQ(I18NString(broken).toUtf16(), decodeAll(broken)) << i << " of " << length;
+    }
   }
   for (char32_t c = 1; c <= 0x10FFFF; c += c < 0x3000 ? 1 : 251) {
     if (c < 0xD800 || c > 0xDFFF) {
