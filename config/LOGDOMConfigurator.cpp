@@ -112,14 +112,14 @@ I18NString placeOfError(const I18NString& fileName, const ZEBIDOM_Parser& parser
 }
 
 bool hasConfigurationTag(const ZEBIDOM_Element& root) {
-  const I18NString expected = "<" + LOGDOMConfigurator::CONFIGURATION_TAG + ">";
+  const I18NString& expected = LOGDOMConfigurator::CONFIGURATION_TAG;
   const I18NString& old = LOGDOMConfigurator::OLD_CONFIGURATION_TAG;
   const I18NString tag = root.getTagName();
   if (tag == old) {
     LOGLogLog::warn("The <" + old + "> element has been deprecated.");
-    LOGLogLog::warn("Use the " + expected + " element instead.");
-  } else if (tag != LOGDOMConfigurator::CONFIGURATION_TAG) {
-    LOGLogLog::error("DOM element is - not a " + expected + " element.");
+    LOGLogLog::warn("Use the <" + expected + "> element instead.");
+  } else if (tag != expected) {
+    LOGLogLog::error("DOM element is - not a <" + expected + "> element.");
     return false;
   }
   return true;
