@@ -96,7 +96,7 @@ TEST_F(AsyncAppenderTest, MakesCallersWaitForSpaceAndResizesMeanwhile) {
   for (std::thread& caller : callers) {
     caller.join();
   }
-  EXPECT_EQ(async.flush(10000), 1);
+  EXPECT_EQ(async.flush(3600 * 1000), 1);
   EXPECT_EQ(capture.messages.size(), logged);
 }
 
@@ -128,6 +128,15 @@ TEST_F(AsyncAppenderTest, CallersWithRoomWaitForNoDelivery) {
   caller.join();
   EXPECT_EQ(async.flush(10000), 1);
   EXPECT_EQ(capture.messages.size(), LOGAsyncAppender::DEFAULT_BUFFER_SIZE + 2U);
+}
+
+TEST_F(AsyncAppenderTest, WakesItsThreadForAnEventAfterARest) {
+  std::atomic<bool> isDelivered{false};
+  capture.onAppend = [&](LOGLoggingEvent*) { isDelivered = true; };
+  async.addAppender(&capture);
+  std::this_thread::sleep_for(milliseconds(100));  // longer than it looks for events by itself
+  logger->info("x");
+  EXPECT_TRUE(eventually([&] { return isDelivered.load(); }));
 }
 
 TEST_F(AsyncAppenderTest, HandsOverWhatItHeldBackInOrderAndHoldsBackNothingLoggedFromWithin) {
