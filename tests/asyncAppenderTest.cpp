@@ -167,6 +167,45 @@ TEST_F(AsyncAppenderTest, HandsOverWhatItHeldBackInOrderAndHoldsBackNothingLogge
   logger->removeAllAppenders();
 }
 
+TEST_F(AsyncAppenderTest, HandsOverWhatItHeldBackBeforeAnotherAppenderIsAsked) {
+  // In the middle of a delivery another appender comes before the file's, and looks at the file.
+  struct Attaching : LOGFilter {
+    int decide(LOGLoggingEvent*) override {
+      if (++asked % 6 == 5) {
+        async->addAppender(looking);
+        async->removeAppender(file);
+        async->addAppender(file);
+      }
+      return m_NEUTRAL;
+    }
+    LOGAsyncAppender* async = nullptr;
+    LOGAppenderSkeleton* looking = nullptr;
+    LOGAppenderSkeleton* file = nullptr;
+    int asked = 0;
+  };
+  LOGPatternLayout layout("%m%n");
+  LOGFileAppender file(&layout, "delivered", 1);
+  Attaching filter;
+  filter.async = &async;
+  filter.looking = &capture;
+  filter.file = &file;
+  file.addFilter(&filter);
+  int missing = 0;
+  capture.onAppend = [&](LOGLoggingEvent*) {
+    missing +=
+        Workplace::lines("delivered").size() == static_cast<std::size_t>(filter.asked) ? 0 : 1;
+    async.removeAppender(&capture);
+  };
+  async.addAppender(&file);
+  for (int i = 0; i < 120; ++i) {
+    logger->info("x");
+  }
+  EXPECT_EQ(async.flush(10000), 1);
+  EXPECT_EQ(capture.messages.size(), 20U);
+  EXPECT_EQ(missing, 0);
+  logger->removeAllAppenders();
+}
+
 TEST_F(AsyncAppenderTest, TakesFromAFullQueueWhatIsLoggedFromWithin) {
   LOGAsyncAppender next;
   next.setName("next");
