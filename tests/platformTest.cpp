@@ -96,6 +96,13 @@ template <typename Body>
 void expectInChild(Body body) {
   EXPECT_EXIT(std::exit(body() ? 0 : 1), ::testing::ExitedWithCode(0), "");
 }
+
+/// The same in a process with other threads: what these have allocated counts as lost in the child,
+/// so the child ends without looking for leaks.
+template <typename Body>
+void expectInChildBesideThreads(Body body) {
+  EXPECT_EXIT(std::_Exit(body() ? 0 : 1), ::testing::ExitedWithCode(0), "");
+}
 #endif
 
 class Files : public ::testing::Test {
@@ -323,7 +330,7 @@ TEST(CriticalSection, IsFreeInTheChildOfAForkThatALostThreadHolds) {
   while (!isHeld) {
     std::this_thread::yield();
   }
-  expectInChild([&] {
+  expectInChildBesideThreads([&] {
     alarm(10);  // which ends it, should it wait
     bool isRight = !section.isHeldElsewhere() && own.isHeldHere();
     for (int round = 0; round < 2; ++round) {
@@ -351,7 +358,7 @@ TEST(ForkGate, HasAForkWaitForAThreadThatHoldsALock) {
     }
   });
   for (int round = 0; round < 20; ++round) {
-    expectInChild([&] { return first == second; });
+    expectInChildBesideThreads([&] { return first == second; });
   }
   ends = true;
   writer.join();
