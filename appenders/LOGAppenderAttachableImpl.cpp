@@ -21,6 +21,7 @@ constexpr const char* SOURCE = "LOGAppenderAttachableImpl";
 LOGAppenderAttachableImpl::Walk::Walk(LOGAppenderAttachableImpl& list)
     : m_list(list), m_next(list.m_appenderList.begin()), m_outer(list.innermostWalk()) {
   m_list.m_innermostWalk = this;
+  m_list.m_user = &ZEBForkGate::self();
 }
 
 LOGAppenderAttachableImpl::Walk::~Walk() {
@@ -125,9 +126,8 @@ void LOGAppenderAttachableImpl::add(LOGAppenderSkeleton* appender) {
 
 void LOGAppenderAttachableImpl::forgetVanishedThreads() {
   // A thread that a fork has left behind will not come to the end of its walk or replacement.
-  const unsigned epoch = ZEBForkGate::epoch();
-  if (m_epochOfThreads != epoch) {
-    m_epochOfThreads = epoch;
+  if (m_user != nullptr && m_user->isLost()) {
+    m_user = nullptr;
     m_innermostWalk = nullptr;
     m_isBeingReplaced = false;
   }
@@ -164,6 +164,7 @@ LOGAppenderAttachableImpl::Replacement::Replacement(LOGAppenderAttachableImpl& l
     : m_list(list) {
   m_list.forgetVanishedThreads();
   m_list.m_isBeingReplaced = true;
+  m_list.m_user = &ZEBForkGate::self();
 }
 
 LOGAppenderAttachableImpl::Replacement::~Replacement() {

@@ -158,8 +158,8 @@ class LOG4ZEB_EXPORT LOGAppenderAttachableImpl : public LOGAppenderAttachable, p
   ZEBList<LOGAppenderSkeleton*> m_appenderList;
   ZEBListIterator<LOGAppenderSkeleton*> m_iterator;
   Walk* m_innermostWalk = nullptr;
-  bool m_isBeingReplaced = false;  // guarded by the owner's lock
-  unsigned m_epochOfThreads = 0;   // of the fork gate
+  bool m_isBeingReplaced = false;                     // guarded by the owner's lock
+  const ZEBForkGate::ThreadRecord* m_user = nullptr;  // who began the last walk or replacement
   mutable ZEBThreadCriticalSection m_access;
 };
 

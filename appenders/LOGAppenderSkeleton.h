@@ -9,6 +9,7 @@
 #include "appenders/LOGErrorHandler.h"
 #include "core/LOGMutex.h"
 #include "core/LOGObject.h"
+#include "platform/ZEBForkGate.h"
 #include "platform/ZEBOwnedPointer.h"
 #include "platform/ZEBSharedPointer.h"
 
@@ -118,13 +119,18 @@ class LOG4ZEB_EXPORT LOGAppenderSkeleton : public LOGMutex, public LOGAppender, 
   /// appender only to open it again, so it is odd meanwhile: others then wait for the lock instead
   /// of finding it closed.
   std::atomic<std::uint64_t> m_reopenings{0};
+  std::atomic<const ZEBForkGate::ThreadRecord*> m_reopener{nullptr};  // who began the last one
+  /// Whether such a time has begun by that count, on a thread that no fork has left behind since.
+  bool isReopening(std::uint64_t count) const {
+    return count % 2 != 0 && !m_reopener.load()->isLost();
+  }
   /// Whether it is closed, and not only to be opened again. Takes no lock.
   bool isClosedToAll() const {
     if (m_closed != 1) {
       return false;
     }
     const std::uint64_t before = m_reopenings;
-    return m_closed == 1 && before % 2 == 0 && m_reopenings == before;
+    return m_closed == 1 && !isReopening(before) && m_reopenings == before;
   }
 
  protected:

@@ -255,9 +255,10 @@ void LOGAsyncAppender::Queues::add(const LOGAppenderAttachableImpl& list) {
 }
 
 void LOGAsyncAppender::Queues::flush(int milliseconds) const {
+  const int most = LOGCallScope::mayWait() ? milliseconds : 0;
   // Backwards: several may pass events on to the same one, which then waits for all of them.
   std::for_each(m_cores.rbegin(), m_cores.rend(),
-                [milliseconds](const auto& core) { core->bf.flush(milliseconds); });
+                [most](const auto& core) { core->bf.flush(most); });
 }
 
 void LOGAsyncAppender::addAppender(LOGAppenderSkeleton* newAppender) {

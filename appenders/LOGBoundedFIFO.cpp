@@ -14,7 +14,6 @@ namespace {
 using Lock = std::unique_lock<std::mutex>;
 
 constexpr std::chrono::seconds BETWEEN_REPORTS(10);
-constexpr std::chrono::microseconds SHORTEST_BETWEEN_WAKES(100);
 constexpr std::chrono::hours FOR_EVER(1'000'000);
 
 // After an event the dispatcher looks for the next one in pauses that double, and sleeps until it
@@ -74,7 +73,7 @@ LOG4ZEB_HOT std::uint64_t LOGBoundedFIFO::add(const LOGLoggingEvent& event) {
       place = 0;
     }
   }
-  if (m_isAsleep) {
+  if (m_isAsleep && m_isAsleep.exchange(false)) {
     wakeAll();
   }
   return place;
@@ -100,20 +99,13 @@ LOG4ZEB_HOT LOGLoggingEvent* LOGBoundedFIFO::take(LOGLoggingEvent& unpacked,
     place = m_leftCount.load(std::memory_order_relaxed) + 1;
     m_leftCount = place;
   }
-  if (m_callersAsleep > 0 && isTimeToWakeCallers()) {
-    wakeAll();
-  }
   return isClosed() || place <= m_dropUntil ? nullptr : event;
 }
 
-bool LOGBoundedFIFO::isTimeToWakeCallers() {
-  // While events go fast, several at a time, so that callers and dispatcher take turns less often.
-  const Clock::time_point now = Clock::now();
-  const bool isTime = length() <= capacity() / 2 || now - m_lastWake >= SHORTEST_BETWEEN_WAKES;
-  if (isTime) {
-    m_lastWake = now;
+void LOGBoundedFIFO::wakeCallers() {
+  if (m_callersAsleep > 0) {
+    wakeAll();
   }
-  return isTime;
 }
 
 void LOGBoundedFIFO::resize(int newSize) {

@@ -35,6 +35,7 @@ class LOG4ZEB_EXPORT LOGBoundedFIFO : public LOGMutex {
   LOGLoggingEvent* get();
   /// Each returns 1 or 0. A queue that was shrunk is full until enough has gone. wasEmpty() holds
   /// just after the first put, wasFull() just after a get from a full queue.
+  /// Deliberate: also full with more than its size, after that was made smaller or is below 1.
   int isFull() const { return length() >= maxSize ? 1 : 0; }
   int wasEmpty() const { return length() == 1 ? 1 : 0; }
   int wasFull() const { return length() + 1 == maxSize ? 1 : 0; }
@@ -67,6 +68,9 @@ class LOG4ZEB_EXPORT LOGBoundedFIFO : public LOGMutex {
   /// Takes the first event out, as LOGEventRecords::take does. Null where there is none, or one
   /// that is not to be delivered because the queue was closed or is that of a forked process.
   LOGLoggingEvent* take(LOGLoggingEvent& unpacked, std::unique_ptr<LOGLoggingEvent>& whole);
+  /// Has callers go on that there is room for since events were taken out. Called before a delivery
+  /// that may take long: they take turns with the dispatcher less often while events go fast.
+  void wakeCallers();
   /// Notes that what was taken out has been delivered.
   void noteDelivered();
   /// Waits until `isRunning` is false. REQUIRES: the thread may wait.
@@ -85,7 +89,6 @@ class LOG4ZEB_EXPORT LOGBoundedFIFO : public LOGMutex {
   int lengthSince(std::uint64_t left) const { return static_cast<int>(m_queuedCount - left); }
   template <typename Condition>
   bool waitUntil(Clock::time_point end, std::atomic<int>& sleepers, Condition isOver);
-  bool isTimeToWakeCallers();
 
   std::atomic<int> maxSize;
   std::atomic<bool> m_isClosed{false};
@@ -99,7 +102,6 @@ class LOG4ZEB_EXPORT LOGBoundedFIFO : public LOGMutex {
   std::atomic<bool> m_isAsleep{false};  // the dispatcher, until it is woken
   std::atomic<int> m_callersAsleep{0};  // for room
   std::atomic<int> m_flushesAsleep{0};  // until events are delivered, or the dispatcher ends
-  Clock::time_point m_lastWake;         // of callers; used by the taker
 
   LOGEventRecords m_records;
   // The writers' side.

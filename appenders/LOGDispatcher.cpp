@@ -110,10 +110,12 @@ bool LOGDispatcher::pass() {
     bool mayHold = false;
     logContainingFailures(RUN_TEXTS, [&] { mayHold = deliverNext(hold, pin); });
     if (!mayHold || ZEBForkGate::isClosed() || isTimeToHandOver()) {
+      m_bf->wakeCallers();
       handOver(hold);
       m_bf->noteDelivered();
     }
   }
+  m_bf->wakeCallers();
   handOver(hold);
   m_bf->noteDelivered();
   return true;
@@ -148,6 +150,7 @@ bool LOGDispatcher::deliverNext(ZEBFmHold& hold, LOGAppenderPin& pin) {
   if (!mayHold) {
     // Others may look at what a file appender has written, or write to the same file.
     handOver(hold);
+    m_bf->wakeCallers();
   }
   event->setHold(mayHold ? &hold : nullptr);
   for (; walk.appender() != nullptr; walk.goOn()) {

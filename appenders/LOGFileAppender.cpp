@@ -240,7 +240,10 @@ I18NString LOGFileAppender::resolved(const I18NString& name) {
     if (isResolved) {
       return requested;
     }
-    I18NString path = ZEBConfigurationFactory::getInstance()->resolvePath(requested);
+    I18NString path = m_ahead.has_value() && m_ahead->first == requested
+                          ? m_ahead->second
+                          : ZEBConfigurationFactory::getInstance()->resolvePath(requested);
+    m_ahead.reset();
     m_unresolvedName = std::move(requested);
     return path;
   } catch (...) {
@@ -249,6 +252,16 @@ I18NString LOGFileAppender::resolved(const I18NString& name) {
       m_unresolvedName.clear();
     }
     throw;
+  }
+}
+
+void LOGFileAppender::resolveAhead() {
+  const bool isKnown = !m_unresolvedName.isEmpty() || (m_ahead && m_ahead->first == fileName);
+  if (!isKnown) {
+    const Reopening reopening(*this);  // what is logged meanwhile neither opens nor rolls over
+    I18NString name = fileName;
+    I18NString path = ZEBConfigurationFactory::getInstance()->resolvePath(name);
+    m_ahead.emplace(std::move(name), std::move(path));
   }
 }
 

@@ -3,6 +3,8 @@
 
 #include <atomic>
 #include <cstdint>
+#include <optional>
+#include <utility>
 
 #include "appenders/LOGWriterAppender.h"
 #include "platform/ZEBFmFile.h"
@@ -81,8 +83,11 @@ class LOG4ZEB_EXPORT LOGFileAppender : public LOGWriterAppender {
   class Reopening {
    public:
     explicit Reopening(LOGFileAppender& appender)
-        : m_count(appender.m_reopenings), m_isOutermost(m_count % 2 == 0) {
-      m_count += m_isOutermost ? 1 : 0;
+        : m_count(appender.m_reopenings), m_isOutermost(!appender.isReopening()) {
+      if (m_isOutermost) {
+        appender.m_reopener = &ZEBForkGate::self();
+        m_count += m_count % 2 == 0 ? 1 : 2;
+      }
     }
     Reopening(const Reopening&) = delete;
     Reopening& operator=(const Reopening&) = delete;
@@ -93,7 +98,7 @@ class LOG4ZEB_EXPORT LOGFileAppender : public LOGWriterAppender {
     const bool m_isOutermost;
   };
   /// Whether the holder of the lock is in such a time.
-  bool isReopening() const { return m_reopenings % 2 != 0; }
+  bool isReopening() const { return LOGAppenderSkeleton::isReopening(m_reopenings); }
 
   enum class OpenResult { Opened, NoDirectory, NotOpened };
   /// The steps of setFileOptions() for an appender of the named class, once the name is resolved.
@@ -104,6 +109,9 @@ class LOG4ZEB_EXPORT LOGFileAppender : public LOGWriterAppender {
   /// The path that the name stands for. The name of the file that was opened is one already. When
   /// it throws, an appender that is closed is left to the next event. Runs code of the program.
   I18NString resolved(const I18NString& name);
+  /// Has resolved() give for fileName what it stands for now, until the name changes. For callers
+  /// that open the file under a lock that code of the program must not run under.
+  void resolveAhead();
   /// The file that opening that path would open, from the root.
   I18NString absoluteNameOf(const I18NString& path) const;
   /// Has m_absoluteName be that of the name, as long as it is not changed.
@@ -132,6 +140,7 @@ class LOG4ZEB_EXPORT LOGFileAppender : public LOGWriterAppender {
   I18NString m_text;                // room for the text of an event; guarded by the appender's lock
   I18NString m_absoluteNameSource;  // the name that m_absoluteName was made from
   I18NString m_unresolvedName;      // what fileName was resolved from; empty while it was not
+  std::optional<std::pair<I18NString, I18NString>> m_ahead;  // a name and what it stands for
 };
 
 #endif

@@ -190,9 +190,20 @@ void LOGRollingFileAppender::takeName() {
   }
 }
 
+/// Returns false where the file goes on, and the next event tries again.
+bool LOGRollingFileAppender::mayRollOver() {
+  const bool wasOpen = m_closed == 0;
+  // Before the turn at the file: code of the program may log through another appender of it.
+  return attempt([this] {
+           takeName();
+           resolveAhead();
+         }) &&
+         !(wasOpen && m_closed == 1);
+}
+
 void LOGRollingFileAppender::rollOverUnlessDone() {
-  if (!attempt([this] { takeName(); })) {
-    return;  // the file goes on, and the next event tries again
+  if (!mayRollOver()) {
+    return;
   }
   const OptionalTurn turn(m_rolledFile);
   if (hasBeenRolledOver()) {
@@ -281,7 +292,7 @@ void LOGRollingFileAppender::shiftBackups() const {
 
 void LOGRollingFileAppender::rollOver() {
   ZEB_ASSERT(m_qw, SOURCE, 82);
-  if (!attempt([this] { takeName(); })) {
+  if (!mayRollOver()) {
     return;
   }
   const OptionalTurn turn(m_rolledFile);

@@ -64,6 +64,7 @@ class LOG4ZEB_EXPORT LOGRollingFileAppender : public LOGFileAppender {
   /// Opens the file again. Where that fails the next event does, without emptying it.
   void reopen(int append);
   void takeName();
+  bool mayRollOver();
   void rollOverUnlessDone();
   I18NString backupName(const I18NString& base, int index) const;
   std::vector<int> candidateBackups() const;

@@ -9,6 +9,7 @@
 #include "core/LOGLogger.h"
 #include "core/LOGProvisionNode.h"
 #include "platform/ZEBAssertError.h"
+#include "platform/ZEBOutOfMemoryError.h"
 #include "platform/ZEBThreadGuard.h"
 
 namespace {
@@ -242,16 +243,21 @@ LOGLogger* LOGHierarchy::exists(const I18NString& name) {
 
 ZEBList<LOGObject*> LOGHierarchy::getCurrentLoggers() {
   const std::size_t made = m_loggers.size();
-  LOGHashtable table;
+  LOGHashtable table(m_tableCapacity, 0);
   const struct OwningNone {
     LOGHashtable& table;
     ~OwningNone() { table.forget(); }
   } owningNone{table};
+  const auto put = [&table](const I18NString& name, LOGObject* object) {
+    if (table.put(name, object) == 0 && !name.isEmpty()) {
+      throw ZEBOutOfMemoryError(SOURCE, __LINE__);
+    }
+  };
   for (std::size_t i = 0; i < made; ++i) {
     // A logger shadows the provision node of its name, which stays behind it.
-    table.put(m_loggers[i].entry->name, m_loggers[i].logger.get());
+    put(m_loggers[i].entry->name, m_loggers[i].logger.get());
     for (const LOGLoggerIndex::Entry* const entry : m_loggers[i].provisions) {
-      table.put(entry->name, entry->provision.get());
+      put(entry->name, entry->provision.get());
     }
   }
   ZEBList<LOGObject*> loggers;
@@ -334,6 +340,14 @@ void LOGHierarchy::resetExclusively() {
 
 void LOGHierarchy::clear() {
   const ZEBThreadGuard guard(m_making);
+  std::size_t names = 0;
+  for (std::size_t i = 0; i < m_loggers.size(); ++i) {
+    names += m_loggers[i].provisions.size() + (m_loggers[i].entry->name.isEmpty() ? 0 : 1);
+  }
+  // The table keeps the size that it has grown to.
+  while (static_cast<std::size_t>(m_tableCapacity) < names) {
+    m_tableCapacity *= 2;
+  }
   m_index.clear();
   m_loggers.clear();
 }

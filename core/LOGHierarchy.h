@@ -122,6 +122,7 @@ class LOG4ZEB_EXPORT LOGHierarchy : public LOGMutex,
   // Changed under m_making, read without a lock.
   LOGGrowingList<Made> m_loggers;  // but the root
   LOGLoggerIndex m_index;
+  int m_tableCapacity = 200;  // of the table of names at its beginning
 };
 
 #endif

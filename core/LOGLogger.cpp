@@ -126,7 +126,7 @@ inline void LOGLogger::logText(int rank, const Message& message) {
   if (level != nullptr) {
     logContainingLackOfMemory(EVENT_LOST, [&] {
       LOGLoggingEvent event(this, level, message);
-      passOn(event, true);
+      passOn(&event, true);
     });
   }
 }
@@ -146,7 +146,7 @@ void LOGLogger::logWithTextOf(int rank, std::string_view text, const Thrown& thr
     logContainingLackOfMemory(EVENT_LOST, [&] {
       LOGLoggingEvent event(this, level, LOGMessageUtf8{text});
       event.setThrowableStrRep(LOGThrowableText::of(thrown));
-      passOn(event, true);
+      passOn(&event, true);
     });
   }
 }
@@ -207,29 +207,29 @@ void LOGLogger::assertLog(int assertion, const I18NString& msg) {
 void LOGLogger::forcedLog(const I18NString& fqn, LOGLevel* level, LOGObject* message) {
   logContainingLackOfMemory(EVENT_LOST, [&] {
     LOGLoggingEvent event(fqn, this, level, message);
-    passOn(event, true);
+    passOn(&event, true);
   });
 }
 
-void LOGLogger::callAppenders(LOGLoggingEvent* event) { passOn(*event, false); }
+void LOGLogger::callAppenders(LOGLoggingEvent* event) { passOn(event, false); }
 
 inline bool LOGLogger::mayHaveAppenders() const {
   // Most loggers have none, and are passed without their lock. Whoever holds it may be adding one.
   return getCriticalSection().isHeldElsewhere() || m_aai.hasAppenders();
 }
 
-LOG4ZEB_HOT void LOGLogger::passOn(LOGLoggingEvent& event, bool mayRender) {
+LOG4ZEB_HOT void LOGLogger::passOn(LOGLoggingEvent* event, bool mayRender) {
   const LOGCallScope call;
   int writes = 0;
   for (LOGLogger* logger = this; logger != nullptr; logger = logger->getParent()) {
     int additive = logger->getAdditivity();  // asked first: it changes under the lock
     if (logger->mayHaveAppenders()) {
       // Before the first lock is taken: code of the program may log itself.
-      if (mayRender && event.needsRendering()) {
-        event.render();
+      if (mayRender && event->needsRendering()) {
+        event->render();
       }
       writes += locked(*logger, "LOGLogger::callAppenders -- unable to lock mutex", [&] {
-        const int called = logger->m_aai.appendLoopOnAppenders(&event);
+        const int called = logger->m_aai.appendLoopOnAppenders(event);
         additive = logger->getAdditivity();
         return called;
       });

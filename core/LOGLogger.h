@@ -241,11 +241,11 @@ class LOG4ZEB_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
     if (!wouldLog(rank)) {
       return;
     }
-    if constexpr (std::is_convertible_v<const Text&, const char*>) {
+    if constexpr (std::is_convertible_v<const Text&, const char*> && !std::is_class_v<Text>) {
       const char* const text = message;
       logEnabled(rank, text == nullptr ? std::string_view() : std::string_view(text));
-    } else if constexpr (std::is_convertible_v<const Text&, const std::string&>) {
-      logEnabled(rank, std::string_view(static_cast<const std::string&>(message)));
+    } else if constexpr (std::is_base_of_v<std::string, Text>) {
+      logEnabled(rank, std::string_view(message));
     } else {
       try {
         logEnabled(rank, I18NString(message));
@@ -256,7 +256,7 @@ class LOG4ZEB_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   }
   /// Hands the event on; where it may, renders a message first whose rendering is code of the
   /// program.
-  void passOn(LOGLoggingEvent& event, bool mayRender);
+  void passOn(LOGLoggingEvent* event, bool mayRender);
   bool mayHaveAppenders() const;
   void logEnabled(int rank, LOGObject* message);
   void logEnabled(int rank, const I18NString& message);

@@ -54,7 +54,8 @@ LOGPatternConverter* LOGPatternParser::parse() {
   return zebTranslate(SOURCE, __LINE__, [this] {
     using Piece = LOGPatternScanner::Piece;
     for (Piece piece = m_scanner.next(); piece != Piece::End; piece = m_scanner.next()) {
-      if (piece == Piece::Text) {
+      // Deliberate: a "%" at the end is text, like what is before it.
+      if (piece == Piece::Text || (piece == Piece::Unfinished && m_scanner.text() == "%")) {
         m_currentLiteral.append(m_scanner.text());
         continue;
       }

@@ -121,9 +121,6 @@ void ZEBForkGate::afterForkInChild() noexcept {
       thread->m_isLost = true;
     }
   }
-  if (forking->m_held.load() == NOTHING) {
-    ++s_epoch;
-  }
   ZEBForkHandler::afterForkInChild();
   open();
   ZEBForkHandler::renew(forkLock());

@@ -99,9 +99,6 @@ class ZEBForkGate {
   /// Whether a fork waits for threads that hold locks, or is under way. A thread that keeps a lock
   /// longer than it needs looks at this now and then, and leaves it.
   static bool isClosed() noexcept { return s_isClosed.load(); }
-  /// Changes in the child of a fork, unless the thread that forked held locks itself: what lost
-  /// threads have recorded under an earlier number is void.
-  static unsigned epoch() noexcept { return s_epoch.load(std::memory_order_relaxed); }
 
  private:
   static ThreadRecord& makeSelf();
@@ -114,7 +111,6 @@ class ZEBForkGate {
 
   inline static thread_local ThreadRecord* s_self = nullptr;
   inline static std::atomic<bool> s_isClosed{false};
-  inline static std::atomic<unsigned> s_epoch{0};
   static const bool s_watchesForks;
 };
 

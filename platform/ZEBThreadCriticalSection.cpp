@@ -99,6 +99,11 @@ bool ZEBThreadCriticalSection::tryEnter() {
     noteTaken(false);
     return true;
   }
+  if (isFree(owner) && m_owner.compare_exchange_strong(owner, self | (owner & OTHERS_WAIT))) {
+    m_repeats = 0;  // those of a lost thread
+    noteTaken(false);
+    return true;
+  }
   if (isOwner(self, owner)) {
     ++m_repeats;
     return true;

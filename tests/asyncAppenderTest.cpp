@@ -292,6 +292,50 @@ TEST_F(AsyncAppenderTest, KeepsTheOrderOfCallersThatWaitAndFlushesThemToo) {
   }
 }
 
+TEST_F(AsyncAppenderTest, LetsCallersGoOnThatHaveRoomBeforeADelivery) {
+  constexpr int ROUNDS = 30;
+  constexpr int CALLERS = 3;
+  std::atomic<bool> mayBegin{false};
+  std::atomic<int> taken{0};
+  std::atomic<int> gone{0};
+  capture.onAppend = [&](LOGLoggingEvent*) {
+    if (taken++ == 0) {
+      EXPECT_TRUE(eventually([&] { return mayBegin.load(); }));
+    } else {
+      // Of the size, one, there is room for as many callers as events were taken out since.
+      // Not only when they look again by themselves, to report that they wait.
+      EXPECT_TRUE(eventually([&] { return gone >= std::min(taken - 1, CALLERS); },
+                             std::chrono::seconds(5)));
+    }
+  };
+  async.setBufferSize(1);
+  async.addAppender(&capture);
+  const auto notes = [] {
+    return Workplace::diagnosticsEqual("log4zeb: Waiting for free space in buffer, ");
+  };
+  for (int round = 1; round <= ROUNDS; ++round) {
+    taken = gone = 0;
+    mayBegin = false;
+    logger->info("first");
+    EXPECT_TRUE(eventually([&] { return taken == 1; }));
+    logger->info("second");
+    std::vector<std::thread> callers;
+    for (int i = 0; i < CALLERS; ++i) {
+      callers.emplace_back([&] {
+        logger->info("waited");
+        ++gone;
+      });
+    }
+    EXPECT_TRUE(eventually([&] { return notes() == CALLERS * round; }));
+    mayBegin = true;
+    EXPECT_EQ(async.flush(60 * 1000), 1);
+    for (std::thread& caller : callers) {
+      caller.join();
+    }
+    ASSERT_EQ(notes(), CALLERS * round) << "each has waited once";
+  }
+}
+
 TEST_F(AsyncAppenderTest, LetsWaitingCallersGoWhenClosedAndRefusesLaterEvents) {
   constexpr int CALLERS = 4;
   std::atomic<bool> stop{false};

@@ -739,6 +739,24 @@ TEST_F(RollingFileAppenderTest, GoesOnInTheFileThatAnotherAppenderHasBegun) {
   EXPECT_EQ(Workplace::lines("r.log"), (Lines{"c"}));
 }
 
+TEST_F(RollingFileAppenderTest, ResolvesANewNameBeforeItsTurnAtTheFile) {
+  LOGRollingFileAppender other(appender);
+  append(other, "1");
+  append(appender, "b");
+  bool hasActed = false;
+  // Another thread rolls the file over while the name is resolved.
+  const ActingResolver resolver([&] {
+    if (!std::exchange(hasActed, true)) {
+      std::thread([&] { append(other, "aaa"); }).join();
+    }
+  });
+  appender.setFile("r.log");
+  append(appender, "aaa");
+  EXPECT_TRUE(hasActed);
+  append(appender, "c");
+  EXPECT_EQ(Workplace::lines("r.log"), (Lines{"c"}));
+}
+
 TEST_F(RollingFileAppenderTest, StaysClosedWhenClosedDuringRollovers) {
   appender.setMaximumFileSize(1);
   std::thread logging([this] {

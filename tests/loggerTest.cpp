@@ -129,6 +129,18 @@ TEST_F(Hierarchy, StillKnowsLoggersThatTheGrowingTableLost) {
   }
 }
 
+TEST_F(Hierarchy, KeepsTheSizeThatTheTableHasGrownToWhenItIsCleared) {
+  const auto make = [&](int names) {
+    for (int i = 0; i < names; ++i) {
+      hierarchy.getLogger(I18NString("logger" + std::to_string(i)));
+    }
+    return hierarchy.getCurrentLoggers().size();
+  };
+  EXPECT_LT(make(300), 300U);
+  hierarchy.clear();
+  EXPECT_EQ(make(380), 380U);
+}
+
 TEST_F(Hierarchy, InheritsLevelsAndAppliesTheThreshold) {
   LOGLogger* const logger = hierarchy.getLogger("a.b");
   logger->debug("1");

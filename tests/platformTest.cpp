@@ -332,7 +332,8 @@ TEST(CriticalSection, IsFreeInTheChildOfAForkThatALostThreadHolds) {
   }
   expectInChildBesideThreads([&] {
     alarm(10);  // which ends it, should it wait
-    bool isRight = !section.isHeldElsewhere() && own.isHeldHere();
+    bool isRight = !section.isHeldElsewhere() && own.isHeldHere() && section.tryEnter();
+    section.leave();
     for (int round = 0; round < 2; ++round) {
       const ZEBThreadRWGuard writing(file, ZEBThreadRWGuard::WRITING);
       const ZEBThreadGuard guard(section);

@@ -6,8 +6,8 @@
 
 /// Waits until the condition holds, which another thread brings about; false when it never does.
 template <typename Condition>
-bool eventually(Condition condition) {
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+bool eventually(Condition condition, std::chrono::seconds patience = std::chrono::seconds(20)) {
+  const auto deadline = std::chrono::steady_clock::now() + patience;
   while (!condition()) {
     if (std::chrono::steady_clock::now() > deadline) {
       return false;
