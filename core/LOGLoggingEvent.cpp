@@ -172,7 +172,7 @@ void LOGLoggingEvent::render() {
       setRenderedMessage(*text);
     }
   } catch (...) {
-    kept.failure = std::current_exception();
+    kept.failure = std::make_shared<const std::exception_ptr>(std::current_exception());
     kept.result = Rendering::Result::FAILURE;
   }
 }
@@ -186,7 +186,7 @@ const I18NString* LOGLoggingEvent::keptRendering() const {
   const Rendering& kept = m_rare->rendering;
   if (kept.result == Rendering::Result::FAILURE) {
     try {
-      std::rethrow_exception(kept.failure);
+      std::rethrow_exception(*kept.failure);
     } catch (const ZEBThrowable& failure) {
       failure.raise();  // a copy, because its back trace grows and another thread may have it too
     }

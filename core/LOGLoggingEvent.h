@@ -120,7 +120,8 @@ class LOG4ZEB_EXPORT LOGLoggingEvent : public LOGSerializable {
     enum class Result { NOT_DONE, NULL_TEXT, TEXT, FAILURE };
     Result result = Result::NOT_DONE;
     I18NString text;
-    std::exception_ptr failure;  // shared with copies
+    // Shared with copies, and counted where the thread sanitizer sees it.
+    std::shared_ptr<const std::exception_ptr> failure;
   };
 
   /// What hardly any event has.
