@@ -33,9 +33,9 @@ class LOG4ZEB_EXPORT LOGBoundedFIFO : public LOGMutex {
   /// The oldest event, owned by the caller, or null. Throws std::bad_alloc where there is no memory
   /// for it; it stays in the queue then.
   LOGLoggingEvent* get();
-  /// Each returns 1 or 0. A queue that was shrunk is full until enough has gone. wasEmpty() holds
-  /// just after the first put, wasFull() just after a get from a full queue.
-  /// Deliberate: also full with more than its size, after that was made smaller or is below 1.
+  /// Each returns 1 or 0. wasEmpty() holds just after the first put, wasFull() just after a get
+  /// from a full queue. Deliberate: full also with more than its size, after that was made smaller
+  /// or is below 1.
   int isFull() const { return length() >= maxSize ? 1 : 0; }
   int wasEmpty() const { return length() == 1 ? 1 : 0; }
   int wasFull() const { return length() + 1 == maxSize ? 1 : 0; }

@@ -5,7 +5,6 @@
 #include "appenders/LOGQuietWriter.h"
 #include "core/LOGFailures.h"
 #include "core/LOGLoggingEvent.h"
-#include "layouts/LOGLayout.h"
 #include "platform/ZEBAssertError.h"
 #include "platform/ZEBConfigurationFactory.h"
 #include "platform/ZEBFmDir.h"

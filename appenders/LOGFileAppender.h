@@ -109,8 +109,8 @@ class LOG4ZEB_EXPORT LOGFileAppender : public LOGWriterAppender {
   /// The path that the name stands for. The name of the file that was opened is one already. When
   /// it throws, an appender that is closed is left to the next event. Runs code of the program.
   I18NString resolved(const I18NString& name);
-  /// Has resolved() give for fileName what it stands for now, until the name changes. For callers
-  /// that open the file under a lock that code of the program must not run under.
+  /// Resolves fileName, so that the next resolved() of it runs no code of the program: for callers
+  /// that open the file under a lock where that is forbidden.
   void resolveAhead();
   /// The file that opening that path would open, from the root.
   I18NString absoluteNameOf(const I18NString& path) const;
@@ -140,7 +140,7 @@ class LOG4ZEB_EXPORT LOGFileAppender : public LOGWriterAppender {
   I18NString m_text;                // room for the text of an event; guarded by the appender's lock
   I18NString m_absoluteNameSource;  // the name that m_absoluteName was made from
   I18NString m_unresolvedName;      // what fileName was resolved from; empty while it was not
-  std::optional<std::pair<I18NString, I18NString>> m_ahead;  // a name and what it stands for
+  std::optional<std::pair<I18NString, I18NString>> m_ahead;  // a name and its path, resolved ahead
 };
 
 #endif

@@ -235,7 +235,7 @@ void LOGDocumentReader::parseChildrenOfLoggerElement(const ZEBIDOM_Element& elem
     }
   });
   // Only now, and all together: until here the logger had its old appenders, still open.
-  logger->replaceAppenders(appenders, nullptr, additive);
+  logger->replaceAppenders(appenders, additive);
   m_plan.keepAppendersThatStayedAt(*logger);
   for (LOGAppenderSkeleton* const appender : appenders) {
     m_repository.fireAddAppenderEvent(logger, appender);

@@ -12,10 +12,9 @@ class LOGObject;
 /// A chained hash table from names to objects, which owns both. It carries a lock for its users;
 /// the operations themselves take none, so callers serialise access.
 ///
-/// A put never looks for an older entry of the same name: it shadows it. When the table is full it
-/// doubles its buckets, and of the entries that meet in one new bucket only the first is found from
-/// then on. Both are how the table is meant to behave; what is no longer found is still freed with
-/// the table.
+/// Deliberate: a put never looks for an older entry of the same name; it shadows it. When the table
+/// is full it doubles its buckets, and of the entries that meet in one new bucket only the first is
+/// found from then on. What is no longer found is still freed with the table.
 class LOG4ZEB_EXPORT LOGHashtable : public LOGMutex {
  public:
   /// 200 buckets. Each constructor throws std::bad_alloc.

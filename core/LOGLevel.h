@@ -49,8 +49,8 @@ class LOG4ZEB_EXPORT LOGLevel {
 
  protected:
   LOGLevel(int level, const char* levelStr, int syslogEquivalent);
-  /// Rank 50000, no name. The syslog severity is 50000 too: that is how it is meant, a class that
-  /// derives without saying more gets the same number twice.
+  /// Rank 50000, no name.
+  /// Deliberate: the syslog severity is 50000, too.
   LOGLevel();
 
  private:

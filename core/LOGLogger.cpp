@@ -95,8 +95,8 @@ LOGLevel* LOGLogger::getChainedLevel() const {
 bool LOGLogger::wouldLogNow(int rank) const {
   // Read first: what changes from here on has another epoch.
   const std::uint64_t epoch = m_gateEpoch.load(std::memory_order_acquire);
-  // A request on a logger without a repository is meant to be logged, unlike log() and the tests
-  // is...Enabled(): only the level decides.
+  // Deliberate: on a logger without a repository only the level decides, unlike for log() and the
+  // tests is...Enabled().
   LOGLoggerRepository* const repository = getRepository();
   const LOGLevel* const effective = getChainedLevel();
   // Another repository may answer as it likes, so its answer is not remembered.
@@ -322,13 +322,9 @@ void LOGLogger::removeAppender(LOGAppenderSkeleton* appender) {
 }
 
 void LOGLogger::replaceAppenders(const std::vector<LOGAppenderSkeleton*>& appenders,
-                                 const std::function<void(LOGAppenderSkeleton&)>& leave,
                                  std::optional<int> additive) {
   locked(*this, "LOGLogger::replaceAppenders -- unable to lock mutex", [&] {
     setAdditivity(additive.value_or(getAdditivity()));
-    if (leave) {
-      m_aai.forEach(leave);
-    }
     const LOGAppenderAttachableImpl::Replacement replacement(m_aai);
     removeAllAppenders();
     for (LOGAppenderSkeleton* const appender : appenders) {

@@ -180,11 +180,9 @@ class LOG4ZEB_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   LOGAppenderSkeleton* appenderAt(std::size_t position) const { return m_aai.at(position); }
   const LOGAppenderAttachableImpl& getAAI() const { return m_aai; }
   /// Attaches these appenders in place of those there, by removeAllAppenders() and addAppender(),
-  /// which here close nothing, in one step: no event meets a part of either set. Each that was
-  /// there is first passed to `leave`, which may be empty, under the logger's lock.
-  /// The additivity changes with them, where one is given.
+  /// which here close nothing, in one step: no event meets a part of either set. The additivity
+  /// changes with them, where one is given.
   void replaceAppenders(const std::vector<LOGAppenderSkeleton*>& appenders,
-                        const std::function<void(LOGAppenderSkeleton&)>& leave = nullptr,
                         std::optional<int> additive = std::nullopt);
   /// Closes the appenders, which stay attached, under the logger's lock; what a close() throws is
   /// passed on at the end.

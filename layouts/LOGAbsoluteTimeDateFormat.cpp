@@ -34,8 +34,8 @@ void LOGAbsoluteTimeDateFormat::appendTime(const LOGDate& date) {
     I18NString text;
     appendFields(text, calendarOf(date));
     m_previousText = std::move(text);
-    // Seconds minus milliseconds: two units in one key, which a later date meets by coincidence
-    // only and then gets this text. The first key, 0, stands for an empty text. Both are meant.
+    // Deliberate: the key is seconds minus milliseconds, so a later date with the same key gets
+    // this text; the first key, 0, is that of an empty text.
     m_previousTime = seconds - date.getTimeMillis();
   }
   m_buffer.append(m_previousText);

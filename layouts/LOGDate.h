@@ -6,8 +6,8 @@
 #include "platform/I18NString.h"
 
 /// A point in time that date formats write. It holds the time of day of its construction and, in
-/// seconds, a time that can be set anew; a date that is set again and again keeps the milliseconds
-/// of its construction, which is meant. Times are seconds since 1970-01-01 00:00 UTC.
+/// seconds since 1970-01-01 00:00 UTC, a time that can be set anew.
+/// Deliberate: a date that is set again keeps the milliseconds of its construction.
 class LOG4ZEB_EXPORT LOGDate {
  public:
   /// Now.

@@ -6,8 +6,7 @@
 /// Writes a date as "dd MMM yyyy HH:mm:ss,SSS".
 class LOG4ZEB_EXPORT LOGDateTimeDateFormat : public LOGAbsoluteTimeDateFormat {
  public:
-  /// The name of the month is that of the date's construction, whatever time was set since; that is
-  /// how it is meant.
+  /// Deliberate: the month's name is that of the date's construction, whatever time was set since.
   const I18NString& format(LOGDate* date) override;
 
  private:

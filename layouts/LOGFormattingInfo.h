@@ -5,8 +5,8 @@
 
 #include "platform/LOG4ZEBExport.h"
 
-/// The widths and the alignment that a pattern parser reads from a specifier. All objects share one
-/// set of fields, which is how it is meant; the parser's lock keeps parses apart.
+/// The widths and the alignment that a pattern parser reads from a specifier.
+/// Deliberate: all objects share one set of fields; the parser's lock keeps parses apart.
 class LOG4ZEB_EXPORT LOGFormattingInfo {
  public:
   /// No widths, aligned to the right.

@@ -128,7 +128,7 @@ const I18NString& LOGHTMLLayout::format(LOGLoggingEvent* event) {
   appendLine(text, "<tr>"sv);
   appendCells(text, *event);
   appendLine(text, "</tr>"sv);
-  // The rows of context and throwable span six columns, also where there are five; that is meant.
+  // Deliberate: the rows of context and throwable span six columns, also where there are five.
   if (const I18NString& context = event->getNDC(); !context.isEmpty()) {
     appendLine(text,
                "<tr><td bgcolor=\"#EEEEEE\" style=\"font-size : xx-small;\" colspan=\"6\" "
@@ -181,7 +181,7 @@ void LOGHTMLLayout::appendThrowableAsHTML(const I18NString& trace, I18NString& b
   }
 }
 
-/// Only the brackets of tags are replaced; ampersands and quotes stay as they are, which is meant.
+/// Deliberate: only the brackets of tags are replaced; ampersands and quotes stay as they are.
 I18NString LOGHTMLLayout::escapeHTMLTags(const I18NString& text) const {
   if (text.indexOf("<") == I18NString::NOT_FOUND && text.indexOf(">") == I18NString::NOT_FOUND) {
     return text;

@@ -15,10 +15,10 @@ class LOGLoggingEvent;
 /// Produces the text of one piece of a conversion pattern for an event, and knows the converter of
 /// the next piece.
 ///
-/// The widths and the alignment are those of the last converter built in the process, apart from
-/// literals, and hold for all converters: in `%c %-5p` both texts are padded, in `%-5p %c` none is,
-/// and a later pattern changes how every other layout pads. This is meant. A format() reads them
-/// once each, so it is safe while another thread parses.
+/// Deliberate: the widths and the alignment are those of the last converter built in the process,
+/// apart from literals, and hold for all converters: in `%c %-5p` both texts are padded, in
+/// `%-5p %c` none is, and a later pattern changes how every other layout pads. A format() reads
+/// them once each, so it is safe while another thread parses.
 class LOG4ZEB_EXPORT LOGPatternConverter {
  public:
   LOGPatternConverter(const LOGPatternConverter&) = delete;

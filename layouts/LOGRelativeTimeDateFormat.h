@@ -6,8 +6,8 @@
 #include "layouts/LOGDateFormat.h"
 
 /// Writes how far a date lies from the making of the format: "00," and the milliseconds within the
-/// same second, else the seconds and ",00". The difference is start minus date, so later dates give
-/// negative numbers such as "-5,00" or "00,-250"; that is how it is meant.
+/// same second, else the seconds and ",00".
+/// Deliberate: later dates give negative numbers such as "-5,00" or "00,-250".
 class LOG4ZEB_EXPORT LOGRelativeTimeDateFormat : public LOGDateFormat {
  public:
   LOGRelativeTimeDateFormat();
