@@ -80,8 +80,8 @@ class JsonReader {
       const std::string digits{next(), next(), next(), next()};
       return static_cast<char>(std::stoi(digits, nullptr, 16));
     }
-    constexpr std::string_view KINDS = "\"\\nrt";
-    constexpr std::string_view MEANINGS = "\"\\\n\r\t";
+    constexpr std::string_view KINDS = "\"\\/bfnrt";
+    constexpr std::string_view MEANINGS = "\"\\/\b\f\n\r\t";
     const std::size_t found = KINDS.find(kind);
     expect(found != std::string_view::npos, "an escape is one of JSON's");
     return MEANINGS[found];
