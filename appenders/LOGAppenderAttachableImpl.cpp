@@ -11,6 +11,7 @@
 #include "platform/ZEBAssertError.h"
 #include "platform/ZEBForkGate.h"
 #include "platform/ZEBThreadGuard.h"
+#include "platform/ZEBThreadInlineGuard.h"
 
 namespace {
 
@@ -53,7 +54,7 @@ void LOGAppenderAttachableImpl::Walk::leave(Position position) {
 LOGAppenderAttachableImpl::PinnedWalk::PinnedWalk(LOGAppenderAttachableImpl& list,
                                                   LOGAppenderPin& pin)
     : m_list(list), m_pin(pin) {
-  const ZEBThreadGuard guard(m_list.getCriticalSection());
+  const ZEBThreadInlineGuard guard(m_list.getCriticalSection());
   m_walk.emplace(m_list);
   pinNext();
   m_isOnly = m_appender != nullptr && !m_walk.has_value();

@@ -11,6 +11,7 @@
 #include "layouts/LOGLayout.h"
 #include "platform/ZEBAssertError.h"
 #include "platform/ZEBThreadGuard.h"
+#include "platform/ZEBThreadInlineGuard.h"
 
 namespace {
 
@@ -83,15 +84,23 @@ LOG4ZEB_HOT void LOGAppenderSkeleton::doAppend(LOGLoggingEvent* event) {
       "LOGAppenderSkeleton::doAppend -- RunTime Error in I18NString",
       "LOGAppenderSkeleton::doAppend -- ZEB Exception occured",
       "LOGAppenderSkeleton::doAppend -- An Exception occured"};
-  logReportingFailures(TEXTS, [&] {
-    const LOGCallScope call;  // ends after the lock
-    const ZEBThreadGuard guard(getCriticalSection());
-    if (m_closed == 1) {
-      reportClosed();
-    } else if (isAsSevereAsThreshold(event->getLevel()) != 0 && filtersLetPass(event)) {
-      append(event);
+  logReportingFailures(TEXTS, [&]() LOG4ZEB_INLINE {
+    if (LOGCallScope::outermost() == nullptr) {
+      const LOGCallScope call;  // ends after the lock
+      appendLocked(event);
+    } else {
+      appendLocked(event);
     }
   });
+}
+
+LOG4ZEB_HOT inline void LOGAppenderSkeleton::appendLocked(LOGLoggingEvent* event) {
+  const ZEBThreadInlineGuard guard(getCriticalSection());
+  if (m_closed == 1) {
+    reportClosed();
+  } else if (isAsSevereAsThreshold(event->getLevel()) != 0 && filtersLetPass(event)) {
+    append(event);
+  }
 }
 
 bool LOGAppenderSkeleton::filtersLetPass(LOGLoggingEvent* event) const {
@@ -208,7 +217,7 @@ I18NString LOGAppenderSkeleton::format(LOGLayout& layout, LOGLoggingEvent* event
 
 LOG4ZEB_HOT void LOGAppenderSkeleton::format(LOGLayout& layout, LOGLoggingEvent* event,
                                              I18NString& text) {
-  const ZEBThreadGuard guard(layout.getCriticalSection());
+  const ZEBThreadInlineGuard guard(layout.getCriticalSection());
   const unsigned memoryFailures = logMemoryFailures();
   layout.formatInto(text, event);
   logRequireMemorySince(memoryFailures);  // half a line is worse than none

@@ -139,6 +139,7 @@ class LOG4ZEB_EXPORT LOGAppenderSkeleton : public LOGMutex, public LOGAppender, 
   std::unique_ptr<LOGErrorHandler> exchangeErrorHandler(std::unique_ptr<LOGErrorHandler> handler);
 
  private:
+  void appendLocked(LOGLoggingEvent* event);
   bool filtersLetPass(LOGLoggingEvent* event) const;
   std::unique_ptr<LOGErrorHandler> cloneOfErrorHandler() const;
   bool hasEqualErrorHandler(const LOGAppenderSkeleton& other) const;

@@ -8,6 +8,7 @@
 #include "platform/ZEBForkGate.h"
 #include "platform/ZEBForkHandler.h"
 #include "platform/ZEBThreadGuard.h"
+#include "platform/ZEBThreadInlineGuard.h"
 
 namespace {
 
@@ -57,7 +58,7 @@ void LOGBoundedFIFO::put(LOGLoggingEvent* event) {
 LOG4ZEB_HOT std::uint64_t LOGBoundedFIFO::add(const LOGLoggingEvent& event) {
   std::uint64_t place = 0;
   {
-    const ZEBThreadGuard guard(m_writing);
+    const ZEBThreadInlineGuard guard(m_writing);
     if (isClosed()) {
       return 0;
     }
@@ -66,10 +67,11 @@ LOG4ZEB_HOT std::uint64_t LOGBoundedFIFO::add(const LOGLoggingEvent& event) {
     // Sequentially consistent, as m_isAsleep is: either the dispatcher sees the event before it
     // falls asleep, or this thread sees that it sleeps.
     m_queuedCount = place;
-    if (lengthSince(m_leftAtLeast) > capacity()) {
+    const auto capacity = static_cast<std::uint64_t>(this->capacity());
+    if (place - m_leftAtLeast > capacity) {
       m_leftAtLeast = m_leftCount;  // which the dispatcher writes to, so it is looked at seldom
     }
-    if (lengthSince(m_leftAtLeast) <= capacity()) {
+    if (place - m_leftAtLeast <= capacity) {
       place = 0;
     }
   }
@@ -91,7 +93,7 @@ LOG4ZEB_HOT LOGLoggingEvent* LOGBoundedFIFO::take(LOGLoggingEvent& unpacked,
   LOGLoggingEvent* event = nullptr;
   std::uint64_t place = 0;
   {
-    const ZEBThreadGuard guard(getCriticalSection());
+    const ZEBThreadInlineGuard guard(getCriticalSection());
     if (!hasEvents()) {
       return nullptr;
     }

@@ -10,7 +10,7 @@
 #include "core/LOGLoggingEvent.h"
 
 static_assert(I18NBytes::INLINE_SIZE <= std::numeric_limits<std::uint8_t>::max());
-constexpr std::size_t SHORT = 32;  // most names, thread numbers and contexts
+constexpr std::size_t SHORT = I18NBytes::SHORT;  // most names, thread numbers and contexts
 
 LOGEventRecords::LOGEventRecords()
     : m_writtenPiece(new Piece),
@@ -48,35 +48,42 @@ void LOGEventRecords::endRecord(const char* end) noexcept {
   record->size.store(static_cast<std::uint32_t>(size), std::memory_order_release);
 }
 
-LOG4ZEB_HOT void LOGEventRecords::add(const LOGLoggingEvent& event) {
-  bool isPacked =
-      event.m_hasPlainMessage && event.m_plainMessage.m_instance == nullptr && !event.isRendered();
-  const I18NString* const texts[TEXTS] = {&event.m_loggerName, &event.m_threadName, &event.m_ndc,
-                                          &event.m_plainMessage.m_string};
-  for (const I18NString* const text : texts) {
-    isPacked = isPacked && text->isAscii() && text->length() <= I18NBytes::INLINE_SIZE;
+/// Appends the text to those at `to`; false, and nothing appended, unless it is short ASCII.
+inline bool LOGEventRecords::pack(const I18NString& text, char*& to, std::uint8_t& size) noexcept {
+  const std::size_t length = text.length();
+  if (!text.isAscii()) {
+    return false;
   }
-  if (!isPacked) {
+  // In moves of fixed size: there is room for that on both sides.
+  const char* const from = text.ascii().data();
+  if (length > SHORT) {
+    if (length > I18NBytes::INLINE_SIZE) {
+      return false;
+    }
+    std::memcpy(to + SHORT, from + SHORT, I18NBytes::INLINE_SIZE - SHORT);
+  }
+  std::memcpy(to, from, SHORT);
+  to += length;
+  size = static_cast<std::uint8_t>(length);
+  return true;
+}
+
+LOG4ZEB_HOT void LOGEventRecords::add(const LOGLoggingEvent& event) {
+  Record& record = beginRecord();
+  char* to = record.texts();
+  std::uint8_t* const sizes = record.textSizes;
+  if (!event.m_hasPlainMessage || event.m_plainMessage.m_instance != nullptr ||
+      event.isRendered() || !pack(event.m_loggerName, to, sizes[0]) ||
+      !pack(event.m_threadName, to, sizes[1]) || !pack(event.m_ndc, to, sizes[2]) ||
+      !pack(event.m_plainMessage.m_string, to, sizes[3])) {
     addWhole(event.copyForQueue());
     return;
   }
-  Record& record = beginRecord();
   record.isPacked = true;
   record.ndcLookupRequired = event.m_ndcLookupRequired;
   record.timeStamp = event.m_timeStamp;
   record.level = event.m_level;
   record.logger = event.m_logger;
-  char* to = record.texts();
-  for (int i = 0; i < TEXTS; ++i) {
-    const std::string_view text = texts[i]->ascii();
-    // In moves of fixed size: there is room for that on both sides.
-    std::memcpy(to, text.data(), SHORT);
-    if (text.size() > SHORT) {
-      std::memcpy(to + SHORT, text.data() + SHORT, I18NBytes::INLINE_SIZE - SHORT);
-    }
-    to += text.size();
-    record.textSizes[i] = static_cast<std::uint8_t>(text.size());
-  }
   endRecord(to);
 }
 
@@ -114,9 +121,14 @@ LOG4ZEB_HOT LOGLoggingEvent* LOGEventRecords::take(
                                     &unpacked.m_plainMessage.m_string};
   const char* from = record.texts();
   for (int i = 0; i < TEXTS; ++i) {
+    const std::uint8_t size = record.textSizes[i];
     texts[i]->clear();
-    texts[i]->appendAscii(std::string_view(from, record.textSizes[i]));
-    from += record.textSizes[i];
+    if (size <= SHORT) {
+      texts[i]->appendAscii(*reinterpret_cast<const char(*)[SHORT]>(from), size);
+    } else {
+      texts[i]->appendAscii(std::string_view(from, size));
+    }
+    from += size;
   }
   return &unpacked;
 }

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <memory>
 
-#include "platform/I18NBytes.h"
+#include "platform/I18NString.h"
 
 class LOGLevel;
 class LOGLogger;
@@ -58,6 +58,7 @@ class LOGEventRecords {
 
   static constexpr std::size_t LARGEST = sizeof(Record) + TEXTS * I18NBytes::INLINE_SIZE;
 
+  static bool pack(const I18NString& text, char*& to, std::uint8_t& size) noexcept;
   Record& beginRecord();
   void endRecord(const char* end) noexcept;
 

@@ -137,8 +137,21 @@ LOG4ZEB_HOT void LOGFileAppender::subappend(LOGLoggingEvent* event) {
   if (layout() == nullptr) {
     return;
   }
-  // Taken out for the time, because rendering the message may log through this appender.
-  I18NString text = std::move(m_text);
+  if (m_isTextUsed) {  // rendering a message logs through this appender
+    I18NString text;
+    write(event, text);
+    return;
+  }
+  struct Use {
+    bool& isUsed;
+    ~Use() { isUsed = false; }
+  };
+  m_isTextUsed = true;
+  const Use use{m_isTextUsed};
+  write(event, m_text);
+}
+
+LOG4ZEB_HOT void LOGFileAppender::write(LOGLoggingEvent* event, I18NString& text) {
   format(*layout(), event, text);
   if (LOGFileAppender::checkEntryConditions() == 0) {
     return;  // rendering the message has closed this appender
@@ -150,7 +163,6 @@ LOG4ZEB_HOT void LOGFileAppender::subappend(LOGLoggingEvent* event) {
     m_file->endHold();
   }
   m_qw->write(m_file, text);
-  m_text = std::move(text);
   if (immediateFlush == 1) {
     m_qw->flush(m_file);
   }

@@ -135,9 +135,12 @@ class LOG4ZEB_EXPORT LOGFileAppender : public LOGWriterAppender {
   I18NString m_absoluteName;
 
  private:
+  void write(LOGLoggingEvent* event, I18NString& text);
   OpenResult openRemembered(const I18NString& path, int append, int bufferedSwitch, int size);
 
-  I18NString m_text;                // room for the text of an event; guarded by the appender's lock
+  // Room for the text of an event, used again and again; guarded by the appender's lock.
+  I18NString m_text;
+  bool m_isTextUsed = false;
   I18NString m_absoluteNameSource;  // the name that m_absoluteName was made from
   I18NString m_unresolvedName;      // what fileName was resolved from; empty while it was not
   std::optional<std::pair<I18NString, I18NString>> m_ahead;  // a name and its path, resolved ahead

@@ -64,8 +64,10 @@ void LOGQuietWriter::stWrite(ZEBFmFile* outStream, const I18NString& s) {
 }
 
 LOG4ZEB_HOT std::size_t LOGQuietWriter::appendBytes(ZEBFmFile& file, const I18NString& s) {
-  std::string scratch;
-  std::string_view bytes = s.narrow(scratch);
+  if (s.hasLoneSurrogate()) {
+    return appendBytes(file, I18NString(s.toStdString()));
+  }
+  std::string_view bytes = s.utf8();
   if (bytes.back() == '\0') {
     bytes.remove_suffix(1);
   }

@@ -1,5 +1,8 @@
+#define LOG4ZEB_COMPILE_FORMATS
+
 #include "bench/Log4zebLog.h"
 
+#include <fmt/compile.h>
 #include <fmt/format.h>
 
 #include <fstream>

@@ -104,7 +104,8 @@ inline bool logReportHandled(const LOGFailureTexts& texts) noexcept {
 /// allocation counts as one of them; anything else is reported and goes on to the caller. Returns
 /// whether the operation came to its end.
 template <typename Operation>
-bool logReportingFailures(const LOGFailureTexts& texts, Operation&& operation) {
+LOG4ZEB_INLINE inline bool logReportingFailures(const LOGFailureTexts& texts,
+                                                Operation&& operation) {
   try {
     std::forward<Operation>(operation)();
     return true;
@@ -118,7 +119,8 @@ bool logReportingFailures(const LOGFailureTexts& texts, Operation&& operation) {
 
 /// The same, but nothing at all reaches the caller.
 template <typename Operation>
-bool logContainingFailures(const LOGFailureTexts& texts, Operation&& operation) noexcept {
+LOG4ZEB_INLINE inline bool logContainingFailures(const LOGFailureTexts& texts,
+                                                 Operation&& operation) noexcept {
   try {
     std::forward<Operation>(operation)();
     return true;
@@ -131,7 +133,7 @@ bool logContainingFailures(const LOGFailureTexts& texts, Operation&& operation) 
 /// Runs `operation`. A lack of memory is reported with `text` and ends here; anything else goes on
 /// to the caller as it is.
 template <typename Operation>
-void logContainingLackOfMemory(const char* text, Operation&& operation) {
+LOG4ZEB_INLINE inline void logContainingLackOfMemory(const char* text, Operation&& operation) {
   try {
     std::forward<Operation>(operation)();
   } catch (ZEBOutOfMemoryError& failure) {
@@ -168,7 +170,8 @@ class LOGFirstFailure {
 /// Runs `operation` and returns its result. Every exception is reported with `text` and goes on to
 /// the caller.
 template <typename Operation>
-auto logReportingAndPassing(const char* text, Operation&& operation) -> decltype(operation()) {
+LOG4ZEB_INLINE inline auto logReportingAndPassing(const char* text, Operation&& operation)
+    -> decltype(operation()) {
   try {
     return std::forward<Operation>(operation)();
   } catch (ZEBThrowable& failure) {

@@ -4,7 +4,8 @@
 // How the macros for format strings format: with std::format where the standard library has it,
 // otherwise, or when LOG4ZEB_USE_FMT is defined, with {fmt}. This header includes neither, so that
 // only who uses these macros pays for one; the application includes <format> or <fmt/format.h>
-// itself, in any order with the headers of the library.
+// itself, in any order with the headers of the library. With LOG4ZEB_COMPILE_FORMATS, and
+// <fmt/compile.h>, {fmt} compiles the format strings; what it cannot compile it reads at run time.
 
 #if __has_include(<version>)
 #include <version>
@@ -36,26 +37,33 @@
   static_assert(LOG4ZEB_TEXT_OF(FMT_VERSION)[0] != 'F', \
                 "without std::format the macros for format strings need <fmt/format.h>")
 
-#if __cplusplus >= 202002L
+#if defined(LOG4ZEB_COMPILE_FORMATS)
+#define LOG4ZEB_FORMAT_STRING(literal) FMT_COMPILE(literal)
+#else
+#define LOG4ZEB_FORMAT_STRING(literal) FMT_STRING(literal)
+#endif
+
+#if __cplusplus >= 202002L && !defined(LOG4ZEB_COMPILE_FORMATS)
 
 #define LOG4ZEB_FORMAT_TO(text, ...) \
   fmt::memory_buffer text;           \
-  fmt::format_to(std::back_inserter(text), __VA_ARGS__)
+  fmt::format_to(fmt::appender(text), __VA_ARGS__)
 
 #else
 
-// Before C++20 only what FMT_STRING wraps is checked by the compiler. To take the format string off
-// a list of arguments that may consist of it alone, the list gets one more, which is not formatted.
+// Only what is wrapped is compiled, and before C++20 checked by the compiler. To take the format
+// string off a list of arguments that may consist of it alone, the list gets one more, which is not
+// formatted.
 #define LOG4ZEB_FORMAT_TO(text, ...) \
   fmt::memory_buffer text;           \
   LOG4ZEB_FORMAT_BUT_LAST(text, __VA_ARGS__, 0)
 #define LOG4ZEB_FORMAT_BUT_LAST(text, literal, ...)                                    \
   LOGFormat::withoutLast(                                                              \
       [&text](const auto& log4zebFormat, auto&&... log4zebArguments) {                 \
-        fmt::format_to(std::back_inserter(text), log4zebFormat,                        \
+        fmt::format_to(fmt::appender(text), log4zebFormat,                             \
                        std::forward<decltype(log4zebArguments)>(log4zebArguments)...); \
       },                                                                               \
-      FMT_STRING(literal), __VA_ARGS__)
+      LOG4ZEB_FORMAT_STRING(literal), __VA_ARGS__)
 
 #endif
 #endif

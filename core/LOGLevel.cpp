@@ -67,10 +67,8 @@ LOGLevel* LOGLevel::toLevel(const I18NString& sArg, LOGLevel* defaultLevel) {
 }
 
 LOG4ZEB_HOT LOGLevel* LOGLevel::toLevel(int val) {
-  if (DEBUG_OBJ.load(std::memory_order_acquire) == nullptr) {
-    initialize();
-  }
-  return toLevel(val, DEBUG_OBJ.load(std::memory_order_acquire));
+  LOGLevel* const level = toLevel(val, nullptr);
+  return level == nullptr ? toLevel(DEBUG_RANK, nullptr) : level;
 }
 
 LOGLevel* LOGLevel::toLevel(int val, LOGLevel* defaultLevel) {
@@ -100,11 +98,12 @@ LOGLevel* LOGLevel::toLevel(int val, LOGLevel* defaultLevel) {
     default:
       return defaultLevel;
   }
-  if (slot->load(std::memory_order_acquire) == nullptr) {
+  LOGLevel* level = slot->load(std::memory_order_acquire);
+  if (level == nullptr) {
     initialize();
+    level = slot->load(std::memory_order_acquire);
   }
-  LOGLevel* const found = slot->load(std::memory_order_acquire);
-  return found == nullptr ? defaultLevel : found;
+  return level == nullptr ? defaultLevel : level;
 }
 
 void LOGLevel::createIfMissing(std::atomic<LOGLevel*>& slot, int rank, const char* name,

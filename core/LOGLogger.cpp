@@ -15,6 +15,7 @@
 #include "core/LOGThrowableText.h"
 #include "platform/ZEBAssertError.h"
 #include "platform/ZEBThreadGuard.h"
+#include "platform/ZEBThreadInlineGuard.h"
 #include "platform/ZEBTranslate.h"
 
 namespace {
@@ -121,10 +122,10 @@ void LOGLogger::logEnabled(int rank, LOGObject* message) {
 }
 
 template <typename Message>
-inline void LOGLogger::logText(int rank, const Message& message) {
+LOG4ZEB_INLINE inline void LOGLogger::logText(int rank, const Message& message) {
   LOGLevel* const level = LOGLevel::toLevel(rank);
   if (level != nullptr) {
-    logContainingLackOfMemory(EVENT_LOST, [&] {
+    logContainingLackOfMemory(EVENT_LOST, [&]() LOG4ZEB_INLINE {
       LOGLoggingEvent event(this, level, message);
       passOn(&event, true);
     });
@@ -228,19 +229,22 @@ LOG4ZEB_HOT void LOGLogger::passOn(LOGLoggingEvent* event, bool mayRender) {
       if (mayRender && event->needsRendering()) {
         event->render();
       }
-      writes += locked(*logger, "LOGLogger::callAppenders -- unable to lock mutex", [&] {
-        const int called = logger->m_aai.appendLoopOnAppenders(event);
-        additive = logger->getAdditivity();
-        return called;
-      });
+      writes += logReportingAndPassing(
+          "LOGLogger::callAppenders -- unable to lock mutex", [&]() LOG4ZEB_INLINE {
+            const ZEBThreadInlineGuard guard(logger->getCriticalSection());
+            const int called = logger->m_aai.appendLoopOnAppenders(event);
+            additive = logger->getAdditivity();
+            return called;
+          });
     }
     if (additive == 0) {
       break;
     }
   }
-  LOGLoggerRepository* const repository = getRepository();
-  if (writes == 0 && repository != nullptr) {
-    repository->emitNoAppenderWarning(this);
+  if (writes == 0) {
+    if (LOGLoggerRepository* const repository = getRepository()) {
+      repository->emitNoAppenderWarning(this);
+    }
   }
 }
 

@@ -22,27 +22,33 @@ namespace {
 
 constexpr const char* SOURCE = "LOGLoggingEvent";
 
-/// The decimal number of the calling thread, converted once for each thread.
-std::string_view currentThreadText() {
-  struct Text {
-    std::uint64_t thread;
-    std::size_t size;
-    char digits[std::numeric_limits<std::uint64_t>::digits10 + 1];
-  };
-  static thread_local Text t_text = {};
+/// The decimal number of a thread.
+struct ThreadText {
+  std::uint64_t thread;
+  std::uint32_t size;
+  char digits[32];
+
+  LOG4ZEB_COLD void set(std::uint64_t number) {
+    char* const end = std::to_chars(std::begin(digits), std::end(digits), number).ptr;
+    size = static_cast<std::uint32_t>(end - digits);
+    thread = number;
+  }
+};
+
+/// That of the calling thread, converted once for each thread.
+const ThreadText& currentThreadText() {
+  static thread_local ThreadText t_text = {};
   const std::uint64_t thread = ZEBThread::currentThreadId();
   if (t_text.thread != thread) {  // also in the child of a fork
-    t_text.size = static_cast<std::size_t>(
-        std::to_chars(std::begin(t_text.digits), std::end(t_text.digits), thread).ptr -
-        t_text.digits);
-    t_text.thread = thread;
+    t_text.set(thread);
   }
-  return {t_text.digits, t_text.size};
+  return t_text;
 }
 
-/// Whether the repository is the library's own, or there is none.
-bool isHierarchy(const LOGLoggerRepository* repository) {
-  return repository == nullptr || typeid(*repository) == typeid(LOGHierarchy);
+/// Whether the repository is the library's own, and not of a class derived from it.
+bool isHierarchy(const LOGLoggerRepository& repository) {
+  // That type is described once, in the library; comparing descriptions would be a call.
+  return &typeid(repository) == &typeid(LOGHierarchy);
 }
 
 /// The repository's side that renders, or null.
@@ -150,16 +156,30 @@ void LOGLoggingEvent::setMessage(const LOGObject* message) {
   });
 }
 
+/// Whether the message is its own text for every renderer that there is.
+inline bool LOGLoggingEvent::isOwnText() const {
+  if (!m_hasPlainMessage || isRendered() || m_logger == nullptr) {
+    return false;
+  }
+  const LOGLoggerRepository* const repository = m_logger->getRepository();
+  return repository != nullptr && isHierarchy(*repository) &&
+         LOGRendererMap::isAllRenderedByDefault();
+}
+
 LOG4ZEB_HOT bool LOGLoggingEvent::needsRendering() const {
+  return !isOwnText() && isRenderedByProgram();
+}
+
+LOG4ZEB_COLD bool LOGLoggingEvent::isRenderedByProgram() const {
   if (isRendered() || m_logger == nullptr) {
     return false;
   }
   if (!m_hasPlainMessage) {
     return m_message != nullptr;
   }
-  const bool isDefault = LOGRendererMap::isAllRenderedByDefault() ||
-                         LOGRendererMap::isRenderedByDefault(m_plainMessage.instanceOf());
-  return !isDefault || !isHierarchy(m_logger->getRepository());
+  const LOGLoggerRepository* const repository = m_logger->getRepository();
+  return (repository != nullptr && !isHierarchy(*repository)) ||
+         !LOGRendererMap::isRenderedByDefault(m_plainMessage.instanceOf());
 }
 
 void LOGLoggingEvent::render() {
@@ -212,12 +232,7 @@ I18NString* LOGLoggingEvent::getRenderedMessage() {
 }
 
 LOG4ZEB_HOT const I18NString* LOGLoggingEvent::ownTextOfMessage() const {
-  const LOGLoggerRepository* const repository =
-      m_logger == nullptr ? nullptr : m_logger->getRepository();
-  return m_hasPlainMessage && !isRendered() && repository != nullptr && isHierarchy(repository) &&
-                 LOGRendererMap::isAllRenderedByDefault()
-             ? &m_plainMessage.m_string
-             : nullptr;
+  return isOwnText() ? &m_plainMessage.m_string : nullptr;
 }
 
 bool LOGLoggingEvent::appendRenderedMessage(I18NString& text) {
@@ -247,22 +262,25 @@ const I18NString& LOGLoggingEvent::getThrowableStrRep() const {
   return m_rare == nullptr ? I18NString::none() : m_rare->throwableStrRep;
 }
 
-const I18NString& LOGLoggingEvent::getNDC() {
+LOG4ZEB_HOT const I18NString& LOGLoggingEvent::getNDC() {
   if (m_ndcLookupRequired == 1) {
-    zebTranslate(SOURCE, __LINE__, [this] {
-      const I18NString& context = LOGNDC::get();
-      if (!context.isEmpty()) {
-        m_ndc = context;
-      }
-    });
+    const I18NString& context = LOGNDC::get();
+    if (!context.isEmpty()) {
+      setNDC(context);
+    }
     m_ndcLookupRequired = 0;
   }
   return m_ndc;
 }
 
+void LOGLoggingEvent::setNDC(const I18NString& context) {
+  zebTranslate(SOURCE, __LINE__, [&] { m_ndc = context; });
+}
+
 LOG4ZEB_HOT const I18NString& LOGLoggingEvent::getThreadName() {
   if (m_threadName.isEmpty()) {
-    m_threadName.appendAscii(currentThreadText());  // which an I18NString holds without memory
+    const ThreadText& text = currentThreadText();
+    m_threadName.appendAscii(text.digits, text.size);  // for which there is room
   }
   return m_threadName;
 }

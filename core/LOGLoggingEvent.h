@@ -130,6 +130,9 @@ class LOG4ZEB_EXPORT LOGLoggingEvent : public LOGSerializable {
     I18NString throwableStrRep;
   };
 
+  void setNDC(const I18NString& context);
+  bool isOwnText() const;
+  bool isRenderedByProgram() const;
   Rare& rare();
   const I18NString* keptRendering() const;
   void setRenderedMessage(const I18NString& text);

@@ -104,7 +104,7 @@ const I18NString& LOGNDC::peek() {
   return peekObj->toString();
 }
 
-const I18NString& LOGNDC::get() {
+LOG4ZEB_HOT const I18NString& LOGNDC::get() {
   const LOGStack* const stack = currentStack();
   if (stack == nullptr || stack->isEmpty() != 0) {
     return I18NString::none();

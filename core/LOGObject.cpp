@@ -22,7 +22,7 @@ LOGObject& LOGObject::operator=(const LOGObject& other) {
   return *this;
 }
 
-LOGObject::~LOGObject() = default;
+LOG4ZEB_HOT LOGObject::~LOGObject() = default;
 
 const I18NString& LOGObject::defaultTag() noexcept {
   // Never destroyed, because static destructors log too, and made without asking for memory, which

@@ -65,12 +65,13 @@ LOGPatternLayout::Program LOGPatternLayout::programOf(LOGPatternConverter::Chain
     if (literal == nullptr) {
       auto* const direct = dynamic_cast<LOGDirectConverter*>(converter);
       const LOGEventPart part = direct == nullptr ? LOGEventPart() : direct->part();
-      steps.push_back({converter, direct, part, {}});
+      steps.push_back({converter, direct, part, true, {}});
     } else {
       if (steps.empty()) {
         steps.emplace_back();
       }
       steps.back().literal.append(literal->getLiteral());
+      steps.back().isLiteralShort = I18NWriter::isShort(steps.back().literal);
     }
   }
   return {std::move(chain), std::move(steps)};
@@ -81,6 +82,10 @@ LOG4ZEB_HOT const I18NString& LOGPatternLayout::format(LOGLoggingEvent* event) {
     build(*target, event);
     return *target;
   }
+  return buildInBuffer(event);
+}
+
+const I18NString& LOGPatternLayout::buildInBuffer(LOGLoggingEvent* event) {
   I18NString text = takeBuffer();
   build(text, event);
   return keep(std::move(text));
@@ -110,7 +115,11 @@ LOG4ZEB_HOT void LOGPatternLayout::build(I18NString& text, LOGLoggingEvent* even
         line.open();
         hasWidths = LOGPatternConverter::hasWidths();  // a message may parse a pattern
       }
-      line.append(step->literal);
+      if (step->isLiteralShort) {
+        line.appendShort(step->literal);
+      } else {
+        line.append(step->literal);
+      }
     }
   } catch (...) {
     logNoteFailure();

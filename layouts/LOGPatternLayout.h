@@ -42,6 +42,7 @@ class LOG4ZEB_EXPORT LOGPatternLayout : public LOGLayout {
   static std::unique_ptr<LOGPatternParser> createPatternParser(const I18NString& pattern);
 
   void build(I18NString& text, LOGLoggingEvent* event);
+  const I18NString& buildInBuffer(LOGLoggingEvent* event);
 
   I18NString m_conversionPattern;
   /// A converter, null in front of the first literal only, and the literal text that follows it.
@@ -49,6 +50,7 @@ class LOG4ZEB_EXPORT LOGPatternLayout : public LOGLayout {
     LOGPatternConverter* converter = nullptr;
     LOGDirectConverter* direct = nullptr;  // the converter's direct side, or null
     LOGEventPart part;                     // what it shows, if that is an event's part as it is
+    bool isLiteralShort = true;
     I18NString literal;
   };
   /// A parsed pattern: the chain, and the same once more in the order and form of its use.

@@ -14,6 +14,8 @@
 class LOG4ZEB_EXPORT I18NBytes {
  public:
   static constexpr std::size_t INLINE_SIZE = 104;
+  /// What texts that are called short have at most.
+  static constexpr std::size_t SHORT = 32;
   /// Longer texts throw std::length_error.
   static constexpr std::size_t LONGEST = UINT32_MAX;
 
@@ -42,15 +44,14 @@ class LOG4ZEB_EXPORT I18NBytes {
   std::size_t size() const noexcept { return m_size; }
   char operator[](std::size_t position) const noexcept { return m_data[position]; }
 
-  void append(const I18NBytes& other) {
+  LOG4ZEB_INLINE void append(const I18NBytes& other) {
     // Short texts, which are most of what a line is made of, are copied in moves of fixed size: the
     // room is never smaller than that, here as there.
     const std::uint32_t size = other.m_size;
     if (size <= SHORT && m_capacity - m_size >= SHORT) {
-      move<SHORT>(other.m_data);
-      m_size += size;
-    } else if (size <= LONG && m_capacity - m_size >= LONG) {
-      move<LONG>(other.m_data);
+      char moved[SHORT];  // registers, in truth
+      std::memcpy(moved, other.m_data, SHORT);
+      std::memcpy(m_data + m_size, moved, SHORT);
       m_size += size;
     } else {
       append(std::string_view(other));
@@ -65,32 +66,6 @@ class LOG4ZEB_EXPORT I18NBytes {
       std::memmove(m_data + m_size, bytes.data(), bytes.size());
       m_size += static_cast<std::uint32_t>(bytes.size());
     }
-  }
-  /// The same; false, and nothing appended, unless all bytes are ASCII and there is room for them.
-  bool appendIfAscii(std::string_view bytes) noexcept {
-    constexpr std::uint64_t HIGH_BITS = 0x8080808080808080ULL;
-    struct Block {
-      std::uint64_t low;
-      std::uint64_t high;
-    } block;
-    const std::size_t size = bytes.size();
-    if (size > m_capacity - m_size || size < sizeof block) {
-      return false;
-    }
-    std::uint64_t all = 0;
-    char* const to = m_data + m_size;
-    const auto copy = [&](std::size_t offset) {
-      std::memcpy(&block, bytes.data() + offset, sizeof block);
-      all |= block.low | block.high;
-      std::memcpy(to + offset, &block, sizeof block);
-    };
-    for (std::size_t i = 0; i < size - sizeof block; i += sizeof block) {
-      copy(i);
-    }
-    copy(size - sizeof block);  // what is left, and some of it again
-    const bool isAscii = (all & HIGH_BITS) == 0;
-    m_size += isAscii ? static_cast<std::uint32_t>(size) : 0;
-    return isAscii;
   }
   void append(std::size_t count, char c) {
     reserve(m_size + count);
@@ -109,16 +84,10 @@ class LOG4ZEB_EXPORT I18NBytes {
   }
 
  private:
+  friend class I18NString;
   friend class I18NWriter;
-  static constexpr std::size_t SHORT = 32;
   static constexpr std::size_t LONG = 64;
 
-  template <std::size_t Size>
-  void move(const char* bytes) noexcept {
-    char moved[Size];  // registers, in truth
-    std::memcpy(moved, bytes, Size);
-    std::memcpy(m_data + m_size, moved, Size);
-  }
   bool isInline() const noexcept { return m_data == m_room; }
   void take(I18NBytes& other) noexcept {
     m_size = other.m_size;

@@ -52,6 +52,26 @@ char32_t surrogateAtBegin(std::string_view stored) {
   return i18n::isSurrogate(c) ? c : 0;
 }
 
+using Block = std::uint64_t __attribute__((vector_size(16)));
+
+/// Copies the bytes, which are a block at least; returns whether all of them are ASCII.
+inline bool copyAscii(char* to, std::string_view bytes) noexcept {
+  constexpr std::uint64_t HIGH_BITS = 0x8080808080808080ULL;
+  Block all{};
+  const auto copy = [&](std::size_t offset) {
+    Block block;
+    std::memcpy(&block, bytes.data() + offset, sizeof block);
+    all |= block;
+    std::memcpy(to + offset, &block, sizeof block);
+  };
+  const std::size_t last = bytes.size() - sizeof(Block);
+  for (std::size_t i = 0; i < last; i += sizeof(Block)) {
+    copy(i);
+  }
+  copy(last);  // what is left, and some of it again
+  return ((all[0] | all[1]) & HIGH_BITS) == 0;
+}
+
 }  // namespace
 
 I18NString::I18NString(const char* text, const char* encoding) {
@@ -268,13 +288,20 @@ I18NString& I18NString::appendWithLoneSurrogate(const I18NString& text) {
   return *this;
 }
 
-LOG4ZEB_COLD void I18NString::appendGrowing(const I18NString& text) { append(text); }
+void I18NString::appendGrowing(const I18NString& text) { append(text); }
 
 LOG4ZEB_HOT I18NString& I18NString::append(std::string_view utf8) {
-  if (m_bytes.appendIfAscii(utf8)) {
-    m_units += static_cast<std::uint32_t>(utf8.size());
+  const std::size_t size = utf8.size();
+  if (size >= sizeof(Block) && size <= m_bytes.m_capacity - m_bytes.m_size &&
+      copyAscii(m_bytes.m_data + m_bytes.m_size, utf8)) {
+    m_bytes.m_size += static_cast<std::uint32_t>(size);
+    m_units += static_cast<std::uint32_t>(size);
     return *this;
   }
+  return appendAny(utf8);
+}
+
+LOG4ZEB_COLD I18NString& I18NString::appendAny(std::string_view utf8) {
   const std::size_t ascii = i18n::asciiPrefix(utf8);
   m_bytes.append(utf8.substr(0, ascii));
   m_units += static_cast<std::uint32_t>(ascii);

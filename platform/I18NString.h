@@ -96,7 +96,7 @@ class LOG4ZEB_EXPORT I18NString {
   /// version of the library.
   std::uint32_t quickHash() const noexcept;
 
-  I18NString& append(const I18NString& text) {
+  LOG4ZEB_INLINE I18NString& append(const I18NString& text) {
     if (text.m_loneSurrogates != 0) {
       return appendWithLoneSurrogate(text);
     }
@@ -110,6 +110,16 @@ class LOG4ZEB_EXPORT I18NString {
   /// Appends `count` times the ASCII character `c`.
   I18NString& append(std::size_t count, char c);
   I18NString& operator+=(const I18NString& text) { return append(text); }
+  /// Appends the first ones of these ASCII characters.
+  I18NString& appendAscii(const char (&room)[I18NBytes::SHORT], std::uint32_t count) {
+    if (m_bytes.m_capacity - m_bytes.m_size < I18NBytes::SHORT) {
+      return appendAscii(std::string_view(room, count));
+    }
+    std::memcpy(m_bytes.m_data + m_bytes.m_size, room, I18NBytes::SHORT);
+    m_bytes.m_size += count;
+    m_units += count;
+    return *this;
+  }
   /// Appends ASCII characters. REQUIRES: not a view of this text itself.
   I18NString& appendAscii(std::string_view ascii) {
     m_bytes.append(ascii);
@@ -127,6 +137,10 @@ class LOG4ZEB_EXPORT I18NString {
   /// The text as UTF-8, a surrogate without partner as U+FFFD. The view shows this object's own
   /// bytes or, where something had to be replaced, `scratch`; it is valid while neither changes.
   std::string_view narrow(std::string& scratch) const;
+  /// Whether some surrogate has no partner, which UTF-8 has no form for.
+  bool hasLoneSurrogate() const noexcept { return m_loneSurrogates != 0; }
+  /// The text as UTF-8. REQUIRES: no lone surrogate. Valid while this text does not change.
+  std::string_view utf8() const noexcept { return m_bytes; }
   /// The text as UTF-8, a surrogate without partner as U+FFFD.
   std::string toStdString() const;
   std::u16string toUtf16() const;
@@ -146,6 +160,7 @@ class LOG4ZEB_EXPORT I18NString {
  private:
   friend class I18NWriter;
   void appendGrowing(const I18NString& text);
+  I18NString& appendAny(std::string_view utf8);
   std::string_view bytes() const noexcept { return m_bytes; }
   I18NString& appendWithLoneSurrogate(const I18NString& text);
   std::size_t byteOffset(std::size_t position) const noexcept;
@@ -171,40 +186,56 @@ class I18NWriter {
 
   /// REQUIRES: `piece` is another text.
   void append(const I18NString& piece) {
+    // In moves of fixed size: the room of a text is never smaller than that.
+    const char* const from = piece.m_bytes.m_data;
     const std::uint32_t size = piece.m_bytes.m_size;
-    if (piece.m_loneSurrogates != 0 || size > m_room) {
-      close();
-      m_text.appendGrowing(piece);
-      open();
+    if (size != piece.m_units || size > I18NBytes::LONG || m_to > m_last) {
+      appendOther(piece);
       return;
     }
-    if (size <= I18NBytes::SHORT && I18NBytes::SHORT <= m_room) {
-      std::memcpy(m_to, piece.m_bytes.m_data, I18NBytes::SHORT);
-    } else {
-      std::memcpy(m_to, piece.m_bytes.m_data, size);
+    std::memcpy(m_to, from, I18NBytes::SHORT);
+    if (size > I18NBytes::SHORT) {
+      std::memcpy(m_to + I18NBytes::SHORT, from + I18NBytes::SHORT,
+                  I18NBytes::LONG - I18NBytes::SHORT);
     }
     m_to += size;
-    m_room -= size;
-    m_units += piece.m_units;
+  }
+  /// The same for one that isShort().
+  void appendShort(const I18NString& piece) {
+    if (m_to > m_last) {
+      appendOther(piece);
+      return;
+    }
+    std::memcpy(m_to, piece.m_bytes.m_data, I18NBytes::SHORT);
+    m_to += piece.m_bytes.m_size;
+  }
+  static bool isShort(const I18NString& piece) noexcept {
+    return piece.isAscii() && piece.length() <= I18NBytes::SHORT;
   }
   /// From here to open() the text is anybody's.
   void close() noexcept {
-    m_text.m_bytes.m_size = static_cast<std::uint32_t>(m_to - m_text.m_bytes.m_data);
-    m_text.m_units = m_units;
+    I18NBytes& bytes = m_text.m_bytes;
+    const auto size = static_cast<std::uint32_t>(m_to - bytes.m_data);
+    m_text.m_units += size - bytes.m_size;
+    bytes.m_size = size;
     m_to = nullptr;
   }
   void open() noexcept {
     I18NBytes& bytes = m_text.m_bytes;
     m_to = bytes.m_data + bytes.m_size;
-    m_room = bytes.m_capacity - bytes.m_size;
-    m_units = m_text.m_units;
+    m_last = bytes.m_data + bytes.m_capacity - I18NBytes::LONG;
   }
 
  private:
+  void appendOther(const I18NString& piece) {
+    close();
+    m_text.appendGrowing(piece);
+    open();
+  }
+
   I18NString& m_text;
-  char* m_to;  // null while closed
-  std::uint32_t m_room;
-  std::uint32_t m_units;
+  char* m_to;          // null while closed
+  const char* m_last;  // where there is still room for moves of the larger size
 };
 
 /// Writes the text as UTF-8.

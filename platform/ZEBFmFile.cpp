@@ -10,6 +10,7 @@
 #include "platform/ZEBFmHold.h"
 #include "platform/ZEBFmRecordWriter.h"
 #include "platform/ZEBThreadGuard.h"
+#include "platform/ZEBThreadInlineGuard.h"
 
 namespace {
 
@@ -97,12 +98,6 @@ void ZEBFmFile::setBufferSize(std::size_t bytes) {
   m_capacity = isOpen() != 0 ? bytes : 0;
 }
 
-LOG4ZEB_HOT std::int64_t ZEBFmFile::write(const char* bytes, std::size_t size) {
-  const ZEBThreadGuard guard(m_reference->section);
-  const int error = append(bytes, size);
-  return succeeded(error) != 0 ? static_cast<std::int64_t>(size) : -1;
-}
-
 inline std::size_t ZEBFmFile::room() const noexcept {
   if (m_capacity != 0) {
     return ZEBFmBufferedFiles::hasProcessEnded() ? 0 : m_capacity;
@@ -114,7 +109,7 @@ inline std::size_t ZEBFmFile::room() const noexcept {
   return channel.isRegular() && channel.isOwned() && channel.appendIsAtomic() ? MOST_HELD : 0;
 }
 
-LOG4ZEB_HOT int ZEBFmFile::append(const char* bytes, std::size_t size) {
+LOG4ZEB_INLINE inline int ZEBFmFile::append(const char* bytes, std::size_t size) {
   if (m_writer == nullptr) {
     return ZEBFmChannel::notOpenError();
   }
@@ -129,7 +124,7 @@ LOG4ZEB_HOT int ZEBFmFile::append(const char* bytes, std::size_t size) {
   }
   const std::size_t most = room();
   if (m_buffer.size() + size > most) {
-    const int error = writeBuffer();
+    const int error = m_buffer.empty() ? 0 : writeBuffer();
     if (error != 0) {
       return error;
     }
@@ -146,6 +141,12 @@ LOG4ZEB_HOT int ZEBFmFile::append(const char* bytes, std::size_t size) {
   }
   m_buffer.append(bytes, size);
   return 0;
+}
+
+LOG4ZEB_HOT std::int64_t ZEBFmFile::write(const char* bytes, std::size_t size) {
+  const ZEBThreadInlineGuard guard(m_reference->section);
+  const int error = append(bytes, size);
+  return succeeded(error) != 0 ? static_cast<std::int64_t>(size) : -1;
 }
 
 /// Where what a buffer holds cannot be written, it goes on waiting.

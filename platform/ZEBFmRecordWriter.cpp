@@ -34,16 +34,26 @@ ZEBFmRecordWriter::~ZEBFmRecordWriter() = default;
 
 LOG4ZEB_HOT int ZEBFmRecordWriter::write(const char* bytes, std::size_t size,
                                          std::size_t& written) {
+  if (written != 0 || !m_left.empty() || !m_channel->isRegular() || !m_channel->appendIsAtomic()) {
+    return writeWithCare(bytes, size, written);
+  }
+  const int error = writeOnce(bytes, size, written);
+  return error != 0 || written == size ? error : writeWithCare(bytes, size, written);
+}
+
+int ZEBFmRecordWriter::writeWithCare(const char* bytes, std::size_t size, std::size_t& written) {
   if (!m_channel->isRegular()) {
     return writeRest(bytes, size, written);
   }
   FileLock lock(*m_channel);
-  if (!m_channel->appendIsAtomic()) {
-    lock.take();
-  }
-  const int error = written == 0 ? writeOnce(bytes, size, written) : 0;
-  if (error != 0 || written == size) {
-    return error;
+  if (written == 0) {
+    if (!m_channel->appendIsAtomic()) {
+      lock.take();
+    }
+    const int error = writeOnce(bytes, size, written);
+    if (error != 0 || written == size) {
+      return error;
+    }
   }
   lock.take();
   return complete(bytes, size, written);

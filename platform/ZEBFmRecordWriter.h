@@ -49,6 +49,7 @@ class ZEBFmRecordWriter {
     std::size_t size;
   };
 
+  int writeWithCare(const char* bytes, std::size_t size, std::size_t& written);
   int complete(const char* bytes, std::size_t size, std::size_t& written);
   int writeRest(const char* bytes, std::size_t size, std::size_t& written);
   Piece endingHere(std::size_t size);

@@ -20,8 +20,6 @@ namespace {
 /// fall asleep and to be woken.
 constexpr int ATTEMPTS_AWAKE = 100;
 
-constexpr std::uintptr_t OTHERS_WAIT = 1;
-
 /// Where threads sleep that wait for a lock. Locks share the places, so that each is small; leaving
 /// one wakes all that sleep at its place.
 ZEBThreadPlace& placeOf(const void* section) {
@@ -38,12 +36,12 @@ std::uintptr_t ownerOf(const ZEBForkGate::ThreadRecord* thread) {
   return reinterpret_cast<std::uintptr_t>(thread);
 }
 
-bool isOwner(std::uintptr_t self, std::uintptr_t owner) { return (owner & ~OTHERS_WAIT) == self; }
+bool isOwner(std::uintptr_t self, std::uintptr_t owner) { return (owner | 1) == (self | 1); }
 
 /// Whether that is no thread, or one lost by a fork.
 bool isFree(std::uintptr_t owner) {
   const auto* const thread =
-      reinterpret_cast<const ZEBForkGate::ThreadRecord*>(owner & ~OTHERS_WAIT);
+      reinterpret_cast<const ZEBForkGate::ThreadRecord*>(owner & ~std::uintptr_t{1});
   return thread == nullptr || thread->isLost();
 }
 
@@ -65,9 +63,6 @@ void ZEBThreadCriticalSection::noteLeft() noexcept {
   __tsan_mutex_pre_unlock(this, 0);
   __tsan_mutex_post_unlock(this, 0);
 }
-#else
-inline void ZEBThreadCriticalSection::noteTaken(bool) noexcept {}
-inline void ZEBThreadCriticalSection::noteLeft() noexcept {}
 #endif
 
 ZEBForkGate::ThreadRecord& ZEBThreadCriticalSection::currentThread() {
@@ -78,17 +73,12 @@ ZEBForkGate::ThreadRecord& ZEBThreadCriticalSection::currentThread() {
   }
 }
 
-LOG4ZEB_HOT void ZEBThreadCriticalSection::enter(const ZEBForkGate::ThreadRecord& thread) {
-  const Owner self = ownerOf(&thread);
-  Owner owner = 0;
-  if (!m_owner.compare_exchange_strong(owner, self, std::memory_order_seq_cst,
-                                       std::memory_order_relaxed)) {
-    if (isOwner(self, owner)) {
-      ++m_repeats;
-      return;
-    }
-    waitFor(self);
+void ZEBThreadCriticalSection::enterHeld(Owner self, Owner owner) {
+  if (isOwner(self, owner)) {
+    ++m_repeats;
+    return;
   }
+  waitFor(self);
   noteTaken();
 }
 
@@ -156,18 +146,6 @@ bool ZEBThreadCriticalSection::isHeldElsewhere() const noexcept {
 bool ZEBThreadCriticalSection::isHeldHere() const noexcept {
   const Owner owner = m_owner.load(std::memory_order_relaxed);
   return owner != 0 && isOwner(ownerOf(ZEBForkGate::selfIfKnown()), owner);
-}
-
-LOG4ZEB_HOT void ZEBThreadCriticalSection::leave() noexcept {
-  if (m_repeats != 0) {
-    --m_repeats;
-    return;
-  }
-  noteLeft();
-  // From the exchange on, another thread may take the lock and destroy it.
-  if ((m_owner.exchange(0, std::memory_order_release) & OTHERS_WAIT) != 0) {
-    wakeWaiting();
-  }
 }
 
 LOG4ZEB_COLD void ZEBThreadCriticalSection::wakeWaiting() const noexcept {

@@ -29,7 +29,17 @@ class LOG4ZEB_EXPORT ZEBThreadCriticalSection {
   /// ZEBOutOfMemoryError as enter() does.
   bool tryEnter();
   /// REQUIRES: the calling thread holds the lock.
-  void leave() noexcept;
+  LOG4ZEB_INLINE void leave() noexcept {
+    if (m_repeats != 0) {
+      --m_repeats;
+      return;
+    }
+    noteLeft();
+    // From the exchange on, another thread may take the lock and destroy it.
+    if ((m_owner.exchange(0, std::memory_order_release) & OTHERS_WAIT) != 0) {
+      wakeWaiting();
+    }
+  }
   /// Whether another thread holds the lock now.
   bool isHeldElsewhere() const noexcept;
   bool isHeldHere() const noexcept;
@@ -37,14 +47,30 @@ class LOG4ZEB_EXPORT ZEBThreadCriticalSection {
  private:
   friend class ZEBThreadGuard;
   using Owner = std::uintptr_t;
+  static constexpr Owner OTHERS_WAIT = 1;
 
   /// What is recorded of the calling thread. Throws ZEBOutOfMemoryError.
   static ZEBForkGate::ThreadRecord& currentThread();
-  void enter(const ZEBForkGate::ThreadRecord& thread);
+  LOG4ZEB_INLINE void enter(const ZEBForkGate::ThreadRecord& thread) {
+    const auto self = reinterpret_cast<Owner>(&thread);
+    Owner owner = 0;
+    if (m_owner.compare_exchange_strong(owner, self, std::memory_order_seq_cst,
+                                        std::memory_order_relaxed)) {
+      noteTaken();
+    } else {
+      enterHeld(self, owner);
+    }
+  }
+  void enterHeld(Owner self, Owner owner);
   void waitFor(Owner self);
   void sleepUntilTaken(Owner self);
+#ifdef __SANITIZE_THREAD__
   void noteTaken(bool hasWaited = true) noexcept;
   void noteLeft() noexcept;
+#else
+  void noteTaken(bool = true) noexcept {}
+  void noteLeft() noexcept {}
+#endif
   void wakeWaiting() const noexcept;
 
   // The address of the owner's record, with the lowest bit set when others may wait; 0 while the

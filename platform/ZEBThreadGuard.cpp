@@ -1,15 +1,10 @@
 #include "platform/ZEBThreadGuard.h"
 
-LOG4ZEB_HOT ZEBThreadGuard::ZEBThreadGuard(ZEBThreadCriticalSection& section,
-                                           ZEBForkGate::Held held)
-    : m_scope(ZEBThreadCriticalSection::currentThread(), held), m_section(section) {
-  m_section.enter(m_scope.thread());
-  // A fork that did not see the scope yet has closed the gate before this.
-  if (m_scope.isOutermost() && ZEBForkGate::isClosed()) {
-    m_section.leave();
-    m_scope.waitForFork();
-    m_section.enter();
-  }
-}
+ZEBThreadGuard::ZEBThreadGuard(ZEBThreadCriticalSection& section)
+    : ZEBThreadGuard(section, ZEBForkGate::LOCKS) {}
 
-LOG4ZEB_HOT ZEBThreadGuard::~ZEBThreadGuard() { m_section.leave(); }
+LOG4ZEB_COLD void ZEBThreadGuard::enterAfterFork() {
+  m_section.leave();
+  m_scope.waitForFork();
+  m_section.enter();
+}

@@ -13,6 +13,7 @@
 #include <format>
 #define HAS_FORMATTER
 #elif __has_include(<fmt/format.h>)
+#include <fmt/compile.h>
 #include <fmt/format.h>
 #define HAS_FORMATTER
 #endif

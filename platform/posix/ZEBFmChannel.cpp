@@ -175,8 +175,11 @@ int ZEBFmChannel::failed() noexcept {
 
 LOG4ZEB_HOT std::int64_t ZEBFmChannel::write(const char* bytes, std::size_t size) {
   const int descriptor = descriptorOf(m_handle);
-  const ssize_t written = m_maySignal ? writeShielded(descriptor, bytes, size)
-                                      : writeWhenPossible(descriptor, bytes, size);
+  ssize_t written = m_maySignal ? -1 : ::write(descriptor, bytes, size);
+  if (written <= 0) {
+    written = m_maySignal ? writeShielded(descriptor, bytes, size)
+                          : writeWhenPossible(descriptor, bytes, size);
+  }
   return written >= 0 ? written : failed();
 }
 

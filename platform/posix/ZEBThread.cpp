@@ -33,6 +33,8 @@ thread_local std::uint64_t t_threadId = 0;
 [[maybe_unused]] const bool IS_WATCHING =
     ZEBThread::watchForks(nullptr, nullptr, [] { t_threadId = 0; });
 
+LOG4ZEB_COLD void askForThreadId() { t_threadId = static_cast<std::uint64_t>(syscall(SYS_gettid)); }
+
 void* runThread(void* argument) {
   try {
     static_cast<ZEBThreadRunnable*>(argument)->run();
@@ -93,7 +95,7 @@ void ZEBThread::run() {}
 
 std::uint64_t ZEBThread::currentThreadId() {
   if (t_threadId == 0) {
-    t_threadId = static_cast<std::uint64_t>(syscall(SYS_gettid));
+    askForThreadId();
   }
   return t_threadId;
 }
