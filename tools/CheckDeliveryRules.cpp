@@ -190,12 +190,13 @@ class DeliveryRules : CheckRuleSet {
   void checkLeftOut(const CheckElement& holder, const std::set<std::string>& built) {
     for (const CheckElement& reference : holder.children("appender-ref")) {
       const std::string name = reference.get("ref");
-      warnIf(built.count(name) == 0 && CheckWords::contains(LOGComponentFactory::appenderClasses(),
-                                                            m_document.appender(name).className()),
-             "too-many", reference, "ref",
-             "the appender \"{}\" is left out: a document has no more than 1000 in use, and they "
-             "refer to others no more than 64 deep",
-             "fewer appenders", {name});
+      warnIf(
+          built.count(name) == 0 && CheckWords::contains(LOGComponentFactory::classes("appender"),
+                                                         m_document.appender(name).className()),
+          "too-many", reference, "ref",
+          "the appender \"{}\" is left out: a document has no more than 1000 in use, and they "
+          "refer to others no more than 64 deep",
+          "fewer appenders", {name});
     }
   }
 

@@ -90,15 +90,11 @@ bool hasPort(const std::string& host) {
 
 /// Where a param of that name would be read, if it is in the wrong place; empty if nowhere.
 std::string placeOfParam(const std::string& given, const std::string& kind) {
-  const std::pair<std::string, Words> kinds[] = {
-      {"appender", LOGComponentFactory::appenderClasses()},
-      {"layout", LOGComponentFactory::layoutClasses()},
-      {"filter", LOGComponentFactory::filterClasses()}};
   if (kind == "errorHandler") {
     return "";  // a handler is not to be configured
   }
-  for (const auto& [owner, classes] : kinds) {
-    for (const std::string& className : classes) {
+  for (const std::string owner : {"appender", "layout", "filter"}) {
+    for (const std::string& className : LOGComponentFactory::classes(owner)) {
       for (const LOGParameterTable::Param& known : LOGParameterTable::paramsOf(className)) {
         if (className == "LOGTCPSocketAppender" ||
             CheckWords::lower(known.name) != CheckWords::lower(CheckWords::trimmed(given))) {
