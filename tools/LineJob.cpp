@@ -6,9 +6,11 @@
 #include <string>
 #include <thread>
 
+#include "config/LOGDOMConfigurator.h"
+#include "log4zeb.h"
 #include "platform/ZEBUtTerminal.h"
-#include "tools/LineLogger.h"
-#include "tools/LineReader.h"
+#include "tools/LineLevel.h"
+#include "tools/LogDestinations.h"
 #include "tools/StopSignal.h"
 
 namespace {
@@ -62,13 +64,13 @@ LineJob::End LineJob::run() {
     }
   });
   while (ended.wait_for(ATTENTION) != std::future_status::ready) {
-    if (StopSignal::received() != 0 || m_logger.hasLostReader()) {
+    if (StopSignal::received() != 0 || hasLostReader()) {
       progress.clear();
       const bool resting = comesToRest();
       thread.detach();
       return resting ? End::STOPPED : End::STUCK;
     }
-    progress.show(m_logger.getCounts().read);
+    progress.show(m_read);
   }
   thread.join();
   progress.clear();
@@ -83,9 +85,31 @@ void LineJob::logLines() {
       m_logging = false;
       return;
     }
-    m_logger.log(m_reader.line());
+    logLine();
     m_logging = false;
   }
+}
+
+void LineJob::logLine() {
+  ++m_read;
+  const std::string_view line = m_reader.line();
+  const int rank = m_levelFromLine ? LineLevel::firstIn(line).value_or(m_rank) : m_rank;
+  LOGLevel* const level = LOGLevel::toLevel(rank);
+  if (m_logger->isEnabledFor(level) != 0) {
+    m_logger->log(level, I18NString::fromUtf8(line));
+    ++m_logged;
+  }
+}
+
+/// Whether lines go to the console, and nobody reads it any more.
+bool LineJob::hasLostReader() const {
+  bool isConsole = false;
+  if (ZEBUtTerminal::hasLostReader()) {
+    // A watchdog may be about to give the logger other appenders.
+    LOGDOMConfigurator::runExclusively(
+        [&] { isConsole = LogDestinations::includeConsole(m_logger); });
+  }
+  return isConsole;
 }
 
 bool LineJob::comesToRest() {

@@ -16,8 +16,6 @@
 #include "tools/CommandSupport.h"
 #include "tools/LineJob.h"
 #include "tools/LineLevel.h"
-#include "tools/LineLogger.h"
-#include "tools/LineReader.h"
 #include "tools/LogDestinations.h"
 #include "tools/StopSignal.h"
 #include "tools/Subcommand.h"
@@ -127,9 +125,9 @@ LOGLogger* usableLogger(const std::string& document, const std::string& loggerNa
   return logger;
 }
 
-void report(const LineLogger::Counts& counts) {
-  CommandSupport::say(std::to_string(counts.read) + " lines read, " +
-                      std::to_string(counts.logged) + " logged");
+void report(const LineJob& job) {
+  CommandSupport::say(std::to_string(job.read()) + " lines read, " + std::to_string(job.logged()) +
+                      " logged");
 }
 
 /// The watchdog, which may be null, comes first: it must not apply the document again afterwards.
@@ -141,12 +139,11 @@ void shutDown(DocumentWatchdog* watchdog) {
 }
 
 /// Ends the process without waiting for the thread that may still wait for input.
-[[noreturn]] void endEarly(LineJob::End end, const LineLogger::Counts& counts,
-                           DocumentWatchdog* watchdog) {
+[[noreturn]] void endEarly(LineJob::End end, const LineJob& job, DocumentWatchdog* watchdog) {
   const int signal = StopSignal::received();
   CommandSupport::say(signal != 0 ? "stopped by signal " + std::to_string(signal)
                                   : "nobody reads standard output any more");
-  report(counts);
+  report(job);
   // Where a log call does not return, the watchdog may wait for the same thing.
   if (end == LineJob::End::STOPPED) {
     shutDown(watchdog);
@@ -211,27 +208,25 @@ class LogCommand : public Subcommand {
       return BAD_DOCUMENT;
     }
     StopSignal::watch();
-    LineReader reader(in);
-    LineLogger lines(logger, LineLevel::rankOf(m_level).value_or(LOGLevel::INFO_RANK),
-                     m_levelFromLine);
-    LineJob job(reader, lines);
+    LineJob job(in, logger, LineLevel::rankOf(m_level).value_or(LOGLevel::INFO_RANK),
+                m_levelFromLine);
     const LineJob::End end = job.run();
     if (end != LineJob::End::COMPLETE) {
-      endEarly(end, lines.getCounts(), watchdog.get());
+      endEarly(end, job, watchdog.get());
     }
     if (watchdog != nullptr) {
       watchdog->stop();
     }
     const bool hasConsoleFailed = LogDestinations::hasConsoleFailed(logger);
     shutDown(watchdog.get());
-    if (reader.failed()) {
+    if (job.hasFailed()) {
       CommandSupport::say("cannot read on in the input");
     }
     if (hasConsoleFailed) {
       CommandSupport::say("cannot write to standard output");
     }
-    report(lines.getCounts());
-    return reader.failed() ? BAD_INPUT : hasConsoleFailed ? BAD_OUTPUT : 0;
+    report(job);
+    return job.hasFailed() ? BAD_INPUT : hasConsoleFailed ? BAD_OUTPUT : 0;
   }
 
   /// Applies the document; with a watchdog, which has done so, starts that. Returns the logger, or
