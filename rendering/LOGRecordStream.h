@@ -50,6 +50,7 @@ class LOG4ZEB_EXPORT LOGRecordStream {
 
  private:
   bool hasRoomFor(std::size_t bytes) noexcept;
+  void writeNumber(std::int32_t value, std::size_t bytes);
   void put(unsigned int byte) noexcept {
     m_buffer[m_position++] = static_cast<unsigned char>(byte);
   }
