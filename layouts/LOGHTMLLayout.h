@@ -1,6 +1,9 @@
 #ifndef LAYOUTS_LOGHTMLLAYOUT_H
 #define LAYOUTS_LOGHTMLLAYOUT_H
 
+#include <initializer_list>
+#include <string_view>
+
 #include "layouts/LOGLayout.h"
 
 /// Writes each event as a row of an HTML table, followed by a row for its diagnostic context and
@@ -38,8 +41,7 @@ class LOG4ZEB_EXPORT LOGHTMLLayout : public LOGLayout {
  private:
   template <typename... Pieces>
   void appendLine(I18NString& text, const Pieces&... pieces) const;
-  void appendStyle(I18NString& text) const;
-  void appendTableHead(I18NString& text) const;
+  void appendLines(I18NString& text, std::initializer_list<std::string_view> lines) const;
   void appendCells(I18NString& text, LOGLoggingEvent& event) const;
   I18NString escapeHTMLTags(const I18NString& text) const;
 
