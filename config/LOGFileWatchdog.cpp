@@ -6,11 +6,7 @@
 #include "core/LOGFailures.h"
 #include "platform/ZEBFmDir.h"
 
-namespace {
-
 constexpr std::size_t STACK_SIZE = 4096000;
-
-}  // namespace
 
 std::atomic<unsigned int> LOGFileWatchdog::m_delay{DEFAULT_DELAY};
 std::atomic<std::int64_t> LOGFileWatchdog::m_lastModified{0};

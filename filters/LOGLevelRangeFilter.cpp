@@ -7,11 +7,7 @@
 #include "platform/ZEBAssertError.h"
 #include "platform/ZEBTranslate.h"
 
-namespace {
-
 constexpr const char* SOURCE = "LOGLevelRangeFilter";
-
-}  // namespace
 
 const I18NString LOGLevelRangeFilter::LEVEL_MIN_OPTION = "LevelMin";
 const I18NString LOGLevelRangeFilter::LEVEL_MAX_OPTION = "LevelMax";

@@ -8,11 +8,7 @@
 #include "platform/ZEBAssertError.h"
 #include "platform/ZEBTranslate.h"
 
-namespace {
-
 constexpr const char* SOURCE = "LOGStringMatchFilter";
-
-}  // namespace
 
 const I18NString LOGStringMatchFilter::STRING_TO_MATCH_OPTION = "StringToMatch";
 const I18NString LOGStringMatchFilter::ACCEPT_ON_MATCH_OPTION = "AcceptOnMatch";

@@ -6,12 +6,8 @@
 #include "platform/ZEBAssertError.h"
 #include "platform/ZEBUtConvert.h"
 
-namespace {
-
 constexpr const char* SOURCE = "LOGPatternParserUtils";
 constexpr int MILLISECONDS_PER_SECOND = 1000;
-
-}  // namespace
 
 LOGBasicPatternConverter::LOGBasicPatternConverter(LOGFormattingInfo* formattingInfo, int type)
     : LOGPatternConverter(formattingInfo), m_type(type) {}

@@ -6,12 +6,8 @@
 #include "platform/ZEBTranslate.h"
 #include "platform/ZEBUtTime.h"
 
-namespace {
-
 constexpr const char* SOURCE = "LOGCalendar";
 constexpr int FIRST_YEAR = 1900;
-
-}  // namespace
 
 LOGCalendar::LOGCalendar(const LOGTimeZone& timeZone) : m_timeZone(timeZone) {}
 

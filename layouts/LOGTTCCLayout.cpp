@@ -10,11 +10,7 @@
 
 using namespace std::string_view_literals;
 
-namespace {
-
 constexpr const char* SOURCE = "LOGTTCCLayout";
-
-}  // namespace
 
 LOGTTCCLayout::LOGTTCCLayout() {
   instance(SOURCE);

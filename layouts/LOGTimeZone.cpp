@@ -3,11 +3,7 @@
 #include "platform/ZEBTranslate.h"
 #include "platform/ZEBUtTime.h"
 
-namespace {
-
 constexpr const char* SOURCE = "LOGTimeZone";
-
-}  // namespace
 
 LOGTimeZone::LOGTimeZone() : m_timeZoneID(ZEBUtTime::daylightZoneName()) {}
 

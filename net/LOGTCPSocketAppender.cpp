@@ -2,11 +2,7 @@
 
 #include "core/LOGLogLog.h"
 
-namespace {
-
 constexpr const char* SOURCE = "LOGTCPSocketAppender";
-
-}  // namespace
 
 LOGTCPSocketAppender::LOGTCPSocketAppender() {
   instance(SOURCE);

@@ -4,8 +4,6 @@
 
 #include "rendering/LOGRecordStream.h"
 
-namespace {
-
 // Words of Java's object serialisation.
 constexpr int TC_CLASSDESC = 0x72;
 constexpr int TC_ENDBLOCKDATA = 0x78;
@@ -13,8 +11,6 @@ constexpr int SC_EXTERNALIZABLE = 0x04;
 constexpr int SC_BLOCK_DATA = 0x08;
 
 constexpr const char* CLASS_NAME = "LOGObject";
-
-}  // namespace
 
 LOGObjectRenderer::~LOGObjectRenderer() = default;
 
