@@ -56,12 +56,6 @@ bool LOGRecordStream::hasRoomFor(std::size_t bytes) noexcept {
   return m_fits;
 }
 
-void LOGRecordStream::writeByte(int value) { writeNumber(value, 1); }
-
-void LOGRecordStream::writeShort(int value) { writeNumber(value, LENGTH_BYTES); }
-
-void LOGRecordStream::writeInt(std::int32_t value) { writeNumber(value, INT_BYTES); }
-
 void LOGRecordStream::writeNumber(std::int32_t value, std::size_t bytes) {
   for (std::size_t left = hasRoomFor(bytes) ? bytes : 0; left > 0; --left) {
     put(static_cast<std::uint32_t>(value) >> (8 * (left - 1)));
