@@ -120,9 +120,6 @@ class TreeBuilder {
     if (m_parser == nullptr) {
       throw std::bad_alloc();
     }
-    m_data->entries.emplace_back();
-    m_data->entries.back().type = ZEBIDOM_Node::DOCUMENT_NODE;
-    m_data->entries.back().name = "#document";
   }
   TreeBuilder(const TreeBuilder&) = delete;
   TreeBuilder& operator=(const TreeBuilder&) = delete;
