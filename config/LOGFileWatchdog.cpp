@@ -22,10 +22,6 @@ LOGFileWatchdog::LOGFileWatchdog(const I18NString& fileName)
 
 LOGFileWatchdog::~LOGFileWatchdog() { LOGFileWatchdog::stop(); }
 
-void LOGFileWatchdog::setDelay(unsigned int milliseconds) { m_delay = milliseconds; }
-
-void LOGFileWatchdog::doOnChange() {}
-
 void LOGFileWatchdog::checkAndConfigure() {
   constexpr LOGFailureTexts TEXTS{
       "LOGFileWatchdog::checkAndConfigure -- some i18nstring exception occurred",

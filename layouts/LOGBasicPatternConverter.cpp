@@ -12,8 +12,6 @@ constexpr int MILLISECONDS_PER_SECOND = 1000;
 LOGBasicPatternConverter::LOGBasicPatternConverter(LOGFormattingInfo* formattingInfo, int type)
     : LOGPatternConverter(formattingInfo), m_type(type) {}
 
-I18NString* LOGBasicPatternConverter::convert(LOGLoggingEvent* event) { return newText(event); }
-
 bool LOGBasicPatternConverter::appendText(I18NString& text, LOGLoggingEvent* event) {
   ZEB_ASSERT(event, SOURCE, __LINE__);
   switch (m_type) {

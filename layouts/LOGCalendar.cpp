@@ -9,8 +9,6 @@
 constexpr const char* SOURCE = "LOGCalendar";
 constexpr int FIRST_YEAR = 1900;
 
-LOGCalendar::LOGCalendar(const LOGTimeZone& timeZone) : m_timeZone(timeZone) {}
-
 LOGCalendar* LOGCalendar::getInstance(const LOGTimeZone* timeZone) {
   return zebTranslate(SOURCE, __LINE__, [timeZone] {
     return new LOGCalendar(timeZone == nullptr ? LOGTimeZone() : *timeZone);

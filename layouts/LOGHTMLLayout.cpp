@@ -55,10 +55,6 @@ LOGHTMLLayout::LOGHTMLLayout() : m_title(DEFAULT_TITLE) { instance(SOURCE); }
 
 const I18NString& LOGHTMLLayout::getContentType() { return keep("text/html"); }
 
-int LOGHTMLLayout::ignoresThrowable() { return 0; }
-
-void LOGHTMLLayout::activateOptions() {}
-
 template <typename... Pieces>
 void LOGHTMLLayout::appendLine(I18NString& text, const Pieces&... pieces) const {
   (text.append(pieces), ...);

@@ -26,8 +26,8 @@ class LOG4ZEB_EXPORT LOGHTMLLayout : public LOGLayout {
   const I18NString& getHeader() override;
   const I18NString& getFooter() override;
   /// 0: the layout writes the throwable itself.
-  int ignoresThrowable() override;
-  void activateOptions() override;
+  int ignoresThrowable() override { return 0; }
+  void activateOptions() override {}
 
   /// The title is markup: it is written to the header as it is.
   void setTitle(const I18NString& title) { m_title = title; }

@@ -7,8 +7,6 @@ constexpr const char* SOURCE = "LOGTimeZone";
 
 LOGTimeZone::LOGTimeZone() : m_timeZoneID(ZEBUtTime::daylightZoneName()) {}
 
-LOGTimeZone::LOGTimeZone(const I18NString& id) : m_timeZoneID(id) {}
-
 LOGTimeZone* LOGTimeZone::getTimeZone(const I18NString& id) {
   return zebTranslate(SOURCE, __LINE__, [&id] { return new LOGTimeZone(id); });
 }

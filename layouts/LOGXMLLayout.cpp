@@ -68,10 +68,6 @@ void LOGXMLLayout::appendEvent(I18NString& text, LOGLoggingEvent& event) {
   text.append("</log4j:event>\r\n\r\n"sv);
 }
 
-int LOGXMLLayout::ignoresThrowable() { return 0; }
-
-void LOGXMLLayout::activateOptions() {}
-
 void LOGXMLLayout::setOption(const I18NString& name, const I18NString& value) {
   if (name != LOCATION_INFO_OPTION) {
     return;

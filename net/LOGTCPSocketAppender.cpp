@@ -22,7 +22,3 @@ void LOGTCPSocketAppender::close() {
   m_closeRequested = true;
   m_closed = 1;
 }
-
-int LOGTCPSocketAppender::requiresLayout() { return 0; }
-
-void LOGTCPSocketAppender::append(LOGLoggingEvent*) {}

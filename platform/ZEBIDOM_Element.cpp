@@ -9,8 +9,6 @@
 ZEBIDOM_Element::ZEBIDOM_Element(const ZEBIDOM_Node& node)
     : ZEBIDOM_Node(node.getNodeType() == ELEMENT_NODE ? node : ZEBIDOM_Node()) {}
 
-I18NString ZEBIDOM_Element::getTagName() const { return getNodeName(); }
-
 I18NString ZEBIDOM_Element::getAttribute(const I18NString& name) const {
   return getAttributes().getNamedItem(name).getNodeValue();
 }
