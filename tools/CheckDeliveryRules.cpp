@@ -51,10 +51,6 @@ bool reachesAny(const LOGLogger& logger) {
                      [](const LOGLogger* stage) { return !stage->snapshotOfAppenders().empty(); });
 }
 
-bool isAsync(const Appender& appender) {
-  return dynamic_cast<const LOGAsyncAppender*>(appender.appender) != nullptr;
-}
-
 class DeliveryRules : CheckRuleSet {
  public:
   DeliveryRules(const CheckRehearsal& rehearsal, CheckFindings& findings)
@@ -326,7 +322,8 @@ class DeliveryRules : CheckRuleSet {
     for (const Appender& appender : m_rehearsal.appenders()) {
       // Of an asynchronous appender it is said of those behind it, and one whose own filters deny
       // everything is reported for that.
-      const bool passesOn = isAsync(appender) && !appender.element.children("appender-ref").empty();
+      const bool passesOn = dynamic_cast<const LOGAsyncAppender*>(appender.appender) != nullptr &&
+                            !appender.element.children("appender-ref").empty();
       const bool passesAny = std::any_of(levels.begin(), levels.end(), [&](LOGLevel* level) {
         return CheckRehearsal::decide(appender, 0, *level).passes != Passes::No;
       });

@@ -65,10 +65,6 @@ Exit codes:
   128 + n  ended by signal n, such as 130 after an interrupt; the lines logged until then
            are where they belong)";
 
-LOGLogger* loggerNamed(const std::string& name) {
-  return name.empty() ? LOGManager::getRootLogger() : LOGManager::getLogger(name);
-}
-
 /// What ends a complaint of a document that was read.
 std::string whereToLook(const std::string& document) {
   return "; 'log4zeb check " + document + "' tells more";
@@ -119,7 +115,8 @@ LOGLogger* usableLogger(const std::string& document, const std::string& loggerNa
                         "' configures nothing: no logger has an appender" + whereToLook(document));
     return nullptr;
   }
-  LOGLogger* const logger = loggerNamed(loggerName);
+  LOGLogger* const logger =
+      loggerName.empty() ? LOGManager::getRootLogger() : LOGManager::getLogger(loggerName);
   const bool hasAppenders = LogDestinations::hasAppenders(logger);
   if (!hasAppenders || !LogDestinations::canLog(logger)) {
     CommandSupport::say(
