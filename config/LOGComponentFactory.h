@@ -5,28 +5,22 @@
 #include <string>
 #include <vector>
 
-#include "platform/I18NString.h"
+#include "core/LOGObject.h"
 
-class LOGAppenderSkeleton;
-class LOGErrorHandler;
-class LOGFilter;
-class LOGLayout;
-
-/// Makes the components that a configuration document may name. The lists of class names are
-/// closed; a new component is one line in its list.
+/// Makes the components that a configuration document may name, whose list is closed. A kind of
+/// component is known by the tag of its element: "appender", "layout", "filter" or "errorHandler".
 class LOG4ZEB_EXPORT LOGComponentFactory {
  public:
-  /// Each returns null when no component of the kind has that class name.
-  static std::unique_ptr<LOGAppenderSkeleton> newAppender(const I18NString& className);
-  static std::unique_ptr<LOGLayout> newLayout(const I18NString& className);
-  static std::unique_ptr<LOGFilter> newFilter(const I18NString& className);
-  static std::unique_ptr<LOGErrorHandler> newErrorHandler(const I18NString& className);
+  /// Null when no component of the kind has that class name. Component is the base of the kind.
+  template <typename Component>
+  static std::unique_ptr<Component> make(const I18NString& tag, const I18NString& className) {
+    return std::unique_ptr<Component>(static_cast<Component*>(make(tag, className).release()));
+  }
+  /// The class names of a kind.
+  static std::vector<std::string> classes(const I18NString& tag);
 
-  /// The class names of each kind.
-  static std::vector<std::string> appenderClasses();
-  static std::vector<std::string> layoutClasses();
-  static std::vector<std::string> filterClasses();
-  static std::vector<std::string> errorHandlerClasses();
+ private:
+  static std::unique_ptr<LOGObject> make(const I18NString& tag, const I18NString& className);
 };
 
 #endif

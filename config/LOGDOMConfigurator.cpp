@@ -206,10 +206,6 @@ int LOGDOMConfigurator::configure(const ZEBIDOM_Element& root) {
   return run([&] { return m_domConfig->doConfigure(root, LOGManager::getLoggerRepository()); });
 }
 
-void LOGDOMConfigurator::configureAndWatch(const I18NString&) {}
-
-void LOGDOMConfigurator::configureAndWatch(const I18NString&, unsigned int) {}
-
 bool LOGDOMConfigurator::isReasonableLoggerName(const I18NString& name) {
   // The table of loggers keeps each beginning of a name that ends before a dot.
   constexpr std::size_t LONGEST = 1024;

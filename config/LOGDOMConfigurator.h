@@ -87,8 +87,8 @@ class LOG4ZEB_EXPORT LOGDOMConfigurator : public LOGConfigurator, public ZEBThre
 
  protected:
   /// Do nothing: a program that wants a file watched constructs a watchdog itself.
-  static void configureAndWatch(const I18NString& fileName);
-  static void configureAndWatch(const I18NString& fileName, unsigned int delay);
+  static void configureAndWatch(const I18NString&) {}
+  static void configureAndWatch(const I18NString&, unsigned int) {}
 
  private:
   friend class LOGDocumentReader;

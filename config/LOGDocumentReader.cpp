@@ -273,7 +273,7 @@ LOGAppenderSkeleton* LOGDocumentReader::newAppender(const ZEBIDOM_Element& eleme
     className = "LOG" + className.substring(3);
   }
   LOGLogLog::debug("Class name: [" + className + "]");
-  std::unique_ptr<LOGAppenderSkeleton> appender = LOGComponentFactory::newAppender(className);
+  auto appender = LOGComponentFactory::make<LOGAppenderSkeleton>(Tags::APPENDER_TAG, className);
   if (appender == nullptr) {
     LOGLogLog::warn("Could not find the appropriate class for Appenders");
     return nullptr;
@@ -323,7 +323,7 @@ LOGLayout* LOGDocumentReader::parseLayout(const ZEBIDOM_Element& element) {
   logContainingFailures(TEXTS, [&] {
     const I18NString className = classOf(element);
     LOGLogLog::debug("Parsing layout of class: \"" + className + "\"");
-    std::unique_ptr<LOGLayout> layout = LOGComponentFactory::newLayout(className);
+    auto layout = LOGComponentFactory::make<LOGLayout>(Tags::LAYOUT_TAG, className);
     if (layout == nullptr) {
       LOGLogLog::error(FAILED);
       LOGLogLog::error("LOGDOMConfigurator::parseLayout --- There is no layout of class \"" +
@@ -349,7 +349,7 @@ void LOGDocumentReader::parseFilter(const ZEBIDOM_Element& element, LOGAppenderS
 LOGFilter* LOGDocumentReader::newFilter(const I18NString& className) {
   const I18NString dyeTrace = "LOGLogUVDDyeTraceFilter";
   if (className != dyeTrace) {
-    std::unique_ptr<LOGFilter> filter = LOGComponentFactory::newFilter(className);
+    auto filter = LOGComponentFactory::make<LOGFilter>(Tags::FILTER_TAG, className);
     // Deliberate: a class that is not known blocks all events of the appender.
     return m_configurator.m_store->add(filter != nullptr ? std::move(filter)
                                                          : std::make_unique<LOGDenyAllFilter>());
@@ -370,7 +370,8 @@ LOGFilter* LOGDocumentReader::newFilter(const I18NString& className) {
 
 void LOGDocumentReader::parseErrorHandler(const ZEBIDOM_Element& element,
                                           LOGAppenderSkeleton& appender) {
-  std::unique_ptr<LOGErrorHandler> handler = LOGComponentFactory::newErrorHandler(classOf(element));
+  auto handler =
+      LOGComponentFactory::make<LOGErrorHandler>(Tags::ERROR_HANDLER_TAG, classOf(element));
   if (handler == nullptr) {
     LOGLogLog::warn("Creating generic error handler");
     handler = std::make_unique<LOGErrorHandler>();

@@ -6,11 +6,7 @@
 #include "core/LOGFailures.h"
 #include "platform/ZEBFmDir.h"
 
-namespace {
-
 constexpr std::size_t STACK_SIZE = 4096000;
-
-}  // namespace
 
 std::atomic<unsigned int> LOGFileWatchdog::m_delay{DEFAULT_DELAY};
 std::atomic<std::int64_t> LOGFileWatchdog::m_lastModified{0};
@@ -25,10 +21,6 @@ LOGFileWatchdog::LOGFileWatchdog(const I18NString& fileName)
 }
 
 LOGFileWatchdog::~LOGFileWatchdog() { LOGFileWatchdog::stop(); }
-
-void LOGFileWatchdog::setDelay(unsigned int milliseconds) { m_delay = milliseconds; }
-
-void LOGFileWatchdog::doOnChange() {}
 
 void LOGFileWatchdog::checkAndConfigure() {
   constexpr LOGFailureTexts TEXTS{

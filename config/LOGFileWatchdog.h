@@ -29,7 +29,7 @@ class LOG4ZEB_EXPORT LOGFileWatchdog : public ZEBThread {
   ~LOGFileWatchdog() override;
 
   /// Milliseconds between two looks, for all watchdogs.
-  static void setDelay(unsigned int milliseconds);
+  static void setDelay(unsigned int milliseconds) { m_delay = milliseconds; }
   /// Looks at the file once. A file that cannot be read ends the polling of every watchdog.
   void checkAndConfigure();
   /// Begins the watching, also once more after stop(), and does nothing while it goes on. Throws
@@ -40,7 +40,7 @@ class LOG4ZEB_EXPORT LOGFileWatchdog : public ZEBThread {
   void stop();
   void run() override;
   /// Does nothing here. Called on the watchdog's thread.
-  virtual void doOnChange();
+  virtual void doOnChange() {}
 
  protected:
   const I18NString& getFileName() const { return m_fileName; }

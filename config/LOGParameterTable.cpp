@@ -1,6 +1,6 @@
 #include "config/LOGParameterTable.h"
 
-#include <algorithm>
+#include <type_traits>
 
 #include "appenders/LOGFileAppender.h"
 #include "appenders/LOGRollingFileAppender.h"
@@ -20,105 +20,85 @@ namespace {
 
 using Kind = LOGParameterTable::Kind;
 using FileNameResolver = LOGParameterTable::FileNameResolver;
-using Setter = void (*)(LOGObject& object, const I18NString& value, const FileNameResolver&);
-
-enum class NameCase { Exact, Any };
+using Setter = void (*)(LOGObject& object, const I18NString& value, Kind kind,
+                        const FileNameResolver& resolve);
 
 struct Row {
   const char* className;
   const char* name;
-  NameCase nameCase;
   Kind kind;
   Setter set;
 };
-
-template <typename Component>
-Component& as(LOGObject& object) {
-  return static_cast<Component&>(object);
-}
 
 /// Everything but "false" means yes.
 int unlessFalse(const I18NString& value) {
   return I18NLocale::equalIgnoreCase(value, "false") ? 0 : 1;
 }
 
-// Setters of classes as setters of params.
-template <typename Component, void (Component::*SET)(const I18NString&)>
-void setText(LOGObject& object, const I18NString& value, const FileNameResolver&) {
-  (as<Component>(object).*SET)(value);
+/// Calls the setter of a component with the value as what it takes.
+template <typename Component, typename Argument>
+void call(void (Component::*set)(Argument), LOGObject& object, const I18NString& value, Kind kind) {
+  auto& component = static_cast<Component&>(object);
+  if constexpr (std::is_same_v<Argument, int>) {
+    (component.*set)(kind == Kind::Switch ? unlessFalse(value) : ZEBUtConvert::toInt(value));
+  } else if constexpr (std::is_same_v<Argument, std::uint64_t>) {
+    // Deliberate: no suffix is known, so that "10MB" means 10 bytes, and a negative number is huge.
+    (component.*set)(static_cast<std::uint64_t>(std::int64_t{ZEBUtConvert::toInt(value)}));
+  } else if constexpr (std::is_same_v<Argument, LOGLevel*>) {
+    (component.*set)(LOGLevel::toLevel(value));
+  } else {
+    (component.*set)(value);
+  }
 }
 
-template <typename Component, void (Component::*SET)(int)>
-void setInt(LOGObject& object, const I18NString& value, const FileNameResolver&) {
-  (as<Component>(object).*SET)(ZEBUtConvert::toInt(value));
+template <auto SET>
+void set(LOGObject& object, const I18NString& value, Kind kind, const FileNameResolver&) {
+  call(SET, object, value, kind);
 }
 
-template <typename Component, void (Component::*SET)(int)>
-void setSwitch(LOGObject& object, const I18NString& value, const FileNameResolver&) {
-  (as<Component>(object).*SET)(unlessFalse(value));
-}
-
-template <void (LOGLevelRangeFilter::*SET)(LOGLevel*)>
-void setLevel(LOGObject& object, const I18NString& value, const FileNameResolver&) {
-  (as<LOGLevelRangeFilter>(object).*SET)(LOGLevel::toLevel(value));
-}
-
-void setRollingFile(LOGObject& object, const I18NString& value, const FileNameResolver& resolve) {
-  auto& appender = as<LOGRollingFileAppender>(object);
+void setRollingFile(LOGObject& object, const I18NString& value, Kind,
+                    const FileNameResolver& resolve) {
+  auto& appender = static_cast<LOGRollingFileAppender&>(object);
   appender.setFile(appender.getAddProcID() == 1 ? resolve(value) : value);
 }
 
-void setMaximumFileSize(LOGObject& object, const I18NString& value, const FileNameResolver&) {
-  // Deliberate: no suffix is known, so that "10MB" means 10 bytes, and a negative number is huge.
-  as<LOGRollingFileAppender>(object).setMaximumFileSize(
-      static_cast<std::uint64_t>(std::int64_t{ZEBUtConvert::toInt(value)}));
-}
+// Those with other forms beside the one for a param.
+constexpr void (LOGFileAppender::*SET_FILE)(const I18NString&) = &LOGFileAppender::setFile;
+constexpr void (LOGDateLayout::*SET_DATE_FORMAT)(const I18NString&) = &LOGDateLayout::setDateFormat;
 
 constexpr Row ROWS[] = {
-    {"LOGLevelRangeFilter", "LevelMax", NameCase::Exact, Kind::Level,
-     setLevel<&LOGLevelRangeFilter::setLevelMax>},
-    {"LOGLevelRangeFilter", "LevelMin", NameCase::Exact, Kind::Level,
-     setLevel<&LOGLevelRangeFilter::setLevelMin>},
-    {"LOGLevelMatchFilter", "LevelToMatch", NameCase::Exact, Kind::LevelOrNone,
-     setText<LOGLevelMatchFilter, &LOGLevelMatchFilter::setLevelToMatch>},
-    {"LOGStringMatchFilter", "StringToMatch", NameCase::Exact, Kind::Text,
-     setText<LOGStringMatchFilter, &LOGStringMatchFilter::setStringToMatch>},
-    {"LOGFileAppender", "Append", NameCase::Exact, Kind::Switch,
-     setSwitch<LOGFileAppender, &LOGFileAppender::setAppend>},
-    {"LOGFileAppender", "File", NameCase::Exact, Kind::Text,
-     setText<LOGFileAppender, &LOGFileAppender::setFile>},
-    {"LOGRollingFileAppender", "Append", NameCase::Exact, Kind::Switch,
-     setSwitch<LOGFileAppender, &LOGFileAppender::setAppend>},
-    {"LOGRollingFileAppender", "File", NameCase::Exact, Kind::Text, setRollingFile},
-    {"LOGRollingFileAppender", "MaxBackupIndex", NameCase::Exact, Kind::Backups,
-     setInt<LOGRollingFileAppender, &LOGRollingFileAppender::setMaxBackupIndex>},
-    {"LOGRollingFileAppender", "MaximumFileSize", NameCase::Exact, Kind::Bytes, setMaximumFileSize},
-    {"LOGSyslogAppender", "Host", NameCase::Exact, Kind::Host,
-     setText<LOGSyslogAppender, &LOGSyslogAppender::setSyslogHost>},
-    {"LOGSyslogAppender", "Facility", NameCase::Exact, Kind::Facility,
-     setText<LOGSyslogAppender, &LOGSyslogAppender::setFacility>},
-    {"LOGLocalUDPAppender", "Port", NameCase::Exact, Kind::Port,
-     setInt<LOGLocalUDPAppender, &LOGLocalUDPAppender::setPort>},
-    {"LOGTCPSocketAppender", "RemoteHost", NameCase::Any, Kind::Text,
-     setText<LOGTCPSocketAppender, &LOGTCPSocketAppender::setRemoteHost>},
-    {"LOGTCPSocketAppender", "Port", NameCase::Any, Kind::Port,
-     setInt<LOGTCPSocketAppender, &LOGTCPSocketAppender::setPort>},
-    {"LOGTCPSocketAppender", "LocationInfo", NameCase::Any, Kind::Switch,
-     setSwitch<LOGTCPSocketAppender, &LOGTCPSocketAppender::setLocationInfo>},
-    {"LOGTCPSocketAppender", "Secure", NameCase::Any, Kind::Switch,
-     setSwitch<LOGTCPSocketAppender, &LOGTCPSocketAppender::setSecure>},
-    {"LOGTCPSocketAppender", "ReconnectionDelay", NameCase::Any, Kind::Number,
-     setInt<LOGTCPSocketAppender, &LOGTCPSocketAppender::setReconnectionDelay>},
-    {"LOGTTCCLayout", "DateFormat", NameCase::Any, Kind::DateFormat,
-     setText<LOGDateLayout, &LOGDateLayout::setDateFormat>},
-    {"LOGPatternLayout", "ConversionPattern", NameCase::Any, Kind::Pattern,
-     setText<LOGPatternLayout, &LOGPatternLayout::setConversionPattern>},
+    {"LOGLevelRangeFilter", "LevelMax", Kind::Level, set<&LOGLevelRangeFilter::setLevelMax>},
+    {"LOGLevelRangeFilter", "LevelMin", Kind::Level, set<&LOGLevelRangeFilter::setLevelMin>},
+    {"LOGLevelMatchFilter", "LevelToMatch", Kind::LevelOrNone,
+     set<&LOGLevelMatchFilter::setLevelToMatch>},
+    {"LOGStringMatchFilter", "StringToMatch", Kind::Text,
+     set<&LOGStringMatchFilter::setStringToMatch>},
+    {"LOGFileAppender", "Append", Kind::Switch, set<&LOGFileAppender::setAppend>},
+    {"LOGFileAppender", "File", Kind::Text, set<SET_FILE>},
+    {"LOGRollingFileAppender", "Append", Kind::Switch, set<&LOGFileAppender::setAppend>},
+    {"LOGRollingFileAppender", "File", Kind::Text, setRollingFile},
+    {"LOGRollingFileAppender", "MaxBackupIndex", Kind::Backups,
+     set<&LOGRollingFileAppender::setMaxBackupIndex>},
+    {"LOGRollingFileAppender", "MaximumFileSize", Kind::Bytes,
+     set<&LOGRollingFileAppender::setMaximumFileSize>},
+    {"LOGSyslogAppender", "Host", Kind::Host, set<&LOGSyslogAppender::setSyslogHost>},
+    {"LOGSyslogAppender", "Facility", Kind::Facility, set<&LOGSyslogAppender::setFacility>},
+    {"LOGLocalUDPAppender", "Port", Kind::Port, set<&LOGLocalUDPAppender::setPort>},
+    {"LOGTCPSocketAppender", "RemoteHost", Kind::Text, set<&LOGTCPSocketAppender::setRemoteHost>},
+    {"LOGTCPSocketAppender", "Port", Kind::Port, set<&LOGTCPSocketAppender::setPort>},
+    {"LOGTCPSocketAppender", "LocationInfo", Kind::Switch,
+     set<&LOGTCPSocketAppender::setLocationInfo>},
+    {"LOGTCPSocketAppender", "Secure", Kind::Switch, set<&LOGTCPSocketAppender::setSecure>},
+    {"LOGTCPSocketAppender", "ReconnectionDelay", Kind::Number,
+     set<&LOGTCPSocketAppender::setReconnectionDelay>},
+    {"LOGTTCCLayout", "DateFormat", Kind::DateFormat, set<SET_DATE_FORMAT>},
+    {"LOGPatternLayout", "ConversionPattern", Kind::Pattern,
+     set<&LOGPatternLayout::setConversionPattern>},
 };
 
-bool matches(const Row& row, const I18NString& className, const I18NString& name) {
-  return className == row.className &&
-         (row.nameCase == NameCase::Any ? I18NLocale::equalIgnoreCase(name, row.name)
-                                        : name == row.name);
+bool takesNamesInAnyCase(const I18NString& className) {
+  return className == "LOGTCPSocketAppender" || className == "LOGTTCCLayout" ||
+         className == "LOGPatternLayout";
 }
 
 }  // namespace
@@ -128,11 +108,13 @@ void LOGParameterTable::apply(LOGObject& object, const I18NString& name, const I
   if (value.isEmpty()) {
     return;
   }
-  const auto row = std::find_if(std::begin(ROWS), std::end(ROWS), [&](const Row& candidate) {
-    return matches(candidate, object.instanceOf(), name);
-  });
-  if (row != std::end(ROWS)) {
-    row->set(object, value, resolveFileName);
+  const I18NString className = object.instanceOf();
+  const bool inAnyCase = takesNamesInAnyCase(className);
+  for (const Row& row : ROWS) {
+    if (className == row.className &&
+        (inAnyCase ? I18NLocale::equalIgnoreCase(name, row.name) : name == row.name)) {
+      row.set(object, value, row.kind, resolveFileName);
+    }
   }
 }
 
@@ -140,7 +122,7 @@ std::vector<LOGParameterTable::Param> LOGParameterTable::paramsOf(const std::str
   std::vector<Param> params;
   for (const Row& row : ROWS) {
     if (className == row.className) {
-      params.push_back({row.name, row.nameCase == NameCase::Any, row.kind});
+      params.push_back({row.name, takesNamesInAnyCase(className), row.kind});
     }
   }
   return params;

@@ -10,12 +10,8 @@
 #include "core/LOGFailures.h"
 #include "core/LOGObject.h"
 
-namespace {
-
 constexpr int DEFAULT_CAPACITY = 200;
 constexpr int HEADS_REQUESTED_PER_BUCKET = 3;  // more than are used; the surplus is harmless
-
-}  // namespace
 
 LOGHashtable::LOGHashtable() : LOGHashtable(DEFAULT_CAPACITY, 0) {}
 

@@ -8,11 +8,11 @@
 class LOG4ZEB_EXPORT LOGDenyAllFilter : public LOGFilter {
  public:
   LOGDenyAllFilter();
-  int decide(LOGLoggingEvent* event) override;
+  int decide(LOGLoggingEvent*) override { return m_DENY; }
   LOGObject* clone() const override;
   /// There are no options: the list is empty, and setting one does nothing.
-  ZEBList<I18NString> getOptionStrings() const;
-  void setOption(const I18NString& option, const I18NString& value);
+  ZEBList<I18NString> getOptionStrings() const { return {}; }
+  void setOption(const I18NString&, const I18NString&) {}
 };
 
 #endif

@@ -19,8 +19,6 @@ LOGFilter& LOGFilter::operator=(const LOGFilter& other) {
 
 LOGFilter::~LOGFilter() { next = nullptr; }
 
-void LOGFilter::activateOptions() {}
-
 LOGObject* LOGFilter::clone() const {
   ZEBAssertError::fail("ZEB_ASSERT_NAMED(FALSE, \"Can't clone an abstract object.\");", "LOGFilter",
                        52);

@@ -25,7 +25,7 @@ class LOG4ZEB_EXPORT LOGFilter : public LOGOptionHandler, public LOGObject {
   LOGFilter& operator=(const LOGFilter& other);
   ~LOGFilter() override;
 
-  void activateOptions() override;
+  void activateOptions() override {}
   /// One of the three decisions; any other value makes the appender ask again, for ever. Called
   /// under the appender's lock.
   virtual int decide(LOGLoggingEvent* event) = 0;

@@ -6,11 +6,7 @@
 #include "platform/ZEBAssertError.h"
 #include "platform/ZEBTranslate.h"
 
-namespace {
-
 constexpr const char* SOURCE = "LOGLevelMatchFilter";
-
-}  // namespace
 
 const I18NString LOGLevelMatchFilter::LEVEL_TO_MATCH_OPTION = "LevelToMatch";
 const I18NString LOGLevelMatchFilter::ACCEPT_ON_MATCH_OPTION = "AcceptOnMatch";

@@ -7,11 +7,7 @@
 #include "platform/ZEBAssertError.h"
 #include "platform/ZEBTranslate.h"
 
-namespace {
-
 constexpr const char* SOURCE = "LOGLevelRangeFilter";
-
-}  // namespace
 
 const I18NString LOGLevelRangeFilter::LEVEL_MIN_OPTION = "LevelMin";
 const I18NString LOGLevelRangeFilter::LEVEL_MAX_OPTION = "LevelMax";
@@ -52,10 +48,9 @@ ZEBList<I18NString> LOGLevelRangeFilter::getOptionStrings() const {
 }
 
 void LOGLevelRangeFilter::setOption(const I18NString& option, const I18NString& value) {
-  const I18NLocale locale;
-  if (locale.compareIgnoreCase(option, LEVEL_MIN_OPTION) == 0) {
+  if (I18NLocale::equalIgnoreCase(option, LEVEL_MIN_OPTION)) {
     levelMin = LOGOptionConverter::toLevel(value, nullptr);
-  } else if (locale.compareIgnoreCase(option, LEVEL_MAX_OPTION) != 0) {
+  } else if (!I18NLocale::equalIgnoreCase(option, LEVEL_MAX_OPTION)) {
     levelMax = LOGOptionConverter::toLevel(value, nullptr);
   } else {
     acceptOnMatch = LOGOptionConverter::toBoolean(value, acceptOnMatch);

@@ -8,11 +8,7 @@
 #include "platform/ZEBAssertError.h"
 #include "platform/ZEBTranslate.h"
 
-namespace {
-
 constexpr const char* SOURCE = "LOGStringMatchFilter";
-
-}  // namespace
 
 const I18NString LOGStringMatchFilter::STRING_TO_MATCH_OPTION = "StringToMatch";
 const I18NString LOGStringMatchFilter::ACCEPT_ON_MATCH_OPTION = "AcceptOnMatch";
@@ -41,10 +37,9 @@ ZEBList<I18NString> LOGStringMatchFilter::getOptionStrings() const {
 }
 
 void LOGStringMatchFilter::setOption(const I18NString& option, const I18NString& value) {
-  const I18NLocale locale;
-  if (locale.compareIgnoreCase(option, STRING_TO_MATCH_OPTION) == 0) {
+  if (I18NLocale::equalIgnoreCase(option, STRING_TO_MATCH_OPTION)) {
     stringToMatch = value;
-  } else if (locale.compareIgnoreCase(option, ACCEPT_ON_MATCH_OPTION) == 0) {
+  } else if (I18NLocale::equalIgnoreCase(option, ACCEPT_ON_MATCH_OPTION)) {
     acceptOnMatch = LOGOptionConverter::toBoolean(value, acceptOnMatch);
   }
 }

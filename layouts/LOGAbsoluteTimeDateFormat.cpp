@@ -8,14 +8,10 @@
 #include "platform/ZEBAssertError.h"
 #include "platform/ZEBUtConvert.h"
 
-namespace {
-
 // Without a text for it, what is not of the library's family passes unreported.
 constexpr LOGFailureTexts FAILURES = {
     "LOGAbsoluteTimeDateFormat::format -- some i18nstring exception occurred",
     "LOGAbsoluteTimeDateFormat::format -- some ZEBThrowable exception occurred", ""};
-
-}  // namespace
 
 const I18NString LOGAbsoluteTimeDateFormat::ABS_TIME_DATE_FORMAT = "ABSOLUTE";
 const I18NString LOGAbsoluteTimeDateFormat::DATE_AND_TIME_DATE_FORMAT = "DATE";

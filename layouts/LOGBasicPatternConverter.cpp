@@ -6,17 +6,11 @@
 #include "platform/ZEBAssertError.h"
 #include "platform/ZEBUtConvert.h"
 
-namespace {
-
 constexpr const char* SOURCE = "LOGPatternParserUtils";
 constexpr int MILLISECONDS_PER_SECOND = 1000;
 
-}  // namespace
-
 LOGBasicPatternConverter::LOGBasicPatternConverter(LOGFormattingInfo* formattingInfo, int type)
     : LOGPatternConverter(formattingInfo), m_type(type) {}
-
-I18NString* LOGBasicPatternConverter::convert(LOGLoggingEvent* event) { return newText(event); }
 
 bool LOGBasicPatternConverter::appendText(I18NString& text, LOGLoggingEvent* event) {
   ZEB_ASSERT(event, SOURCE, __LINE__);

@@ -13,7 +13,7 @@ class LOG4ZEB_EXPORT LOGBasicPatternConverter : public LOGPatternConverter,
 
   /// Null for an unknown type and for an event without a message. Throws ZEBAssertError for a null
   /// event and where the level is asked of an event that has none.
-  I18NString* convert(LOGLoggingEvent* event) override;
+  I18NString* convert(LOGLoggingEvent* event) override { return newText(event); }
   bool appendText(I18NString& text, LOGLoggingEvent* event) override;
   LOGEventPart part() const override { return LOGEventPart(m_type); }
 

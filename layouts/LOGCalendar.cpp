@@ -6,14 +6,8 @@
 #include "platform/ZEBTranslate.h"
 #include "platform/ZEBUtTime.h"
 
-namespace {
-
 constexpr const char* SOURCE = "LOGCalendar";
 constexpr int FIRST_YEAR = 1900;
-
-}  // namespace
-
-LOGCalendar::LOGCalendar(const LOGTimeZone& timeZone) : m_timeZone(timeZone) {}
 
 LOGCalendar* LOGCalendar::getInstance(const LOGTimeZone* timeZone) {
   return zebTranslate(SOURCE, __LINE__, [timeZone] {

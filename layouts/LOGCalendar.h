@@ -21,7 +21,7 @@ class LOG4ZEB_EXPORT LOGCalendar {
   static constexpr int SECOND = 6;
   static constexpr int HOUR_OF_DAY = 7;  // 0 to 23
 
-  explicit LOGCalendar(const LOGTimeZone& timeZone);
+  explicit LOGCalendar(const LOGTimeZone& timeZone) : m_timeZone(timeZone) {}
   /// A new calendar, owned by the caller, with a copy of the zone; null means the default zone.
   static LOGCalendar* getInstance(const LOGTimeZone* timeZone);
 

@@ -6,8 +6,6 @@ LOGDateFormat::LOGDateFormat() = default;
 
 LOGDateFormat::~LOGDateFormat() = default;
 
-LOGDate* LOGDateFormat::parse(const I18NString&) { return nullptr; }
-
 void LOGDateFormat::setCalendar(LOGCalendar* calendar) noexcept {
   if (calendar != m_calendar.get()) {
     m_calendar.reset(calendar);

@@ -21,7 +21,7 @@ class LOG4ZEB_EXPORT LOGDateFormat {
   /// exceptions of the library's family are reported and end here.
   virtual const I18NString& format(LOGDate* date) = 0;
   /// Dates are not read: null.
-  virtual LOGDate* parse(const I18NString& text);
+  virtual LOGDate* parse(const I18NString&) { return nullptr; }
 
   LOGTimeZone* getTimeZone() const noexcept { return m_timeZone; }
   /// The zone stays the caller's; null means the default one.

@@ -78,12 +78,6 @@ void LOGDateLayout::setOption(const I18NString& option, const I18NString& value)
   }
 }
 
-const I18NString& LOGDateLayout::getDateFormat() const { return m_dateFormatOption; }
-
-void LOGDateLayout::setTimeZone(const I18NString& timeZone) { m_timeZoneID = timeZone; }
-
-const I18NString& LOGDateLayout::getTimeZone() const { return m_timeZoneID; }
-
 void LOGDateLayout::dateFormat(I18NString& buf, LOGLoggingEvent* event) {
   ZEB_ASSERT(event, SOURCE, __LINE__);
   if (m_dateFormat == nullptr) {

@@ -29,10 +29,10 @@ class LOG4ZEB_EXPORT LOGDateLayout : public LOGLayout {
   /// Sets the option "DateFormat" or "TimeZone"; other names, also in another case, are ignored.
   virtual void setOption(const I18NString& option, const I18NString& value);
   /// The name that setDateFormat() got last.
-  virtual const I18NString& getDateFormat() const;
+  virtual const I18NString& getDateFormat() const { return m_dateFormatOption; }
   /// The zone's ID is carried along and changes no output: dates are local to the process.
-  virtual void setTimeZone(const I18NString& timeZone);
-  virtual const I18NString& getTimeZone() const;
+  virtual void setTimeZone(const I18NString& timeZone) { m_timeZoneID = timeZone; }
+  virtual const I18NString& getTimeZone() const { return m_timeZoneID; }
   /// Sets `buf` to the date of the event and a blank; without a format leaves `buf` as it is.
   /// Throws ZEBAssertError for a null event.
   virtual void dateFormat(I18NString& buf, LOGLoggingEvent* event);

@@ -36,8 +36,6 @@ LOGDatePatternConverter::LOGDatePatternConverter(LOGFormattingInfo* formattingIn
   m_isKnownFormat = isKnown(*m_dateFormat);
 }
 
-I18NString* LOGDatePatternConverter::convert(LOGLoggingEvent* event) { return newText(event); }
-
 LOG4ZEB_HOT bool LOGDatePatternConverter::appendText(I18NString& text, LOGLoggingEvent* event) {
   ZEB_ASSERT(event, SOURCE, __LINE__);
   if (!m_isKnownFormat || m_text.isEmpty() || m_date.getTime() != event->getTimeStamp()) {

@@ -16,7 +16,7 @@ class LOG4ZEB_EXPORT LOGDatePatternConverter : public LOGPatternConverter,
   LOGDatePatternConverter(LOGFormattingInfo* formattingInfo, LOGDateFormat* dateFormat);
 
   /// Throws ZEBAssertError for a null event.
-  I18NString* convert(LOGLoggingEvent* event) override;
+  I18NString* convert(LOGLoggingEvent* event) override { return newText(event); }
   bool appendText(I18NString& text, LOGLoggingEvent* event) override;
 
  private:

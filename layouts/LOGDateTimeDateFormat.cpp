@@ -7,14 +7,10 @@
 #include "platform/ZEBUtConvert.h"
 #include "platform/ZEBUtTime.h"
 
-namespace {
-
 // Without a text for it, what is not of the library's family passes unreported.
 constexpr LOGFailureTexts FAILURES = {
     "LOGDateTimeDateFormat::format -- some i18nstring exception occurred",
     "LOGDateTimeDateFormat::format -- some ZEBThrowable exception occurred", ""};
-
-}  // namespace
 
 const I18NString& LOGDateTimeDateFormat::format(LOGDate* date) {
   ZEB_ASSERT(date, "LOGDateTimeDateFormat", __LINE__);

@@ -5,11 +5,7 @@
 #include "platform/ZEBAssertError.h"
 #include "platform/ZEBTranslate.h"
 
-namespace {
-
 constexpr const char* SOURCE = "LOGPatternParserUtils";
-
-}  // namespace
 
 LOGDirectConverter::~LOGDirectConverter() = default;
 

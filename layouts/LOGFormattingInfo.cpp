@@ -5,12 +5,8 @@
 #include "core/LOGLogLog.h"
 #include "platform/ZEBUtConvert.h"
 
-namespace {
-
 constexpr int NO_MINIMUM = -1;
 constexpr int NO_MAXIMUM = std::numeric_limits<int>::max();
-
-}  // namespace
 
 std::atomic<int> LOGFormattingInfo::m_min{NO_MINIMUM};
 std::atomic<int> LOGFormattingInfo::m_max{NO_MAXIMUM};

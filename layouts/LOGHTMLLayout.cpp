@@ -55,65 +55,47 @@ LOGHTMLLayout::LOGHTMLLayout() : m_title(DEFAULT_TITLE) { instance(SOURCE); }
 
 const I18NString& LOGHTMLLayout::getContentType() { return keep("text/html"); }
 
-int LOGHTMLLayout::ignoresThrowable() { return 0; }
-
-void LOGHTMLLayout::activateOptions() {}
-
 template <typename... Pieces>
 void LOGHTMLLayout::appendLine(I18NString& text, const Pieces&... pieces) const {
   (text.append(pieces), ...);
   text.append(getLineSeparator());
 }
 
+void LOGHTMLLayout::appendLines(I18NString& text,
+                                std::initializer_list<std::string_view> lines) const {
+  for (const std::string_view line : lines) {
+    appendLine(text, line);
+  }
+}
+
 const I18NString& LOGHTMLLayout::getHeader() {
   I18NString text;
-  appendLine(text,
-             "<!DOCTYPE HTML PUBLIC \"-//W3C//DTD HTML 4.01 Transitional//EN\" "
-             "\"http://www.w3.org/TR/html4/loose.dtd\">"sv);
-  appendLine(text, "<html>"sv);
-  appendLine(text, "<head>"sv);
+  appendLines(text, {"<!DOCTYPE HTML PUBLIC \"-//W3C//DTD HTML 4.01 Transitional//EN\" "
+                     "\"http://www.w3.org/TR/html4/loose.dtd\">",
+                     "<html>", "<head>"});
   appendLine(text, "<title>"sv, m_title, "</title>"sv);
-  appendStyle(text);
-  appendLine(text, "</head>"sv);
-  appendLine(text, "<body bgcolor=\"#FFFFFF\" topmargin=\"6\" leftmargin=\"6\">"sv);
-  appendLine(text, "<hr size=\"1\" noshade>"sv);
-  appendLine(text, "<br>"sv);
+  appendLines(text,
+              {"<style type=\"text/css\">", "<!--",
+               "body, table {font-family: arial,sans-serif; font-size: x-small;}",
+               "th {background: #336699; color: #FFFFFF; text-align: left;}", "-->", "</style>",
+               "</head>", "<body bgcolor=\"#FFFFFF\" topmargin=\"6\" leftmargin=\"6\">",
+               "<hr size=\"1\" noshade>", "<br>"});
   appendLine(text, "Log session start time "sv, LOGDate().toString(), "<br>"sv);
-  appendTableHead(text);
+  appendLines(text,
+              {"<table cellspacing=\"0\" cellpadding=\"4\" border=\"1\" "
+               "bordercolor=\"#224466\" width=\"100%\">",
+               "<tr>", "<th>Time</th>", "<th>Thread</th>", "<th>Level</th>", "<th>Category</th>"});
+  if (m_locationInfo != 0) {
+    appendLine(text, "<th>File:Line</th>"sv);
+  }
+  appendLines(text, {"<th>Message</th>", "</tr>"});
   m_header = std::move(text);
   return m_header;
 }
 
-void LOGHTMLLayout::appendStyle(I18NString& text) const {
-  appendLine(text, "<style type=\"text/css\">"sv);
-  appendLine(text, "<!--"sv);
-  appendLine(text, "body, table {font-family: arial,sans-serif; font-size: x-small;}"sv);
-  appendLine(text, "th {background: #336699; color: #FFFFFF; text-align: left;}"sv);
-  appendLine(text, "-->"sv);
-  appendLine(text, "</style>"sv);
-}
-
-void LOGHTMLLayout::appendTableHead(I18NString& text) const {
-  appendLine(text,
-             "<table cellspacing=\"0\" cellpadding=\"4\" border=\"1\" bordercolor=\"#224466\" "
-             "width=\"100%\">"sv);
-  appendLine(text, "<tr>"sv);
-  appendLine(text, "<th>Time</th>"sv);
-  appendLine(text, "<th>Thread</th>"sv);
-  appendLine(text, "<th>Level</th>"sv);
-  appendLine(text, "<th>Category</th>"sv);
-  if (m_locationInfo != 0) {
-    appendLine(text, "<th>File:Line</th>"sv);
-  }
-  appendLine(text, "<th>Message</th>"sv);
-  appendLine(text, "</tr>"sv);
-}
-
 const I18NString& LOGHTMLLayout::getFooter() {
   I18NString text;
-  appendLine(text, "</table>"sv);
-  appendLine(text, "<br>"sv);
-  appendLine(text, "</body></html>"sv);
+  appendLines(text, {"</table>", "<br>", "</body></html>"});
   return keep(std::move(text));
 }
 
@@ -188,13 +170,7 @@ I18NString LOGHTMLLayout::escapeHTMLTags(const I18NString& text) const {
   }
   std::u16string escaped;
   for (const char16_t unit : text.toUtf16()) {
-    if (unit == u'<') {
-      escaped += u"&lt;";
-    } else if (unit == u'>') {
-      escaped += u"&gt;";
-    } else {
-      escaped += unit;
-    }
+    escaped += unit == u'<' ? u"&lt;" : unit == u'>' ? u"&gt;" : std::u16string(1, unit);
   }
   return I18NString(escaped.data(), escaped.size());
 }

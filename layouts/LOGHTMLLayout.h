@@ -1,6 +1,9 @@
 #ifndef LAYOUTS_LOGHTMLLAYOUT_H
 #define LAYOUTS_LOGHTMLLAYOUT_H
 
+#include <initializer_list>
+#include <string_view>
+
 #include "layouts/LOGLayout.h"
 
 /// Writes each event as a row of an HTML table, followed by a row for its diagnostic context and
@@ -23,8 +26,8 @@ class LOG4ZEB_EXPORT LOGHTMLLayout : public LOGLayout {
   const I18NString& getHeader() override;
   const I18NString& getFooter() override;
   /// 0: the layout writes the throwable itself.
-  int ignoresThrowable() override;
-  void activateOptions() override;
+  int ignoresThrowable() override { return 0; }
+  void activateOptions() override {}
 
   /// The title is markup: it is written to the header as it is.
   void setTitle(const I18NString& title) { m_title = title; }
@@ -38,8 +41,7 @@ class LOG4ZEB_EXPORT LOGHTMLLayout : public LOGLayout {
  private:
   template <typename... Pieces>
   void appendLine(I18NString& text, const Pieces&... pieces) const;
-  void appendStyle(I18NString& text) const;
-  void appendTableHead(I18NString& text) const;
+  void appendLines(I18NString& text, std::initializer_list<std::string_view> lines) const;
   void appendCells(I18NString& text, LOGLoggingEvent& event) const;
   I18NString escapeHTMLTags(const I18NString& text) const;
 

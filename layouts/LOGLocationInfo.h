@@ -8,14 +8,14 @@
 class LOG4ZEB_EXPORT LOGLocationInfo {
  public:
   /// The argument is accepted and ignored.
-  explicit LOGLocationInfo(const I18NString& fullInfo);
+  explicit LOGLocationInfo(const I18NString& /*fullInfo*/) {}
   LOGLocationInfo() = default;
 
-  const I18NString& getClassName() const;
-  const I18NString& getFileName() const;
-  const I18NString& getLineNumber() const;
-  const I18NString& getMethodName() const;
-  const I18NString& getFullInfo() const;
+  const I18NString& getClassName() const { return m_NA; }
+  const I18NString& getFileName() const { return m_NA; }
+  const I18NString& getLineNumber() const { return m_NA; }
+  const I18NString& getMethodName() const { return m_NA; }
+  const I18NString& getFullInfo() const { return I18NString::none(); }
 
  private:
   static const I18NString m_NA;

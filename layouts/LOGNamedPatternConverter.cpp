@@ -28,8 +28,6 @@ I18NString lastComponents(const I18NString& name, int precision) {
 LOGNamedPatternConverter::LOGNamedPatternConverter(LOGFormattingInfo* formattingInfo, int precision)
     : LOGPatternConverter(checked(formattingInfo)), m_precision(precision) {}
 
-I18NString* LOGNamedPatternConverter::convert(LOGLoggingEvent* event) { return newText(event); }
-
 bool LOGNamedPatternConverter::appendText(I18NString& text, LOGLoggingEvent* event) {
   ZEB_ASSERT(event, SOURCE, __LINE__);
   const I18NString& name = getFullyQualifiedName(event);

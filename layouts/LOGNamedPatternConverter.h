@@ -11,7 +11,7 @@ class LOG4ZEB_EXPORT LOGNamedPatternConverter : public LOGPatternConverter,
   /// The last `precision` components of the name; the whole name when it has no more than that, or
   /// when the precision is not positive. A dot that ends the name separates nothing. Throws
   /// ZEBAssertError for a null event.
-  I18NString* convert(LOGLoggingEvent* event) override;
+  I18NString* convert(LOGLoggingEvent* event) override { return newText(event); }
   /// The name, owned by the event.
   virtual const I18NString& getFullyQualifiedName(LOGLoggingEvent* event) = 0;
   bool appendText(I18NString& text, LOGLoggingEvent* event) override;

@@ -10,14 +10,10 @@
 
 using namespace std::string_view_literals;
 
-namespace {
-
 constexpr LOGFailureTexts FAILURES = {
     "LOGRelativeTimeDateFormat::format -- some i18nstring exception occurred",
     "LOGRelativeTimeDateFormat::format -- some ZEBThrowable exception occurred",
     "LOGRelativeTimeDateFormat::format -- some generic error occurred"};
-
-}  // namespace
 
 LOGRelativeTimeDateFormat::LOGRelativeTimeDateFormat() {
   const ZEBUtTime::TimeOfDay now = ZEBUtTime::now();

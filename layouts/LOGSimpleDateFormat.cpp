@@ -5,14 +5,10 @@
 #include "platform/ZEBAssertError.h"
 #include "platform/ZEBUtTime.h"
 
-namespace {
-
 constexpr LOGFailureTexts FAILURES = {
     "LOGSimpleDateFormat::format -- some i18nstring exception occurred",
     "LOGSimpleDateFormat::format -- some ZEBThrowable exception occurred",
     "LOGSimpleDateFormat::format -- some generic error occurred"};
-
-}  // namespace
 
 LOGSimpleDateFormat::LOGSimpleDateFormat() = default;
 

@@ -10,11 +10,7 @@
 
 using namespace std::string_view_literals;
 
-namespace {
-
 constexpr const char* SOURCE = "LOGTTCCLayout";
-
-}  // namespace
 
 LOGTTCCLayout::LOGTTCCLayout() {
   instance(SOURCE);
@@ -59,17 +55,3 @@ void LOGTTCCLayout::buildLine(I18NString& line, LOGLoggingEvent& event) {
   }
   line.append(getLineSeparator());
 }
-
-int LOGTTCCLayout::ignoresThrowable() { return 1; }
-
-void LOGTTCCLayout::setThreadPrinting(int threadPrinting) { m_threadPrinting = threadPrinting; }
-
-int LOGTTCCLayout::getThreadPrinting() const { return m_threadPrinting; }
-
-void LOGTTCCLayout::setLoggerPrefixing(int loggerPrefixing) { m_loggerPrefixing = loggerPrefixing; }
-
-int LOGTTCCLayout::getLoggerPrefixing() const { return m_loggerPrefixing; }
-
-void LOGTTCCLayout::setContextPrinting(int contextPrinting) { m_contextPrinting = contextPrinting; }
-
-int LOGTTCCLayout::getContextPrinting() const { return m_contextPrinting; }

@@ -14,16 +14,16 @@ class LOG4ZEB_EXPORT LOGTTCCLayout : public LOGDateLayout {
   /// Throws ZEBAssertError for a null event and for an event without a level. Any other failure is
   /// reported, and the line is returned as far as it was built.
   const I18NString& format(LOGLoggingEvent* event) override;
-  int ignoresThrowable() override;
+  int ignoresThrowable() override { return 1; }
 
   // The flags are 0 or 1. Thread and logger printing are on at first, context printing is off.
-  virtual void setThreadPrinting(int threadPrinting);
-  virtual int getThreadPrinting() const;
+  virtual void setThreadPrinting(int threadPrinting) { m_threadPrinting = threadPrinting; }
+  virtual int getThreadPrinting() const { return m_threadPrinting; }
   /// This flag is only kept: the name of the logger is always written.
-  virtual void setLoggerPrefixing(int loggerPrefixing);
-  virtual int getLoggerPrefixing() const;
-  virtual void setContextPrinting(int contextPrinting);
-  virtual int getContextPrinting() const;
+  virtual void setLoggerPrefixing(int loggerPrefixing) { m_loggerPrefixing = loggerPrefixing; }
+  virtual int getLoggerPrefixing() const { return m_loggerPrefixing; }
+  virtual void setContextPrinting(int contextPrinting) { m_contextPrinting = contextPrinting; }
+  virtual int getContextPrinting() const { return m_contextPrinting; }
 
  private:
   void buildLine(I18NString& line, LOGLoggingEvent& event);

@@ -3,15 +3,9 @@
 #include "platform/ZEBTranslate.h"
 #include "platform/ZEBUtTime.h"
 
-namespace {
-
 constexpr const char* SOURCE = "LOGTimeZone";
 
-}  // namespace
-
 LOGTimeZone::LOGTimeZone() : m_timeZoneID(ZEBUtTime::daylightZoneName()) {}
-
-LOGTimeZone::LOGTimeZone(const I18NString& id) : m_timeZoneID(id) {}
 
 LOGTimeZone* LOGTimeZone::getTimeZone(const I18NString& id) {
   return zebTranslate(SOURCE, __LINE__, [&id] { return new LOGTimeZone(id); });

@@ -9,7 +9,7 @@ class LOG4ZEB_EXPORT LOGTimeZone {
  public:
   /// The name of the local daylight-saving zone, also outside that season.
   LOGTimeZone();
-  explicit LOGTimeZone(const I18NString& id);
+  explicit LOGTimeZone(const I18NString& id) : m_timeZoneID(id) {}
 
   const I18NString& getTimeZoneID() const noexcept { return m_timeZoneID; }
   void setTimeZoneID(const I18NString& id) { m_timeZoneID = id; }

@@ -7,8 +7,8 @@
 #include "core/LOGLevel.h"
 #include "core/LOGLogLog.h"
 #include "core/LOGLoggingEvent.h"
+#include "core/LOGOptionConverter.h"
 #include "layouts/LOGLocationInfo.h"
-#include "platform/I18NLocale.h"
 #include "platform/ZEBUtConvert.h"
 
 using namespace std::string_view_literals;
@@ -68,18 +68,9 @@ void LOGXMLLayout::appendEvent(I18NString& text, LOGLoggingEvent& event) {
   text.append("</log4j:event>\r\n\r\n"sv);
 }
 
-int LOGXMLLayout::ignoresThrowable() { return 0; }
-
-void LOGXMLLayout::activateOptions() {}
-
 void LOGXMLLayout::setOption(const I18NString& name, const I18NString& value) {
-  if (name != LOCATION_INFO_OPTION) {
-    return;
-  }
-  if (I18NLocale::equalIgnoreCase(value, "false")) {
-    m_locationInfo = 0;
-  } else if (I18NLocale::equalIgnoreCase(value, "true")) {
-    m_locationInfo = 1;
+  if (name == LOCATION_INFO_OPTION) {
+    m_locationInfo = LOGOptionConverter::toBoolean(value, m_locationInfo);
   }
 }
 

@@ -17,8 +17,8 @@ class LOG4ZEB_EXPORT LOGXMLLayout : public LOGLayout {
   /// Empty for a null event. What the rendering of the message throws goes on to the caller.
   const I18NString& format(LOGLoggingEvent* event) override;
   /// 0: the layout writes the throwable itself.
-  int ignoresThrowable() override;
-  void activateOptions() override;
+  int ignoresThrowable() override { return 0; }
+  void activateOptions() override {}
 
   /// Sets the option "LocationInfo" to "true" or "false", in any case. Other values, and other
   /// names, also in another case, are ignored.

@@ -21,14 +21,6 @@ constexpr int ANY_PORT = 0;
 constexpr int SOCKET_BUFFER_SIZE = 65536;
 constexpr std::chrono::seconds RETRY_INTERVAL{1};
 
-// Words of Java's object serialisation.
-constexpr int STREAM_MAGIC = 0xACED;
-constexpr int STREAM_VERSION = 5;
-constexpr int TC_NULL = 0x70;
-constexpr int TC_OBJECT = 0x73;
-constexpr int TC_ENDBLOCKDATA = 0x78;
-constexpr int TC_BLOCKDATALONG = 0x7A;
-
 /// Writes a whole record and returns whether that was possible.
 bool writeRecord(LOGRecordStream& record, LOGLoggingEvent& event, LOGObject& message) {
   const std::shared_ptr<LOGObjectRenderer> renderer = LOGRendererMap().share(message.instanceOf());
@@ -36,16 +28,16 @@ bool writeRecord(LOGRecordStream& record, LOGLoggingEvent& event, LOGObject& mes
     return false;
   }
   record.reset(1);  // for the end mark
-  record.writeShort(STREAM_MAGIC);
-  record.writeShort(STREAM_VERSION);
-  record.writeByte(TC_BLOCKDATALONG);
+  record.writeShort(LOGRecordStream::STREAM_MAGIC);
+  record.writeShort(LOGRecordStream::STREAM_VERSION);
+  record.writeByte(LOGRecordStream::TC_BLOCKDATALONG);
   const LOGRecordStream::Length nameLength = record.writeLengthLater();
   record.writeUTF(event.getLoggerName());
   record.setLength(nameLength);
-  record.writeByte(TC_OBJECT);
+  record.writeByte(LOGRecordStream::TC_OBJECT);
   renderer->writeClassDesc(record);
-  record.writeByte(TC_NULL);
-  record.writeByte(TC_BLOCKDATALONG);
+  record.writeByte(LOGRecordStream::TC_NULL);
+  record.writeByte(LOGRecordStream::TC_BLOCKDATALONG);
   const LOGRecordStream::Length objectLength = record.writeLengthLater();
   // What the log call has rendered is not rendered again, under locks.
   const std::unique_ptr<I18NString> rendered(event.isRendered() ? event.getRenderedMessage()
@@ -56,7 +48,7 @@ bool writeRecord(LOGRecordStream& record, LOGLoggingEvent& event, LOGObject& mes
   record.setRenderedText(nullptr);
   record.setLength(objectLength);
   record.release();
-  record.writeByte(TC_ENDBLOCKDATA);
+  record.writeByte(LOGRecordStream::TC_ENDBLOCKDATA);
   return record.fits() != 0;
 }
 
@@ -111,8 +103,6 @@ int LOGLocalUDPAppender::operator==(const LOGObject& other) const {
   return appender != nullptr && *this == *appender ? 1 : 0;
 }
 
-int LOGLocalUDPAppender::operator!=(const LOGObject& other) const { return *this == other ? 0 : 1; }
-
 void LOGLocalUDPAppender::activateOptions() {
   if (m_activationPending == 0) {
     return;
@@ -157,8 +147,6 @@ void LOGLocalUDPAppender::release() {
   m_socket.close();
   m_record.reset();
 }
-
-int LOGLocalUDPAppender::requiresLayout() { return 0; }
 
 void LOGLocalUDPAppender::append(LOGLoggingEvent* event) {
   if (event == nullptr) {

@@ -35,7 +35,7 @@ class LOG4ZEB_EXPORT LOGLocalUDPAppender : public LOGAppenderSkeleton {
   /// the object. Takes the appender's lock.
   void release();
   /// 0.
-  int requiresLayout() override;
+  int requiresLayout() override { return 0; }
 
   /// Takes effect when the socket is made.
   void setPort(int port) { m_port = port; }
@@ -45,7 +45,7 @@ class LOG4ZEB_EXPORT LOGLocalUDPAppender : public LOGAppenderSkeleton {
   int operator==(const LOGLocalUDPAppender& other) const;
   int operator!=(const LOGLocalUDPAppender& other) const { return *this == other ? 0 : 1; }
   int operator==(const LOGObject& other) const override;
-  int operator!=(const LOGObject& other) const override;
+  int operator!=(const LOGObject& other) const override { return *this == other ? 0 : 1; }
   // Forms for each pair of types, without which C++20 compares with the operands exchanged.
   int operator==(const LOGAppenderSkeleton& other) const;
   int operator!=(const LOGAppenderSkeleton& other) const { return *this == other ? 0 : 1; }

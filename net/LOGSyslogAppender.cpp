@@ -15,17 +15,12 @@ namespace {
 
 constexpr const char* SOURCE = "LOGSyslogAppender";
 
-struct Facility {
-  int code;
-  const char* name;
-};
-
-constexpr Facility FACILITIES[] = {
-    {0, "kern"},      {8, "user"},     {16, "mail"},    {24, "daemon"},  {32, "auth"},
-    {40, "syslog"},   {48, "lpr"},     {56, "news"},    {64, "uucp"},    {72, "cron"},
-    {80, "authpriv"}, {88, "ftp"},     {128, "local0"}, {136, "local1"}, {144, "local2"},
-    {152, "local3"},  {160, "local4"}, {168, "local5"}, {176, "local6"}, {184, "local7"},
-};
+/// By their numbers, of which four have no name; a code is a number times 8.
+constexpr const char* FACILITIES[] = {"kern",   "user",   "mail",   "daemon", "auth",     "syslog",
+                                      "lpr",    "news",   "uucp",   "cron",   "authpriv", "ftp",
+                                      "",       "",       "",       "",       "local0",   "local1",
+                                      "local2", "local3", "local4", "local5", "local6",   "local7"};
+constexpr int CODES_PER_FACILITY = 8;
 
 }  // namespace
 
@@ -46,21 +41,19 @@ LOGSyslogAppender::LOGSyslogAppender(LOGLayout* layout, const I18NString& host, 
 LOGSyslogAppender::~LOGSyslogAppender() { LOGSyslogAppender::close(); }
 
 int LOGSyslogAppender::getFacility(const I18NString& name) {
-  for (const Facility& facility : FACILITIES) {
-    if (I18NLocale::equalIgnoreCase(name, facility.name)) {
-      return facility.code;
+  int code = 0;
+  for (const char* const facility : FACILITIES) {
+    if (!name.isEmpty() && I18NLocale::equalIgnoreCase(name, facility)) {
+      return code;
     }
+    code += CODES_PER_FACILITY;
   }
   return -1;
 }
 
 I18NString LOGSyslogAppender::getFacilityString(int code) {
-  for (const Facility& facility : FACILITIES) {
-    if (facility.code == code) {
-      return facility.name;
-    }
-  }
-  return {};
+  const auto number = static_cast<std::size_t>(code / CODES_PER_FACILITY);
+  return code % CODES_PER_FACILITY == 0 && number < std::size(FACILITIES) ? FACILITIES[number] : "";
 }
 
 void LOGSyslogAppender::initFacility(int code) {
@@ -127,8 +120,6 @@ void LOGSyslogAppender::close() {
                          closeWriter();
                        });
 }
-
-int LOGSyslogAppender::requiresLayout() { return 1; }
 
 void LOGSyslogAppender::setErrorHandler(LOGErrorHandler* errorHandler) {
   const ZEBThreadGuard guard(getCriticalSection());

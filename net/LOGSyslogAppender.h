@@ -36,7 +36,7 @@ class LOG4ZEB_EXPORT LOGSyslogAppender : public LOGAppenderSkeleton {
   /// Frees the socket for good. Takes the appender's lock.
   void close() override;
   /// 1.
-  int requiresLayout() override;
+  int requiresLayout() override { return 1; }
   void setErrorHandler(LOGErrorHandler* errorHandler) override;
 
   /// Looks the host up at once and sends there from now on; empty is this machine. On a closed

@@ -58,5 +58,3 @@ void LOGSyslogWriter::write(const I18NString& text) {
                      (host.isEmpty() ? I18NString("the localhost") : host));
   }
 }
-
-void LOGSyslogWriter::write(char* text) { write(I18NString(text)); }

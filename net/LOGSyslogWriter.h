@@ -24,7 +24,7 @@ class LOG4ZEB_EXPORT LOGSyslogWriter : public LOGWriter {
   /// Deliberate: the report of a failure names the host of the writer that was made last.
   void write(const I18NString& text) override;
   /// The same for UTF-8 up to a terminating zero; null is sent as an empty datagram.
-  void write(char* text);
+  void write(char* text) { write(I18NString(text)); }
   /// Nothing is held back.
   void flush() override {}
   /// Does nothing: the socket is open as long as this object lives.

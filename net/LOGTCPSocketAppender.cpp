@@ -2,11 +2,7 @@
 
 #include "core/LOGLogLog.h"
 
-namespace {
-
 constexpr const char* SOURCE = "LOGTCPSocketAppender";
-
-}  // namespace
 
 LOGTCPSocketAppender::LOGTCPSocketAppender() {
   instance(SOURCE);
@@ -26,7 +22,3 @@ void LOGTCPSocketAppender::close() {
   m_closeRequested = true;
   m_closed = 1;
 }
-
-int LOGTCPSocketAppender::requiresLayout() { return 0; }
-
-void LOGTCPSocketAppender::append(LOGLoggingEvent*) {}

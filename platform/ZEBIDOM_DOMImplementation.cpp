@@ -1,7 +1,5 @@
 #include "platform/ZEBIDOM_DOMImplementation.h"
 
-#include <utility>
-
 #include "platform/ZEBIDOM_Document.h"
 #include "platform/ZEBIDOM_DocumentData.h"
 
@@ -11,10 +9,5 @@ const ZEBIDOM_DOMImplementation& ZEBIDOM_DOMImplementation::getInstance() noexce
 }
 
 ZEBIDOM_Document ZEBIDOM_DOMImplementation::createDocument() const {
-  auto data = std::make_shared<ZEBIDOM_DocumentData>();
-  ZEBIDOM_DocumentData::Entry& root = data->entries.emplace_back();
-  root.type = ZEBIDOM_Node::DOCUMENT_NODE;
-  root.name = "#document";
-  root.end = 1;
-  return ZEBIDOM_Document(std::move(data));
+  return ZEBIDOM_Document(std::make_shared<ZEBIDOM_DocumentData>());
 }

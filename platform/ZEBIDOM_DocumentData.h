@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "platform/I18NString.h"
+#include "platform/ZEBIDOM_Node.h"
 
 /// What a document holds, shared by all handles on it and constant once they exist. The nodes stand
 /// in one array in document order: the document itself first, an element right before its
@@ -23,6 +23,13 @@ struct ZEBIDOM_DocumentData {
     I18NString name;
     I18NString value;
   };
+
+  /// A document without any element.
+  ZEBIDOM_DocumentData() : entries(1) {
+    entries[ROOT].type = ZEBIDOM_Node::DOCUMENT_NODE;
+    entries[ROOT].end = 1;
+    entries[ROOT].name = "#document";
+  }
 
   std::vector<Entry> entries;
 };

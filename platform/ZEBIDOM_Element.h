@@ -13,7 +13,7 @@ class LOG4ZEB_EXPORT ZEBIDOM_Element : public ZEBIDOM_Node {
   explicit ZEBIDOM_Element(const ZEBIDOM_Node& node);
 
   /// The element's name with its prefix, as written.
-  I18NString getTagName() const;
+  I18NString getTagName() const { return getNodeName(); }
   /// The attribute's value; empty when there is no such attribute.
   I18NString getAttribute(const I18NString& name) const;
   bool hasAttribute(const I18NString& name) const;

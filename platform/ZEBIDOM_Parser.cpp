@@ -113,33 +113,252 @@ std::string readFile(const I18NString& fileName) {
 /// Builds a document's data from its bytes.
 class TreeBuilder {
  public:
-  explicit TreeBuilder(std::string_view bytes);
+  explicit TreeBuilder(std::string_view bytes)
+      : m_bytes(bytes),
+        m_parser(XML_ParserCreate(nullptr), &XML_ParserFree),
+        m_data(std::make_shared<ZEBIDOM_DocumentData>()) {
+    if (m_parser == nullptr) {
+      throw std::bad_alloc();
+    }
+  }
   TreeBuilder(const TreeBuilder&) = delete;
   TreeBuilder& operator=(const TreeBuilder&) = delete;
 
   /// Throws a Refusal. Used once.
-  std::shared_ptr<const ZEBIDOM_DocumentData> build();
+  std::shared_ptr<const ZEBIDOM_DocumentData> build() {
+    const XML_Parser parser = m_parser.get();
+    setHandlers();
+    XML_SetParamEntityParsing(parser, XML_PARAM_ENTITY_PARSING_NEVER);
+    XML_SetBillionLaughsAttackProtectionMaximumAmplification(parser, MAX_AMPLIFICATION);
+    XML_SetBillionLaughsAttackProtectionActivationThreshold(parser, AMPLIFICATION_THRESHOLD);
+    // One piece: the reader takes time that grows with the square of a long token's pieces.
+    const XML_Status status =
+        XML_Parse(parser, m_bytes.data(), static_cast<int>(m_bytes.size()), XML_TRUE);
+    if (m_thrown != nullptr) {
+      std::rethrow_exception(m_thrown);
+    }
+    if (status != XML_STATUS_OK) {
+      throw syntaxError();
+    }
+    m_data->entries.front().end = static_cast<std::uint32_t>(m_data->entries.size());
+    return m_data;
+  }
 
  private:
   using Entry = ZEBIDOM_DocumentData::Entry;
 
+  /// Exceptions must not cross the XML reader, which is C: the first one is kept and stops the
+  /// reader, which may still call some handlers before it returns.
   template <typename Operation>
-  static void guarded(void* self, Operation operation) noexcept;
-  void setHandlers();
-  void setDtdHandlers();
+  static void guarded(void* self, Operation operation) noexcept {
+    TreeBuilder& builder = *static_cast<TreeBuilder*>(self);
+    if (builder.m_thrown != nullptr) {
+      return;
+    }
+    try {
+      operation(builder);
+      return;
+    } catch (Refusal& refusal) {
+      refusal.line = builder.line();
+      refusal.column = builder.column();
+      builder.m_thrown = std::current_exception();
+    } catch (...) {
+      builder.m_thrown = std::current_exception();
+    }
+    XML_StopParser(builder.m_parser.get(), XML_FALSE);
+  }
 
-  void startElement(const char* name, const char** attributes);
-  void endElement();
-  void addText(std::string_view text);
-  void countDeclaration();
-  void addEntity(const char* name, std::string_view value);
-  void checkDefault() const;
-  void endDtd();
-  void refuseUndeclared(const std::string& text) const;
-  std::string fromDocument(std::string_view bytes) const;
+  void setHandlers() {
+    const XML_Parser parser = m_parser.get();
+    XML_SetUserData(parser, this);
+    XML_SetElementHandler(
+        parser,
+        [](void* self, const char* name, const char** attributes) {
+          guarded(self, [&](TreeBuilder& builder) { builder.startElement(name, attributes); });
+        },
+        [](void* self, const char*) {
+          guarded(self, [](TreeBuilder& builder) { builder.endElement(); });
+        });
+    XML_SetCharacterDataHandler(parser, [](void* self, const char* text, int size) {
+      guarded(self, [&](TreeBuilder& builder) {
+        builder.addText({text, static_cast<std::size_t>(size)});
+      });
+    });
+    XML_SetXmlDeclHandler(parser, [](void* self, const char*, const char* encoding, int) {
+      guarded(self, [&](TreeBuilder& builder) {
+        builder.m_encoding = encoding == nullptr ? builder.m_encoding : encoding;
+      });
+    });
+    setDtdHandlers();
+    // Gets what no other handler does. In an element that is a reference whose entity is external,
+    // or can only be declared in a DTD that is not loaded: reading it as nothing would lose
+    // content.
+    XML_SetDefaultHandlerExpand(parser, [](void* self, const char* text, int size) {
+      guarded(self, [&](TreeBuilder& builder) {
+        if (builder.m_depth > 0 && size > 0 && text[0] == '&') {
+          refuse(OUTSIDE + quoted({text, static_cast<std::size_t>(size)}));
+        }
+      });
+    });
+  }
+
+  void setDtdHandlers() {
+    const XML_Parser parser = m_parser.get();
+    XML_SetDoctypeDeclHandler(
+        parser,
+        [](void* self, const char*, const char*, const char*, int) {
+          guarded(self, [](TreeBuilder& builder) { builder.m_hasDtd = true; });
+        },
+        [](void* self) { guarded(self, [](TreeBuilder& builder) { builder.endDtd(); }); });
+    XML_SetEntityDeclHandler(
+        parser, [](void* self, const char* name, int isParameter, const char* value, int size,
+                   const char*, const char*, const char*, const char*) {
+          guarded(self, [&](TreeBuilder& builder) {
+            builder.countDeclaration();
+            if (isParameter == 0 && value != nullptr) {
+              builder.addEntity(name, {value, static_cast<std::size_t>(size)});
+            }
+          });
+        });
+    XML_SetAttlistDeclHandler(
+        parser, [](void* self, const char*, const char*, const char*, const char* byDefault, int) {
+          guarded(self, [&](TreeBuilder& builder) {
+            builder.countDeclaration();
+            if (byDefault != nullptr) {
+              builder.checkDefault();
+            }
+          });
+        });
+  }
+
+  Refusal syntaxError() const {
+    const XML_Error code = XML_GetErrorCode(m_parser.get());
+    if (code == XML_ERROR_NO_MEMORY) {
+      throw std::bad_alloc();
+    }
+    I18NString reason = XML_ErrorString(code);
+    if (code == XML_ERROR_NO_ELEMENTS && m_depth > 0) {
+      reason = "the document ends inside of the element " +
+               quoted(std::string_view(m_data->entries[m_open].name.toStdString()));
+    }
+    return {reason, line(), column()};
+  }
+
+  void startElement(const char* name, const char** attributes) {
+    if (m_depth == MAX_DEPTH) {
+      refuse("elements are nested more than 256 deep");
+    }
+    if (m_hasDtd) {
+      const XML_Parser parser = m_parser.get();
+      refuseUndeclared(
+          fromDocument(m_bytes.substr(static_cast<std::size_t>(XML_GetCurrentByteIndex(parser)),
+                                      static_cast<std::size_t>(XML_GetCurrentByteCount(parser)))));
+    }
+    const auto index = static_cast<std::uint32_t>(m_data->entries.size());
+    add(ZEBIDOM_Node::ELEMENT_NODE, name, "");
+    m_open = index;
+    ++m_depth;
+    for (; *attributes != nullptr; attributes += 2) {
+      add(ZEBIDOM_Node::ATTRIBUTE_NODE, attributes[0], attributes[1]);
+      ++m_data->entries[index].attributeCount;
+    }
+  }
+
+  void endElement() {
+    Entry& element = m_data->entries[m_open];
+    element.end = static_cast<std::uint32_t>(m_data->entries.size());
+    m_open = element.parent;
+    --m_depth;
+  }
+
+  void addText(std::string_view text) {
+    Entry& last = m_data->entries.back();
+    if (last.type == ZEBIDOM_Node::TEXT_NODE && last.parent == m_open) {
+      countText(text.size());
+      last.value.append(text);
+      return;
+    }
+    add(ZEBIDOM_Node::TEXT_NODE, "", text).name = "#text";
+  }
+
   /// Adds a node below the element that is open; the result is valid until the next is added.
-  Entry& add(int type, std::string_view name, std::string_view value);
-  void countText(std::size_t bytes);
+  Entry& add(int type, std::string_view name, std::string_view value) {
+    if (m_data->entries.size() == MAX_ENTRIES) {
+      refuse("the document has more than 250000 nodes");
+    }
+    if (type == ZEBIDOM_Node::ATTRIBUTE_NODE && value.size() > MAX_ATTRIBUTE) {
+      refuse("the attribute " + quoted(name) + " is longer than 64 KiB");
+    }
+    countText(name.size() + value.size());
+    Entry& entry = m_data->entries.emplace_back();
+    entry.type = type;
+    entry.parent = m_open;
+    entry.end = static_cast<std::uint32_t>(m_data->entries.size());
+    entry.line = line();
+    entry.column = column();
+    entry.name.append(name);
+    entry.value.append(value);
+    return entry;
+  }
+
+  void countText(std::size_t bytes) {
+    m_textSize += bytes;
+    if (m_textSize > FREE_TEXT + MAX_TEXT_PER_BYTE * m_bytes.size()) {
+      refuse("entities or default attributes expand to too much text");
+    }
+  }
+
+  void countDeclaration() {
+    if (++m_declarations > MAX_DECLARATIONS) {
+      refuse("the document declares more than 256 entities and attributes");
+    }
+  }
+
+  void addEntity(const char* name, std::string_view value) {
+    m_entities.insert(name);
+    m_entityValues.append(value).append(1, '\n');
+  }
+
+  /// A default value is a token in quotes, at which the reader stands.
+  void checkDefault() const {
+    const auto begin = static_cast<std::size_t>(XML_GetCurrentByteIndex(m_parser.get()));
+    const std::string token = fromDocument(m_bytes.substr(begin, 2 * MAX_ATTRIBUTE));
+    refuseUndeclared(token.substr(0, token.find(token.front(), 1)));
+  }
+
+  /// The values are looked at here because they may name entities that are declared later.
+  void endDtd() { refuseUndeclared(std::exchange(m_entityValues, {})); }
+
+  /// The XML reader takes a reference in an attribute for nothing when only a DTD that is not read
+  /// can declare the entity, and calls no handler; so references are looked for in what is written.
+  void refuseUndeclared(const std::string& text) const {
+    static const std::set<std::string_view> PREDEFINED{"amp", "apos", "gt", "lt", "quot"};
+    for (std::size_t at = text.find('&'); at != std::string::npos; at = text.find('&', at + 1)) {
+      const std::size_t end = text.find_first_of("&;<>\"' \t\r\n", at + 1);
+      if (end == std::string::npos || text[end] != ';' || text[at + 1] == '#') {
+        continue;
+      }
+      const std::string_view name(&text[at + 1], end - at - 1);
+      if (PREDEFINED.count(name) == 0 && m_entities.find(name) == m_entities.end()) {
+        refuse(OUTSIDE + quoted({&text[at], end - at + 1}));
+      }
+    }
+  }
+
+  /// A part of the document as UTF-8.
+  std::string fromDocument(std::string_view bytes) const {
+    const bool isBig = m_bytes.front() == '\xFE' || m_bytes.front() == '\0';
+    if (!isBig && m_bytes.front() != '\xFF' && m_bytes[1] != '\0') {
+      return I18NConverter(m_encoding.c_str()).toText(bytes).toStdString();
+    }
+    std::u16string units;
+    for (std::size_t i = 0; i + 1 < bytes.size(); i += 2) {
+      const auto first = static_cast<unsigned char>(bytes[i]);
+      const auto second = static_cast<unsigned char>(bytes[i + 1]);
+      units += static_cast<char16_t>(isBig ? first << 8 | second : second << 8 | first);
+    }
+    return I18NString(units.data(), units.size()).toStdString();
+  }
 
   int line() const { return static_cast<int>(XML_GetCurrentLineNumber(m_parser.get())); }
   /// The byte order mark, which nobody sees, is no column.
@@ -148,7 +367,6 @@ class TreeBuilder {
     const auto columns = static_cast<int>(XML_GetCurrentColumnNumber(m_parser.get()));
     return std::max(columns - (isBehindMark ? 1 : 0), 0) + 1;
   }
-  Refusal syntaxError() const;
 
   const std::string_view m_bytes;
   const std::unique_ptr<XML_ParserStruct, void (*)(XML_Parser)> m_parser;
@@ -163,249 +381,6 @@ class TreeBuilder {
   std::string m_entityValues;
   std::exception_ptr m_thrown;  // by a handler
 };
-
-TreeBuilder::TreeBuilder(std::string_view bytes)
-    : m_bytes(bytes),
-      m_parser(XML_ParserCreate(nullptr), &XML_ParserFree),
-      m_data(std::make_shared<ZEBIDOM_DocumentData>()) {
-  if (m_parser == nullptr) {
-    throw std::bad_alloc();
-  }
-  m_data->entries.emplace_back();
-  m_data->entries.back().type = ZEBIDOM_Node::DOCUMENT_NODE;
-  m_data->entries.back().name = "#document";
-}
-
-/// Exceptions must not cross the XML reader, which is C: the first one is kept and stops the
-/// reader, which may still call some handlers before it returns.
-template <typename Operation>
-void TreeBuilder::guarded(void* self, Operation operation) noexcept {
-  TreeBuilder& builder = *static_cast<TreeBuilder*>(self);
-  if (builder.m_thrown != nullptr) {
-    return;
-  }
-  try {
-    operation(builder);
-    return;
-  } catch (Refusal& refusal) {
-    refusal.line = builder.line();
-    refusal.column = builder.column();
-    builder.m_thrown = std::current_exception();
-  } catch (...) {
-    builder.m_thrown = std::current_exception();
-  }
-  XML_StopParser(builder.m_parser.get(), XML_FALSE);
-}
-
-void TreeBuilder::setHandlers() {
-  const XML_Parser parser = m_parser.get();
-  XML_SetUserData(parser, this);
-  XML_SetElementHandler(
-      parser,
-      [](void* self, const char* name, const char** attributes) {
-        guarded(self, [&](TreeBuilder& builder) { builder.startElement(name, attributes); });
-      },
-      [](void* self, const char*) {
-        guarded(self, [](TreeBuilder& builder) { builder.endElement(); });
-      });
-  XML_SetCharacterDataHandler(parser, [](void* self, const char* text, int size) {
-    guarded(self, [&](TreeBuilder& builder) {
-      builder.addText({text, static_cast<std::size_t>(size)});
-    });
-  });
-  XML_SetXmlDeclHandler(parser, [](void* self, const char*, const char* encoding, int) {
-    guarded(self, [&](TreeBuilder& builder) {
-      builder.m_encoding = encoding == nullptr ? builder.m_encoding : encoding;
-    });
-  });
-  setDtdHandlers();
-  // Gets what no other handler does. In an element that is a reference whose entity is external, or
-  // can only be declared in a DTD that is not loaded: reading it as nothing would lose content.
-  XML_SetDefaultHandlerExpand(parser, [](void* self, const char* text, int size) {
-    guarded(self, [&](TreeBuilder& builder) {
-      if (builder.m_depth > 0 && size > 0 && text[0] == '&') {
-        refuse(OUTSIDE + quoted({text, static_cast<std::size_t>(size)}));
-      }
-    });
-  });
-}
-
-void TreeBuilder::setDtdHandlers() {
-  const XML_Parser parser = m_parser.get();
-  XML_SetDoctypeDeclHandler(
-      parser,
-      [](void* self, const char*, const char*, const char*, int) {
-        guarded(self, [](TreeBuilder& builder) { builder.m_hasDtd = true; });
-      },
-      [](void* self) { guarded(self, [](TreeBuilder& builder) { builder.endDtd(); }); });
-  XML_SetEntityDeclHandler(
-      parser, [](void* self, const char* name, int isParameter, const char* value, int size,
-                 const char*, const char*, const char*, const char*) {
-        guarded(self, [&](TreeBuilder& builder) {
-          builder.countDeclaration();
-          if (isParameter == 0 && value != nullptr) {
-            builder.addEntity(name, {value, static_cast<std::size_t>(size)});
-          }
-        });
-      });
-  XML_SetAttlistDeclHandler(
-      parser, [](void* self, const char*, const char*, const char*, const char* byDefault, int) {
-        guarded(self, [&](TreeBuilder& builder) {
-          builder.countDeclaration();
-          if (byDefault != nullptr) {
-            builder.checkDefault();
-          }
-        });
-      });
-}
-
-std::shared_ptr<const ZEBIDOM_DocumentData> TreeBuilder::build() {
-  const XML_Parser parser = m_parser.get();
-  setHandlers();
-  XML_SetParamEntityParsing(parser, XML_PARAM_ENTITY_PARSING_NEVER);
-  XML_SetBillionLaughsAttackProtectionMaximumAmplification(parser, MAX_AMPLIFICATION);
-  XML_SetBillionLaughsAttackProtectionActivationThreshold(parser, AMPLIFICATION_THRESHOLD);
-  // One piece: the reader takes time that grows with the square of a long token's pieces.
-  const XML_Status status =
-      XML_Parse(parser, m_bytes.data(), static_cast<int>(m_bytes.size()), XML_TRUE);
-  if (m_thrown != nullptr) {
-    std::rethrow_exception(m_thrown);
-  }
-  if (status != XML_STATUS_OK) {
-    throw syntaxError();
-  }
-  m_data->entries.front().end = static_cast<std::uint32_t>(m_data->entries.size());
-  return m_data;
-}
-
-Refusal TreeBuilder::syntaxError() const {
-  const XML_Error code = XML_GetErrorCode(m_parser.get());
-  if (code == XML_ERROR_NO_MEMORY) {
-    throw std::bad_alloc();
-  }
-  I18NString reason = XML_ErrorString(code);
-  if (code == XML_ERROR_NO_ELEMENTS && m_depth > 0) {
-    reason = "the document ends inside of the element " +
-             quoted(std::string_view(m_data->entries[m_open].name.toStdString()));
-  }
-  return {reason, line(), column()};
-}
-
-void TreeBuilder::startElement(const char* name, const char** attributes) {
-  if (m_depth == MAX_DEPTH) {
-    refuse("elements are nested more than 256 deep");
-  }
-  if (m_hasDtd) {
-    const XML_Parser parser = m_parser.get();
-    refuseUndeclared(
-        fromDocument(m_bytes.substr(static_cast<std::size_t>(XML_GetCurrentByteIndex(parser)),
-                                    static_cast<std::size_t>(XML_GetCurrentByteCount(parser)))));
-  }
-  const auto index = static_cast<std::uint32_t>(m_data->entries.size());
-  add(ZEBIDOM_Node::ELEMENT_NODE, name, "");
-  m_open = index;
-  ++m_depth;
-  for (; *attributes != nullptr; attributes += 2) {
-    add(ZEBIDOM_Node::ATTRIBUTE_NODE, attributes[0], attributes[1]);
-    ++m_data->entries[index].attributeCount;
-  }
-}
-
-void TreeBuilder::endElement() {
-  Entry& element = m_data->entries[m_open];
-  element.end = static_cast<std::uint32_t>(m_data->entries.size());
-  m_open = element.parent;
-  --m_depth;
-}
-
-void TreeBuilder::addText(std::string_view text) {
-  Entry& last = m_data->entries.back();
-  if (last.type == ZEBIDOM_Node::TEXT_NODE && last.parent == m_open) {
-    countText(text.size());
-    last.value.append(text);
-    return;
-  }
-  add(ZEBIDOM_Node::TEXT_NODE, "", text).name = "#text";
-}
-
-ZEBIDOM_DocumentData::Entry& TreeBuilder::add(int type, std::string_view name,
-                                              std::string_view value) {
-  if (m_data->entries.size() == MAX_ENTRIES) {
-    refuse("the document has more than 250000 nodes");
-  }
-  if (type == ZEBIDOM_Node::ATTRIBUTE_NODE && value.size() > MAX_ATTRIBUTE) {
-    refuse("the attribute " + quoted(name) + " is longer than 64 KiB");
-  }
-  countText(name.size() + value.size());
-  Entry& entry = m_data->entries.emplace_back();
-  entry.type = type;
-  entry.parent = m_open;
-  entry.end = static_cast<std::uint32_t>(m_data->entries.size());
-  entry.line = line();
-  entry.column = column();
-  entry.name.append(name);
-  entry.value.append(value);
-  return entry;
-}
-
-void TreeBuilder::countText(std::size_t bytes) {
-  m_textSize += bytes;
-  if (m_textSize > FREE_TEXT + MAX_TEXT_PER_BYTE * m_bytes.size()) {
-    refuse("entities or default attributes expand to too much text");
-  }
-}
-
-void TreeBuilder::countDeclaration() {
-  if (++m_declarations > MAX_DECLARATIONS) {
-    refuse("the document declares more than 256 entities and attributes");
-  }
-}
-
-void TreeBuilder::addEntity(const char* name, std::string_view value) {
-  m_entities.insert(name);
-  m_entityValues.append(value).append(1, '\n');
-}
-
-/// A default value is a token in quotes, at which the reader stands.
-void TreeBuilder::checkDefault() const {
-  const auto begin = static_cast<std::size_t>(XML_GetCurrentByteIndex(m_parser.get()));
-  const std::string token = fromDocument(m_bytes.substr(begin, 2 * MAX_ATTRIBUTE));
-  refuseUndeclared(token.substr(0, token.find(token.front(), 1)));
-}
-
-/// The values are looked at here because they may name entities that are declared later.
-void TreeBuilder::endDtd() { refuseUndeclared(std::exchange(m_entityValues, {})); }
-
-/// The XML reader takes a reference in an attribute for nothing when only a DTD that is not read
-/// can declare the entity, and calls no handler; so references are looked for in what is written.
-void TreeBuilder::refuseUndeclared(const std::string& text) const {
-  static const std::set<std::string_view> PREDEFINED{"amp", "apos", "gt", "lt", "quot"};
-  for (std::size_t at = text.find('&'); at != std::string::npos; at = text.find('&', at + 1)) {
-    const std::size_t end = text.find_first_of("&;<>\"' \t\r\n", at + 1);
-    if (end == std::string::npos || text[end] != ';' || text[at + 1] == '#') {
-      continue;
-    }
-    const std::string_view name(&text[at + 1], end - at - 1);
-    if (PREDEFINED.count(name) == 0 && m_entities.find(name) == m_entities.end()) {
-      refuse(OUTSIDE + quoted({&text[at], end - at + 1}));
-    }
-  }
-}
-
-/// A part of the document as UTF-8.
-std::string TreeBuilder::fromDocument(std::string_view bytes) const {
-  const bool isBig = m_bytes.front() == '\xFE' || m_bytes.front() == '\0';
-  if (!isBig && m_bytes.front() != '\xFF' && m_bytes[1] != '\0') {
-    return I18NConverter(m_encoding.c_str()).toText(bytes).toStdString();
-  }
-  std::u16string units;
-  for (std::size_t i = 0; i + 1 < bytes.size(); i += 2) {
-    const auto first = static_cast<unsigned char>(bytes[i]);
-    const auto second = static_cast<unsigned char>(bytes[i + 1]);
-    units += static_cast<char16_t>(isBig ? first << 8 | second : second << 8 | first);
-  }
-  return I18NString(units.data(), units.size()).toStdString();
-}
 
 }  // namespace
 

@@ -4,28 +4,22 @@
 
 #include "rendering/LOGRecordStream.h"
 
-namespace {
-
-// Words of Java's object serialisation.
-constexpr int TC_CLASSDESC = 0x72;
-constexpr int TC_ENDBLOCKDATA = 0x78;
+// Flags of a class in Java's object serialisation.
 constexpr int SC_EXTERNALIZABLE = 0x04;
 constexpr int SC_BLOCK_DATA = 0x08;
 
 constexpr const char* CLASS_NAME = "LOGObject";
 
-}  // namespace
-
 LOGObjectRenderer::~LOGObjectRenderer() = default;
 
 void LOGObjectRenderer::writeClassDesc(LOGRecordStream& stream) {
-  stream.writeByte(TC_CLASSDESC);
+  stream.writeByte(LOGRecordStream::TC_CLASSDESC);
   stream.writeUTF(CLASS_NAME);
   stream.writeInt(0);  // the version number, a long
   stream.writeInt(1);
   stream.writeByte(SC_EXTERNALIZABLE | SC_BLOCK_DATA);
   stream.writeShort(0);  // fields
-  stream.writeByte(TC_ENDBLOCKDATA);
+  stream.writeByte(LOGRecordStream::TC_ENDBLOCKDATA);
 }
 
 void LOGObjectRenderer::writeObject(LOGObject* object, LOGRecordStream& stream) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <string>
+#include <utility>
 
 #include "platform/I18NUtf8.h"
 
@@ -55,27 +56,9 @@ bool LOGRecordStream::hasRoomFor(std::size_t bytes) noexcept {
   return m_fits;
 }
 
-void LOGRecordStream::writeByte(int value) {
-  if (hasRoomFor(1)) {
-    put(static_cast<unsigned int>(value));
-  }
-}
-
-void LOGRecordStream::writeShort(int value) {
-  if (hasRoomFor(2)) {
-    const auto bits = static_cast<unsigned int>(value);
-    put(bits >> 8);
-    put(bits);
-  }
-}
-
-void LOGRecordStream::writeInt(std::int32_t value) {
-  if (hasRoomFor(INT_BYTES)) {
-    const auto bits = static_cast<std::uint32_t>(value);
-    put(bits >> 24);
-    put(bits >> 16);
-    put(bits >> 8);
-    put(bits);
+void LOGRecordStream::writeNumber(std::int32_t value, std::size_t bytes) {
+  for (std::size_t left = hasRoomFor(bytes) ? bytes : 0; left > 0; --left) {
+    put(static_cast<std::uint32_t>(value) >> (8 * (left - 1)));
   }
 }
 
@@ -134,11 +117,7 @@ void LOGRecordStream::setLength(Length length) noexcept {
     m_fits = false;  // the room is missing, or the length is none of this record
     return;
   }
-  const std::size_t end = m_position;
-  const std::size_t bytes = end - length.position - INT_BYTES;
-  m_position = length.position;
-  for (const int shift : {24, 16, 8, 0}) {
-    put(static_cast<unsigned int>(bytes >> shift));
-  }
+  const std::size_t end = std::exchange(m_position, length.position);
+  writeInt(static_cast<std::int32_t>(end - length.position - INT_BYTES));
   m_position = end;
 }

@@ -15,6 +15,16 @@ class LOG4ZEB_EXPORT LOGRecordStream {
   /// The largest payload of an IPv4 datagram, in bytes.
   static constexpr std::size_t CAPACITY = 65507;
 
+  /// Words of Java's object serialisation.
+  static constexpr int STREAM_MAGIC = 0xACED;
+  static constexpr int STREAM_VERSION = 5;
+  static constexpr int TC_NULL = 0x70;
+  static constexpr int TC_CLASSDESC = 0x72;
+  static constexpr int TC_OBJECT = 0x73;
+  static constexpr int TC_BLOCKDATA = 0x77;
+  static constexpr int TC_ENDBLOCKDATA = 0x78;
+  static constexpr int TC_BLOCKDATALONG = 0x7A;
+
   /// Where a length stands that is filled in later.
   struct Length {
     std::size_t position;
@@ -30,9 +40,9 @@ class LOG4ZEB_EXPORT LOGRecordStream {
   void release() noexcept { m_limit = CAPACITY; }
 
   /// These write the lowest 8, 16 and 32 bits.
-  void writeByte(int value);
-  void writeShort(int value);
-  void writeInt(std::int32_t value);
+  void writeByte(int value) { writeNumber(value, 1); }
+  void writeShort(int value) { writeNumber(value, 2); }
+  void writeInt(std::int32_t value) { writeNumber(value, 4); }
   /// Writes a text as java.io.DataInput.readUTF reads it: two bytes of length, then one to three
   /// bytes for each UTF-16 code unit. A text of more than 65535 such bytes does not fit.
   void writeUTF(const I18NString& text);
@@ -50,6 +60,7 @@ class LOG4ZEB_EXPORT LOGRecordStream {
 
  private:
   bool hasRoomFor(std::size_t bytes) noexcept;
+  void writeNumber(std::int32_t value, std::size_t bytes);
   void put(unsigned int byte) noexcept {
     m_buffer[m_position++] = static_cast<unsigned char>(byte);
   }

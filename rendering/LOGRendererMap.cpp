@@ -19,8 +19,7 @@ namespace {
 std::atomic<bool> g_isOriginal{true};
 
 /// The table of the process. Never destroyed, because static destructors log too.
-class RendererTable {
- public:
+struct RendererTable {
   using Renderer = std::shared_ptr<LOGObjectRenderer>;
 
   static RendererTable& instance() {
@@ -28,78 +27,19 @@ class RendererTable {
     return *table;
   }
 
-  void put(const I18NString& className, LOGObjectRenderer* renderer) {
-    Renderer replaced;  // its destructor may be any code, and runs without the lock
-    const ZEBThreadGuard guard(m_lock);
-    Renderer entered = owner(renderer);
-    if (className.isEmpty()) {
-      replaced = std::move(entered);  // freed, unless it was entered otherwise
-      return;
-    }
-    replaced = std::exchange(m_renderers[className], std::move(entered));
-    g_isOriginal = false;
-  }
-
-  /// The same for a renderer of a loaded library, which may hand out one object again and again:
-  /// it is kept, so that it is recognised also after it was replaced or cleared.
-  void putFromLibrary(const I18NString& className, LOGObjectRenderer* renderer) {
-    {
-      const ZEBThreadGuard guard(m_lock);
-      Renderer entered = owner(renderer);
-      if (std::find(m_fromLibraries.begin(), m_fromLibraries.end(), entered) ==
-          m_fromLibraries.end()) {
-        m_fromLibraries.push_back(std::move(entered));
-      }
-    }
-    put(className, renderer);
-  }
-
-  void setDefault(LOGObjectRenderer* renderer) {
-    Renderer replaced;
-    const ZEBThreadGuard guard(m_lock);
-    replaced = std::exchange(m_default, owner(renderer));
-    g_isOriginal = false;
-  }
-
-  Renderer getDefault() const {
-    const ZEBThreadGuard guard(m_lock);
-    return m_default;
-  }
-
-  Renderer find(const I18NString& className) const {
-    // Nearly every program renders with the default alone and need not wait for the lock.
-    if (g_isOriginal) {
-      return m_original;
-    }
-    const ZEBThreadGuard guard(m_lock);
-    const auto found = m_renderers.find(className);
-    return found == m_renderers.end() ? m_default : found->second;
-  }
-
-  /// Whether that is the first default renderer.
-  bool isOriginal(const Renderer& renderer) const { return renderer == m_original; }
-
-  void clear() {
-    std::map<I18NString, Renderer> dropped;
-    const ZEBThreadGuard guard(m_lock);
-    dropped.swap(m_renderers);
-    g_isOriginal = m_default == m_original;
-  }
-
- private:
-  /// Shares the ownership with the entry that has the renderer already.
+  /// Shares the ownership with the entry that has the renderer already. Called under the lock.
   Renderer owner(LOGObjectRenderer* renderer) const {
-    for (const Renderer& candidate : {m_original, m_default}) {
+    for (const Renderer& candidate : {original, byDefault}) {
       if (candidate.get() == renderer) {
         return candidate;
       }
     }
-    for (const Renderer& candidate : m_fromLibraries) {
+    for (const Renderer& candidate : fromLibraries) {
       if (candidate.get() == renderer) {
         return candidate;
       }
     }
-    for (const auto& entry : m_renderers) {
+    for (const auto& entry : renderers) {
       if (entry.second.get() == renderer) {
         return entry.second;
       }
@@ -107,12 +47,16 @@ class RendererTable {
     return Renderer(renderer);
   }
 
-  mutable ZEBThreadCriticalSection m_lock;
-  const Renderer m_original = std::make_shared<LOGDefaultRenderer>();
-  Renderer m_default = m_original;             // guarded by m_lock
-  std::map<I18NString, Renderer> m_renderers;  // guarded by m_lock
-  std::vector<Renderer> m_fromLibraries;       // guarded by m_lock
+  ZEBThreadCriticalSection lock;  // guards all that is not constant
+  const Renderer original = std::make_shared<LOGDefaultRenderer>();
+  Renderer byDefault = original;
+  std::map<I18NString, Renderer> renderers;
+  // A library may hand out one object again and again: it is kept, so that it is recognised also
+  // after it was replaced or cleared.
+  std::vector<Renderer> fromLibraries;
 };
+
+using Renderer = RendererTable::Renderer;
 
 /// Made when the library is loaded: a fork while another thread makes it would let the child wait
 /// for ever.
@@ -121,9 +65,19 @@ class RendererTable {
 }  // namespace
 
 void LOGRendererMap::put(const I18NString& className, LOGObjectRenderer* renderer) {
-  if (renderer != nullptr) {
-    RendererTable::instance().put(className, renderer);
+  if (renderer == nullptr) {
+    return;
   }
+  RendererTable& table = RendererTable::instance();
+  Renderer replaced;  // its destructor may be any code, and runs without the lock
+  const ZEBThreadGuard guard(table.lock);
+  Renderer entered = table.owner(renderer);
+  if (className.isEmpty()) {
+    replaced = std::move(entered);  // freed, unless it was entered otherwise
+    return;
+  }
+  replaced = std::exchange(table.renderers[className], std::move(entered));
+  g_isOriginal = false;
 }
 
 void LOGRendererMap::load(const I18NString& className, const I18NString& renderingClass) {
@@ -137,42 +91,66 @@ void LOGRendererMap::load(const I18NString& className, const I18NString& renderi
   LOGObjectRenderer* const renderer = makeRenderer == nullptr ? nullptr : makeRenderer();
   if (renderer == nullptr) {
     LOGLogLog::debug("LOGRendererMap::load --- no renderer from library [" + renderingClass + "]");
-  } else {
-    RendererTable::instance().putFromLibrary(className, renderer);
+    return;
   }
+  {
+    RendererTable& table = RendererTable::instance();
+    const ZEBThreadGuard guard(table.lock);
+    Renderer entered = table.owner(renderer);
+    auto& known = table.fromLibraries;
+    if (std::find(known.begin(), known.end(), entered) == known.end()) {
+      known.push_back(std::move(entered));
+    }
+  }
+  put(className, renderer);
 }
 
 LOGObjectRenderer* LOGRendererMap::get(const I18NString& className) const {
   return share(className).get();
 }
 
-std::shared_ptr<LOGObjectRenderer> LOGRendererMap::share(const I18NString& className) const {
-  return RendererTable::instance().find(className);
+Renderer LOGRendererMap::share(const I18NString& className) const {
+  RendererTable& table = RendererTable::instance();
+  // Nearly every program renders with the default alone and need not wait for the lock.
+  if (g_isOriginal) {
+    return table.original;
+  }
+  const ZEBThreadGuard guard(table.lock);
+  const auto found = table.renderers.find(className);
+  return found == table.renderers.end() ? table.byDefault : found->second;
 }
 
 I18NString* LOGRendererMap::findAndRender(LOGObject* object) const {
-  if (object == nullptr) {
-    return nullptr;
-  }
-  const std::shared_ptr<LOGObjectRenderer> renderer = share(object->instanceOf());
+  const Renderer renderer = object == nullptr ? nullptr : share(object->instanceOf());
   return renderer == nullptr ? nullptr : renderer->doRender(object);
 }
 
 bool LOGRendererMap::isRenderedByDefault(const I18NString& className) {
-  const RendererTable& table = RendererTable::instance();
-  return table.isOriginal(table.find(className));
+  return LOGRendererMap().share(className) == RendererTable::instance().original;
 }
 
 LOG4ZEB_HOT bool LOGRendererMap::isAllRenderedByDefault() noexcept {
   return g_isOriginal.load(std::memory_order_acquire);
 }
 
-void LOGRendererMap::clear() { RendererTable::instance().clear(); }
+void LOGRendererMap::clear() {
+  RendererTable& table = RendererTable::instance();
+  std::map<I18NString, Renderer> dropped;
+  const ZEBThreadGuard guard(table.lock);
+  dropped.swap(table.renderers);
+  g_isOriginal = table.byDefault == table.original;
+}
 
 LOGObjectRenderer* LOGRendererMap::getDefaultRenderer() const {
-  return RendererTable::instance().getDefault().get();
+  RendererTable& table = RendererTable::instance();
+  const ZEBThreadGuard guard(table.lock);
+  return table.byDefault.get();
 }
 
 void LOGRendererMap::setDefaultRenderer(LOGObjectRenderer* renderer) {
-  RendererTable::instance().setDefault(renderer);
+  RendererTable& table = RendererTable::instance();
+  Renderer replaced;
+  const ZEBThreadGuard guard(table.lock);
+  replaced = std::exchange(table.byDefault, table.owner(renderer));
+  g_isOriginal = false;
 }

@@ -43,9 +43,9 @@ NAMES_OF_READERS = ("LOGNewAppender",)
 KNOWN_NAMES = (
     ("docs/configuration.md", "config/LOGDOMConfigurator.cpp",
      r'I18NString LOGDOMConfigurator::[A-Z0-9_]+ = "(.+)";'),
-    ("docs/configuration.md", "config/LOGComponentFactory.cpp", r'\{"(\w+)", make<'),
-    ("docs/configuration.md", "config/LOGParameterTable.cpp", r'\{"\w+", "(\w+)", NameCase'),
-    ("docs/check.md", "tools/*.cpp", r'\b(?:warn|fail)\(\s*"([a-z-]+)"'),
+    ("docs/configuration.md", "config/LOGComponentFactory.cpp", r'\{"\w+", "(\w+)", makeNew<'),
+    ("docs/configuration.md", "config/LOGParameterTable.cpp", r'\{"\w+", "(\w+)", Kind::'),
+    ("docs/check.md", "tools/*.cpp", r'\b(?:warn\(\s*|add\(\{(?:true|false), )"([a-z-]+)"'),
 )
 # Folders of the library, whose READMEs tell what they may include.
 LAYERED = ("platform", "core", "rendering", "filters", "layouts", "appenders", "net", "config")

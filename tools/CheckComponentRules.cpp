@@ -17,7 +17,7 @@ constexpr const char* ASYNC = "LOGAsyncAppender";
 /// An appender tells by itself whether it needs one, but for those that write text, which say no
 /// and write nothing without a layout.
 bool needsLayout(const std::string& className) {
-  const std::unique_ptr<LOGAppenderSkeleton> appender = LOGComponentFactory::newAppender(className);
+  const auto appender = LOGComponentFactory::make<LOGAppenderSkeleton>("appender", className);
   return appender != nullptr && (appender->requiresLayout() != 0 ||
                                  dynamic_cast<const LOGWriterAppender*>(appender.get()) != nullptr);
 }
@@ -27,17 +27,14 @@ class ComponentRules : CheckRuleSet {
   using CheckRuleSet::CheckRuleSet;
 
   void checkAppender(const CheckElement& appender) {
-    if (!checkClass(appender, LOGComponentFactory::appenderClasses(),
-                    "the appender is not built, and references to it are left out")) {
+    if (!checkClass(appender, "the appender is not built, and references to it are left out")) {
       return;
     }
     const std::string name = appender.className();
     CheckRules::checkParams(appender, m_findings);
     checkLayouts(appender, name);
-    Words filters = LOGComponentFactory::filterClasses();
-    filters.insert(filters.end(), {"LOGDenyAllFilter", "LOGLogUVDDyeTraceFilter"});
     for (const CheckElement& filter : appender.children("filter")) {
-      if (checkClass(filter, filters, "it becomes a filter that denies every event")) {
+      if (checkClass(filter, "it becomes a filter that denies every event")) {
         CheckRules::checkParams(filter, m_findings);
       }
     }
@@ -56,9 +53,12 @@ class ComponentRules : CheckRuleSet {
   }
 
  private:
-  bool checkClass(const CheckElement& element, const Words& classes,
-                  const std::string& consequence) {
+  bool checkClass(const CheckElement& element, const std::string& consequence) {
     const std::string name = element.className();
+    Words classes = LOGComponentFactory::classes(element.tag());
+    if (element.tag() == "filter") {
+      classes.insert(classes.end(), {"LOGDenyAllFilter", "LOGLogUVDDyeTraceFilter"});
+    }
     const bool isKnown = CheckWords::contains(classes, name);
     if (!isKnown) {
       const auto meant = CheckWords::nearest(name, classes);
@@ -79,12 +79,12 @@ class ComponentRules : CheckRuleSet {
                : "<layout class=\"LOGSimpleLayout\"/> or another one inside of it");
     CheckElement last;  // the one that counts
     for (const CheckElement& layout : layouts) {
-      last = CheckWords::contains(LOGComponentFactory::layoutClasses(), layout.className()) ? layout
-                                                                                            : last;
+      last = CheckWords::contains(LOGComponentFactory::classes("layout"), layout.className())
+                 ? layout
+                 : last;
     }
     for (const CheckElement& layout : layouts) {
-      if (!checkClass(layout, LOGComponentFactory::layoutClasses(),
-                      "the appender has no layout by this element")) {
+      if (!checkClass(layout, "the appender has no layout by this element")) {
         continue;
       }
       CheckRules::checkParams(layout, m_findings);
@@ -121,8 +121,7 @@ class ComponentRules : CheckRuleSet {
   }
 
   void checkErrorHandler(const CheckElement& handler) {
-    checkClass(handler, LOGComponentFactory::errorHandlerClasses(),
-               "it becomes a handler that does nothing");
+    checkClass(handler, "it becomes a handler that does nothing");
     warn("error-handler", handler, "",
          "the appenders of the library report failures in the diagnostics and never call an error "
          "handler",

@@ -51,10 +51,6 @@ bool reachesAny(const LOGLogger& logger) {
                      [](const LOGLogger* stage) { return !stage->snapshotOfAppenders().empty(); });
 }
 
-bool isAsync(const Appender& appender) {
-  return dynamic_cast<const LOGAsyncAppender*>(appender.appender) != nullptr;
-}
-
 class DeliveryRules : CheckRuleSet {
  public:
   DeliveryRules(const CheckRehearsal& rehearsal, CheckFindings& findings)
@@ -190,12 +186,13 @@ class DeliveryRules : CheckRuleSet {
   void checkLeftOut(const CheckElement& holder, const std::set<std::string>& built) {
     for (const CheckElement& reference : holder.children("appender-ref")) {
       const std::string name = reference.get("ref");
-      warnIf(built.count(name) == 0 && CheckWords::contains(LOGComponentFactory::appenderClasses(),
-                                                            m_document.appender(name).className()),
-             "too-many", reference, "ref",
-             "the appender \"{}\" is left out: a document has no more than 1000 in use, and they "
-             "refer to others no more than 64 deep",
-             "fewer appenders", {name});
+      warnIf(
+          built.count(name) == 0 && CheckWords::contains(LOGComponentFactory::classes("appender"),
+                                                         m_document.appender(name).className()),
+          "too-many", reference, "ref",
+          "the appender \"{}\" is left out: a document has no more than 1000 in use, and they "
+          "refer to others no more than 64 deep",
+          "fewer appenders", {name});
     }
   }
 
@@ -325,7 +322,8 @@ class DeliveryRules : CheckRuleSet {
     for (const Appender& appender : m_rehearsal.appenders()) {
       // Of an asynchronous appender it is said of those behind it, and one whose own filters deny
       // everything is reported for that.
-      const bool passesOn = isAsync(appender) && !appender.element.children("appender-ref").empty();
+      const bool passesOn = dynamic_cast<const LOGAsyncAppender*>(appender.appender) != nullptr &&
+                            !appender.element.children("appender-ref").empty();
       const bool passesAny = std::any_of(levels.begin(), levels.end(), [&](LOGLevel* level) {
         return CheckRehearsal::decide(appender, 0, *level).passes != Passes::No;
       });

@@ -13,22 +13,13 @@ std::string CheckElement::className() const {
   return name;
 }
 
-std::vector<CheckElement> CheckElement::children() const {
+std::vector<CheckElement> CheckElement::children(const std::string& tag) const {
   std::vector<CheckElement> found;
   for (ZEBIDOM_Node child = m_element.getFirstChild(); !child.isNull();
        child = child.getNextSibling()) {
-    if (child.getNodeType() == ZEBIDOM_Node::ELEMENT_NODE) {
-      found.emplace_back(child);
-    }
-  }
-  return found;
-}
-
-std::vector<CheckElement> CheckElement::children(const std::string& tag) const {
-  std::vector<CheckElement> found;
-  for (const CheckElement& child : children()) {
-    if (child.tag() == tag) {
-      found.push_back(child);
+    const CheckElement element(child);  // null where it is text
+    if (!element.isNull() && (tag.empty() || element.tag() == tag)) {
+      found.push_back(element);
     }
   }
   return found;

@@ -31,9 +31,8 @@ class CheckElement {
   std::string className() const;
 
   CheckElement parent() const { return m_element.getParentNode(); }
-  std::vector<CheckElement> children() const;
-  /// Those of one name.
-  std::vector<CheckElement> children(const std::string& tag) const;
+  /// All, or those of one name.
+  std::vector<CheckElement> children(const std::string& tag = "") const;
   /// The param that a component takes under the name: the last one with a value, or null.
   CheckElement param(const std::string& name, bool isInAnyCase = false) const;
 

@@ -18,18 +18,13 @@ std::string filled(std::string text, std::vector<std::string>& values) {
 
 }  // namespace
 
-void CheckFindings::warn(const char* rule, const CheckElement& element,
-                         const std::string& attribute, const std::string& text,
-                         const std::string& instead, const std::vector<std::string>& values) {
+void CheckRuleSet::warn(const char* rule, const CheckElement& element, const std::string& attribute,
+                        const std::string& text, const std::string& instead,
+                        const std::vector<std::string>& values) const {
   std::vector<std::string> rest = values;
   std::string complete = filled(text, rest);
-  m_all.push_back(
+  m_findings.add(
       {false, rule, m_document.placeOf(element, attribute), complete, filled(instead, rest)});
-}
-
-void CheckFindings::fail(const char* rule, CheckPlace place, const std::string& text,
-                         const std::string& instead) {
-  m_all.push_back({true, rule, place, text, instead});
 }
 
 void CheckFindings::sort() {

@@ -2,6 +2,7 @@
 #define TOOLS_CHECKFINDINGS_H
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tools/CheckedDocument.h"
@@ -23,13 +24,7 @@ class CheckFindings {
 
   const CheckedDocument& document() const { return m_document; }
 
-  /// At the attribute of that name, or at the element where the name is empty. The values take the
-  /// places of the "{}" in the text and then in what to write instead.
-  void warn(const char* rule, const CheckElement& element, const std::string& attribute,
-            const std::string& text, const std::string& instead,
-            const std::vector<std::string>& values = {});
-  void fail(const char* rule, CheckPlace place, const std::string& text,
-            const std::string& instead);
+  void add(CheckFinding finding) { m_all.push_back(std::move(finding)); }
   /// Puts them in the order of their places.
   void sort();
 
@@ -49,12 +44,11 @@ class CheckRuleSet {
       : m_document(findings.document()), m_findings(findings) {}
 
  protected:
-  /// As CheckFindings::warn().
+  /// At the attribute of that name, or at the element where the name is empty. The values take the
+  /// places of the "{}" in the text and then in what to write instead.
   void warn(const char* rule, const CheckElement& element, const std::string& attribute,
             const std::string& text, const std::string& instead,
-            const std::vector<std::string>& values = {}) const {
-    m_findings.warn(rule, element, attribute, text, instead, values);
-  }
+            const std::vector<std::string>& values = {}) const;
 
   /// The same on a condition. The values are made in any case.
   void warnIf(bool condition, const char* rule, const CheckElement& element,

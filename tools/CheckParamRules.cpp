@@ -69,10 +69,6 @@ constexpr struct {
              {"logger", "%c"},   {"message", "%m"},  {"msg", "%m"},
              {"priority", "%p"}, {"relative", "%r"}, {"thread", "%t"}};
 
-const Words TWELVE_HOURS{"HH:mm:ss,SSS", "dd MMM yyyy HH:mm:ss,SSS"};
-constexpr const char* TWELVE_HOURS_TEXT =
-    "\"{}\" is written with the hours of half a day, 1 to 12, and without milliseconds";
-
 /// The two patterns of dates lead to names, which show all that the patterns seem to.
 std::string probableDateFormat(const std::string& text) {
   const std::string meant = CheckWords::nearest(text, {"ISO8601", "ABSOLUTE", "DATE",
@@ -90,15 +86,11 @@ bool hasPort(const std::string& host) {
 
 /// Where a param of that name would be read, if it is in the wrong place; empty if nowhere.
 std::string placeOfParam(const std::string& given, const std::string& kind) {
-  const std::pair<std::string, Words> kinds[] = {
-      {"appender", LOGComponentFactory::appenderClasses()},
-      {"layout", LOGComponentFactory::layoutClasses()},
-      {"filter", LOGComponentFactory::filterClasses()}};
   if (kind == "errorHandler") {
     return "";  // a handler is not to be configured
   }
-  for (const auto& [owner, classes] : kinds) {
-    for (const std::string& className : classes) {
+  for (const std::string owner : {"appender", "layout", "filter"}) {
+    for (const std::string& className : LOGComponentFactory::classes(owner)) {
       for (const LOGParameterTable::Param& known : LOGParameterTable::paramsOf(className)) {
         if (className == "LOGTCPSocketAppender" ||
             CheckWords::lower(known.name) != CheckWords::lower(CheckWords::trimmed(given))) {
@@ -207,7 +199,11 @@ class ParamRules : CheckRuleSet {
         checkLevel(param, known, value);
         break;
       case Kind::DateFormat:
-        checkDateFormat(param, value);
+        checkDateFormat(
+            param, value,
+            value == "NULL" || CheckWords::contains({"iso8601", "absolute", "date", "relative"},
+                                                    CheckWords::lower(value)),
+            "\"{}\" is no date format: no date is written", "value=\"{}\"");
         break;
       case Kind::Host:
         warnIf(hasPort(value), "port", param, "value",
@@ -232,14 +228,15 @@ class ParamRules : CheckRuleSet {
            {value, CheckWords::nearest(value, names).value_or("user")});
   }
 
-  void checkDateFormat(const CheckElement& param, const std::string& value) {
+  void checkDateFormat(const CheckElement& param, const std::string& value, bool isKnown,
+                       const char* none, const char* instead) {
     const std::string meant = probableDateFormat(value);
-    if (CheckWords::contains(TWELVE_HOURS, value)) {
-      warn("twelve-hours", param, "value", TWELVE_HOURS_TEXT, "value=\"{}\"", {value, meant});
-    } else if (value != "NULL" && !CheckWords::contains({"iso8601", "absolute", "date", "relative"},
-                                                        CheckWords::lower(value))) {
-      warn("unknown-date-format", param, "value", "\"{}\" is no date format: no date is written",
-           "value=\"{}\"", {value, meant});
+    if (CheckWords::contains({"HH:mm:ss,SSS", "dd MMM yyyy HH:mm:ss,SSS"}, value)) {
+      warn("twelve-hours", param, "value",
+           "\"{}\" is written with the hours of half a day, 1 to 12, and without milliseconds",
+           instead, {value, meant});
+    } else if (!isKnown) {
+      warn("unknown-date-format", param, "value", none, instead, {value, meant});
     }
   }
 
@@ -353,19 +350,10 @@ class ParamRules : CheckRuleSet {
       warn("nothing-to-show", param, "value", "\"{}\" shows {}: locations are not recorded",
            "leave it out", {text, specifier.letter == 'l' ? "nothing" : "\"?\""});
     } else if (specifier.letter == 'd' && specifier.option) {
-      checkDateOption(param, option);
+      checkDateFormat(param, option, CheckWords::contains({"ISO8601", "ABSOLUTE", "DATE"}, option),
+                      "\"{}\" is no date format of a pattern: no date is written", "%d{{}}");
     } else if (specifier.letter == 'c' && specifier.option) {
       checkPrecision(param, option);
-    }
-  }
-
-  void checkDateOption(const CheckElement& param, const std::string& option) {
-    const std::string meant = probableDateFormat(option);
-    if (CheckWords::contains(TWELVE_HOURS, option)) {
-      warn("twelve-hours", param, "value", TWELVE_HOURS_TEXT, "%d{{}}", {option, meant});
-    } else if (!CheckWords::contains({"ISO8601", "ABSOLUTE", "DATE"}, option)) {
-      warn("unknown-date-format", param, "value",
-           "\"{}\" is no date format of a pattern: no date is written", "%d{{}}", {option, meant});
     }
   }
 

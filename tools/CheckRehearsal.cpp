@@ -125,7 +125,7 @@ void CheckRehearsal::collectAppenders(const CheckedDocument& document, const Che
 void CheckRehearsal::collectAppender(const CheckedDocument& document, const std::string& name,
                                      LOGAppenderSkeleton* appender) {
   const CheckElement element = document.appender(name);
-  if (!CheckWords::contains(LOGComponentFactory::appenderClasses(), element.className())) {
+  if (!CheckWords::contains(LOGComponentFactory::classes("appender"), element.className())) {
     return;
   }
   if (m_visited.insert(name).second) {

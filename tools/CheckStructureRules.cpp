@@ -531,12 +531,12 @@ bool CheckRules::checkRoot(CheckFindings& findings) {
   const CheckElement root = findings.document().root();
   const std::string tag = root.tag();
   if (tag == "configuration") {
-    findings.warn("old-root", root, "", "the root element <configuration> is out of date",
-                  inAngles(ROOT_ELEMENT));
+    findings.add({false, "old-root", root.place(),
+                  "the root element <configuration> is out of date", inAngles(ROOT_ELEMENT)});
   } else if (tag != ROOT_ELEMENT) {
-    findings.fail("wrong-root", root.place(),
+    findings.add({true, "wrong-root", root.place(),
                   "the root element is <" + tag + ">, so nothing of the document is used",
-                  inAngles(ROOT_ELEMENT));
+                  inAngles(ROOT_ELEMENT)});
     return false;
   }
   return true;

@@ -28,25 +28,22 @@ Json textOrNull(const std::string& text) { return text.empty() ? Json() : Json(t
 
 std::string nameOf(const LOGAppenderSkeleton& appender) { return appender.getName().toStdString(); }
 
-std::string destinationOf(LOGRollingFileAppender& appender) {
-  const std::string size = std::to_string(appender.getMaximumFileSize());
-  const int backups = appender.getMaxBackupIndex();
-  std::string text = "; at " + size + " bytes ";
-  text += backups < 1 ? "it is emptied" : "it becomes backup 1 of " + std::to_string(backups);
-  if (appender.getAddProcID() == 1) {
-    text += "; the process id goes into the name when the program configures with process ids";
-  }
-  return text;
-}
-
 std::string destinationOf(LOGFileAppender& appender) {
   if (appender.getFile().isEmpty()) {
     return "nowhere: it has no File";
   }
   std::string text = "the file " + appender.getFile().toStdString() + ", which is " +
                      (appender.getAppend() == 1 ? "appended to" : "emptied when it is opened");
-  auto* const rolling = dynamic_cast<LOGRollingFileAppender*>(&appender);
-  return rolling == nullptr ? text : text + destinationOf(*rolling);
+  if (const auto* const rolling = dynamic_cast<const LOGRollingFileAppender*>(&appender)) {
+    const int backups = rolling->getMaxBackupIndex();
+    text += "; at " + std::to_string(rolling->getMaximumFileSize()) + " bytes " +
+            (backups < 1 ? "it is emptied" : "it becomes backup 1 of " + std::to_string(backups));
+    text += rolling->getAddProcID() != 1
+                ? ""
+                : "; the process id goes into the name when the program configures with process "
+                  "ids";
+  }
+  return text;
 }
 
 std::string destinationOf(LOGAsyncAppender& appender) {

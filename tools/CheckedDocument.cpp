@@ -26,9 +26,8 @@ CheckedDocument::CheckedDocument(const std::string& fileName)
   }
   ZEBIDOM_Parser parser(0);
   parser.setLoadExternalDTD(0);
-  m_isParsed = (fileName == STANDARD_INPUT ? parser.parse(std::cin, m_document)
-                                           : parser.parse(name, m_document)) != 0;
-  if (!m_isParsed) {
+  if ((fileName == STANDARD_INPUT ? parser.parse(std::cin, m_document)
+                                  : parser.parse(name, m_document)) == 0) {
     m_errorReason = parser.getErrorReason().toStdString();
     m_errorPlace = {parser.getErrorLine(), parser.getErrorColumn()};
     return;

@@ -17,7 +17,7 @@ class CheckedDocument {
   CheckedDocument(const CheckedDocument&) = delete;
   CheckedDocument& operator=(const CheckedDocument&) = delete;
 
-  bool isParsed() const { return m_isParsed; }
+  bool isParsed() const { return !root().isNull(); }
   /// Why it is not, and where if that is known.
   const std::string& errorReason() const { return m_errorReason; }
   CheckPlace errorPlace() const { return m_errorPlace; }
@@ -37,7 +37,6 @@ class CheckedDocument {
   CheckPlace placeAt(std::size_t offset) const;
 
   ZEBIDOM_Document m_document;
-  bool m_isParsed = false;
   std::string m_errorReason;
   CheckPlace m_errorPlace;
   std::string m_text;

@@ -10,6 +10,7 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 constexpr const char* HEX_DIGITS = "0123456789abcdef";
+constexpr std::string_view SHORTLY_ESCAPED = "\n\r\t";
 constexpr char DELETE = '\x7F';
 // The control characters from U+0080 to U+009F are this byte and one up to that.
 constexpr unsigned char C1_LEAD = 0xC2;
@@ -25,20 +26,6 @@ std::string hex(std::string_view bytes) {
   return text;
 }
 
-/// The escape for a character that has a short one, or null.
-const char* shortEscape(char c) {
-  switch (c) {
-    case '\n':
-      return "\\n";
-    case '\r':
-      return "\\r";
-    case '\t':
-      return "\\t";
-    default:
-      return nullptr;
-  }
-}
-
 /// UTF-8 with control characters escaped and the line end at its end left out.
 std::string readable(std::string_view text) {
   while (!text.empty() && (text.back() == '\n' || text.back() == '\r')) {
@@ -48,8 +35,8 @@ std::string readable(std::string_view text) {
   for (std::size_t i = 0; i < text.size(); ++i) {
     const auto byte = static_cast<unsigned char>(text[i]);
     const auto next = static_cast<unsigned char>(i + 1 < text.size() ? text[i + 1] : '\0');
-    if (const char* const escape = shortEscape(text[i])) {
-      line += escape;
+    if (const std::size_t escape = SHORTLY_ESCAPED.find(text[i]); escape != std::string::npos) {
+      line += {'\\', "nrt"[escape]};
     } else if (byte < ' ' || byte == DELETE) {
       line += "\\x" + hex(text.substr(i, 1));
     } else if (byte == C1_LEAD && next <= C1_LAST) {

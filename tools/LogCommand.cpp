@@ -1,22 +1,28 @@
 #include <CLI/CLI.hpp>
+#include <atomic>
+#include <chrono>
+#include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <future>
 #include <iostream>
 #include <memory>
 #include <system_error>
+#include <thread>
+#include <utility>
 #include <vector>
 
+#include "config/LOGDOMConfigurator.h"
 #include "config/LOGXMLWatchdog.h"
 #include "log4zeb.h"
 #include "platform/ZEBIDOM_DOMImplementation.h"
 #include "platform/ZEBIDOM_Document.h"
 #include "platform/ZEBIDOM_Element.h"
 #include "platform/ZEBIDOM_Parser.h"
+#include "platform/ZEBUtTerminal.h"
 #include "tools/CommandSupport.h"
-#include "tools/LineJob.h"
 #include "tools/LineLevel.h"
-#include "tools/LineLogger.h"
 #include "tools/LineReader.h"
 #include "tools/LogDestinations.h"
 #include "tools/StopSignal.h"
@@ -58,10 +64,6 @@ Exit codes:
            written to it; with --watch, since the document was last applied
   128 + n  ended by signal n, such as 130 after an interrupt; the lines logged until then
            are where they belong)";
-
-LOGLogger* loggerNamed(const std::string& name) {
-  return name.empty() ? LOGManager::getRootLogger() : LOGManager::getLogger(name);
-}
 
 /// What ends a complaint of a document that was read.
 std::string whereToLook(const std::string& document) {
@@ -113,7 +115,8 @@ LOGLogger* usableLogger(const std::string& document, const std::string& loggerNa
                         "' configures nothing: no logger has an appender" + whereToLook(document));
     return nullptr;
   }
-  LOGLogger* const logger = loggerNamed(loggerName);
+  LOGLogger* const logger =
+      loggerName.empty() ? LOGManager::getRootLogger() : LOGManager::getLogger(loggerName);
   const bool hasAppenders = LogDestinations::hasAppenders(logger);
   if (!hasAppenders || !LogDestinations::canLog(logger)) {
     CommandSupport::say(
@@ -127,9 +130,151 @@ LOGLogger* usableLogger(const std::string& document, const std::string& loggerNa
   return logger;
 }
 
-void report(const LineLogger::Counts& counts) {
-  CommandSupport::say(std::to_string(counts.read) + " lines read, " +
-                      std::to_string(counts.logged) + " logged");
+// How soon a stop signal is answered.
+constexpr std::chrono::milliseconds ATTENTION(50);
+// A log call takes microseconds; one that takes this long waits for somebody who does not come.
+constexpr std::chrono::seconds PATIENCE(2);
+
+/// A line on standard error that counts on while a long job runs. It appears after one second, and
+/// only on a terminal.
+class ProgressLine {
+ public:
+  /// Shows the number if it changed, at most five times a second.
+  void show(std::uint64_t lines) {
+    if (m_isWanted && lines != m_shown && Clock::now() >= m_next) {
+      const std::string text = "log4zeb: " + std::to_string(lines) + " lines read so far";
+      std::cerr << '\r' + text;
+      m_width = text.size();
+      m_shown = lines;
+      m_next = Clock::now() + std::chrono::milliseconds(200);
+    }
+  }
+  /// Takes the line away, so that other text can begin in its place.
+  void clear() const {
+    if (m_width != 0) {
+      std::cerr << '\r' + std::string(m_width, ' ') + '\r';
+    }
+  }
+
+ private:
+  using Clock = std::chrono::steady_clock;
+
+  const bool m_isWanted = ZEBUtTerminal::isStandardError();
+  Clock::time_point m_next = Clock::now() + std::chrono::seconds(1);
+  std::uint64_t m_shown = 0;
+  std::size_t m_width = 0;
+};
+
+/// Logs every line of a stream, each as one event. Lines are read and logged on a thread of their
+/// own, so that the calling thread can show progress, answer a stop signal and see that nobody
+/// reads the console any more while the input is silent.
+class LineJob {
+ public:
+  enum class End {
+    /// Every line that could be read was logged, and the thread has ended.
+    COMPLETE,
+    /// A stop signal came, or the reader of the console has gone; no line is half logged and none
+    /// will be logged any more.
+    STOPPED,
+    /// The same, but a log call does not return: something below it is blocked.
+    STUCK
+  };
+
+  /// Lines are logged at the level of `rank`, or, with `levelFromLine`, at that of the first level
+  /// word in the line when there is one. Stream and logger are not owned.
+  LineJob(std::istream& in, LOGLogger* logger, int rank, bool levelFromLine)
+      : m_reader(in), m_logger(logger), m_rank(rank), m_levelFromLine(levelFromLine) {}
+
+  /// Runs once. Throws what reading and logging throw. Unless it returns COMPLETE, the thread may
+  /// go on waiting and still uses this object, the stream and the logger: the process must be ended
+  /// while they live.
+  End run() {
+    ProgressLine progress;
+    std::packaged_task<void()> logging([this] { logLines(); });
+    std::future<void> ended = logging.get_future();
+    std::thread thread(std::move(logging));
+    while (ended.wait_for(ATTENTION) != std::future_status::ready) {
+      if (StopSignal::received() != 0 || hasLostReader()) {
+        progress.clear();
+        const bool resting = comesToRest();
+        thread.detach();
+        return resting ? End::STOPPED : End::STUCK;
+      }
+      progress.show(m_read);
+    }
+    thread.join();
+    progress.clear();
+    ended.get();
+    return End::COMPLETE;
+  }
+  /// How many lines were read, and of how many the level was enabled. Any thread may ask.
+  std::uint64_t read() const noexcept { return m_read; }
+  std::uint64_t logged() const noexcept { return m_logged; }
+  /// After the end: whether reading failed.
+  bool hasFailed() const { return m_reader.failed(); }
+
+ private:
+  void logLines() {
+    while (m_reader.next()) {
+      m_logging = true;
+      if (m_stopping) {
+        m_logging = false;
+        return;
+      }
+      logLine();
+      m_logging = false;
+    }
+  }
+
+  void logLine() {
+    ++m_read;
+    const std::string_view line = m_reader.line();
+    const int rank = m_levelFromLine ? LineLevel::firstIn(line).value_or(m_rank) : m_rank;
+    LOGLevel* const level = LOGLevel::toLevel(rank);
+    if (m_logger->isEnabledFor(level) != 0) {
+      m_logger->log(level, I18NString::fromUtf8(line));
+      ++m_logged;
+    }
+  }
+
+  /// Whether lines go to the console, and nobody reads it any more.
+  bool hasLostReader() const {
+    bool isConsole = false;
+    if (ZEBUtTerminal::hasLostReader()) {
+      // A watchdog may be about to give the logger other appenders.
+      LOGDOMConfigurator::runExclusively(
+          [&] { isConsole = LogDestinations::includeConsole(m_logger); });
+    }
+    return isConsole;
+  }
+
+  bool comesToRest() {
+    m_stopping = true;
+    const auto deadline = std::chrono::steady_clock::now() + PATIENCE;
+    while (m_logging) {
+      if (std::chrono::steady_clock::now() >= deadline) {
+        return false;
+      }
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return true;
+  }
+
+  LineReader m_reader;
+  LOGLogger* const m_logger;
+  const int m_rank;
+  const bool m_levelFromLine;
+  std::atomic<std::uint64_t> m_read{0};
+  std::atomic<std::uint64_t> m_logged{0};
+  // The logging thread sets m_logging and then reads m_stopping, the calling thread the other way
+  // round, both in the one order that all threads agree on: so one of them sees the other.
+  std::atomic<bool> m_logging{false};
+  std::atomic<bool> m_stopping{false};
+};
+
+void report(const LineJob& job) {
+  CommandSupport::say(std::to_string(job.read()) + " lines read, " + std::to_string(job.logged()) +
+                      " logged");
 }
 
 /// The watchdog, which may be null, comes first: it must not apply the document again afterwards.
@@ -141,12 +286,11 @@ void shutDown(DocumentWatchdog* watchdog) {
 }
 
 /// Ends the process without waiting for the thread that may still wait for input.
-[[noreturn]] void endEarly(LineJob::End end, const LineLogger::Counts& counts,
-                           DocumentWatchdog* watchdog) {
+[[noreturn]] void endEarly(LineJob::End end, const LineJob& job, DocumentWatchdog* watchdog) {
   const int signal = StopSignal::received();
   CommandSupport::say(signal != 0 ? "stopped by signal " + std::to_string(signal)
                                   : "nobody reads standard output any more");
-  report(counts);
+  report(job);
   // Where a log call does not return, the watchdog may wait for the same thing.
   if (end == LineJob::End::STOPPED) {
     shutDown(watchdog);
@@ -211,27 +355,25 @@ class LogCommand : public Subcommand {
       return BAD_DOCUMENT;
     }
     StopSignal::watch();
-    LineReader reader(in);
-    LineLogger lines(logger, LineLevel::rankOf(m_level).value_or(LOGLevel::INFO_RANK),
-                     m_levelFromLine);
-    LineJob job(reader, lines);
+    LineJob job(in, logger, LineLevel::rankOf(m_level).value_or(LOGLevel::INFO_RANK),
+                m_levelFromLine);
     const LineJob::End end = job.run();
     if (end != LineJob::End::COMPLETE) {
-      endEarly(end, lines.getCounts(), watchdog.get());
+      endEarly(end, job, watchdog.get());
     }
     if (watchdog != nullptr) {
       watchdog->stop();
     }
     const bool hasConsoleFailed = LogDestinations::hasConsoleFailed(logger);
     shutDown(watchdog.get());
-    if (reader.failed()) {
+    if (job.hasFailed()) {
       CommandSupport::say("cannot read on in the input");
     }
     if (hasConsoleFailed) {
       CommandSupport::say("cannot write to standard output");
     }
-    report(lines.getCounts());
-    return reader.failed() ? BAD_INPUT : hasConsoleFailed ? BAD_OUTPUT : 0;
+    report(job);
+    return job.hasFailed() ? BAD_INPUT : hasConsoleFailed ? BAD_OUTPUT : 0;
   }
 
   /// Applies the document; with a watchdog, which has done so, starts that. Returns the logger, or

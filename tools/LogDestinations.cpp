@@ -12,12 +12,12 @@
 #include "core/LOGManager.h"
 #include "filters/LOGFilter.h"
 #include "net/LOGTCPSocketAppender.h"
+#include "tools/CheckRehearsal.h"
 #include "tools/FilterView.h"
 
 namespace {
 
 using Appenders = std::vector<LOGAppenderSkeleton*>;
-using Seen = std::set<const LOGAppenderSkeleton*>;
 
 Appenders appendersOf(const LOGLogger* logger) {
   Appenders found;
@@ -30,15 +30,21 @@ Appenders appendersOf(const LOGLogger* logger) {
 
 /// Whether one of the appenders, or one behind them, is wanted, on a way on which all may pass.
 template <typename Passing, typename Wanted>
-bool reach(const Appenders& appenders, Passing mayPass, Wanted isWanted, Seen& seen) {
-  return std::any_of(appenders.begin(), appenders.end(), [&](LOGAppenderSkeleton* appender) {
-    if (!seen.insert(appender).second || !mayPass(*appender)) {
-      return false;
+bool reach(Appenders appenders, Passing mayPass, Wanted isWanted) {
+  std::set<const LOGAppenderSkeleton*> seen;
+  for (std::size_t i = 0; i < appenders.size(); ++i) {
+    LOGAppenderSkeleton& appender = *appenders[i];
+    if (!seen.insert(&appender).second || !mayPass(appender)) {
+      continue;
     }
-    auto* const async = dynamic_cast<LOGAsyncAppender*>(appender);
-    return async == nullptr ? isWanted(*appender)
-                            : reach(async->getAAI()->snapshot(), mayPass, isWanted, seen);
-  });
+    if (auto* const async = dynamic_cast<LOGAsyncAppender*>(&appender)) {
+      const Appenders behind = async->getAAI()->snapshot();
+      appenders.insert(appenders.end(), behind.begin(), behind.end());
+    } else if (isWanted(appender)) {
+      return true;
+    }
+  }
+  return false;
 }
 
 /// Whether the filters let some line of the level pass.
@@ -85,25 +91,19 @@ bool LogDestinations::hasAppenders(LOGLogger* logger) { return !appendersOf(logg
 
 bool LogDestinations::canLog(LOGLogger* logger) {
   const Appenders appenders = appendersOf(logger);
-  for (const int rank : {LOGLevel::DEBUG_RANK, LOGLevel::INFO_RANK, LOGLevel::WARN_RANK,
-                         LOGLevel::ERROR_RANK, LOGLevel::FATAL_RANK}) {
-    LOGLevel& level = *LOGLevel::toLevel(rank);
-    const auto passes = [&](LOGAppenderSkeleton& appender) { return mayPass(appender, level); };
-    Seen seen;
-    if (logger->isEnabledFor(&level) != 0 && reach(appenders, passes, canWrite, seen)) {
-      return true;
-    }
-  }
-  return false;
+  const std::vector<LOGLevel*>& levels = CheckRehearsal::levels();
+  return std::any_of(levels.begin(), levels.end(), [&](LOGLevel* level) {
+    const auto passes = [&](LOGAppenderSkeleton& appender) { return mayPass(appender, *level); };
+    return logger->isEnabledFor(level) != 0 && reach(appenders, passes, canWrite);
+  });
 }
 
 bool LogDestinations::includeConsole(LOGLogger* logger) {
   const auto isConsole = [](LOGAppenderSkeleton& appender) {
     return dynamic_cast<LOGConsoleAppender*>(&appender) != nullptr;
   };
-  Seen seen;
   return reach(
-      appendersOf(logger), [](LOGAppenderSkeleton&) { return true; }, isConsole, seen);
+      appendersOf(logger), [](LOGAppenderSkeleton&) { return true; }, isConsole);
 }
 
 bool LogDestinations::hasConsoleFailed(LOGLogger* logger) {
@@ -115,6 +115,5 @@ bool LogDestinations::hasConsoleFailed(LOGLogger* logger) {
     auto* const console = dynamic_cast<LOGConsoleAppender*>(&appender);
     return console != nullptr && ConsoleFile::hasFailed(*console);
   };
-  Seen seen;
-  return reach(appendersOf(logger), hasDelivered, hasFailed, seen);
+  return reach(appendersOf(logger), hasDelivered, hasFailed);
 }

@@ -106,8 +106,6 @@ bool beginsWith(std::string_view text, std::string_view beginning) {
   return text.substr(0, beginning.size()) == beginning;
 }
 
-bool isBlank(std::string_view line) { return line.find_first_not_of("\r\n") == line.npos; }
-
 /// What there is up to the end of the first row, or to the end where there is none.
 std::string readFirstRow(RowReader& rows) {
   std::string text;
@@ -226,7 +224,7 @@ class PageCommand : public Subcommand {
   /// Says why these rows make no page; empty when they do. No rows at all make an empty table.
   std::string complaintAbout(const std::string& firstRow, const RowReader& rows) const {
     const std::size_t begin = std::min(firstRow.find_first_not_of("\r\n"), firstRow.size());
-    if (isBlank(firstRow)) {
+    if (begin == firstRow.size()) {
       return "";
     }
     const std::string input = "the input file '" + m_input + "'";

@@ -3,18 +3,12 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "platform/I18NString.h"
+#include "rendering/LOGRecordStream.h"
 
 namespace {
 
-// Words of Java's object serialisation.
-constexpr std::uint64_t STREAM_HEADER = 0xACED0005;
-constexpr std::uint64_t TC_NULL = 0x70;
-constexpr std::uint64_t TC_CLASSDESC = 0x72;
-constexpr std::uint64_t TC_OBJECT = 0x73;
-constexpr std::uint64_t TC_BLOCKDATA = 0x77;
-constexpr std::uint64_t TC_ENDBLOCKDATA = 0x78;
-constexpr std::uint64_t TC_BLOCKDATALONG = 0x7A;
+using Words = LOGRecordStream;
+
 constexpr std::size_t VERSION_AND_FLAGS = 9;
 
 /// Takes bytes off the front of a view. What is missing reads as zero or empty, and ok() is false
@@ -51,11 +45,11 @@ class Reader {
     std::string content;
     while (m_ok && !m_rest.empty()) {
       const auto kind = static_cast<unsigned char>(m_rest.front());
-      if (kind != TC_BLOCKDATA && kind != TC_BLOCKDATALONG) {
+      if (kind != Words::TC_BLOCKDATA && kind != Words::TC_BLOCKDATALONG) {
         break;
       }
       take(1);
-      content += take(number(kind == TC_BLOCKDATA ? 1 : 4));
+      content += take(number(kind == Words::TC_BLOCKDATA ? 1 : 4));
     }
     return content;
   }
@@ -111,17 +105,18 @@ std::optional<std::string> onlyTextOf(std::string_view bytes) {
 std::optional<RecordDecoder::Record> RecordDecoder::decode(std::string_view bytes) {
   Reader reader(bytes);
   Record record;
-  reader.expect(4, STREAM_HEADER);
+  reader.expect(2, Words::STREAM_MAGIC);
+  reader.expect(2, Words::STREAM_VERSION);
   const std::optional<std::string> logger = onlyTextOf(reader.blocks());
-  reader.expect(1, TC_OBJECT);
-  reader.expect(1, TC_CLASSDESC);
+  reader.expect(1, Words::TC_OBJECT);
+  reader.expect(1, Words::TC_CLASSDESC);
   record.className = reader.utf();
   reader.take(VERSION_AND_FLAGS);
   reader.expect(2, 0);  // fields
-  reader.expect(1, TC_ENDBLOCKDATA);
-  reader.expect(1, TC_NULL);  // no base class
+  reader.expect(1, Words::TC_ENDBLOCKDATA);
+  reader.expect(1, Words::TC_NULL);  // no base class
   record.content = reader.blocks();
-  reader.expect(1, TC_ENDBLOCKDATA);
+  reader.expect(1, Words::TC_ENDBLOCKDATA);
   if (!reader.ok() || !reader.atEnd() || !logger) {
     return std::nullopt;
   }
