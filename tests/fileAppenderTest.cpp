@@ -12,18 +12,13 @@
 
 #ifndef _WIN32
 #include <fcntl.h>
-#include <sys/mman.h>
 #include <sys/resource.h>
 #include <unistd.h>
-
-#include <csignal>
 #endif
 
 #include "appenders/LOGOnlyOnceErrorHandler.h"
 #include "appenders/LOGRollingFileAppender.h"
-#include "core/LOGLevel.h"
 #include "core/LOGLogger.h"
-#include "core/LOGLoggingEvent.h"
 #include "core/LOGManager.h"
 #include "layouts/LOGLayout.h"
 #include "platform/IZEBConfiguration.h"
@@ -31,6 +26,8 @@
 #include "platform/ZEBConfigurationFactory.h"
 #include "platform/ZEBFmHold.h"
 #include "platform/ZEBThreadGuard.h"
+#include "support/TestEvent.h"
+#include "support/Threads.h"
 #include "support/Workplace.h"
 
 namespace fs = std::filesystem;
@@ -45,8 +42,7 @@ class FileAppenderTest : public testing::Test {
  protected:
   /// One event by the way that a logger's list takes.
   static void append(LOGAppenderSkeleton& appender, LOGObject& message) {
-    LOGLoggingEvent event("fqn", LOGManager::getLogger("file"),
-                          LOGLevel::toLevel(LOGLevel::INFO_RANK), &message);
+    TestEvent event("file", "INFO", &message);
     appender.activateOptions();
     appender.doAppend(&event);
   }
@@ -69,24 +65,11 @@ class RollingFileAppenderTest : public FileAppenderTest {
   LOGRollingFileAppender appender;
 };
 
-/// A message that does something while it is rendered.
-class ActingMessage : public LOGObject {
- public:
-  explicit ActingMessage(std::function<void()> act) : LOGObject("acted"), m_act(std::move(act)) {}
-  const I18NString& toString() const override {
-    m_act();
-    return LOGObject::toString();
-  }
-  LOGObject* clone() const override { return new ActingMessage(*this); }
-
- private:
-  std::function<void()> m_act;
-};
-
 /// A resolver of file names that first does something, in force while it lives.
 class ActingResolver : public IZEBConfiguration {
  public:
-  explicit ActingResolver(std::function<void()> act) : m_act(std::move(act)) {
+  explicit ActingResolver(std::function<void()> act, const std::string& directory = "")
+      : m_act(std::move(act)), m_directory(directory) {
     ZEBConfigurationFactory::setInstance(this);
   }
   ActingResolver(const ActingResolver&) = delete;
@@ -94,21 +77,12 @@ class ActingResolver : public IZEBConfiguration {
   ~ActingResolver() override { ZEBConfigurationFactory::setInstance(nullptr); }
   I18NString resolvePath(const I18NString& name) const override {
     m_act();
-    return name;
+    return m_directory + name;
   }
 
  private:
   const std::function<void()> m_act;
-};
-
-/// A resolver of file names that takes them from a directory, in force while it lives.
-class Relocating : public IZEBConfiguration {
- public:
-  Relocating() { ZEBConfigurationFactory::setInstance(this); }
-  Relocating(const Relocating&) = delete;
-  Relocating& operator=(const Relocating&) = delete;
-  ~Relocating() override { ZEBConfigurationFactory::setInstance(nullptr); }
-  I18NString resolvePath(const I18NString& name) const override { return "sub/" + name; }
+  const I18NString m_directory;
 };
 
 /// A rolling appender that does something while it opens its file again.
@@ -123,47 +97,6 @@ class ActingRollingAppender : public LOGRollingFileAppender {
 };
 
 std::function<void()> ActingRollingAppender::s_act;
-
-#ifndef _WIN32
-/// Memory whose beginning or end can be taken away: the next access restores it and calls a
-/// function.
-class InterruptingMemory {
- public:
-  explicit InterruptingMemory(std::function<void()> onUse) : m_onUse(std::move(onUse)) {
-    s_current = this;
-    struct sigaction action {};
-    action.sa_handler = [](int) {
-      s_current->giveBack();
-      s_current->m_onUse();
-    };
-    sigaction(SIGSEGV, &action, &m_before);
-  }
-  InterruptingMemory(const InterruptingMemory&) = delete;
-  InterruptingMemory& operator=(const InterruptingMemory&) = delete;
-  ~InterruptingMemory() {
-    sigaction(SIGSEGV, &m_before, nullptr);
-    munmap(m_memory, 2 * m_page);
-  }
-
-  /// The place for an object whose beginning has so many bytes.
-  void* placeWith(std::size_t bytes) { return end() - bytes; }
-  void takeBeginning() { mprotect(m_memory, m_page, PROT_NONE); }
-  void takeEnd() { mprotect(end(), m_page, PROT_NONE); }
-  void giveBack() { mprotect(m_memory, 2 * m_page, PROT_READ | PROT_WRITE); }
-
- private:
-  char* end() { return static_cast<char*>(m_memory) + m_page; }
-
-  static InterruptingMemory* s_current;
-  const std::size_t m_page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
-  void* const m_memory =
-      mmap(nullptr, 2 * m_page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-  const std::function<void()> m_onUse;
-  struct sigaction m_before {};
-};
-
-InterruptingMemory* InterruptingMemory::s_current = nullptr;
-#endif
 
 }  // namespace
 
@@ -191,7 +124,7 @@ TEST_F(FileAppenderTest, StaysClosedAfterCloseUntilToldToOpen) {
   EXPECT_TRUE(appender.getFile().isEmpty());
   appender.setFile("a.log");
   append(appender, "refused");
-  EXPECT_EQ(Workplace::diagnosticsWith(CLOSED), 1);
+  EXPECT_EQ(Workplace::noted(CLOSED), 1);
   appender.setFile("a.log", 1, 0, 1);
   append(appender, "2");
   EXPECT_EQ(Workplace::lines("a.log"), (Lines{"1", "2"}));
@@ -212,47 +145,29 @@ TEST_F(FileAppenderTest, TriesAMissingDirectoryAgainWithEveryEvent) {
   append(appender, "1");
   appender.close();
   EXPECT_EQ(Workplace::lines("later/a.log"), (Lines{"1"}));
-  EXPECT_EQ(Workplace::diagnosticsEqual(
-                "log4zeb: LOGFileAppender::setFile -- later directory does not exist"),
-            2);
-  EXPECT_EQ(Workplace::diagnosticsWith(CLOSED), 1);
+  EXPECT_EQ(Workplace::debugs("LOGFileAppender::setFile -- later directory does not exist"), 2);
+  EXPECT_EQ(Workplace::noted(CLOSED), 1);
 }
 
 TEST_F(FileAppenderTest, ReportsAFullDiskOnceAnEventAndGoesOn) {
   LOGFileAppender appender(&layout, Workplace::FULL_DISK);
   append(appender, "1");
   append(appender, "2");
-  EXPECT_EQ(Workplace::diagnosticsEqual(
-                "log4zeb:ERROR LOGQuietWriter::write -- ZEBThrowable exception occurred"),
-            2);
+  EXPECT_EQ(Workplace::errors("LOGQuietWriter::write -- ZEBThrowable exception occurred"), 2);
   fs::create_directory("directory");
   LOGRollingFileAppender rolling(&layout, "directory");
-  EXPECT_EQ(Workplace::diagnosticsEqual("log4zeb:ERROR LOGRollingFileAppender::setFile -- LOGGING "
-                                        "DISABLED -- UNABLE TO OPEN LOG FILE."),
+  EXPECT_EQ(Workplace::errors(
+                "LOGRollingFileAppender::setFile -- LOGGING DISABLED -- UNABLE TO OPEN LOG FILE."),
             1);
-}
-
-TEST_F(FileAppenderTest, HoldsBufferedRecordsBackAndCutsThemOnlyBetweenRecords) {
-  LOGFileAppender appender(&layout, "b.log", 1, 1, 32);
-  append(appender, "0123456789");
-  append(appender, "0123456789");
-  EXPECT_EQ(Workplace::read("b.log"), "");
-  append(appender, "abcdefghij");
-  EXPECT_EQ(Workplace::lines("b.log").size(), 2U);
-  append(appender, std::string(100, 'x'));
-  EXPECT_EQ(Workplace::lines("b.log").size(), 4U) << "what does not fit goes out at once, in order";
-  append(appender, "last");
-  appender.close();
-  EXPECT_EQ(Workplace::lines("b.log").back(), "last");
 }
 
 TEST_F(FileAppenderTest, ReportsBufferedRecordsThatAreLost) {
   LOGFileAppender appender(&layout, Workplace::FULL_DISK, 1, 1, 4096);
   append(appender, "buffered");
-  EXPECT_TRUE(Workplace::diagnosticsWith("ERROR") == 0);
+  EXPECT_TRUE(Workplace::noted("ERROR") == 0);
   appender.close();
   { LOGFileAppender(&layout, Workplace::FULL_DISK, 1, 1, 4096).setFile("other"); }
-  EXPECT_EQ(Workplace::diagnosticsWith("ERROR"), 1) << "nothing is lost where nothing was logged";
+  EXPECT_EQ(Workplace::noted("ERROR"), 1) << "nothing is lost where nothing was logged";
   for (const bool isRolling : {false, true}) {
     const std::unique_ptr<LOGFileAppender> dying(isRolling ? new LOGRollingFileAppender
                                                            : new LOGFileAppender);
@@ -260,9 +175,7 @@ TEST_F(FileAppenderTest, ReportsBufferedRecordsThatAreLost) {
     dying->setFile(Workplace::FULL_DISK, 1, 1, 4096);
     append(*dying, "buffered");
   }
-  EXPECT_EQ(Workplace::diagnosticsEqual(
-                "log4zeb:ERROR LOGQuietWriter::close -- ZEBThrowable exception occurred"),
-            3);
+  EXPECT_EQ(Workplace::errors("LOGQuietWriter::close -- ZEBThrowable exception occurred"), 3);
 }
 
 TEST_F(FileAppenderTest, TriesAgainWithTheNextEventAfterAnExceptionInOpening) {
@@ -307,7 +220,7 @@ TEST_F(FileAppenderTest, TakesAnEarlierErrorHandlerBackIntoUse) {
 
 TEST_F(FileAppenderTest, KeepsItsFileWhenTheProgramChangesDirectoryOrResolvesNames) {
   fs::create_directory("sub");
-  const Relocating relocating;
+  const ActingResolver relocating([] {}, "sub/");
   LOGRollingFileAppender appender(&layout, "r.log");
   EXPECT_EQ(appender.getFile(), I18NString("sub/r.log"));
   fs::create_directory("other");
@@ -322,7 +235,7 @@ TEST_F(FileAppenderTest, KeepsItsFileWhenTheProgramChangesDirectoryOrResolvesNam
 }
 
 TEST_F(FileAppenderTest, ResolvesItsNameOnceInRetriesAndCopies) {
-  const Relocating relocating;
+  const ActingResolver relocating([] {}, "sub/");
   LOGRollingFileAppender rolling;
   LOGFileAppender plain;
   for (LOGFileAppender* const appender : {&plain, static_cast<LOGFileAppender*>(&rolling)}) {
@@ -364,7 +277,7 @@ TEST_F(FileAppenderTest, RefusesWhatAResolverLogsThroughTheAppenderBeingOpened) 
         ++resolved;
         append(*appender, "resolving");
       });
-      const auto refused = Workplace::diagnosticsWith(CLOSED);
+      const auto refused = Workplace::noted(CLOSED);
       appender->setLayout(&layout);
       appender->setFile(appender == &plain ? "p.log" : "r.log");
       rolling.setMaximumFileSize(5);
@@ -372,7 +285,7 @@ TEST_F(FileAppenderTest, RefusesWhatAResolverLogsThroughTheAppenderBeingOpened) 
       append(*appender, "a");
       append(*appender, "b");
       append(*appender, "c");
-      EXPECT_EQ(Workplace::diagnosticsWith(CLOSED), refused + 1);
+      EXPECT_EQ(Workplace::noted(CLOSED), refused + 1);
       EXPECT_EQ(resolved, 1);
       if (appender == &rolling) {
         appender->setFile(
@@ -388,28 +301,23 @@ TEST_F(FileAppenderTest, RefusesWhatAResolverLogsThroughTheAppenderBeingOpened) 
 TEST_F(FileAppenderTest, LetsOthersRollTheFileOverWhileAResolverRuns) {
   LOGRollingFileAppender one(&layout, "s.log");
   LOGRollingFileAppender other(&layout, "s.log");
-  std::vector<std::thread> threads;
+  Threads threads;
   std::atomic<int> written{0};
   int resolved = 0;
   const ActingResolver resolver([&] {
     ++resolved;
-    threads.emplace_back([&] {
+    threads.add([&] {
       append(other, "other");
       ++written;
     });
-    for (int i = 0; i < 2000 && written < resolved; ++i) {
-      std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    EXPECT_EQ(written, resolved) << "the file's turn is taken";
+    EXPECT_TRUE(eventually([&] { return written == resolved; })) << "the file's turn is taken";
   });
   one.close();
   one.setMaximumFileSize(5);
   other.setMaximumFileSize(5);
   one.setFile("s.log", 1, 0, 1);
   append(one, "one");
-  for (std::thread& thread : threads) {
-    thread.join();
-  }
+  threads.join();
   EXPECT_EQ(resolved, 1);
   EXPECT_EQ(Workplace::lines("s.log.1"), (Lines{"one"}));
 }
@@ -422,28 +330,11 @@ TEST_F(FileAppenderTest, PassesOnWhatAResolverThrows) {
   EXPECT_THROW(rolling.setFile("a.log", 1, 0, 1), std::runtime_error);
 }
 
-TEST_F(FileAppenderTest, TakesAnotherNameWhileAThreadLogs) {
-  LOGFileAppender appender;
-  appender.setLayout(&layout);
-  std::thread logging([&] {
-    for (int i = 0; i < 1000; ++i) {
-      append(appender, "lost");
-    }
-  });
-  for (std::size_t i = 0; i < 10000; ++i) {
-    appender.setFile("missing/" + std::string(40 + i % 300, 'a'));
-  }
-  logging.join();
-  appender.setFile("a.log");
-  append(appender, "1");
-  EXPECT_EQ(Workplace::lines("a.log"), (Lines{"1"}));
-}
-
 TEST_F(FileAppenderTest, SurvivesMessagesThatLogOrCloseWhileTheyAreRendered) {
   LOGRollingFileAppender appender(&layout, "m.log");
   appender.setMaximumFileSize(1);
   bool nested = false;
-  ActingMessage logging([&] {
+  ActingMessage logging("acted", [&] {
     if (!nested) {
       nested = true;
       append(appender, "nested");
@@ -451,7 +342,7 @@ TEST_F(FileAppenderTest, SurvivesMessagesThatLogOrCloseWhileTheyAreRendered) {
   });
   append(appender, logging);
   EXPECT_EQ(Workplace::lines("m.log.1"), (Lines{"acted"}));
-  ActingMessage closing([&] { appender.close(); });
+  ActingMessage closing("acted", [&] { appender.close(); });
   append(appender, closing);
   EXPECT_EQ(Workplace::read("m.log"), "") << "nothing is written to a closed file";
 }
@@ -466,9 +357,8 @@ TEST_F(RollingFileAppenderTest, KeepsThreeBackupsAfterFourRollovers) {
   EXPECT_EQ(Workplace::lines("r.log.2"), (Lines{"ccc"}));
   EXPECT_EQ(Workplace::lines("r.log.3"), (Lines{"bbb"}));
   EXPECT_FALSE(fs::exists("r.log.4"));
-  EXPECT_EQ(Workplace::diagnosticsEqual("log4zeb: LOGRollingFileAppender::rollOver count 5"), 4);
-  EXPECT_EQ(
-      Workplace::diagnosticsEqual("log4zeb: LOGRollingFileAppender::rollOver maxBackupIndex 3"), 4);
+  EXPECT_EQ(Workplace::debugs("LOGRollingFileAppender::rollOver count 5"), 4);
+  EXPECT_EQ(Workplace::debugs("LOGRollingFileAppender::rollOver maxBackupIndex 3"), 4);
   EXPECT_EQ(appender.getAppend(), 0);
 }
 
@@ -497,8 +387,8 @@ TEST_F(RollingFileAppenderTest, ReportsABackupThatCannotBeRenamedAndGoesOn) {
   append(appender, "aaa");
   fs::create_directories("r.log.2/full");
   append(appender, "bbb");
-  EXPECT_EQ(Workplace::diagnosticsEqual("log4zeb:ERROR LOGRollingFileAppender::rollOver ---- Could "
-                                        "not rename [r.log.1] to [r.log.2]"),
+  EXPECT_EQ(Workplace::errors(
+                "LOGRollingFileAppender::rollOver ---- Could not rename [r.log.1] to [r.log.2]"),
             1);
   EXPECT_EQ(Workplace::lines("r.log.1"), (Lines{"bbb"}));
   append(appender, "c");
@@ -507,9 +397,10 @@ TEST_F(RollingFileAppenderTest, ReportsABackupThatCannotBeRenamedAndGoesOn) {
   appender.setFile("directory");
   append(appender, "d");
   EXPECT_TRUE(fs::is_directory("directory"));
-  EXPECT_EQ(Workplace::diagnosticsEqual("log4zeb:ERROR LOGRollingFileAppender::rollOver ---- Could "
-                                        "not rename [directory] to [directory.1]"),
-            1);
+  EXPECT_EQ(
+      Workplace::errors(
+          "LOGRollingFileAppender::rollOver ---- Could not rename [directory] to [directory.1]"),
+      1);
 }
 
 TEST_F(RollingFileAppenderTest, HasOthersWaitWhileAnotherFileIsOpened) {
@@ -535,6 +426,17 @@ TEST_F(RollingFileAppenderTest, HasOthersWaitWhileAnotherFileIsOpened) {
   EXPECT_EQ(Workplace::lines("n.log"), (Lines{"b"}));
 }
 
+TEST_F(RollingFileAppenderTest, RefusesNoEventDuringTheRolloverOfAnotherThread) {
+  appender.setMaximumFileSize(1);
+  appender.setMaxBackupIndex(0);
+  Threads(4, [this](int) {
+    for (int i = 0; i < 5000; ++i) {
+      append(appender, "a");
+    }
+  }).join();
+  EXPECT_EQ(Workplace::noted(CLOSED), 0);
+}
+
 #ifndef _WIN32
 TEST_F(RollingFileAppenderTest, RenamesNoDevice) {
   fs::create_symlink("/dev/null", "device");  // renamed in place of the device itself
@@ -542,8 +444,8 @@ TEST_F(RollingFileAppenderTest, RenamesNoDevice) {
   append(appender, "aaa");
   append(appender, "bbb");
   EXPECT_TRUE(fs::is_symlink("device"));
-  EXPECT_EQ(Workplace::diagnosticsEqual("log4zeb:ERROR LOGRollingFileAppender::rollOver ---- Could "
-                                        "not rename [device] to [device.1]"),
+  EXPECT_EQ(Workplace::errors(
+                "LOGRollingFileAppender::rollOver ---- Could not rename [device] to [device.1]"),
             2);
   // As /dev/stdout, whatever the stream leads to.
   const int stream = open("redirected", O_WRONLY | O_CREAT, 0600);
@@ -562,72 +464,6 @@ TEST_F(RollingFileAppenderTest, RenamesNoDevice) {
   EXPECT_TRUE(fs::is_symlink("alias.1")) << "a link of the user's own moves";
 }
 
-TEST_F(RollingFileAppenderTest, RefusesNoEventDuringTheRolloverOfAnotherThread) {
-  // The appender stands where one part of it after the other is out of reach of the thread that
-  // logs, so that the rollover begins, or comes to its end, between any two looks at it.
-  const auto soon = [](const std::atomic<bool>& condition) {  // what holds a lock may keep it false
-    for (int i = 0; i < 20 && !condition; ++i) {
-      std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-  };
-  const auto wait = [](const std::atomic<bool>& condition) {
-    while (!condition) {
-      std::this_thread::yield();
-    }
-  };
-  constexpr std::size_t STEP = sizeof(void*);
-  for (std::size_t i = 2; i < 2 * sizeof(LOGAppenderSkeleton) / STEP; ++i) {
-    const bool isUnderWay = i % 2 == 0;
-    std::atomic<bool> mayBegin{isUnderWay};
-    std::atomic<bool> mayEnd{true};
-    std::atomic<bool> isReopening{false};
-    std::atomic<bool> isOver{false};
-    std::atomic<bool> isLogged{false};
-    ActingRollingAppender::s_act = [&] {
-      isReopening = true;
-      wait(mayEnd);
-    };
-    InterruptingMemory memory([&] {
-      (isUnderWay ? mayEnd : mayBegin) = true;
-      soon(isUnderWay ? isOver : isReopening);
-    });
-    auto* const rolling = new (memory.placeWith(i / 2 * STEP)) ActingRollingAppender(&layout, "i");
-    rolling->setMaximumFileSize(5);
-    mayEnd = false;
-    isReopening = false;
-    std::thread rollingOver([&] {
-      wait(mayBegin);
-      append(*rolling, "aaa");
-      isOver = true;
-    });
-    if (isUnderWay) {
-      wait(isReopening);
-    }
-    LOGObject message{I18NString("b")};
-    LOGLoggingEvent event("fqn", LOGManager::getLogger("file"),
-                          LOGLevel::toLevel(LOGLevel::INFO_RANK), &message);
-    isUnderWay ? memory.takeEnd() : memory.takeBeginning();
-    std::thread logging([&] {
-      rolling->LOGAppenderSkeleton::doAppend(&event);  // which does not use the beginning
-      isLogged = true;
-    });
-    soon(isLogged);
-    memory.giveBack();
-    mayBegin = true;
-    mayEnd = true;
-    rollingOver.join();
-    logging.join();
-    const Lines now = Workplace::lines("i");
-    const Lines before = Workplace::lines("i.1");
-    EXPECT_EQ(
-        std::count(now.begin(), now.end(), "b") + std::count(before.begin(), before.end(), "b"), 1)
-        << i;
-    rolling->~ActingRollingAppender();
-    fs::remove("i");
-    fs::remove("i.1");
-  }
-  EXPECT_EQ(Workplace::diagnosticsWith(CLOSED), 0);
-}
 TEST_F(FileAppenderTest, ReportsHeldLinesThatAreLostWhenItIsClosed) {
   constexpr rlim_t LIMIT = 100000;
   Workplace::write("log", std::string(LIMIT - 4, 'x'));
@@ -636,32 +472,28 @@ TEST_F(FileAppenderTest, ReportsHeldLinesThatAreLostWhenItIsClosed) {
   const rlimit limit{LIMIT, before.rlim_max};
   setrlimit(RLIMIT_FSIZE, &limit);
   LOGFileAppender appender(&layout, "log");
-  LOGObject message{I18NString("does not fit")};
-  LOGLoggingEvent event("fqn", LOGManager::getLogger("file"),
-                        LOGLevel::toLevel(LOGLevel::INFO_RANK), &message);
+  TestEvent event("file", "INFO", "does not fit");
   ZEBFmHold hold;
   event.setHold(&hold);
   appender.doAppend(&event);
-  EXPECT_EQ(Workplace::diagnosticsWith("ERROR"), 0);
+  EXPECT_EQ(Workplace::noted("ERROR"), 0);
   appender.close();
   setrlimit(RLIMIT_FSIZE, &before);
-  EXPECT_EQ(Workplace::diagnosticsEqual(
-                "log4zeb:ERROR LOGQuietWriter::write -- ZEBThrowable exception occurred"),
-            1);
+  EXPECT_EQ(Workplace::errors("LOGQuietWriter::write -- ZEBThrowable exception occurred"), 1);
 }
 #endif
 
 TEST_F(RollingFileAppenderTest, TakesOtherOptionsWhileAThreadLogs) {
   append(appender, "aaa");
   std::atomic<int> rollovers{0};
-  std::thread logging([&] {
-    for (; rollovers < 500; ++rollovers) {
-      append(appender, "aaa");
-    }
-  });
+  const Repeating logging({[&] {
+    append(appender, "aaa");
+    ++rollovers;
+  }});
   for (int i = 1; rollovers < 500; ++i) {
     appender.setMaximumFileSize(static_cast<unsigned>(4 + i % 2));
     appender.setMaxBackupIndex(i % 4);
+    appender.setFile("r.log");
     appender.setAppend(i % 2);
     appender.setBufferedIO(i % 2);
     appender.setBufferSize(i);
@@ -671,7 +503,6 @@ TEST_F(RollingFileAppenderTest, TakesOtherOptionsWhileAThreadLogs) {
     EXPECT_EQ(appender.getMaxBackupIndex() + appender.getMaximumFileSize(), i % 4 + 4 + i % 2);
     EXPECT_LE(appender.getAppend(), 1);
   }
-  logging.join();
 }
 
 TEST_F(RollingFileAppenderTest, RollsOverTheFileThatItsNameIs) {
@@ -686,8 +517,8 @@ TEST_F(RollingFileAppenderTest, RollsOverTheFileThatItsNameIs) {
   appender.setFile("n3.log");
   other.rollOver();
   append(appender, "ccc");
-  EXPECT_EQ(Workplace::diagnosticsEqual("log4zeb:ERROR LOGRollingFileAppender::rollOver ---- Could "
-                                        "not rename [n3.log] to [n3.log.1]"),
+  EXPECT_EQ(Workplace::errors(
+                "LOGRollingFileAppender::rollOver ---- Could not rename [n3.log] to [n3.log.1]"),
             0)
       << "it has followed to the other name before";
   EXPECT_EQ(Workplace::lines("n3.log.1"), (Lines{"ccc"}));
@@ -697,11 +528,10 @@ TEST_F(RollingFileAppenderTest, RollsOverTheFileThatItsNameIs) {
   appender.rollOver();  // of a file without a name
   EXPECT_TRUE(fs::exists("n3.log"));
   EXPECT_EQ(Workplace::lines("n3.log.1"), (Lines{"ccc"}));
-  EXPECT_EQ(Workplace::diagnosticsEqual("log4zeb:ERROR LOGRollingFileAppender::rollOver ---- Could "
-                                        "not rename [] to [.1]"),
+  EXPECT_EQ(Workplace::errors("LOGRollingFileAppender::rollOver ---- Could not rename [] to [.1]"),
             1);
   append(appender, "refused");
-  EXPECT_EQ(Workplace::diagnosticsWith(CLOSED), 1);
+  EXPECT_EQ(Workplace::noted(CLOSED), 1);
   appender.setFile("n3.log", 1, 0, 1);
   append(appender, "d");
   EXPECT_EQ(Workplace::lines("n3.log"), (Lines{"d"}));
@@ -809,17 +639,11 @@ TEST(SharedRollingAppender, LosesNothingFromItsFirstEventOnUnderTwoLoggers) {
   }
   constexpr int THREADS = 4;
   constexpr int EVENTS = 2500;
-  std::vector<std::thread> threads;
-  for (int t = 0; t < THREADS; ++t) {
-    threads.emplace_back([&, t] {
-      for (int i = 0; i < EVENTS; ++i) {
-        loggers[t % 2]->info(std::to_string(t) + ":" + std::to_string(i));
-      }
-    });
-  }
-  for (std::thread& thread : threads) {
-    thread.join();
-  }
+  Threads(THREADS, [&](int thread) {
+    for (int i = 0; i < EVENTS; ++i) {
+      loggers[thread % 2]->info(std::to_string(thread) + ":" + std::to_string(i));
+    }
+  }).join();
   Lines all;
   for (const auto& entry : fs::directory_iterator(".")) {
     if (entry.path().string().find("shared.log") != std::string::npos) {
