@@ -12,8 +12,11 @@
 
 #ifndef _WIN32
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/resource.h>
 #include <unistd.h>
+
+#include <csignal>
 #endif
 
 #include "appenders/LOGOnlyOnceErrorHandler.h"
@@ -25,7 +28,6 @@
 #include "platform/ZEBAssertError.h"
 #include "platform/ZEBConfigurationFactory.h"
 #include "platform/ZEBFmHold.h"
-#include "platform/ZEBThreadGuard.h"
 #include "support/TestEvent.h"
 #include "support/Threads.h"
 #include "support/Workplace.h"
@@ -97,6 +99,45 @@ class ActingRollingAppender : public LOGRollingFileAppender {
 };
 
 std::function<void()> ActingRollingAppender::s_act;
+
+#ifndef _WIN32
+/// Memory whose beginning or end can be taken away: the next access restores it and calls a
+/// function.
+class InterruptingMemory {
+ public:
+  explicit InterruptingMemory(std::function<void()> onUse) : m_onUse(std::move(onUse)) {
+    s_current = this;
+    struct sigaction action {};
+    action.sa_handler = [](int) {
+      s_current->giveBack();
+      s_current->m_onUse();
+    };
+    sigaction(SIGSEGV, &action, &m_before);
+  }
+  ~InterruptingMemory() {
+    sigaction(SIGSEGV, &m_before, nullptr);
+    munmap(m_memory, 2 * m_page);
+  }
+
+  /// The place for an object whose beginning has so many bytes.
+  void* placeWith(std::size_t bytes) { return end() - bytes; }
+  void takeBeginning() { mprotect(m_memory, m_page, PROT_NONE); }
+  void takeEnd() { mprotect(end(), m_page, PROT_NONE); }
+  void giveBack() { mprotect(m_memory, 2 * m_page, PROT_READ | PROT_WRITE); }
+
+ private:
+  char* end() { return static_cast<char*>(m_memory) + m_page; }
+
+  static InterruptingMemory* s_current;
+  const std::size_t m_page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+  void* const m_memory =
+      mmap(nullptr, 2 * m_page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  const std::function<void()> m_onUse;
+  struct sigaction m_before {};
+};
+
+InterruptingMemory* InterruptingMemory::s_current = nullptr;
+#endif
 
 }  // namespace
 
@@ -403,40 +444,6 @@ TEST_F(RollingFileAppenderTest, ReportsABackupThatCannotBeRenamedAndGoesOn) {
       1);
 }
 
-TEST_F(RollingFileAppenderTest, HasOthersWaitWhileAnotherFileIsOpened) {
-  std::thread logging;
-  ActingRollingAppender acting(&layout, "a.log");
-  append(acting, "a");
-  ActingRollingAppender::s_act = [&] {
-    std::atomic<bool> hasBegun{false};
-    logging = std::thread([&] {
-      hasBegun = true;
-      append(acting, "b");
-    });
-    while (!hasBegun) {
-      std::this_thread::yield();
-    }
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
-  };
-  {
-    const ZEBThreadGuard guard(acting.getCriticalSection());
-    acting.setFileOptions("n.log", 1, 0, 1);
-  }
-  logging.join();
-  EXPECT_EQ(Workplace::lines("n.log"), (Lines{"b"}));
-}
-
-TEST_F(RollingFileAppenderTest, RefusesNoEventDuringTheRolloverOfAnotherThread) {
-  appender.setMaximumFileSize(1);
-  appender.setMaxBackupIndex(0);
-  Threads(4, [this](int) {
-    for (int i = 0; i < 5000; ++i) {
-      append(appender, "a");
-    }
-  }).join();
-  EXPECT_EQ(Workplace::noted(CLOSED), 0);
-}
-
 #ifndef _WIN32
 TEST_F(RollingFileAppenderTest, RenamesNoDevice) {
   fs::create_symlink("/dev/null", "device");  // renamed in place of the device itself
@@ -462,6 +469,71 @@ TEST_F(RollingFileAppenderTest, RenamesNoDevice) {
   onAlias.setMaximumFileSize(5);
   append(onAlias, "aaa");
   EXPECT_TRUE(fs::is_symlink("alias.1")) << "a link of the user's own moves";
+}
+
+TEST_F(RollingFileAppenderTest, RefusesNoEventDuringTheRolloverOfAnotherThread) {
+  // The appender stands where one part of it after the other is out of reach of the thread that
+  // logs, so that the rollover begins, or comes to its end, between any two looks at it.
+  const auto soon = [](const std::atomic<bool>& condition) {  // what holds a lock may keep it false
+    for (int i = 0; i < 20 && !condition; ++i) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+  };
+  const auto wait = [](const std::atomic<bool>& condition) {
+    while (!condition) {
+      std::this_thread::yield();
+    }
+  };
+  constexpr std::size_t STEP = sizeof(void*);
+  for (std::size_t i = 2; i < 2 * sizeof(LOGAppenderSkeleton) / STEP; ++i) {
+    const bool isUnderWay = i % 2 == 0;
+    std::atomic<bool> mayBegin{isUnderWay};
+    std::atomic<bool> mayEnd{true};
+    std::atomic<bool> isReopening{false};
+    std::atomic<bool> isOver{false};
+    std::atomic<bool> isLogged{false};
+    ActingRollingAppender::s_act = [&] {
+      isReopening = true;
+      wait(mayEnd);
+    };
+    InterruptingMemory memory([&] {
+      (isUnderWay ? mayEnd : mayBegin) = true;
+      soon(isUnderWay ? isOver : isReopening);
+    });
+    auto* const rolling = new (memory.placeWith(i / 2 * STEP)) ActingRollingAppender(&layout, "i");
+    rolling->setMaximumFileSize(5);
+    mayEnd = false;
+    isReopening = false;
+    std::thread rollingOver([&] {
+      wait(mayBegin);
+      append(*rolling, "aaa");
+      isOver = true;
+    });
+    if (isUnderWay) {
+      wait(isReopening);
+    }
+    TestEvent event("file", "INFO", "b");
+    isUnderWay ? memory.takeEnd() : memory.takeBeginning();
+    std::thread logging([&] {
+      rolling->LOGAppenderSkeleton::doAppend(&event);  // which does not use the beginning
+      isLogged = true;
+    });
+    soon(isLogged);
+    memory.giveBack();
+    mayBegin = true;
+    mayEnd = true;
+    rollingOver.join();
+    logging.join();
+    const Lines now = Workplace::lines("i");
+    const Lines before = Workplace::lines("i.1");
+    EXPECT_EQ(
+        std::count(now.begin(), now.end(), "b") + std::count(before.begin(), before.end(), "b"), 1)
+        << i;
+    rolling->~ActingRollingAppender();
+    fs::remove("i");
+    fs::remove("i.1");
+  }
+  EXPECT_EQ(Workplace::noted(CLOSED), 0);
 }
 
 TEST_F(FileAppenderTest, ReportsHeldLinesThatAreLostWhenItIsClosed) {
@@ -620,42 +692,5 @@ TEST_F(RollingFileAppenderTest, AppendsAfterAFailedReopening) {
     moving.close();
     fs::remove_all("d");
     fs::remove_all("away");
-  }
-}
-
-TEST(SharedRollingAppender, LosesNothingFromItsFirstEventOnUnderTwoLoggers) {
-  Workplace workplace;
-  LOGLayout layout;
-  LOGRollingFileAppender appender;
-  appender.setLayout(&layout);
-  appender.setFile("shared.log");
-  appender.setAppend(0);
-  appender.setMaximumFileSize(500);  // a rollover every sixty lines
-  appender.setMaxBackupIndex(100000);
-  LOGLogger* const loggers[] = {LOGManager::getLogger("one"), LOGManager::getLogger("two")};
-  for (LOGLogger* const logger : loggers) {
-    logger->addAppender(&appender);
-    logger->setAdditivity(0);
-  }
-  constexpr int THREADS = 4;
-  constexpr int EVENTS = 2500;
-  Threads(THREADS, [&](int thread) {
-    for (int i = 0; i < EVENTS; ++i) {
-      loggers[thread % 2]->info(std::to_string(thread) + ":" + std::to_string(i));
-    }
-  }).join();
-  Lines all;
-  for (const auto& entry : fs::directory_iterator(".")) {
-    if (entry.path().string().find("shared.log") != std::string::npos) {
-      const Lines lines = Workplace::lines(entry.path().string());
-      all.insert(all.end(), lines.begin(), lines.end());
-    }
-  }
-  EXPECT_EQ(all.size(), static_cast<std::size_t>(THREADS * EVENTS));
-  std::sort(all.begin(), all.end());
-  EXPECT_EQ(std::unique(all.begin(), all.end()), all.end());
-  EXPECT_TRUE(fs::exists("shared.log.2"));
-  for (LOGLogger* const logger : loggers) {
-    logger->removeAllAppenders();
   }
 }

@@ -53,26 +53,6 @@ TEST(PlainLayout, WritesTheMessageAndALineEnd) {
   EXPECT_EQ(layout.format(nullptr), "");
 }
 
-TEST(Layout, ReturnsEveryTextInOneBuffer) {
-  LOGLayout plain;
-  LOGPatternLayout pattern("%m");
-  LOGTTCCLayout ttcc("NULL");
-  LOGXMLLayout xml;
-  TestEvent event("app", "INFO", "hi");
-  for (LOGLayout* const layout : std::initializer_list<LOGLayout*>{&plain, &pattern, &ttcc, &xml}) {
-    const I18NString& buffer = layout->format(&event);
-    EXPECT_NE(buffer.indexOf("hi"), I18NString::NOT_FOUND) << layout->instanceOf();
-    layout->getContentType();
-    EXPECT_EQ(buffer, "text/plain");
-    layout->getHeader();
-    EXPECT_EQ(buffer, "");
-    layout->format(&event);
-    layout->getFooter();
-    EXPECT_EQ(buffer, "");
-  }
-  EXPECT_EQ(LOGLayout(plain).instanceOf(), "LOGLayout");
-}
-
 TEST(PlainLayout, ReportsWhatRenderingThrowsAndPassesItOn) {
   Workplace workplace;
   LOGLayout layout;
@@ -119,31 +99,6 @@ TEST(Layout, KeepsTheTextsOfAMessageThatLogsThroughTheSameLayoutApart) {
     EXPECT_EQ(outerText, text(*layout, outer));
     EXPECT_EQ(outerText.find("inner"), std::string::npos);
   }
-}
-
-TEST(Layout, BuildsALineInTheTextOfACallerAndNothingElseThere) {
-  class Moody : public LOGPatternLayout {
-   public:
-    Moody() : LOGPatternLayout("%m|") {}
-    const I18NString& format(LOGLoggingEvent* event) override {
-      line = LOGPatternLayout::format(event);
-      return line += "!";
-    }
-    I18NString line;
-  };
-  TestEvent first("app", "INFO", "first");
-  TestEvent second("app", "INFO", "second");
-  I18NString line = "of an earlier event";
-  LOGPatternLayout pattern("%m|");
-  const I18NString& kept = pattern.format(&first);
-  pattern.formatInto(line, &second);
-  EXPECT_EQ(line, "second|");
-  EXPECT_EQ(kept, "first|");
-
-  Moody moody;
-  moody.formatInto(line, &second);
-  EXPECT_EQ(line, "second|!") << "a class of the program decides";
-  EXPECT_EQ(moody.format(&first), "first|!");
 }
 
 TEST(TTCCLayout, WritesTheRelativeTimeByDefault) {
