@@ -30,6 +30,7 @@
 #include "platform/ZEBConfigurationFactory.h"
 #include "platform/ZEBOutOfMemoryError.h"
 #include "support/DatagramReceiver.h"
+#include "support/Documents.h"
 #include "support/FailingHeap.h"
 #include "support/OpenSockets.h"
 #include "support/RedirectedStream.h"
@@ -65,10 +66,11 @@ class Round {
 
 enum class Throws { Never, OutOfMemory };
 
-/// Whether the call threw what it may.
-bool callKeepsToItsWord(Round& round, Throws throws) {
+/// Whether the operation threw what it may.
+template <typename Operation>
+bool keepsToItsWord(Operation operation, Throws throws) {
   try {
-    round.call();
+    operation();
     return true;
   } catch (const std::bad_alloc&) {
     return throws == Throws::OutOfMemory;
@@ -77,6 +79,20 @@ bool callKeepsToItsWord(Round& round, Throws throws) {
   } catch (...) {
     return false;
   }
+}
+
+bool callKeepsToItsWord(Round& round, Throws throws) {
+  return keepsToItsWord([&] { round.call(); }, throws);
+}
+
+/// Runs the operation while the nth allocation fails. Returns whether it made so many.
+template <typename Operation>
+bool failsWithout(long nth, Operation operation) {
+  FailingHeap::fail(nth, Mode::One);
+  const bool isRight = keepsToItsWord(operation, Throws::OutOfMemory);
+  const bool hasFailed = FailingHeap::end();
+  EXPECT_TRUE(isRight) << "threw something else";
+  return hasFailed;
 }
 
 /// A lock that the call has left held would stop another thread for ever.
@@ -106,7 +122,6 @@ void sweep(const std::string& name, Throws throws, Make make, long step = 1) {
   }
   const long descriptors = openDescriptors();
   for (const Mode mode : {Mode::One, Mode::AllFrom}) {
-    long positions = 0;
     bool hasFailed = true;
     for (long n = 1; hasFailed; n += step) {
       SCOPED_TRACE(name + (mode == Mode::One ? ", one: " : ", all from: ") + std::to_string(n));
@@ -127,10 +142,7 @@ void sweep(const std::string& name, Throws throws, Make make, long step = 1) {
       if (testing::Test::HasFailure()) {
         return;
       }
-      positions += hasFailed ? 1 : 0;
     }
-    std::cout << name << (mode == Mode::One ? ", one fails: " : ", all from one on fail: ")
-              << positions << " positions\n";
   }
 }
 
@@ -215,34 +227,19 @@ class LoggersRound : public OwnHierarchy {
 
 // ---- documents and events
 
-const std::string PATTERN = R"(<layout class="LOGPatternLayout"><param name="ConversionPattern"
-  value="%d{ISO8601} %d{HH:mm:ss,SSS} %-20.30c{2} %p %t %x %m %l %F %L %M %C %r%n"/></layout>)";
-const std::string PLAIN = R"(<layout class="LOGPatternLayout">
-  <param name="ConversionPattern" value="%m%n"/></layout>)";
+const std::string PATTERN =
+    documents::pattern("%d{ISO8601} %d{HH:mm:ss,SSS} %-20.30c{2} %p %t %x %m %l %F %L %M %C %r%n");
+const std::string PLAIN = documents::pattern("%m%n");
 
-std::string layout(const std::string& name) { return "<layout class=\"" + name + "\"/>"; }
-
-std::string appender(const std::string& name, const std::string& className,
-                     const std::string& children) {
-  return "<appender name=\"" + name + "\" class=\"" + className + "\">" + children + "</appender>";
-}
-
-std::string param(const std::string& name, const std::string& value) {
-  return "<param name=\"" + name + "\" value=\"" + value + "\"/>";
-}
+using documents::appender;
+using documents::layout;
+using documents::param;
 
 std::string file(const std::string& name, const std::string& layoutElement) {
-  return appender(name, "LOGFileAppender",
-                  param("File", name + "-with-a-name-that-needs-memory.out") + layoutElement);
+  return documents::file(name, name + "-with-a-name-that-needs-memory.out", layoutElement);
 }
 
-std::string root(const Lines& references) {
-  std::string element = "<root><level value=\"info\"/>";
-  for (const std::string& reference : references) {
-    element += "<appender-ref ref=\"" + reference + "\"/>";
-  }
-  return element + "</root>";
-}
+std::string root(const Lines& references) { return documents::root(references, "info"); }
 
 /// What a document's appenders have put out, by name of the file.
 using Outputs = std::map<std::string, std::string>;
@@ -301,9 +298,7 @@ class DocumentRound : public OwnHierarchy {
   virtual void expect(Outputs outputs) = 0;
 
   static void configure(const std::string& children) {
-    Workplace::write(Workplace::DOCUMENT,
-                     "<log4j:configuration>" + children + "</log4j:configuration>");
-    EXPECT_EQ(LOG4ZEBConfigurator::initialize(Workplace::DOCUMENT), 1);
+    EXPECT_EQ(Workplace::configure(children), 1);
   }
   static void logLine(int number) {
     LOGManager::getLogger(NAMES[0])->info(std::to_string(number) + LONG_TEXT);
@@ -347,7 +342,7 @@ class EventRound : public DocumentRound {
       EXPECT_TRUE(shapes == m_allowed.both || shapes == m_allowed.second)
           << testing::PrintToString(shapes);
       if (isReported && shapes != m_allowed.both) {
-        EXPECT_GT(Workplace::diagnosticsWith("ERROR"), 0) << "lost without a word";
+        EXPECT_GT(Workplace::noted("ERROR"), 0) << "lost without a word";
       }
     }
   }
@@ -405,7 +400,7 @@ class LinesRound : public DocumentRound {
     }
     expectLines(lines, expected, 2);
     if (isReported && lines.size() < expected.size()) {
-      EXPECT_GT(Workplace::diagnosticsWith("ERROR"), 0) << "lost without a word";
+      EXPECT_GT(Workplace::noted("ERROR"), 0) << "lost without a word";
     }
   }
 
@@ -440,8 +435,7 @@ class LinesRound : public DocumentRound {
 
 const std::string EVERYTHING =
     file("simple", layout("LOGSimpleLayout")) +
-    file("ttcc",
-         "<layout class=\"LOGTTCCLayout\">" + param("DateFormat", "ISO8601") + "</layout>") +
+    file("ttcc", layout("LOGTTCCLayout", param("DateFormat", "ISO8601"))) +
     file("xml", layout("LOGXMLLayout")) + file("html", layout("LOGHTMLLayout")) +
     appender("rolling", "LOGRollingFileAppender",
              param("File", "rolling-with-a-name-that-needs-memory.out") +
@@ -454,11 +448,10 @@ const std::string EVERYTHING =
                  "</filter><errorHandler class=\"LOGOnlyOnceErrorHandler\"><root-ref/>"
                  "<logger-ref ref=\"application.subsystem.handler\"/>"
                  "<appender-ref ref=\"backup\"/></errorHandler>") +
-    file("backup", PLAIN) + file("queued", PATTERN) +
-    appender("async", "LOGAsyncAppender", "<appender-ref ref=\"queued\"/>") +
+    file("backup", PLAIN) + file("queued", PATTERN) + documents::async("async", {"queued"}) +
     appender("udp", "LOGLocalUDPAppender", param("Port", "9")) +
-    "<logger name=\"application.subsystem\" additivity=\"true\"><level value=\"info\"/>"
-    "<appender-ref ref=\"simple\"/><appender-ref ref=\"async\"/></logger>" +
+    "<logger name=\"application.subsystem\" additivity=\"true\"><level value=\"info\"/>" +
+    documents::references({"simple", "async"}) + "</logger>" +
     root({"ttcc", "xml", "html", "rolling", "console", "udp"});
 
 enum class Fails { Configuring, Reloading, ShuttingDown };
@@ -470,17 +463,14 @@ class ConfigureRound : public DocumentRound {
     if (m_fails == Fails::Reloading) {
       configure(file("simple", PATTERN) + file("old", PLAIN) +
                 appender("sender", "LOGLocalUDPAppender", param("Port", "9")) +
-                "<logger name=\"application.subsystem\"><appender-ref ref=\"simple\"/>"
-                "<appender-ref ref=\"sender\"/></logger>" +
-                root({"old"}));
+                documents::logger("application.subsystem", {"simple", "sender"}) + root({"old"}));
       logLine(1);
       m_sockets = OpenSockets::count().open;
     } else if (m_fails == Fails::ShuttingDown) {
       configure(EVERYTHING);
       logLine(1);
     }
-    Workplace::write(Workplace::DOCUMENT,
-                     "<log4j:configuration>" + EVERYTHING + "</log4j:configuration>");
+    Workplace::write(Workplace::DOCUMENT, documents::whole(EVERYTHING));
   }
   void call() override {
     if (m_fails == Fails::ShuttingDown) {
@@ -543,22 +533,16 @@ void sweepConfiguration(const std::string& name, Fails fails, long step) {
 TEST(AllocationFault, LetsTheFirstUseBeTriedAgain) {
   const Workplace workplace;
   LOGLogger* logger = nullptr;
-  long n = 0;
-  for (bool hasFailed = true; hasFailed;) {
-    FailingHeap::fail(++n, Mode::One);
-    LOGObject().instanceOf();  // neither this nor the next needs memory: they cannot throw
+  long n = 1;
+  while (failsWithout(n, [&] {
+    LOGObject().instanceOf();
     ZEBConfigurationFactory::getInstance();
-    try {
-      LOGNDC::push(LONG_TEXT);
-      logger = LOGManager::getLogger(NAMES[0]);
-    } catch (const std::bad_alloc&) {
-      logger = nullptr;
-    } catch (const ZEBOutOfMemoryError&) {
-      logger = nullptr;
-    }
-    hasFailed = FailingHeap::end();
+    logger = nullptr;
+    LOGNDC::push(LONG_TEXT);
+    logger = LOGManager::getLogger(NAMES[0]);
+  })) {
+    ++n;
   }
-  std::cout << "first use: " << n - 1 << " positions\n";
   ASSERT_NE(logger, nullptr);
   EXPECT_EQ(LOGManager::exists(NAMES[0]), logger);
   EXPECT_EQ(Workplace::configure(file("all", PLAIN) + root({"all"})), 1);
@@ -640,13 +624,7 @@ TEST(AllocationFault, LeavesAThreadTheContextThatItHas) {
   LOGNDC::push(LONG_TEXT);
   bool hasFailed = true;
   for (long nth = 1; hasFailed; ++nth) {
-    FailingHeap::fail(nth, Mode::One);
-    try {
-      LOGNDC::inherit(other.get());
-    } catch (const ZEBOutOfMemoryError&) {
-      // Looked at below.
-    }
-    hasFailed = FailingHeap::end();
+    hasFailed = failsWithout(nth, [&] { LOGNDC::inherit(other.get()); });
     EXPECT_EQ(LOGNDC::get(), I18NString(hasFailed ? LONG_TEXT : "of another")) << nth;
   }
   LOGNDC::remove();
@@ -654,39 +632,16 @@ TEST(AllocationFault, LeavesAThreadTheContextThatItHas) {
 
 TEST(AllocationFault, LeavesAPatternThatIsSetWhileItFormatsWhole) {
   const Workplace workplace;
-  /// Sets the layout's pattern while it is rendered.
-  class Setting : public LOGObject {
-   public:
-    Setting(LOGPatternLayout& layout, long nth, bool& hasFailed)
-        : m_layout(layout), m_nth(nth), m_hasFailed(hasFailed) {}
-    const I18NString& toString() const override {
-      FailingHeap::fail(m_nth, Mode::One);
-      try {
-        m_layout.setConversionPattern(std::string("new %m ") + LONG_TEXT);
-      } catch (const ZEBThrowable&) {
-        // Looked at below.
-      } catch (const std::bad_alloc&) {
-        // The same.
-      }
-      m_hasFailed = FailingHeap::end();
-      return LOGObject::toString();
-    }
-    LOGObject* clone() const override { return new Setting(*this); }
-
-   private:
-    LOGPatternLayout& m_layout;
-    long m_nth;
-    bool& m_hasFailed;
-  };
-  LOGLogger* const logger = LOGManager::getLogger("shop");
   bool hasFailed = true;
   for (long nth = 1; hasFailed; ++nth) {
     LOGPatternLayout layout("old %m");
-    Setting message(layout, nth, hasFailed);
-    LOGLoggingEvent setting("", logger, LOGLevel::toLevel("INFO"), &message);
+    ActingMessage message("sets", [&] {
+      hasFailed = failsWithout(
+          nth, [&] { layout.setConversionPattern(std::string("new %m ") + LONG_TEXT); });
+    });
+    TestEvent setting("shop", "INFO", &message);
     layout.format(&setting);
-    LOGObject text("text");
-    LOGLoggingEvent event("", logger, LOGLevel::toLevel("INFO"), &text);
+    TestEvent event("shop", "INFO", "text");
     EXPECT_EQ(layout.format(&event).toStdString().substr(0, 3),
               layout.getConversionPattern().toStdString().substr(0, 3))
         << nth;
@@ -723,35 +678,6 @@ TEST(AllocationFault, LeavesNothingOfAContextThatAThreadUsesAsItEnds) {
   }
 }
 
-TEST(ListOfLoggers, HoldsNobodyUpWhoMakesALogger) {
-  const Workplace workplace;
-  LOGRootLogger root(nullptr);
-  LOGHierarchy hierarchy(&root);
-  hierarchy.getLogger("old");
-  static std::promise<void> isListing;
-  static std::promise<void> mayGoOn;
-  auto listed = std::async(std::launch::async, [&] {
-    hierarchy.getCurrentLoggers();  // the thread's first lock needs memory too
-    FailingHeap::callInNext([] {
-      isListing.set_value();
-      mayGoOn.get_future().wait();
-    });
-    return hierarchy.getCurrentLoggers().size();
-  });
-  isListing.get_future().wait();
-  auto made = std::async(std::launch::async, [&] {
-    hierarchy.getLogger("new.one");
-    return hierarchy.exists("new.one") != nullptr && hierarchy.getAllLoggers().size() == 3;
-  });
-  const bool isMade =
-      made.wait_for(std::chrono::milliseconds(PATIENCE)) == std::future_status::ready;
-  mayGoOn.set_value();
-  EXPECT_TRUE(isMade) << "waits for the list";
-  EXPECT_TRUE(made.get());
-  EXPECT_EQ(listed.get(), 1U);
-  EXPECT_EQ(hierarchy.getCurrentLoggers().size(), 2U);
-}
-
 TEST(AllocationFault, EndsWithTheFirstEventOfAThread) {
   const Workplace workplace;
   ASSERT_EQ(Workplace::configure(file("all", PLAIN) + root({"all"})), 1);
@@ -765,7 +691,7 @@ TEST(AllocationFault, EndsWithTheFirstEventOfAThread) {
       EXPECT_TRUE(FailingHeap::end());
     }).get();
   }
-  EXPECT_EQ(Workplace::diagnosticsWith("no memory for an event"), 1);
+  EXPECT_EQ(Workplace::noted("no memory for an event"), 1);
   logger->info(text);
   EXPECT_EQ(linesOf(takeOutputs()), Lines{LONG_TEXT});
 }
@@ -776,19 +702,13 @@ TEST(AllocationFault, LetsTheNextEventActivateASyslogAppender) {
   long n = 0;
   for (bool hasFailed = true; hasFailed;) {
     LOGSyslogAppender syslog(&plain, LOGSyslogAppender::DEFAULT_FACILITY);
-    FailingHeap::fail(++n, Mode::One);
-    try {
-      syslog.activateOptions();
-    } catch (const ZEBOutOfMemoryError&) {
-      // What matters is the next time.
-    }
-    hasFailed = FailingHeap::end();
+    hasFailed = failsWithout(++n, [&] { syslog.activateOptions(); });
     syslog.activateOptions();
     TestEvent event("a", "INFO", LONG_TEXT);
     syslog.doAppend(&event);
   }
   EXPECT_GT(n, 2);
-  EXPECT_EQ(Workplace::diagnosticsWith("No syslog host is set"), 0);
+  EXPECT_EQ(Workplace::noted("No syslog host is set"), 0);
 }
 
 TEST(AllocationFault, LetsTheNextEventOpenAFile) {
@@ -802,9 +722,7 @@ TEST(AllocationFault, LetsTheNextEventOpenAFile) {
       const std::unique_ptr<LOGFileAppender> file(isRolling ? new LOGRollingFileAppender
                                                             : new LOGFileAppender);
       file->setLayout(&plain);
-      FailingHeap::fail(++n, Mode::One);
-      EXPECT_NO_THROW(file->setFile(name, 1, 0, 1));
-      hasFailed = FailingHeap::end();
+      hasFailed = failsWithout(++n, [&] { EXPECT_NO_THROW(file->setFile(name, 1, 0, 1)); });
       TestEvent event("a", "INFO", LONG_TEXT);
       file->activateOptions();
       file->doAppend(&event);
@@ -824,8 +742,7 @@ TEST(AllocationFault, NeitherTearsNorRepeatsALine) {
   sweep("macro with an exception", Throws::Never,
         make(file("all", PLAIN), Way::StreamWithException));
   sweep("asynchronous", Throws::Never,
-        make(file("queued", PLAIN) +
-             appender("all", "LOGAsyncAppender", "<appender-ref ref=\"queued\"/>")));
+        make(file("queued", PLAIN) + documents::async("all", {"queued"})));
   for (const char* append : {"true", "false"}) {
     sweep(std::string("rollover, append ") + append, Throws::Never,
           make(appender("all", "LOGRollingFileAppender",

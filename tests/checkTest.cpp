@@ -9,11 +9,9 @@
 #include <string>
 #include <vector>
 
-#include "layouts/LOGPatternLayout.h"
-#include "support/ChildProcess.h"
-#include "support/TestEvent.h"
+#include "support/Command.h"
+#include "support/Texts.h"
 #include "support/Workplace.h"
-#include "tools/CheckPattern.h"
 
 namespace {
 
@@ -61,17 +59,12 @@ std::string text(const Words& lines) {
   return result;
 }
 
-struct Outcome {
-  int exitCode;
-  std::string output;
-};
-
 Outcome check(const Words& arguments) {
   Words words{"check"};
   words.insert(words.end(), arguments.begin(), arguments.end());
-  ChildProcess command(LOG4ZEB_COMMAND, words);
-  const std::string output = command.receive();
-  return {command.wait().exitCode, output + command.errors()};
+  Outcome outcome = runProgram(LOG4ZEB_COMMAND, words);
+  outcome.output += outcome.errors;
+  return outcome;
 }
 
 Outcome checkText(const std::string& document, Words arguments = {"--quiet"}) {
@@ -80,28 +73,28 @@ Outcome checkText(const std::string& document, Words arguments = {"--quiet"}) {
   return check(arguments);
 }
 
-bool mentions(const std::string& whole, const std::string& part) {
-  return whole.find(part) != std::string::npos;
-}
-
-std::ptrdiff_t count(const std::string& whole, const std::string& part) {
-  std::ptrdiff_t found = 0;
-  for (std::size_t at = whole.find(part); at != std::string::npos; at = whole.find(part, at + 1)) {
-    ++found;
-  }
-  return found;
-}
-
 /// One line of the clean document, the mistake in its place, and what is to be said of it.
 struct Mistake {
   std::size_t line;
-  const char* instead;
+  std::string instead;
   const char* rule;
   const char* words;
-  const char* advice;
+  std::string advice;
   std::ptrdiff_t findings = 1;  // some mistakes have consequences elsewhere
   std::size_t namedAt = 0;      // where it is to be named, if not at the line
 };
+
+std::string param(const std::string& name, const std::string& value) {
+  return "<param name=\"" + name + "\" value=\"" + value + "\"/>";
+}
+
+std::string pattern(const std::string& value) { return param("ConversionPattern", value); }
+
+std::string level(const std::string& value) { return "<level value=\"" + value + "\"/>"; }
+
+std::string loneLogger(const std::string& name) {
+  return "<logger name=\"" + name + "\" additivity=\"false\">";
+}
 
 const Mistake MISTAKES[] = {
     // The root element.
@@ -126,13 +119,12 @@ const Mistake MISTAKES[] = {
     {23, R"(<root level="INFO">)", "unknown-attribute", "<root> has none",
      "<level value=\"INFO\"/>"},
     {6, R"(<layout class="LOGPatternLayout" ConversionPattern="%m%n">)", "unknown-attribute",
-     "<layout> has none", R"(<param name="ConversionPattern" value="%m%n"/>)"},
+     "<layout> has none", pattern("%m%n")},
     {24, R"(<levels><level value="WARN"/></levels>)", "unknown-element", "skipped",
      "what is in it, without <levels> around it"},
     {21, R"(<appender-ref name="CONSOLE"/>)", "unknown-attribute", "is ignored", "ref=\"CONSOLE\"",
      4},
-    {4, R"(<param name="File">out.log</param>)", "text", "is ignored",
-     R"(<param name="File" value="out.log"/>)", 3},
+    {4, R"(<param name="File">out.log</param>)", "text", "is ignored", param("File", "out.log"), 3},
     {18, R"(</appender><log4j:logger name="a"/>)", "unknown-element", "skipped", "<logger>"},
     {18, R"(</appender><categoryFactory class="/opt/libshop.so"/>)", "library-name",
      "is not loaded", "class=\"shop\""},
@@ -173,21 +165,12 @@ const Mistake MISTAKES[] = {
     {25, "", "no-appender", "the root logger has no appender", "in <root>", 2, 23},
     {21, R"(</logger><logger name="shop.a">)", "no-appender",
      "the additivity of the logger \"shop\" above it is off", "an <appender-ref>", 3},
-    {19,
-     R"(<logger name="................................................................." additivity="false">)",
+    {19, loneLogger("................................................................."),
      "logger-name", "no more than 1024 characters", "a shorter name"},
-    {19, R"(<logger name="root" additivity="false">)", "logger-named-root",
-     "not the root logger itself", "<root>"},
-    {19, R"(<logger name="ROOT" additivity="false">)", "logger-named-root",
-     "a logger of the name \"ROOT\"", "<root>"},
-    {19, R"(<logger name="shop::db" additivity="false">)", "logger-name", "only dots separate",
-     "name=\"shop.db\""},
-    {19, R"(<logger name="/shop/db/" additivity="false">)", "logger-name", "only dots separate",
-     "name=\"shop.db\""},
-    {19, R"(<logger name="shop.*" additivity="false">)", "logger-name", "stands for itself",
-     "name=\"shop\""},
-    {19, R"(<logger name="shop " additivity="false">)", "blanks", "are part of the name",
-     "name=\"shop\""},
+    {19, loneLogger("root"), "logger-named-root", "not the root logger itself", "<root>"},
+    {19, loneLogger("shop::db"), "logger-name", "only dots separate", "name=\"shop.db\""},
+    {19, loneLogger("shop.*"), "logger-name", "stands for itself", "name=\"shop\""},
+    {19, loneLogger("shop "), "blanks", "are part of the name", "name=\"shop\""},
     {22, R"(</logger><logger name="shop"/>)", "duplicate-name", "replace those given before",
      "one element"},
     {19,
@@ -196,15 +179,13 @@ const Mistake MISTAKES[] = {
     {22, R"(</logger><logger name="a"><appender-ref ref="CONSOLE"/></logger><logger name="a"/>)",
      "duplicate-name", "replace those given before", "one element"},
     // Levels and truth values.
-    {20, R"(<level value="WARNING"/>)", "unknown-level", "it means DEBUG", "value=\"WARN\""},
-    {20, R"(<level value="{}"/>)", "unknown-level", "\"{}\" is no level", "value=\"DEBUG\""},
-    {20, R"(<level value="INF"/>)", "unknown-level", "it means DEBUG", "value=\"INFO\""},
-    {20, R"(<level value=" INFO"/>)", "unknown-level", "\" INFO\" is no level", "value=\"INFO\""},
-    {20, R"(<level value="Inherited"/>)", "unknown-level", "it means DEBUG", "value=\"inherited\""},
+    {20, level("WARNING"), "unknown-level", "it means DEBUG", "value=\"WARN\""},
+    {20, level(" INFO"), "unknown-level", "\" INFO\" is no level", "value=\"INFO\""},
+    {20, level("Inherited"), "unknown-level", "it means DEBUG", "value=\"inherited\""},
     {20, R"(<level value="INFO" class="a.B"/>)", "level-class", "no effect", "no attribute class"},
     {20, R"(<level value="INFO"/><priority value="WARN"/>)", "duplicate-level",
      "the last one counts", "one <level>"},
-    {24, R"(<level value="inherited"/>)", "root-level", "nobody to inherit from", "value=\"INFO\""},
+    {24, level("inherited"), "root-level", "nobody to inherit from", "value=\"INFO\""},
     {19, R"(<logger name="shop" additivity="no">)", "truth-value", "means true",
      "additivity=\"false\""},
     {3, R"(<appender name="FILE" class="LOGRollingFileAppender" addProcID="FALSE">)", "truth-value",
@@ -212,34 +193,28 @@ const Mistake MISTAKES[] = {
     {13, R"(<appender name="CONSOLE" class="LOGConsoleAppender" addProcID="true">)",
      "attribute-without-effect", "only LOGRollingFileAppender reads it", "no addProcID"},
     // Params.
-    {4, R"(<param name="file" value="out.log"/>)", "ignored-param", "case and blanks count",
-     "name=\"File\"", 2},
-    {5, R"(<param name="MaxFileSize" value="1048576"/>)", "ignored-param",
-     "reads none of that name", "name=\"MaximumFileSize\", in bytes"},
-    {5, R"(<param name="MaximumFileSize" value="10MB"/>)", "file-size", "\"10MB\" means 10 bytes",
+    {4, param("file", "out.log"), "ignored-param", "case and blanks count", "name=\"File\"", 2},
+    {5, param("MaxFileSize", "1048576"), "ignored-param", "reads none of that name",
+     "name=\"MaximumFileSize\", in bytes"},
+    {5, param("MaximumFileSize", "10MB"), "file-size", "\"10MB\" means 10 bytes",
      "value=\"10485760\""},
-    {5, R"(<param name="MaximumFileSize" value="20971520 "/>)", "file-size", "means 20971520 bytes",
-     "value=\"20971520\""},
-    {5, R"(<param name="MaximumFileSize" value="5000000000"/>)", "file-size",
-     "means 2147483647 bytes", "value=\"2147483647\""},
-    {5, R"(<param name="MaximumFileSize" value="-1"/>)", "file-size", "never reached", "value="},
-    {5, R"(<param name="MaxBackupIndex" value="0"/>)", "no-backup", "a full file is emptied",
-     "value=\"1\" or more"},
-    {5, R"(<param name="MaxBackupIndex" value="many"/>)", "number", "read as the number 0",
-     "value="},
-    {5, R"(<param name="Append" value="no"/>)", "truth-value", "means true", "value=\"false\""},
-    {5, R"(<param name="Append" value=""/>)", "empty-param", "its value is empty", "value="},
-    {5, R"(<param name="File" value="b.log"/>)", "duplicate-param", "the last value counts",
-     "one <param>"},
-    {5, R"(<param name="Threshold" value="WARN"/>)", "ignored-param", "reads none of that name",
+    {5, param("MaximumFileSize", "5000000000"), "file-size", "means 2147483647 bytes",
+     "value=\"2147483647\""},
+    {5, param("MaximumFileSize", "-1"), "file-size", "never reached", "value="},
+    {5, param("MaxBackupIndex", "0"), "no-backup", "a full file is emptied", "value=\"1\" or more"},
+    {5, param("MaxBackupIndex", "many"), "number", "read as the number 0", "value="},
+    {5, param("Append", "no"), "truth-value", "means true", "value=\"false\""},
+    {5, param("Append", ""), "empty-param", "its value is empty", "value="},
+    {5, param("File", "b.log"), "duplicate-param", "the last value counts", "one <param>"},
+    {5, param("Threshold", "WARN"), "ignored-param", "reads none of that name",
      "LevelMin; a threshold that a program sets is an upper bound"},
     {14, R"(<layout class="LOGSimpleLayout"><param name="ConversionPattern" value="%m"/></layout>)",
      "ignored-param", "reads none of that name", "class=\"LOGPatternLayout\""},
-    {5, R"(<param name="LevelMin" value="WARN"/>)", "ignored-param", "reads none of that name",
+    {5, param("LevelMin", "WARN"), "ignored-param", "reads none of that name",
      "the param in <filter class=\"LOGLevelRangeFilter\">"},
-    {5, R"(<param name="BufferedIO" value="true"/>)", "ignored-param", "reads none of that name",
+    {5, param("BufferedIO", "true"), "ignored-param", "reads none of that name",
      "loses what is in the buffer when it is killed"},
-    {5, R"(<param name="BufferSize" value="0"/>)", "ignored-param", "reads none of that name",
+    {5, param("BufferSize", "0"), "ignored-param", "reads none of that name",
      "setBufferedIO(1) in the program"},
     {16,
      R"(<appender name="ASYNC" class="LOGLocalUDPAppender"><param name="RemoteHost" value="h"/>)",
@@ -250,13 +225,11 @@ const Mistake MISTAKES[] = {
      "leave it out"},
     // Files.
     {4, "", "no-file", "nothing is opened", "name=\"File\"", 1, 3},
-    {4, R"(<param name="File" value="logs/out.log"/>)", "directory",
-     "the directory \"logs\" does not exist", "make it before"},
-    {4, R"(<param name="File" value="."/>)", "directory", "is a directory, not a file", "a file"},
-    {4, R"(<param name="File" value="${HOME}.log"/>)", "variable", "place of a variable",
-     "the text that is meant"},
-    {4, R"(<param name="File" value="out-%d.log"/>)", "file-name", "taken as it stands",
-     "the name of the file"},
+    {4, param("File", "logs/out.log"), "directory", "the directory \"logs\" does not exist",
+     "make it before"},
+    {4, param("File", "."), "directory", "is a directory, not a file", "a file"},
+    {4, param("File", "${HOME}.log"), "variable", "place of a variable", "the text that is meant"},
+    {4, param("File", "out-%d.log"), "file-name", "taken as it stands", "the name of the file"},
     {15,
      R"(</appender><appender name="A" class="LOGFileAppender"><param name="File" value="./out.log"/>)"
      R"(<layout class="LOGSimpleLayout"/></appender>)",
@@ -282,40 +255,31 @@ const Mistake MISTAKES[] = {
      "in the appenders that it refers to"},
     {14, R"(<layout class="LOGTTCCLayout"><param name="DateFormat" value="HH:mm"/></layout>)",
      "unknown-date-format", "no date is written", "value="},
-    {7, R"(<param name="ConversionPattern" value="%q %m%n"/>)", "unknown-specifier",
-     "\"%q\" is no specifier", "one of the letters"},
-    {7, "<param name=\"ConversionPattern\" value=\"%\xC3\xA4 %m%n\"/>", "unknown-specifier",
-     "\"%\xC3\xA4\" is no specifier", "one of the letters"},
-    {7, R"(<param name="ConversionPattern" value="%-5level %m%n"/>)", "unknown-specifier",
+    {7, pattern("%q %m%n"), "unknown-specifier", "\"%q\" is no specifier", "one of the letters"},
+    {7, pattern("%\xC3\xA4 %m%n"), "unknown-specifier", "\"%\xC3\xA4\" is no specifier",
+     "one of the letters"},
+    {7, pattern("%-5level %m%n"), "unknown-specifier",
      "\"%-5level\" is \"%-5l\" and the text \"evel\"", "%p", 2},
-    {7, R"(<param name="ConversionPattern" value="%d{ISO8601 %m%n"/>)", "unknown-specifier",
+    {7, pattern("%d{ISO8601 %m%n"), "unknown-specifier",
      "the brace behind \"%d\" is written as it stands", "a text in braces"},
-    {7, R"(<param name="ConversionPattern" value="%d{HH:mm:ss,SSS} %m%n"/>)", "twelve-hours",
-     "the hours of half a day", "%d{ABSOLUTE}"},
-    {7, R"(<param name="ConversionPattern" value="%d{HH:mm:ss.SSS} %m%n"/>)", "unknown-date-format",
-     "no date is written", "%d{ABSOLUTE}"},
-    {7, R"(<param name="ConversionPattern" value="%p %M%n"/>)", "no-message",
-     "the messages are not written", "%m", 2},
-    {7, R"(<param name="ConversionPattern" value="%c{1.} %m%n"/>)", "precision", "is read as 1",
-     "%c{1}"},
-    {7, R"(<param name="ConversionPattern" value="%5.x %m%n%-5"/>)", "unknown-specifier",
-     "\"%5.x\" is the beginning of a specifier", "a letter at its end", 2},
-    {7, R"(<param name="ConversionPattern" value="%m\n"/>)", "backslash",
-     "a backslash and a letter", "%n", 2},
-    {7, R"(<param name="ConversionPattern" value="%d{absolute} %m%n"/>)", "unknown-date-format",
-     "no date format of a pattern", "%d{ABSOLUTE}"},
-    {7, R"(<param name="ConversionPattern" value="%X %m%n"/>)", "pattern-without-key",
-     "the layout is not made", "%x"},
-    {7, R"(<param name="ConversionPattern" value="%F:%m%n"/>)", "nothing-to-show", "shows \"?\"",
-     "leave it out"},
-    {7, R"(<param name="ConversionPattern" value="%c{0} %m%n"/>)", "precision", "the whole name",
-     "%c"},
-    {7, R"(<param name="ConversionPattern" value="%-5p %m%n"/>)", "widths", "\"%m\" in line 7",
+    {7, pattern("%d{HH:mm:ss,SSS} %m%n"), "twelve-hours", "the hours of half a day",
+     "%d{ABSOLUTE}"},
+    {7, pattern("%d{HH:mm:ss.SSS} %m%n"), "unknown-date-format", "no date is written",
+     "%d{ABSOLUTE}"},
+    {7, pattern("%p %M%n"), "no-message", "the messages are not written", "%m", 2},
+    {7, pattern("%c{1.} %m%n"), "precision", "is read as 1", "%c{1}"},
+    {7, pattern("%5.x %m%n%-5"), "unknown-specifier", "\"%5.x\" is the beginning of a specifier",
+     "a letter at its end", 2},
+    {7, pattern("%m\\n"), "backslash", "a backslash and a letter", "%n", 2},
+    {7, pattern("%d{absolute} %m%n"), "unknown-date-format", "no date format of a pattern",
+     "%d{ABSOLUTE}"},
+    {7, pattern("%X %m%n"), "pattern-without-key", "the layout is not made", "%x"},
+    {7, pattern("%F:%m%n"), "nothing-to-show", "shows \"?\"", "leave it out"},
+    {7, pattern("%c{0} %m%n"), "precision", "the whole name", "%c"},
+    {7, pattern("%-5p %m%n"), "widths", "\"%m\" in line 7", "without a width"},
+    {7, pattern("%p %-20m%n"), "widths", "that of every specifier of every pattern",
      "without a width"},
-    {7, R"(<param name="ConversionPattern" value="%p %-20m%n"/>)", "widths",
-     "that of every specifier of every pattern", "without a width"},
-    {7, R"(<param name="ConversionPattern" value="%p %m"/>)", "no-line-end", "become one line",
-     "%n"},
+    {7, pattern("%p %m"), "no-line-end", "become one line", "%n"},
     {13,
      R"(<appender name="CONSOLE" class="LOGSyslogAppender"><param name="Facility" value="locale1"/>)",
      "unknown-facility", "it means user", "value=\"local1\"", 2},
@@ -327,16 +291,14 @@ const Mistake MISTAKES[] = {
     {13, R"(<appender name="CONSOLE" class="LOGTCPSocketAppender">)", "sends-nothing",
      "every event is lost", "LOGSyslogAppender", 2},
     // Filters.
-    {10, R"(<param name="LevelMin" value="INF"/>)", "unknown-level", "LevelMin becomes DEBUG",
-     "value=\"INFO\""},
+    {10, param("LevelMin", "INF"), "unknown-level", "LevelMin becomes DEBUG", "value=\"INFO\""},
     {10, R"(<param name="LevelMin" value="ERROR"/><param name="LevelMax" value="INFO"/>)",
      "empty-range", "LevelMin ERROR is above LevelMax INFO", "the other way round", 1, 9},
-    {10, R"(<param name="LevelMax" value="INFO"/>)", "never-reached", "no event reaches",
-     "another level", 1, 3},
+    {10, param("LevelMax", "INFO"), "never-reached", "no event reaches", "another level", 1, 3},
     {10, "", "filter-without-effect", "neither LevelMin nor LevelMax", "LevelMin", 1, 9},
-    {10, R"(<param name="AcceptOnMatch" value="false"/>)", "ignored-param", "reads none",
+    {10, param("AcceptOnMatch", "false"), "ignored-param", "reads none",
      "cannot make a filter deny"},
-    {10, R"(<param name="LevelMin" value="OFF"/>)", "denies-all", "deny every event",
+    {10, param("LevelMin", "OFF"), "denies-all", "deny every event",
      "bounds between which there are levels", 1, 9},
     {11, R"(</filter><filter class="LOGDenyAllFilter"/>)", "denies-all", "deny every event",
      "a filter before LOGDenyAllFilter", 1, 9},
@@ -365,37 +327,6 @@ Words indentedLines(const std::string& page, const std::string& from, const std:
 
 }  // namespace
 
-TEST(CheckPattern, SeesWhatTheLibrarysParserSees) {
-  const Workplace workplace;
-  const std::string alphabet = "%-.5mnq{";
-  std::vector<std::string> patterns{""};
-  for (std::size_t begin = 0, length = 1; length <= 4; ++length) {
-    const std::size_t end = patterns.size();
-    for (; begin < end; ++begin) {
-      for (const char c : alphabet) {
-        patterns.push_back(patterns[begin] + c);
-      }
-    }
-  }
-  for (const std::string& pattern : patterns) {
-    const std::ptrdiff_t before = Workplace::diagnosticsWith("Unexpected char");
-    LOGPatternLayout layout(pattern);
-    const CheckPattern seen(pattern);
-    EXPECT_EQ(Workplace::diagnosticsWith("Unexpected char") - before,
-              static_cast<std::ptrdiff_t>(seen.unknown().size()))
-        << pattern;
-    // Every specifier is the message here.
-    TestEvent event("app", "INFO", "M");
-    const std::string text = layout.format(&event).toStdString();
-    EXPECT_EQ(static_cast<std::size_t>(std::count(text.begin(), text.end(), 'M')),
-              seen.specifiers().size())
-        << pattern;
-    EXPECT_EQ(mentions(text, "\r\n"), seen.hasLineEnd()) << pattern;
-    EXPECT_EQ(text.size() > 1 && text.substr(text.size() - 2) == "\r\n", seen.endsWithLineEnd())
-        << pattern;
-  }
-}
-
 TEST(CheckCommand, NamesEveryMistakeAtItsLineAndSaysWhatToWrite) {
   const Workplace workplace;
   for (const Mistake& mistake : MISTAKES) {
@@ -404,7 +335,7 @@ TEST(CheckCommand, NamesEveryMistakeAtItsLineAndSaysWhatToWrite) {
     const Outcome outcome = checkText(text(lines));
     SCOPED_TRACE(std::string(mistake.rule) + ": " + mistake.instead + "\n" + outcome.output);
     EXPECT_EQ(outcome.exitCode, 1);
-    EXPECT_EQ(count(outcome.output, ": warning: "), mistake.findings);
+    EXPECT_EQ(countOf(": warning: ", outcome.output), mistake.findings);
     const std::size_t place = mistake.namedAt == 0 ? mistake.line : mistake.namedAt;
     const std::string beginning = std::string(DOCUMENT) + ":" + std::to_string(place) + ":";
     bool isNamed = false;
@@ -461,7 +392,7 @@ TEST(CheckCommand, SaysWhereReferencesBecomeTooDeep) {
                                        "class='LOGSimpleLayout'/></appender></log4j:configuration>")
                                  .output;
   EXPECT_TRUE(mentions(output, "log.xml:65:")) << output;
-  EXPECT_EQ(count(output, "[too-many]"), 1) << output;
+  EXPECT_EQ(countOf("[too-many]", output), 1) << output;
 }
 
 TEST(CheckCommand, GivesThePlaceOfAnAttributeThatStandsInALaterLine) {
@@ -550,7 +481,7 @@ TEST(CheckCommand, ShowsWhereEventsGoAndHowTheyLookAndOpensNothing) {
       "                  3. LOGLevelMatchFilter: accepts FATAL\n"
       "                  4. LOGDenyAllFilter: denies everything\n");
   EXPECT_TRUE(mentions(outcome.output, "passes them on to FILE"));
-  EXPECT_EQ(count(outcome.output, "\x1B"), 0);  // it is no terminal
+  EXPECT_EQ(countOf("\x1B", outcome.output), 0);  // it is no terminal
   EXPECT_FALSE(fs::exists("out.log"));
 }
 
@@ -568,8 +499,7 @@ TEST(CheckCommand, AgreesWithWhatTheLibraryThenDoes) {
   EXPECT_TRUE(mentions(outcome.output, "sample          INFO|    shop|an example message"))
       << outcome.output;
   Workplace::write("lines", "an example message\n");
-  ChildProcess log(LOG4ZEB_COMMAND, {"log", "--config", DOCUMENT, "--logger", "shop"}, "lines");
-  log.wait();
+  runProgram(LOG4ZEB_COMMAND, {"log", "--config", DOCUMENT, "--logger", "shop"}, "lines");
   EXPECT_EQ(Workplace::lines("out.log"), Words(2, "    INFO|    shop|an example message"));
 }
 
@@ -579,19 +509,17 @@ TEST(CheckCommand, ReadsADocumentOnceAndStandardInputForADash) {
   lines[20] = R"(    <level value="WARNING"/>)";
   Workplace::write(DOCUMENT, text(lines));
   const auto checkFrom = [](const std::string& name) {
-    ChildProcess command(LOG4ZEB_COMMAND, {"check", "--quiet", name}, DOCUMENT);
-    const std::string output = command.receive();
-    EXPECT_EQ(command.wait().exitCode, 1) << output << command.errors();
-    return output;
+    const Outcome outcome = runProgram(LOG4ZEB_COMMAND, {"check", "--quiet", name}, DOCUMENT);
+    EXPECT_EQ(outcome.exitCode, 1) << outcome.output << outcome.errors;
+    return outcome.output;
   };
   EXPECT_TRUE(mentions(checkFrom("-"), "-:20:12: warning: \"WARNING\" is no level"));
 #ifndef _WIN32
-  ChildProcess command("/bin/sh", {"-c",
-                                   "mkfifo pipe && (cat log.xml >pipe & timeout 10 \"$0\" check "
-                                   "--quiet pipe)",
-                                   LOG4ZEB_COMMAND});
-  EXPECT_TRUE(mentions(command.receive(), "pipe:20:12: warning: \"WARNING\" is no level"));
-  EXPECT_EQ(command.wait().exitCode, 1);
+  const std::string line =
+      "mkfifo pipe && (cat log.xml >pipe & timeout 10 \"$0\" check --quiet pipe)";
+  const Outcome outcome = runProgram("/bin/sh", {"-c", line, LOG4ZEB_COMMAND});
+  EXPECT_TRUE(mentions(outcome.output, "pipe:20:12: warning: \"WARNING\" is no level"));
+  EXPECT_EQ(outcome.exitCode, 1);
 #endif
 }
 

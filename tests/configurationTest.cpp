@@ -3,8 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <memory>
-#include <thread>
 
 #include "appenders/LOGAsyncAppender.h"
 #include "appenders/LOGConsoleAppender.h"
@@ -12,13 +10,11 @@
 #include "appenders/LOGRollingFileAppender.h"
 #include "config/LOG4ZEBConfigurator.h"
 #include "config/LOGDOMConfigurator.h"
-#include "core/LOGDefaultLoggerFactory.h"
 #include "core/LOGDefaultRepositorySelector.h"
 #include "core/LOGHierarchy.h"
 #include "core/LOGLogger.h"
 #include "core/LOGManager.h"
 #include "core/LOGRootLogger.h"
-#include "filters/LOGDenyAllFilter.h"
 #include "filters/LOGLevelMatchFilter.h"
 #include "filters/LOGLevelRangeFilter.h"
 #include "filters/LOGStringMatchFilter.h"
@@ -29,6 +25,9 @@
 #include "platform/ZEBIDOM_Element.h"
 #include "platform/ZEBIDOM_Parser.h"
 #include "support/CapturingAppender.h"
+#include "support/Documents.h"
+#include "support/Texts.h"
+#include "support/Threads.h"
 #include "support/Workplace.h"
 
 namespace fs = std::filesystem;
@@ -36,12 +35,10 @@ namespace fs = std::filesystem;
 namespace {
 
 using Lines = std::vector<std::string>;
+using documents::param;
 
 class Configuration : public testing::Test {
  protected:
-  static std::string param(const std::string& name, const std::string& value) {
-    return "<param name='" + name + "' value='" + value + "'/>";
-  }
   static std::string fileAppender(const std::string& name, const std::string& file,
                                   const std::string& children = "") {
     return "<appender name='" + name + "' class='x.y.LOGFileAppender'>" + param("File", file) +
@@ -108,9 +105,9 @@ TEST_F(Configuration, BuildsWhatTheDocumentDescribes) {
   EXPECT_EQ(Workplace::lines("t.log").size(), 1U);
   EXPECT_NE(Workplace::read("t.log").find("] WARN a - quiet"), std::string::npos);
   EXPECT_FALSE(fs::exists("never.log"));
-  EXPECT_EQ(Workplace::diagnosticsEqual("log4zeb: debug attributes= \"false\""), 1);
-  EXPECT_EQ(Workplace::diagnosticsWith("Ignoring debug attribute."), 0);
-  EXPECT_EQ(Workplace::diagnosticsEqual("log4zeb: Setting [b] additivity to [true]"), 1);
+  EXPECT_EQ(Workplace::debugs("debug attributes= \"false\""), 1);
+  EXPECT_EQ(Workplace::noted("Ignoring debug attribute."), 0);
+  EXPECT_EQ(Workplace::debugs("Setting [b] additivity to [true]"), 1);
 }
 
 TEST_F(Configuration, SharesOneAppenderAmongLoggers) {
@@ -118,13 +115,12 @@ TEST_F(Configuration, SharesOneAppenderAmongLoggers) {
                        "<logger name='b'>" + ref("F") + "</logger>");
   EXPECT_EQ(LOGManager::getLogger("a")->getAppender("F"),
             LOGManager::getLogger("b")->getAppender("F"));
-  EXPECT_EQ(Workplace::diagnosticsEqual("log4zeb: LOGDOMConfigurator::findAppenderByName : Put "
-                                        "appender F into the appender bag."),
+  EXPECT_EQ(Workplace::debugs(
+                "LOGDOMConfigurator::findAppenderByName : Put appender F into the appender bag."),
             1);
-  EXPECT_EQ(
-      Workplace::diagnosticsEqual("log4zeb: LOGDOMConfigurator::findAppenderByName : The appender "
-                                  "F already exists in appender bag, return it."),
-      1);
+  EXPECT_EQ(Workplace::debugs("LOGDOMConfigurator::findAppenderByName : The appender F already "
+                              "exists in appender bag, return it."),
+            1);
 }
 
 TEST_F(Configuration, RebuildsStaleAppendersEverywhereWhenAppliedAgain) {
@@ -153,14 +149,12 @@ TEST_F(Configuration, RebuildsStaleAppendersEverywhereWhenAppliedAgain) {
 }
 
 TEST_F(Configuration, AttachesAppendersToAnAsynchronousOneAndFlushesThatWhenItEnds) {
-  const auto file = [](const std::string& name, const std::string& layout) {
-    return "<appender name='" + name + "' class='LOGFileAppender'>" + param("File", name + ".log") +
-           "<layout class='" + layout + "'/></appender>";
-  };
-  const std::string document = "<appender name='Q' class='LOGAsyncAppender'>" +
-                               param("BufferSize", "1") + ref("X") + ref("H") + ref("missing") +
-                               "</appender>" + file("X", "LOGXMLLayout") +
-                               file("H", "LOGHTMLLayout") + root(ref("Q"));
+  using documents::layout;
+  const std::string document =
+      documents::appender("Q", "LOGAsyncAppender",
+                          param("BufferSize", "1") + ref("X") + ref("H") + ref("missing")) +
+      documents::file("X", "X.log", layout("LOGXMLLayout")) +
+      documents::file("H", "H.log", layout("LOGHTMLLayout")) + root(ref("Q"));
   for (int i = 0; i < 2; ++i) {
     Workplace::configure(document);
     EXPECT_EQ(rootAppender<LOGAsyncAppender>("Q")->getBufferSize(), 128) << "not set by documents";
@@ -169,18 +163,9 @@ TEST_F(Configuration, AttachesAppendersToAnAsynchronousOneAndFlushesThatWhenItEn
     }
   }
   LOG4ZEBConfigurator::shutdown();
-  const auto count = [](const std::string& text, const std::string& part) {
-    std::size_t found = 0;
-    for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) {
-      ++found;
-    }
-    return found;
-  };
-  EXPECT_EQ(count(Workplace::read("X.log"), "</log4j:event>"), 100U);
-  EXPECT_EQ(count(Workplace::read("H.log"), "</tr>"), 100U);
-  EXPECT_EQ(
-      Workplace::diagnosticsEqual("log4zeb: Attaching appender named [X] to appender named [Q]"),
-      2);
+  EXPECT_EQ(countOf("</log4j:event>", Workplace::read("X.log")), 100);
+  EXPECT_EQ(countOf("</tr>", Workplace::read("H.log")), 100);
+  EXPECT_EQ(Workplace::debugs("Attaching appender named [X] to appender named [Q]"), 2);
 }
 
 TEST_F(Configuration, BuildsAnewWhatTheProgramHasClosed) {
@@ -201,22 +186,9 @@ TEST_F(Configuration, BoundsChainsAndCirclesOfReferences) {
   }
   document += "<appender name='circle' class='LOGAsyncAppender'>" + ref("circle") + "</appender>";
   EXPECT_EQ(Workplace::configure(document), 1);
-  EXPECT_EQ(Workplace::diagnosticsWith("could be found."), 2);
-  EXPECT_EQ(Workplace::diagnosticsWith("Put appender circle into"), 1) << "built once";
+  EXPECT_EQ(Workplace::noted("could be found."), 2);
+  EXPECT_EQ(Workplace::noted("Put appender circle into"), 1) << "built once";
   EXPECT_NE(rootAppender("A0"), nullptr);
-}
-
-TEST_F(Configuration, SharesEachOfManyAppenders) {
-  std::string document;
-  std::string references;
-  for (int i = 0; i < 300; ++i) {
-    document += fileAppender("A" + std::to_string(i), "none/f.log");
-    references += ref("A" + std::to_string(i));
-  }
-  Workplace::configure(document + "<logger name='a'>" + references + "</logger>" +
-                       root(references));
-  EXPECT_EQ(LOGManager::getLogger("a")->snapshotOfAppenders(),
-            LOGManager::getRootLogger()->snapshotOfAppenders());
 }
 
 TEST_F(Configuration, GivesAppendersByTheOperationsOfALoggersClass) {
@@ -244,33 +216,27 @@ TEST_F(Configuration, GivesAppendersByTheOperationsOfALoggersClass) {
   };
   CapturingAppender kept("kept");
   CapturingAppender plain("plain");
-  class Factory : public LOGLoggerFactory {
-   public:
-    explicit Factory(LOGAppenderSkeleton* kept) : m_kept(kept) {}
+  struct Factory : LOGLoggerFactory {
     LOGLogger* makeNewLoggerInstance(const I18NString& name) override {
-      return new Keeping(name, m_kept);
+      return new Keeping(name, kept);
     }
-
-   private:
-    LOGAppenderSkeleton* m_kept;
-  } factory(&kept);
+    LOGAppenderSkeleton* kept = nullptr;
+  } factory;
+  factory.kept = &kept;
   auto* const logger = static_cast<Keeping*>(LOGManager::getLogger("own", &factory));
   logger->addAppender(&plain);
   const std::string document = fileAppender("F", "f.log") + fileAppender("G", "g.log") +
                                "<logger name='own'>" + ref("F") + ref("G") + "</logger>";
-  std::atomic<bool> stop{false};
   std::atomic<std::size_t> logged{0};
-  std::thread program([&] {
-    for (; !stop; ++logged) {
-      logger->info("x");
-    }
-  });
+  Repeating program({[&] {
+    logger->info("x");
+    ++logged;
+  }});
   for (int i = 0; i < 20; ++i) {
     EXPECT_EQ(Workplace::configure(document), 1);
     EXPECT_EQ(logger->removedFrom, i == 0 ? 2U : 3U);
   }
-  stop = true;
-  program.join();
+  program.stop();
   EXPECT_EQ(logger->calls.substr(0, 18), "+kept+plain -+F+G ");
   EXPECT_EQ(kept.closings, 0) << "the class has kept it";
   EXPECT_EQ(plain.closings, 1);
@@ -281,35 +247,12 @@ TEST_F(Configuration, GivesAppendersByTheOperationsOfALoggersClass) {
 }
 
 TEST_F(Configuration, WorksOnARepositoryWithoutARoot) {
-  class Rootless : public LOGLoggerRepository {
-   public:
-    explicit Rootless(LOGLoggerRepository& inner) : m_inner(inner) {}
-    int isDisabled(int level) override { return m_inner.isDisabled(level); }
-    void setThreshold(const I18NString& level) override { m_inner.setThreshold(level); }
-    void setThreshold(LOGLevel* level) override { m_inner.setThreshold(level); }
-    void emitNoAppenderWarning(LOGLogger* logger) override {
-      m_inner.emitNoAppenderWarning(logger);
-    }
-    LOGLevel* getThreshold() override { return m_inner.getThreshold(); }
-    LOGLogger* getLogger(const I18NString& name, LOGLoggerFactory* factory) override {
-      return m_inner.getLogger(name, factory);
-    }
-    LOGLogger* getLogger(const I18NString& name) override { return m_inner.getLogger(name); }
+  struct Rootless : LOGHierarchy {
+    using LOGHierarchy::LOGHierarchy;
     LOGLogger* getRootLogger() override { return nullptr; }
-    LOGLogger* exists(const I18NString& name) override { return m_inner.exists(name); }
-    void shutdown() override { m_inner.shutdown(); }
-    ZEBList<LOGObject*> getCurrentLoggers() override { return m_inner.getCurrentLoggers(); }
-    void fireAddAppenderEvent(LOGLogger* logger, LOGAppenderSkeleton* appender) override {
-      m_inner.fireAddAppenderEvent(logger, appender);
-    }
-    void resetConfiguration() override { m_inner.resetConfiguration(); }
-
-   private:
-    LOGLoggerRepository& m_inner;
   };
   LOGRootLogger root(nullptr);
-  LOGHierarchy hierarchy(&root);
-  Rootless rootless(hierarchy);
+  Rootless rootless(&root);
   LOGDefaultRepositorySelector selector(&rootless);
   LOGObject guard;
   LOGManager::setRepositorySelector(&selector, &guard);
@@ -320,7 +263,7 @@ TEST_F(Configuration, WorksOnARepositoryWithoutARoot) {
     LOGManager::getLogger("a")->warn("x");
   }
   EXPECT_EQ(Workplace::lines("f.log").size(), 2U);
-  EXPECT_EQ(Workplace::diagnosticsWith("parseRoot -- unable to lock mutex"), 2);
+  EXPECT_EQ(Workplace::noted("parseRoot -- unable to lock mutex"), 2);
   LOGManager::shutdown();
   LOGManager::setRepositorySelector(nullptr, &guard);
 }
@@ -401,9 +344,7 @@ TEST_F(Configuration, ReportsBadElementsAndGoesOnWithTheNext) {
         "implement LOGAppenderAttachable."}) {
     EXPECT_EQ(Workplace::diagnosticsEqual(line), 1) << line;
   }
-  EXPECT_EQ(Workplace::diagnosticsEqual(
-                "log4zeb:ERROR Could not create the LOGLayout. Reported error follows."),
-            2);
+  EXPECT_EQ(Workplace::errors("Could not create the LOGLayout. Reported error follows."), 2);
 }
 
 TEST_F(Configuration, ChangesNothingWhenTheDocumentCannotBeUsed) {
@@ -413,12 +354,10 @@ TEST_F(Configuration, ChangesNothingWhenTheDocumentCannotBeUsed) {
   for (const char* const bad : {"truncated.xml", "wrong.xml", "absent.xml", "."}) {
     EXPECT_EQ(LOG4ZEBConfigurator::initialize(bad), 0) << bad;
   }
-  EXPECT_EQ(Workplace::diagnosticsEqual("log4zeb:ERROR Could not parse the document"), 3);
-  EXPECT_EQ(Workplace::diagnosticsWith("log4zeb:ERROR truncated.xml:3:"), 1);
-  EXPECT_EQ(Workplace::diagnosticsWith("log4zeb:ERROR absent.xml: "), 1);
-  EXPECT_EQ(Workplace::diagnosticsEqual(
-                "log4zeb:ERROR DOM element is - not a <log4j:configuration> element."),
-            1);
+  EXPECT_EQ(Workplace::errors("Could not parse the document"), 3);
+  EXPECT_EQ(Workplace::noted("log4zeb:ERROR truncated.xml:3:"), 1);
+  EXPECT_EQ(Workplace::noted("log4zeb:ERROR absent.xml: "), 1);
+  EXPECT_EQ(Workplace::errors("DOM element is - not a <log4j:configuration> element."), 1);
   info("still there");
   EXPECT_EQ(Workplace::lines("f.log"), (Lines{"still there"}));
 }
@@ -440,24 +379,6 @@ TEST_F(Configuration, AcceptsDeprecatedNamesWithWarningsAndParsedDocuments) {
   }
 }
 
-TEST_F(Configuration, ReportsUnwritableDestinationsAndTheProgramGoesOn) {
-  fs::create_directory("directory");
-  Workplace::configure(fileAppender("N", "none/f.log") + fileAppender("D", Workplace::FULL_DISK) +
-                       "<appender name='R' class='LOGRollingFileAppender'>" +
-                       param("File", "directory") + "</appender>" +
-                       root(ref("N") + ref("D") + ref("R")));
-  info("1");
-  EXPECT_EQ(Workplace::diagnosticsEqual(
-                "log4zeb: LOGFileAppender::setFile -- none directory does not exist"),
-            1);
-  EXPECT_EQ(Workplace::diagnosticsEqual(
-                "log4zeb:ERROR LOGQuietWriter::write -- ZEBThrowable exception occurred"),
-            1);
-  EXPECT_EQ(Workplace::diagnosticsEqual("log4zeb:ERROR LOGRollingFileAppender::setFile -- LOGGING "
-                                        "DISABLED -- UNABLE TO OPEN LOG FILE."),
-            1);
-}
-
 TEST_F(Configuration, ShutsDownAndCanBeInitialisedAgain) {
   const std::string document = fileAppender("F", "f.log") + root(ref("F"));
   for (const char* const text : {"1", "2"}) {
@@ -469,35 +390,4 @@ TEST_F(Configuration, ShutsDownAndCanBeInitialisedAgain) {
   }
   LOG4ZEBConfigurator::shutdown();
   EXPECT_EQ(Workplace::lines("f.log"), (Lines{"1", "2"}));
-}
-
-TEST_F(Configuration, IsAppliedAgainWhileThreadsLog) {
-  const std::string document =
-      fileAppender("F", "f.log") + "<appender name='R' class='LOGRollingFileAppender'>" +
-      param("File", "r.log") + param("MaximumFileSize", "4000") +
-      "<layout class='LOGTTCCLayout'/>" + "</appender><logger name='a'><level value='DEBUG'/>" +
-      ref("R") + "</logger>" + root("<level value='INFO'/>" + ref("F") + ref("R"));
-  Workplace::configure(document);
-  std::atomic<bool> stop{false};
-  std::vector<std::thread> threads;
-  for (int t = 0; t < 3; ++t) {
-    threads.emplace_back([&] {
-      LOGLogger* const logger = LOGManager::getLogger("a.b");
-      while (!stop) {
-        logger->info("while the document is applied");
-      }
-    });
-  }
-  for (int i = 0; i < 10; ++i) {
-    EXPECT_EQ(LOG4ZEBConfigurator::initialize(Workplace::DOCUMENT), 1);
-  }
-  LOG4ZEBConfigurator::shutdown();
-  EXPECT_EQ(LOG4ZEBConfigurator::initialize(Workplace::DOCUMENT), 1);
-  stop = true;
-  for (std::thread& thread : threads) {
-    thread.join();
-  }
-  const std::size_t before = Workplace::lines("f.log").size();
-  LOGManager::getLogger("a.b")->info("last");
-  EXPECT_EQ(Workplace::lines("f.log").size(), before + 1);
 }

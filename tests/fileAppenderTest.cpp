@@ -21,16 +21,15 @@
 
 #include "appenders/LOGOnlyOnceErrorHandler.h"
 #include "appenders/LOGRollingFileAppender.h"
-#include "core/LOGLevel.h"
 #include "core/LOGLogger.h"
-#include "core/LOGLoggingEvent.h"
 #include "core/LOGManager.h"
 #include "layouts/LOGLayout.h"
 #include "platform/IZEBConfiguration.h"
 #include "platform/ZEBAssertError.h"
 #include "platform/ZEBConfigurationFactory.h"
 #include "platform/ZEBFmHold.h"
-#include "platform/ZEBThreadGuard.h"
+#include "support/TestEvent.h"
+#include "support/Threads.h"
 #include "support/Workplace.h"
 
 namespace fs = std::filesystem;
@@ -45,8 +44,7 @@ class FileAppenderTest : public testing::Test {
  protected:
   /// One event by the way that a logger's list takes.
   static void append(LOGAppenderSkeleton& appender, LOGObject& message) {
-    LOGLoggingEvent event("fqn", LOGManager::getLogger("file"),
-                          LOGLevel::toLevel(LOGLevel::INFO_RANK), &message);
+    TestEvent event("file", "INFO", &message);
     appender.activateOptions();
     appender.doAppend(&event);
   }
@@ -69,24 +67,11 @@ class RollingFileAppenderTest : public FileAppenderTest {
   LOGRollingFileAppender appender;
 };
 
-/// A message that does something while it is rendered.
-class ActingMessage : public LOGObject {
- public:
-  explicit ActingMessage(std::function<void()> act) : LOGObject("acted"), m_act(std::move(act)) {}
-  const I18NString& toString() const override {
-    m_act();
-    return LOGObject::toString();
-  }
-  LOGObject* clone() const override { return new ActingMessage(*this); }
-
- private:
-  std::function<void()> m_act;
-};
-
 /// A resolver of file names that first does something, in force while it lives.
 class ActingResolver : public IZEBConfiguration {
  public:
-  explicit ActingResolver(std::function<void()> act) : m_act(std::move(act)) {
+  explicit ActingResolver(std::function<void()> act, const std::string& directory = "")
+      : m_act(std::move(act)), m_directory(directory) {
     ZEBConfigurationFactory::setInstance(this);
   }
   ActingResolver(const ActingResolver&) = delete;
@@ -94,21 +79,12 @@ class ActingResolver : public IZEBConfiguration {
   ~ActingResolver() override { ZEBConfigurationFactory::setInstance(nullptr); }
   I18NString resolvePath(const I18NString& name) const override {
     m_act();
-    return name;
+    return m_directory + name;
   }
 
  private:
   const std::function<void()> m_act;
-};
-
-/// A resolver of file names that takes them from a directory, in force while it lives.
-class Relocating : public IZEBConfiguration {
- public:
-  Relocating() { ZEBConfigurationFactory::setInstance(this); }
-  Relocating(const Relocating&) = delete;
-  Relocating& operator=(const Relocating&) = delete;
-  ~Relocating() override { ZEBConfigurationFactory::setInstance(nullptr); }
-  I18NString resolvePath(const I18NString& name) const override { return "sub/" + name; }
+  const I18NString m_directory;
 };
 
 /// A rolling appender that does something while it opens its file again.
@@ -138,8 +114,6 @@ class InterruptingMemory {
     };
     sigaction(SIGSEGV, &action, &m_before);
   }
-  InterruptingMemory(const InterruptingMemory&) = delete;
-  InterruptingMemory& operator=(const InterruptingMemory&) = delete;
   ~InterruptingMemory() {
     sigaction(SIGSEGV, &m_before, nullptr);
     munmap(m_memory, 2 * m_page);
@@ -191,7 +165,7 @@ TEST_F(FileAppenderTest, StaysClosedAfterCloseUntilToldToOpen) {
   EXPECT_TRUE(appender.getFile().isEmpty());
   appender.setFile("a.log");
   append(appender, "refused");
-  EXPECT_EQ(Workplace::diagnosticsWith(CLOSED), 1);
+  EXPECT_EQ(Workplace::noted(CLOSED), 1);
   appender.setFile("a.log", 1, 0, 1);
   append(appender, "2");
   EXPECT_EQ(Workplace::lines("a.log"), (Lines{"1", "2"}));
@@ -212,47 +186,29 @@ TEST_F(FileAppenderTest, TriesAMissingDirectoryAgainWithEveryEvent) {
   append(appender, "1");
   appender.close();
   EXPECT_EQ(Workplace::lines("later/a.log"), (Lines{"1"}));
-  EXPECT_EQ(Workplace::diagnosticsEqual(
-                "log4zeb: LOGFileAppender::setFile -- later directory does not exist"),
-            2);
-  EXPECT_EQ(Workplace::diagnosticsWith(CLOSED), 1);
+  EXPECT_EQ(Workplace::debugs("LOGFileAppender::setFile -- later directory does not exist"), 2);
+  EXPECT_EQ(Workplace::noted(CLOSED), 1);
 }
 
 TEST_F(FileAppenderTest, ReportsAFullDiskOnceAnEventAndGoesOn) {
   LOGFileAppender appender(&layout, Workplace::FULL_DISK);
   append(appender, "1");
   append(appender, "2");
-  EXPECT_EQ(Workplace::diagnosticsEqual(
-                "log4zeb:ERROR LOGQuietWriter::write -- ZEBThrowable exception occurred"),
-            2);
+  EXPECT_EQ(Workplace::errors("LOGQuietWriter::write -- ZEBThrowable exception occurred"), 2);
   fs::create_directory("directory");
   LOGRollingFileAppender rolling(&layout, "directory");
-  EXPECT_EQ(Workplace::diagnosticsEqual("log4zeb:ERROR LOGRollingFileAppender::setFile -- LOGGING "
-                                        "DISABLED -- UNABLE TO OPEN LOG FILE."),
+  EXPECT_EQ(Workplace::errors(
+                "LOGRollingFileAppender::setFile -- LOGGING DISABLED -- UNABLE TO OPEN LOG FILE."),
             1);
-}
-
-TEST_F(FileAppenderTest, HoldsBufferedRecordsBackAndCutsThemOnlyBetweenRecords) {
-  LOGFileAppender appender(&layout, "b.log", 1, 1, 32);
-  append(appender, "0123456789");
-  append(appender, "0123456789");
-  EXPECT_EQ(Workplace::read("b.log"), "");
-  append(appender, "abcdefghij");
-  EXPECT_EQ(Workplace::lines("b.log").size(), 2U);
-  append(appender, std::string(100, 'x'));
-  EXPECT_EQ(Workplace::lines("b.log").size(), 4U) << "what does not fit goes out at once, in order";
-  append(appender, "last");
-  appender.close();
-  EXPECT_EQ(Workplace::lines("b.log").back(), "last");
 }
 
 TEST_F(FileAppenderTest, ReportsBufferedRecordsThatAreLost) {
   LOGFileAppender appender(&layout, Workplace::FULL_DISK, 1, 1, 4096);
   append(appender, "buffered");
-  EXPECT_TRUE(Workplace::diagnosticsWith("ERROR") == 0);
+  EXPECT_TRUE(Workplace::noted("ERROR") == 0);
   appender.close();
   { LOGFileAppender(&layout, Workplace::FULL_DISK, 1, 1, 4096).setFile("other"); }
-  EXPECT_EQ(Workplace::diagnosticsWith("ERROR"), 1) << "nothing is lost where nothing was logged";
+  EXPECT_EQ(Workplace::noted("ERROR"), 1) << "nothing is lost where nothing was logged";
   for (const bool isRolling : {false, true}) {
     const std::unique_ptr<LOGFileAppender> dying(isRolling ? new LOGRollingFileAppender
                                                            : new LOGFileAppender);
@@ -260,9 +216,7 @@ TEST_F(FileAppenderTest, ReportsBufferedRecordsThatAreLost) {
     dying->setFile(Workplace::FULL_DISK, 1, 1, 4096);
     append(*dying, "buffered");
   }
-  EXPECT_EQ(Workplace::diagnosticsEqual(
-                "log4zeb:ERROR LOGQuietWriter::close -- ZEBThrowable exception occurred"),
-            3);
+  EXPECT_EQ(Workplace::errors("LOGQuietWriter::close -- ZEBThrowable exception occurred"), 3);
 }
 
 TEST_F(FileAppenderTest, TriesAgainWithTheNextEventAfterAnExceptionInOpening) {
@@ -307,7 +261,7 @@ TEST_F(FileAppenderTest, TakesAnEarlierErrorHandlerBackIntoUse) {
 
 TEST_F(FileAppenderTest, KeepsItsFileWhenTheProgramChangesDirectoryOrResolvesNames) {
   fs::create_directory("sub");
-  const Relocating relocating;
+  const ActingResolver relocating([] {}, "sub/");
   LOGRollingFileAppender appender(&layout, "r.log");
   EXPECT_EQ(appender.getFile(), I18NString("sub/r.log"));
   fs::create_directory("other");
@@ -322,7 +276,7 @@ TEST_F(FileAppenderTest, KeepsItsFileWhenTheProgramChangesDirectoryOrResolvesNam
 }
 
 TEST_F(FileAppenderTest, ResolvesItsNameOnceInRetriesAndCopies) {
-  const Relocating relocating;
+  const ActingResolver relocating([] {}, "sub/");
   LOGRollingFileAppender rolling;
   LOGFileAppender plain;
   for (LOGFileAppender* const appender : {&plain, static_cast<LOGFileAppender*>(&rolling)}) {
@@ -364,7 +318,7 @@ TEST_F(FileAppenderTest, RefusesWhatAResolverLogsThroughTheAppenderBeingOpened) 
         ++resolved;
         append(*appender, "resolving");
       });
-      const auto refused = Workplace::diagnosticsWith(CLOSED);
+      const auto refused = Workplace::noted(CLOSED);
       appender->setLayout(&layout);
       appender->setFile(appender == &plain ? "p.log" : "r.log");
       rolling.setMaximumFileSize(5);
@@ -372,7 +326,7 @@ TEST_F(FileAppenderTest, RefusesWhatAResolverLogsThroughTheAppenderBeingOpened) 
       append(*appender, "a");
       append(*appender, "b");
       append(*appender, "c");
-      EXPECT_EQ(Workplace::diagnosticsWith(CLOSED), refused + 1);
+      EXPECT_EQ(Workplace::noted(CLOSED), refused + 1);
       EXPECT_EQ(resolved, 1);
       if (appender == &rolling) {
         appender->setFile(
@@ -388,28 +342,23 @@ TEST_F(FileAppenderTest, RefusesWhatAResolverLogsThroughTheAppenderBeingOpened) 
 TEST_F(FileAppenderTest, LetsOthersRollTheFileOverWhileAResolverRuns) {
   LOGRollingFileAppender one(&layout, "s.log");
   LOGRollingFileAppender other(&layout, "s.log");
-  std::vector<std::thread> threads;
+  Threads threads;
   std::atomic<int> written{0};
   int resolved = 0;
   const ActingResolver resolver([&] {
     ++resolved;
-    threads.emplace_back([&] {
+    threads.add([&] {
       append(other, "other");
       ++written;
     });
-    for (int i = 0; i < 2000 && written < resolved; ++i) {
-      std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    EXPECT_EQ(written, resolved) << "the file's turn is taken";
+    EXPECT_TRUE(eventually([&] { return written == resolved; })) << "the file's turn is taken";
   });
   one.close();
   one.setMaximumFileSize(5);
   other.setMaximumFileSize(5);
   one.setFile("s.log", 1, 0, 1);
   append(one, "one");
-  for (std::thread& thread : threads) {
-    thread.join();
-  }
+  threads.join();
   EXPECT_EQ(resolved, 1);
   EXPECT_EQ(Workplace::lines("s.log.1"), (Lines{"one"}));
 }
@@ -422,28 +371,11 @@ TEST_F(FileAppenderTest, PassesOnWhatAResolverThrows) {
   EXPECT_THROW(rolling.setFile("a.log", 1, 0, 1), std::runtime_error);
 }
 
-TEST_F(FileAppenderTest, TakesAnotherNameWhileAThreadLogs) {
-  LOGFileAppender appender;
-  appender.setLayout(&layout);
-  std::thread logging([&] {
-    for (int i = 0; i < 1000; ++i) {
-      append(appender, "lost");
-    }
-  });
-  for (std::size_t i = 0; i < 10000; ++i) {
-    appender.setFile("missing/" + std::string(40 + i % 300, 'a'));
-  }
-  logging.join();
-  appender.setFile("a.log");
-  append(appender, "1");
-  EXPECT_EQ(Workplace::lines("a.log"), (Lines{"1"}));
-}
-
 TEST_F(FileAppenderTest, SurvivesMessagesThatLogOrCloseWhileTheyAreRendered) {
   LOGRollingFileAppender appender(&layout, "m.log");
   appender.setMaximumFileSize(1);
   bool nested = false;
-  ActingMessage logging([&] {
+  ActingMessage logging("acted", [&] {
     if (!nested) {
       nested = true;
       append(appender, "nested");
@@ -451,7 +383,7 @@ TEST_F(FileAppenderTest, SurvivesMessagesThatLogOrCloseWhileTheyAreRendered) {
   });
   append(appender, logging);
   EXPECT_EQ(Workplace::lines("m.log.1"), (Lines{"acted"}));
-  ActingMessage closing([&] { appender.close(); });
+  ActingMessage closing("acted", [&] { appender.close(); });
   append(appender, closing);
   EXPECT_EQ(Workplace::read("m.log"), "") << "nothing is written to a closed file";
 }
@@ -466,9 +398,8 @@ TEST_F(RollingFileAppenderTest, KeepsThreeBackupsAfterFourRollovers) {
   EXPECT_EQ(Workplace::lines("r.log.2"), (Lines{"ccc"}));
   EXPECT_EQ(Workplace::lines("r.log.3"), (Lines{"bbb"}));
   EXPECT_FALSE(fs::exists("r.log.4"));
-  EXPECT_EQ(Workplace::diagnosticsEqual("log4zeb: LOGRollingFileAppender::rollOver count 5"), 4);
-  EXPECT_EQ(
-      Workplace::diagnosticsEqual("log4zeb: LOGRollingFileAppender::rollOver maxBackupIndex 3"), 4);
+  EXPECT_EQ(Workplace::debugs("LOGRollingFileAppender::rollOver count 5"), 4);
+  EXPECT_EQ(Workplace::debugs("LOGRollingFileAppender::rollOver maxBackupIndex 3"), 4);
   EXPECT_EQ(appender.getAppend(), 0);
 }
 
@@ -497,8 +428,8 @@ TEST_F(RollingFileAppenderTest, ReportsABackupThatCannotBeRenamedAndGoesOn) {
   append(appender, "aaa");
   fs::create_directories("r.log.2/full");
   append(appender, "bbb");
-  EXPECT_EQ(Workplace::diagnosticsEqual("log4zeb:ERROR LOGRollingFileAppender::rollOver ---- Could "
-                                        "not rename [r.log.1] to [r.log.2]"),
+  EXPECT_EQ(Workplace::errors(
+                "LOGRollingFileAppender::rollOver ---- Could not rename [r.log.1] to [r.log.2]"),
             1);
   EXPECT_EQ(Workplace::lines("r.log.1"), (Lines{"bbb"}));
   append(appender, "c");
@@ -507,32 +438,10 @@ TEST_F(RollingFileAppenderTest, ReportsABackupThatCannotBeRenamedAndGoesOn) {
   appender.setFile("directory");
   append(appender, "d");
   EXPECT_TRUE(fs::is_directory("directory"));
-  EXPECT_EQ(Workplace::diagnosticsEqual("log4zeb:ERROR LOGRollingFileAppender::rollOver ---- Could "
-                                        "not rename [directory] to [directory.1]"),
-            1);
-}
-
-TEST_F(RollingFileAppenderTest, HasOthersWaitWhileAnotherFileIsOpened) {
-  std::thread logging;
-  ActingRollingAppender acting(&layout, "a.log");
-  append(acting, "a");
-  ActingRollingAppender::s_act = [&] {
-    std::atomic<bool> hasBegun{false};
-    logging = std::thread([&] {
-      hasBegun = true;
-      append(acting, "b");
-    });
-    while (!hasBegun) {
-      std::this_thread::yield();
-    }
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
-  };
-  {
-    const ZEBThreadGuard guard(acting.getCriticalSection());
-    acting.setFileOptions("n.log", 1, 0, 1);
-  }
-  logging.join();
-  EXPECT_EQ(Workplace::lines("n.log"), (Lines{"b"}));
+  EXPECT_EQ(
+      Workplace::errors(
+          "LOGRollingFileAppender::rollOver ---- Could not rename [directory] to [directory.1]"),
+      1);
 }
 
 #ifndef _WIN32
@@ -542,8 +451,8 @@ TEST_F(RollingFileAppenderTest, RenamesNoDevice) {
   append(appender, "aaa");
   append(appender, "bbb");
   EXPECT_TRUE(fs::is_symlink("device"));
-  EXPECT_EQ(Workplace::diagnosticsEqual("log4zeb:ERROR LOGRollingFileAppender::rollOver ---- Could "
-                                        "not rename [device] to [device.1]"),
+  EXPECT_EQ(Workplace::errors(
+                "LOGRollingFileAppender::rollOver ---- Could not rename [device] to [device.1]"),
             2);
   // As /dev/stdout, whatever the stream leads to.
   const int stream = open("redirected", O_WRONLY | O_CREAT, 0600);
@@ -603,9 +512,7 @@ TEST_F(RollingFileAppenderTest, RefusesNoEventDuringTheRolloverOfAnotherThread) 
     if (isUnderWay) {
       wait(isReopening);
     }
-    LOGObject message{I18NString("b")};
-    LOGLoggingEvent event("fqn", LOGManager::getLogger("file"),
-                          LOGLevel::toLevel(LOGLevel::INFO_RANK), &message);
+    TestEvent event("file", "INFO", "b");
     isUnderWay ? memory.takeEnd() : memory.takeBeginning();
     std::thread logging([&] {
       rolling->LOGAppenderSkeleton::doAppend(&event);  // which does not use the beginning
@@ -626,8 +533,9 @@ TEST_F(RollingFileAppenderTest, RefusesNoEventDuringTheRolloverOfAnotherThread) 
     fs::remove("i");
     fs::remove("i.1");
   }
-  EXPECT_EQ(Workplace::diagnosticsWith(CLOSED), 0);
+  EXPECT_EQ(Workplace::noted(CLOSED), 0);
 }
+
 TEST_F(FileAppenderTest, ReportsHeldLinesThatAreLostWhenItIsClosed) {
   constexpr rlim_t LIMIT = 100000;
   Workplace::write("log", std::string(LIMIT - 4, 'x'));
@@ -636,32 +544,28 @@ TEST_F(FileAppenderTest, ReportsHeldLinesThatAreLostWhenItIsClosed) {
   const rlimit limit{LIMIT, before.rlim_max};
   setrlimit(RLIMIT_FSIZE, &limit);
   LOGFileAppender appender(&layout, "log");
-  LOGObject message{I18NString("does not fit")};
-  LOGLoggingEvent event("fqn", LOGManager::getLogger("file"),
-                        LOGLevel::toLevel(LOGLevel::INFO_RANK), &message);
+  TestEvent event("file", "INFO", "does not fit");
   ZEBFmHold hold;
   event.setHold(&hold);
   appender.doAppend(&event);
-  EXPECT_EQ(Workplace::diagnosticsWith("ERROR"), 0);
+  EXPECT_EQ(Workplace::noted("ERROR"), 0);
   appender.close();
   setrlimit(RLIMIT_FSIZE, &before);
-  EXPECT_EQ(Workplace::diagnosticsEqual(
-                "log4zeb:ERROR LOGQuietWriter::write -- ZEBThrowable exception occurred"),
-            1);
+  EXPECT_EQ(Workplace::errors("LOGQuietWriter::write -- ZEBThrowable exception occurred"), 1);
 }
 #endif
 
 TEST_F(RollingFileAppenderTest, TakesOtherOptionsWhileAThreadLogs) {
   append(appender, "aaa");
   std::atomic<int> rollovers{0};
-  std::thread logging([&] {
-    for (; rollovers < 500; ++rollovers) {
-      append(appender, "aaa");
-    }
-  });
+  const Repeating logging({[&] {
+    append(appender, "aaa");
+    ++rollovers;
+  }});
   for (int i = 1; rollovers < 500; ++i) {
     appender.setMaximumFileSize(static_cast<unsigned>(4 + i % 2));
     appender.setMaxBackupIndex(i % 4);
+    appender.setFile("r.log");
     appender.setAppend(i % 2);
     appender.setBufferedIO(i % 2);
     appender.setBufferSize(i);
@@ -671,7 +575,6 @@ TEST_F(RollingFileAppenderTest, TakesOtherOptionsWhileAThreadLogs) {
     EXPECT_EQ(appender.getMaxBackupIndex() + appender.getMaximumFileSize(), i % 4 + 4 + i % 2);
     EXPECT_LE(appender.getAppend(), 1);
   }
-  logging.join();
 }
 
 TEST_F(RollingFileAppenderTest, RollsOverTheFileThatItsNameIs) {
@@ -686,8 +589,8 @@ TEST_F(RollingFileAppenderTest, RollsOverTheFileThatItsNameIs) {
   appender.setFile("n3.log");
   other.rollOver();
   append(appender, "ccc");
-  EXPECT_EQ(Workplace::diagnosticsEqual("log4zeb:ERROR LOGRollingFileAppender::rollOver ---- Could "
-                                        "not rename [n3.log] to [n3.log.1]"),
+  EXPECT_EQ(Workplace::errors(
+                "LOGRollingFileAppender::rollOver ---- Could not rename [n3.log] to [n3.log.1]"),
             0)
       << "it has followed to the other name before";
   EXPECT_EQ(Workplace::lines("n3.log.1"), (Lines{"ccc"}));
@@ -697,11 +600,10 @@ TEST_F(RollingFileAppenderTest, RollsOverTheFileThatItsNameIs) {
   appender.rollOver();  // of a file without a name
   EXPECT_TRUE(fs::exists("n3.log"));
   EXPECT_EQ(Workplace::lines("n3.log.1"), (Lines{"ccc"}));
-  EXPECT_EQ(Workplace::diagnosticsEqual("log4zeb:ERROR LOGRollingFileAppender::rollOver ---- Could "
-                                        "not rename [] to [.1]"),
+  EXPECT_EQ(Workplace::errors("LOGRollingFileAppender::rollOver ---- Could not rename [] to [.1]"),
             1);
   append(appender, "refused");
-  EXPECT_EQ(Workplace::diagnosticsWith(CLOSED), 1);
+  EXPECT_EQ(Workplace::noted(CLOSED), 1);
   appender.setFile("n3.log", 1, 0, 1);
   append(appender, "d");
   EXPECT_EQ(Workplace::lines("n3.log"), (Lines{"d"}));
@@ -790,48 +692,5 @@ TEST_F(RollingFileAppenderTest, AppendsAfterAFailedReopening) {
     moving.close();
     fs::remove_all("d");
     fs::remove_all("away");
-  }
-}
-
-TEST(SharedRollingAppender, LosesNothingFromItsFirstEventOnUnderTwoLoggers) {
-  Workplace workplace;
-  LOGLayout layout;
-  LOGRollingFileAppender appender;
-  appender.setLayout(&layout);
-  appender.setFile("shared.log");
-  appender.setAppend(0);
-  appender.setMaximumFileSize(500);  // a rollover every sixty lines
-  appender.setMaxBackupIndex(100000);
-  LOGLogger* const loggers[] = {LOGManager::getLogger("one"), LOGManager::getLogger("two")};
-  for (LOGLogger* const logger : loggers) {
-    logger->addAppender(&appender);
-    logger->setAdditivity(0);
-  }
-  constexpr int THREADS = 4;
-  constexpr int EVENTS = 2500;
-  std::vector<std::thread> threads;
-  for (int t = 0; t < THREADS; ++t) {
-    threads.emplace_back([&, t] {
-      for (int i = 0; i < EVENTS; ++i) {
-        loggers[t % 2]->info(std::to_string(t) + ":" + std::to_string(i));
-      }
-    });
-  }
-  for (std::thread& thread : threads) {
-    thread.join();
-  }
-  Lines all;
-  for (const auto& entry : fs::directory_iterator(".")) {
-    if (entry.path().string().find("shared.log") != std::string::npos) {
-      const Lines lines = Workplace::lines(entry.path().string());
-      all.insert(all.end(), lines.begin(), lines.end());
-    }
-  }
-  EXPECT_EQ(all.size(), static_cast<std::size_t>(THREADS * EVENTS));
-  std::sort(all.begin(), all.end());
-  EXPECT_EQ(std::unique(all.begin(), all.end()), all.end());
-  EXPECT_TRUE(fs::exists("shared.log.2"));
-  for (LOGLogger* const logger : loggers) {
-    logger->removeAllAppenders();
   }
 }

@@ -4,15 +4,12 @@
 
 #include <memory>
 
-#include "core/LOGLevel.h"
-#include "core/LOGLogger.h"
-#include "core/LOGLoggingEvent.h"
-#include "core/LOGManager.h"
 #include "filters/LOGDenyAllFilter.h"
 #include "filters/LOGLevelMatchFilter.h"
 #include "filters/LOGLevelRangeFilter.h"
 #include "filters/LOGStringMatchFilter.h"
 #include "platform/ZEBAssertError.h"
+#include "support/TestEvent.h"
 
 namespace {
 
@@ -23,8 +20,7 @@ constexpr int ACCEPT = 1;
 LOGLevel* level(const char* name) { return LOGLevel::toLevel(I18NString(name)); }
 
 int decide(LOGFilter& filter, const char* levelName, const char* text = "m") {
-  LOGObject message{I18NString(text)};
-  LOGLoggingEvent event("fqn", LOGManager::getLogger("filter"), level(levelName), &message);
+  TestEvent event("filter", levelName, text);
   return filter.decide(&event);
 }
 

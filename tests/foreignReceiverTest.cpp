@@ -3,22 +3,19 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <csignal>
 #include <filesystem>
 #include <memory>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "config/LOG4ZEBConfigurator.h"
 #include "core/LOGLogger.h"
 #include "core/LOGManager.h"
-#include "layouts/LOGPatternLayout.h"
 #include "net/LOGLocalUDPAppender.h"
-#include "net/LOGSyslogAppender.h"
 #include "support/ChildProcess.h"
 #include "support/TestEvent.h"
+#include "support/Threads.h"
 #include "support/Workplace.h"
 
 namespace {
@@ -39,26 +36,6 @@ void requireProgram(const std::string& path, const std::string& package) {
       << path << ": install the package " << package << " and configure the build again";
 }
 
-/// Logs through syslog with that facility to the daemon on this machine.
-void logToDaemon(LOGLayout& layout, const std::string& facility, const std::string& message) {
-  LOGSyslogAppender appender(&layout, "127.0.0.1", LOGSyslogAppender::getFacility(facility));
-  log(appender, "shop", message);
-}
-
-std::string daemonConfiguration(const std::vector<std::string>& facilities) {
-  const std::string here = std::filesystem::current_path().string();
-  std::string text = "global(workDirectory=\"" + here +
-                     "\")\nmodule(load=\"imudp\")\n"
-                     "input(type=\"imudp\" address=\"127.0.0.1\" port=\"514\")\n"
-                     "template(name=\"line\" type=\"string\" "
-                     "string=\"%syslogfacility-text%|%rawmsg%\\n\")\n";
-  for (const std::string& facility : facilities) {
-    text += facility + ".* action(type=\"omfile\" template=\"line\" file=\"" + here + "/" +
-            facility + ".out\")\n";
-  }
-  return text;
-}
-
 /// A daemon that runs with the file rsyslog.conf of the working directory.
 std::unique_ptr<ChildProcess> startDaemon() {
   const std::string here = std::filesystem::current_path().string();
@@ -70,22 +47,15 @@ std::unique_ptr<ChildProcess> startDaemon() {
 /// Logs until something is in the file.
 template <typename Log>
 bool comesUp(const std::string& file, const Log& logOnce) {
-  for (int i = 0; i < 200 && Workplace::read(file).empty(); ++i) {
+  return eventually([&] {
     logOnce();
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-  }
-  return !Workplace::read(file).empty();
+    return !Workplace::read(file).empty();
+  });
 }
 
 /// Waits until the file has the text.
 bool comesTo(const std::string& file, const std::string& text) {
-  for (int i = 0; i < 1000; ++i) {
-    if (Workplace::read(file).find(text) != std::string::npos) {
-      return true;
-    }
-    std::this_thread::sleep_for(std::chrono::milliseconds(10));
-  }
-  return false;
+  return eventually([&] { return Workplace::read(file).find(text) != std::string::npos; });
 }
 
 }  // namespace
@@ -120,34 +90,6 @@ TEST(JavaProgram, ReadsTheRecordsOfTheLocalUDPAppender) {
                                   "a.b 7 0061 0000 00e9 20ac d83d de00 dc00\n"
                                   "a.b " +
                                   cut + " 0078 d83d de00 d83d de00 d83d de00 d83d\n");
-}
-
-TEST(SyslogDaemon, FilesTheMessagesUnderTheirFacilities) {
-  const Workplace workplace;
-  ASSERT_NO_FATAL_FAILURE(requireProgram(LOG4ZEB_RSYSLOGD, "rsyslog"));
-  const std::vector<std::string> facilities{"user", "mail", "daemon", "authpriv", "local3"};
-  Workplace::write("rsyslog.conf", daemonConfiguration(facilities));
-  const auto daemon = startDaemon();
-  LOGPatternLayout layout("%c: %m");
-  ASSERT_TRUE(comesUp("user.out", [&] { logToDaemon(layout, "user", "are you there"); }))
-      << "rsyslogd does not receive on port 514, which needs root: " << daemon->errors();
-  for (const std::string& facility : facilities) {
-    logToDaemon(layout, facility, "for " + facility + " \xC3\xA9");
-  }
-  for (const std::string& facility : facilities) {
-    const std::string code = std::to_string(LOGSyslogAppender::getFacility(facility));
-    EXPECT_TRUE(comesTo(facility + ".out",
-                        facility + "|<" + code + ">shop: for " + facility + " \xC3\xA9\n"))
-        << Workplace::read(facility + ".out");
-  }
-  daemon->signal(SIGTERM);
-  EXPECT_EQ(daemon->wait().exitCode, 0) << daemon->errors();
-  for (const std::string& facility : facilities) {
-    const std::string lines = Workplace::read(facility + ".out");
-    for (const std::string& other : facilities) {
-      EXPECT_EQ(lines.find("for " + other) != std::string::npos, other == facility) << lines;
-    }
-  }
 }
 
 TEST(SyslogDaemon, FilesWhatTheExampleDocumentSendsAndShowsItToNobodyElse) {

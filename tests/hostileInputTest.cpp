@@ -4,10 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <ctime>
 #include <fstream>
-#include <memory>
-#include <random>
 #include <set>
 
 #ifdef __linux__
@@ -17,7 +14,6 @@
 #endif
 
 #include "config/LOG4ZEBConfigurator.h"
-#include "core/LOGLogger.h"
 #include "core/LOGManager.h"
 #include "core/LOGUntrustedText.h"
 #include "layouts/LOGHTMLLayout.h"
@@ -27,7 +23,9 @@
 #include "platform/ZEBIDOM_DOMImplementation.h"
 #include "platform/ZEBIDOM_Document.h"
 #include "platform/ZEBIDOM_Parser.h"
+#include "support/Documents.h"
 #include "support/TestEvent.h"
+#include "support/Texts.h"
 #include "support/Workplace.h"
 
 namespace {
@@ -35,14 +33,6 @@ namespace {
 using namespace std::string_literals;
 
 constexpr std::size_t MILLION = 1000000;
-
-std::string repeated(const std::string& text, std::size_t count) {
-  std::string result;
-  for (std::size_t i = 0; i < count; ++i) {
-    result += text;
-  }
-  return result;
-}
 
 /// `count` pieces, each with its number where `text` has a '#'.
 std::string numbered(const std::string& text, std::size_t count) {
@@ -67,9 +57,10 @@ std::string document(const std::string& children) {
 }
 
 std::string appender(const std::string& pattern, const std::string& params = "") {
-  return "<appender name='F' class='LOGRollingFileAppender'><param name='File' value='f.log'/>" +
-         params + "<layout class='LOGPatternLayout'><param name='ConversionPattern' value='" +
-         pattern + "'/></layout></appender><root><appender-ref ref='F'/></root>";
+  return documents::appender(
+             "F", "LOGRollingFileAppender",
+             documents::param("File", "f.log") + params + documents::pattern(pattern)) +
+         documents::root({"F"});
 }
 
 /// The most memory that the process has had, in MiB; 0 where it is not known.
@@ -87,15 +78,9 @@ void info(const std::string& text) { LOGManager::getRootLogger()->info(text); }
 
 class HostileDocument : public testing::Test {
  protected:
-  ~HostileDocument() override {
-    EXPECT_LT(std::clock() - m_begin, 60 * CLOCKS_PER_SEC) << "of the processor's time";
-    EXPECT_LT(peakMemory(), 2048) << "MiB";
-  }
+  ~HostileDocument() override { EXPECT_LT(peakMemory(), 2048) << "MiB"; }
 
   Workplace workplace;
-
- private:
-  const std::clock_t m_begin = std::clock();
 };
 
 }  // namespace
@@ -111,6 +96,13 @@ TEST_F(HostileDocument, IsRefusedWithItsPlaceAndTheReasonAndChangesNothing) {
     return nested;
   }() + "]>\n";
   const std::string longEntity = "<!DOCTYPE a [<!ENTITY e '" + std::string(60000, 'x') + "'>]>\n";
+  const std::string byDefault =
+      "<!DOCTYPE a [<!ATTLIST b c CDATA '" + std::string(60000, 'x') + "'>]>\n";
+  // Each entity names the one before, which a recursive reader follows to the end of its stack.
+  std::string chain = "<!ENTITY e0 'x'>";
+  for (int i = 1; i < 100000; ++i) {
+    chain += "<!ENTITY e" + std::to_string(i) + " '&e" + std::to_string(i - 1) + ";'>";
+  }
   const std::string outside = "an entity outside of the document is not read: \"&e;\"";
   const struct {
     std::string text;
@@ -118,8 +110,11 @@ TEST_F(HostileDocument, IsRefusedWithItsPlaceAndTheReasonAndChangesNothing) {
     std::string reason;
   } CASES[] = {
       {laughter + document("&e29;"), "", "amplification"},
-      {laughter + document("<root a='&e29;'/>"), "", "amplification"},
       {longEntity + document(repeated("&e;", 60000)), "", "amplification"},
+      {byDefault + document(repeated("<b/>", 100000)), "", "too much text"},
+      {"<!DOCTYPE a [" + chain + "]>" + document("&e99999;"), "", "more than 256"},
+      {"<!DOCTYPE a [" + numbered("<!ATTLIST a a# CDATA ''>", 100000) + "]>" + document(""), "",
+       "more than 256"},
       {"<!DOCTYPE a [<!ENTITY e SYSTEM 'x'>]>\n" + document("&e;"), "3:1", outside},
       {"<!DOCTYPE a [<!ENTITY % p SYSTEM 'x'>%p;]>\n" + document("<root a='&e;'/>"), "3:1",
        outside},
@@ -134,14 +129,9 @@ TEST_F(HostileDocument, IsRefusedWithItsPlaceAndTheReasonAndChangesNothing) {
       {document("<root a='" + std::string(70000, 'x') + "'/>"), "2:1",
        "the attribute \"a\" is longer than 64 KiB"},
       {document("<root a='\0'/>"s), "2:10", "not well-formed"},
-      {document("\n<root a='\xC0\x80'/>"), "3:10", "not well-formed"},
       {document("<root a='\xED\xA0\x80'/>"), "2:10", "not well-formed"},
-      {document("<root a='\xEF\xBF\xBF'/>"), "2:10", "not well-formed"},
-      {document("<root a='\xE9'/>"), "2:10", "not well-formed"},
       {document("<root a='\x1B[31m'/>"), "2:10", "not well-formed"},
       {document("<root a='&#0;'/>"), "2:10", "invalid character number"},
-      {document("<root a='&#27;'/>"), "2:10", "invalid character number"},
-      {document("<root a='&#xD800;'/>"), "2:10", "invalid character number"},
       {"<?xml version='1.0' encoding='UTF-16'?>\n" + document(""), "1:31",
        "encoding specified in XML declaration is incorrect"},
       {"<?xml version='1.0' encoding='UTF-7'?>\n" + document(""), "1:", "unknown encoding"},
@@ -152,14 +142,11 @@ TEST_F(HostileDocument, IsRefusedWithItsPlaceAndTheReasonAndChangesNothing) {
   for (const auto& [text, place, reason] : CASES) {
     Workplace::write("hostile.xml", text);
     Workplace::clearDiagnostics();
-    const std::clock_t begin = std::clock();
     EXPECT_EQ(LOG4ZEBConfigurator::initialize("hostile.xml"), 0) << text.substr(0, 200);
-    EXPECT_LT(std::clock() - begin, 20 * CLOCKS_PER_SEC) << "of the processor's time";
-    EXPECT_EQ(Workplace::diagnosticsWith("log4zeb:ERROR hostile.xml:" + place), 1)
+    EXPECT_EQ(Workplace::noted("log4zeb:ERROR hostile.xml:" + place), 1)
         << text.substr(0, 200) << '\n'
         << Workplace::diagnostics().back();
-    EXPECT_EQ(Workplace::diagnosticsWith(reason), reason.empty() ? 2 : 1)
-        << Workplace::diagnostics().back();
+    EXPECT_EQ(Workplace::noted(reason), reason.empty() ? 2 : 1) << Workplace::diagnostics().back();
     info("still there");
   }
   EXPECT_EQ(Workplace::lines("f.log").size(), std::size(CASES));
@@ -169,22 +156,8 @@ TEST_F(HostileDocument, OfAGibibyteIsRefusedBeforeItIsInMemory) {
   Workplace::write("hostile.xml", "<log4j:configuration><root a='");
   std::filesystem::resize_file("hostile.xml", 1UL << 30);
   EXPECT_EQ(LOG4ZEBConfigurator::initialize("hostile.xml"), 0);
-  EXPECT_EQ(Workplace::diagnosticsWith("hostile.xml: the file is larger than 4 MiB"), 1);
+  EXPECT_EQ(Workplace::noted("hostile.xml: the file is larger than 4 MiB"), 1);
   EXPECT_LT(peakMemory(), 512) << "MiB";
-}
-
-TEST_F(HostileDocument, CutOffAnywhereIsRefused) {
-  const std::string valid = "<?xml version='1.0'?><!DOCTYPE a [<!ENTITY e 'x'>]>" +
-                            document("<!-- c -->" + appender("&e;%m"));
-  ZEBIDOM_Document parsed = ZEBIDOM_DOMImplementation::getInstance().createDocument();
-  ZEBIDOM_Parser parser(0);
-  for (const std::string& bytes : {valid, utf16(valid)}) {
-    for (std::size_t size = 0; size <= bytes.size(); ++size) {
-      Workplace::write("hostile.xml", bytes.substr(0, size));
-      EXPECT_EQ(parser.parse("hostile.xml", parsed), size == bytes.size() ? 1 : 0) << size;
-      EXPECT_EQ(parser.getErrorReason().isEmpty(), size == bytes.size()) << size;
-    }
-  }
 }
 
 #ifdef __linux__
@@ -241,14 +214,13 @@ TEST_F(HostileDocument, CannotMakeLoggersAndAppendersTakeAllMemoryAndTime) {
                 "<logger name='" + deep + "'/><logger name='" + std::string(60000, 'n') + "'/>" +
                 appenders + "<logger name='last' additivity='false'>" + references + "</logger>"),
             1);
-  EXPECT_EQ(Workplace::diagnosticsWith("A logger's name is longer than 1024 characters or has more "
-                                       "than 64 dots: ["),
+  EXPECT_EQ(Workplace::noted(
+                "A logger's name is longer than 1024 characters or has more than 64 dots: ["),
             2);
   EXPECT_EQ(LOGManager::exists("a"), nullptr);
-  EXPECT_EQ(Workplace::diagnosticsWith("no more than 1000 appenders in use; left out is [A1"),
-            11000);
+  EXPECT_EQ(Workplace::noted("no more than 1000 appenders in use; left out is [A1"), 11000);
   EXPECT_EQ(LOGManager::exists("last")->snapshotOfAppenders().size(), 1000U);
-  EXPECT_EQ(Workplace::diagnosticsWith("No appender named [missing] could be found."), 30000);
+  EXPECT_EQ(Workplace::noted("No appender named [missing] could be found."), 30000);
 }
 
 TEST_F(HostileDocument, CannotFillMemoryWithNumbers) {
@@ -256,24 +228,22 @@ TEST_F(HostileDocument, CannotFillMemoryWithNumbers) {
     Workplace::configure(appender("%"s + width + "m%n"));
     info("x");
     EXPECT_EQ(Workplace::lines("f.log").back().size(), 4096U) << width;
-    EXPECT_EQ(Workplace::diagnosticsWith("A minimum width in a conversion pattern is larger than "
-                                         "4096: [%" +
-                                         std::string(width) + "m]"),
+    EXPECT_EQ(Workplace::noted("A minimum width in a conversion pattern is larger than 4096: [%" +
+                               std::string(width) + "m]"),
               1);
   }
   Workplace::configure(appender("%4096.2147483647m%n"));
   for (const char* const index : {"2147483647", "99999999999999999999", "-99999999999"}) {
     for (const char* const size : {"0", "1", "-1", "99999999999999999999"}) {
-      Workplace::configure(appender("%m%n", "<param name='MaxBackupIndex' value='"s + index +
-                                                "'/><param name='MaximumFileSize' value='" + size +
-                                                "'/>"));
+      Workplace::configure(appender("%m%n", documents::param("MaxBackupIndex", index) +
+                                                documents::param("MaximumFileSize", size)));
       for (int i = 0; i < 3; ++i) {
         info("line");
       }
       LOG4ZEBConfigurator::shutdown();
     }
   }
-  EXPECT_EQ(Workplace::diagnosticsWith("ERROR"), 3) << "the widths above";
+  EXPECT_EQ(Workplace::noted("ERROR"), 3) << "the widths above";
   // Any character may follow, also those that take more than a byte, and braces that never close.
   Workplace::configure(appender(repeated("\xC3\xA9%m%d{", 6000)));
 }
@@ -290,28 +260,6 @@ int wellFormed(const I18NString& elements) {
   Workplace::write("layout.xml", "<log>" + elements.toStdString() + "</log>");
   ZEBIDOM_Document parsed = ZEBIDOM_DOMImplementation::getInstance().createDocument();
   return ZEBIDOM_Parser(0).parse("layout.xml", parsed);
-}
-
-/// Reads back what LOGUntrustedText writes.
-std::string unescaped(const std::string& text) {
-  std::string result;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    if (text[i] != '\\') {
-      result += text[i];
-      continue;
-    }
-    const char kind = text[++i];
-    const std::size_t digits = kind == 'u' ? 4 : kind == 'x' ? 2 : 0;
-    if (digits == 0) {
-      result += kind == 'n' ? '\n' : kind == 'r' ? '\r' : kind == 't' ? '\t' : kind;
-      continue;
-    }
-    const auto number = static_cast<char16_t>(std::stoul(text.substr(i + 1, digits), nullptr, 16));
-    result += kind == 'x' ? std::string(1, static_cast<char>(number))
-                          : I18NString(&number, 1).toStdString();
-    i += digits;
-  }
-  return result;
 }
 
 }  // namespace
@@ -360,55 +308,9 @@ TEST(UntrustedText, IsOneLineOfPlainCharacters) {
   };
   for (const auto& [text, expected] : CASES) {
     EXPECT_EQ(LOGUntrustedText::escaped(text), I18NString(expected)) << expected;
-    EXPECT_EQ(unescaped(expected), text) << expected;
   }
   EXPECT_EQ(LOGUntrustedText::escaped(static_cast<const char*>(nullptr)), "");
   EXPECT_EQ(LOGUntrustedText::escaped("a\nb"), "a\\nb");
   const char16_t units[] = {0xD83D, 0xDE00, 0xD83D, u'\n', 0xDC00};
   EXPECT_EQ(LOGUntrustedText::escaped(I18NString(units, 5)), "\xF0\x9F\x98\x80\\uD83D\\n\\uDC00");
-}
-
-TEST(UntrustedText, KeepsEveryLayoutsFormAndCanBeReadBack) {
-  const Workplace workplace;
-  std::mt19937 random(6);
-  const std::string pieces[] = {"]",
-                                "]]",
-                                ">",
-                                "]]>",
-                                "<",
-                                "&",
-                                "\\",
-                                "\\u",
-                                "n",
-                                "\n",
-                                "\0"s,
-                                "\x1B",
-                                "\xC2",
-                                "\x85",
-                                "\xE2\x80\xA8",
-                                "\xEF\xBF\xBE",
-                                "\xED\xA0\x80",
-                                "\xF0\x9F\x98\x80",
-                                "a",
-                                " "};
-  LOGXMLLayout xml;
-  LOGPatternLayout pattern("%m");
-  I18NString all;
-  for (int i = 0; i < 3000; ++i) {
-    std::string message;
-    for (int part = 0; part < 3; ++part) {
-      std::string text;
-      for (std::size_t n = random() % 6; n > 0; --n) {
-        text += pieces[random() % std::size(pieces)];
-      }
-      const std::string safe = LOGUntrustedText::escaped(text).toStdString();
-      ASSERT_EQ(unescaped(safe), text);
-      // Harmless text of the program between two pieces is harmless still.
-      message += (part == 0 ? "" : part == 1 ? ">" : "]") + safe;
-    }
-    TestEvent event("db", "INFO", message + ">");
-    ASSERT_EQ(pattern.format(&event).toStdString().find_first_of("\r\n\x1B"), std::string::npos);
-    all.append(xml.format(&event));
-  }
-  EXPECT_EQ(wellFormed(all), 1);
 }

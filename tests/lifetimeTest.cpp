@@ -6,7 +6,6 @@
 #include <atomic>
 #include <chrono>
 #include <cstdlib>
-#include <ctime>
 #include <functional>
 #include <memory>
 #include <stdexcept>
@@ -29,8 +28,8 @@
 #include "rendering/LOGObjectRenderer.h"
 #include "rendering/LOGRendererMap.h"
 #include "support/CapturingAppender.h"
-#include "support/Eventually.h"
 #include "support/TestEvent.h"
+#include "support/Threads.h"
 #include "support/Workplace.h"
 
 namespace {
@@ -46,20 +45,8 @@ milliseconds duration() {
 
 /// Runs each operation again and again, on a thread of its own, for the time of duration().
 void repeatBesideEachOther(const std::vector<std::function<void()>>& operations) {
-  std::atomic<bool> stop{false};
-  std::vector<std::thread> threads;
-  for (const auto& operation : operations) {
-    threads.emplace_back([&] {
-      while (!stop) {
-        operation();
-      }
-    });
-  }
+  const Repeating repeating(operations);
   std::this_thread::sleep_for(duration());
-  stop = true;
-  for (std::thread& thread : threads) {
-    thread.join();
-  }
 }
 
 /// An appender of the program that is full of holes once it is deleted.
@@ -124,19 +111,9 @@ TEST_F(RemovedAppenders, AreAllClosedAndGoneThoughOneCannotBeClosed) {
   EXPECT_TRUE(beside.isClosed() && elsewhere.isClosed());
 }
 
-TEST_F(RemovedAppenders, AreNotReadByIsAttached) {
+TEST_F(RemovedAppenders, AreTouchedNeitherByIsAttachedNorByAShutdown) {
   OwnAppender asked("asked");
   repeatBesideEachOther({[&] { EXPECT_EQ(shop->isAttached(&asked), 0); }, [&] { useOnce(shop); }});
-  LOGAsyncAppender async;
-  repeatBesideEachOther({[&] { EXPECT_EQ(async.isAttached(&asked), 0); },
-                         [&] {
-                           OwnAppender own("own");
-                           async.addAppender(&own);
-                           async.removeAppender("own");
-                         }});
-}
-
-TEST_F(RemovedAppenders, AreNotTouchedByAShutdown) {
   repeatBesideEachOther({[] { LOGManager::shutdown(); }, [&] { useOnce(shop); },
                          [&] {
                            OwnAppender behind("behind");
@@ -154,7 +131,8 @@ TEST_F(RemovedAppenders, AreNotTouchedByAShutdown) {
 TEST_F(RemovedAppenders, AreNotTouchedByADelivery) {
   LOGAsyncAppender async;
   shop->addAppender(&async);
-  repeatBesideEachOther({[&] { shop->info("x"); },
+  OwnAppender asked("asked");
+  repeatBesideEachOther({[&] { shop->info("x"); }, [&] { EXPECT_EQ(async.isAttached(&asked), 0); },
                          [&] {
                            OwnAppender own("own");
                            async.addAppender(&own);
@@ -173,37 +151,29 @@ TEST_F(RemovedAppenders, DoNotWaitForTheFlushOfOthersOrForTheirOwnDelivery) {
   CapturingAppender slow("slow");
   OwnAppender plain("plain");
   LOGAsyncAppender async;
-  std::atomic<bool> mayEnd{false};
-  std::atomic<bool> isDelivering{false};
+  Gate delivery;
   slow.onAppend = [&](LOGLoggingEvent*) {
-    isDelivering = true;
-    EXPECT_TRUE(eventually([&] { return mayEnd.load(); }));
+    delivery.pass();
     async.removeAppender(&slow);  // in a delivery: without waiting for it
   };
   async.addAppender(&slow);
   shop->addAppender(&async);
   shop->addAppender(&plain);
   shop->info("x");
-  ASSERT_TRUE(eventually([&] { return isDelivering.load(); }));
-  std::atomic<bool> isFlushing{false};
-  std::thread flushing([&] {
-    isFlushing = true;
-    LOGManager::shutdown();
-  });
-  EXPECT_TRUE(eventually([&] { return isFlushing.load(); }));
+  ASSERT_TRUE(delivery.isReached());
+  Threads others;
+  others.add([] { LOGManager::shutdown(); });
   std::this_thread::sleep_for(milliseconds(50));
-  shop->removeAppender(&plain);
-  EXPECT_FALSE(mayEnd) << "removed while the shutdown flushes";
+  shop->removeAppender(&plain);  // while the shutdown flushes
   std::atomic<bool> isRemoved{false};
-  std::thread removing([&] {
+  others.add([&] {
     async.removeAppender(&slow);  // from outside: waits for the delivery
     isRemoved = true;
   });
   std::this_thread::sleep_for(milliseconds(50));
   EXPECT_FALSE(isRemoved);
-  mayEnd = true;
-  removing.join();
-  flushing.join();
+  delivery.open();
+  others.join();
 }
 
 TEST_F(RemovedAppenders, MayRemoveThemselvesFromAQueueThatIsBeingEmptied) {
@@ -240,22 +210,20 @@ TEST_F(RemovedAppenders, AreComparedWithoutWaitingForWhatTheyAreDoing) {
     appender->setErrorHandler(new LOGErrorHandler);  // all else is equal, so that they are compared
   }
   LOGAsyncAppender async;
-  std::atomic<bool> isDelivering{false};
-  std::atomic<bool> isCompared{false};
+  Gate delivery;
   own.onAppend = [&](LOGLoggingEvent*) {
-    isDelivering = true;
-    EXPECT_TRUE(eventually([&] { return isCompared.load(); }));
+    delivery.pass();
     async.removeAppender(&own);
   };
   async.addAppender(&own);
   shop->addAppender(&async);
   shop->info("x");
-  EXPECT_TRUE(eventually([&] { return isDelivering.load(); }));
+  EXPECT_TRUE(delivery.isReached());
   async.addAppender(&same);
   async.addAppender(&third);
   EXPECT_EQ(async.isAttached(&third), 1) << "equal handlers make equal appenders";
   async.removeAppender(&same);
-  isCompared = true;
+  delivery.open();
   EXPECT_EQ(async.flush(10000), 1);
   EXPECT_EQ(async.isAttached(&own) + async.isAttached(&third), 0);
   shop->removeAllAppenders();
@@ -296,33 +264,27 @@ TEST_F(RemovedAppenders, AppendingLastCountsAsAnAppender) {
   LOGHierarchy hierarchy(&root);
   root.info("x");
   EXPECT_EQ(once.messages, Messages{"x"});
-  EXPECT_EQ(
-      Workplace::diagnosticsEqual("log4zeb:WARN No appenders could be found for logger (root)."),
-      0);
+  EXPECT_EQ(Workplace::warnings("No appenders could be found for logger (root)."), 0);
 }
 
 namespace {
 
-/// A message that logs to another logger while it is rendered or cloned.
+/// A message that logs to another logger while it is rendered, cloned or destroyed.
 class LoggingMessage : public LOGObject {
  public:
-  LoggingMessage(LOGLogger& logger, bool whenCloned)
-      : LOGObject("order"), m_logger(logger), m_whenCloned(whenCloned) {}
+  explicit LoggingMessage(LOGLogger& logger) : LOGObject("order"), m_logger(logger) {}
   const I18NString& toString() const override {
     m_logger.info("rendered");
     return LOGObject::toString();
   }
   LOGObject* clone() const override {
-    if (m_whenCloned) {
-      m_logger.info("cloned");
-    }
-    return new LoggingMessage(m_logger, m_whenCloned);
+    m_logger.info("cloned");
+    return new LoggingMessage(m_logger);
   }
   ~LoggingMessage() override { m_logger.info("destroyed"); }
 
  private:
   LOGLogger& m_logger;
-  const bool m_whenCloned;
 };
 
 class MessagesThatLog : public RemovedAppenders {
@@ -331,15 +293,15 @@ class MessagesThatLog : public RemovedAppenders {
   ~MessagesThatLog() override { LOGManager::getRootLogger()->removeAllAppenders(); }
 
   /// One thread logs the message at `shop`, one logs text at `other`.
-  void logCrosswise(bool whenCloned) {
-    LoggingMessage order(*LOGManager::getLogger("db"), whenCloned);
+  void logCrosswise() {
+    LoggingMessage order(*LOGManager::getLogger("db"));
     repeatBesideEachOther({[&] { shop->info(&order); }, [&] { other->info("plain"); }});
   }
 };
 
 }  // namespace
 
-TEST_F(MessagesThatLog, DoNotHangOnALoggersAnAppendersOrALayoutsLock) {
+TEST_F(MessagesThatLog, DoNotHangOnALoggersAnAppendersOrALayoutsLockOrAQueue) {
   LOGPatternLayout layout("%m%n");
   LOGFileAppender file(&layout, "orders", 1);
   file.setName("file");
@@ -348,26 +310,17 @@ TEST_F(MessagesThatLog, DoNotHangOnALoggersAnAppendersOrALayoutsLock) {
   LOGManager::getRootLogger()->addAppender(&file);
   other->setAdditivity(1);
   shop->addAppender(&file);
-  logCrosswise(false);
+  logCrosswise();
   shop->removeAppender(&file);
   shop->addAppender(&second);
-  logCrosswise(false);
+  logCrosswise();
   shop->removeAppender(&second);
-  LOGManager::getRootLogger()->removeAppender(&file);
-}
-
-TEST_F(MessagesThatLog, DoNotHangOnAQueue) {
-  CapturingAppender capture;
   LOGAsyncAppender async;
-  async.addAppender(&capture);
-  for (LOGLogger* const logger : {shop, other, LOGManager::getRootLogger()}) {
-    logger->addAppender(&async);
-  }
-  logCrosswise(true);
-  for (LOGLogger* const logger : {shop, other, LOGManager::getRootLogger()}) {
-    logger->removeAppender(&async);
-  }
-  async.close();
+  async.addAppender(&second);
+  shop->addAppender(&async);
+  logCrosswise();
+  shop->removeAppender(&async);
+  LOGManager::getRootLogger()->removeAppender(&file);
 }
 
 TEST_F(MessagesThatLog, AreDestroyedByADispatcherThatWaitsForNothing) {
@@ -382,10 +335,8 @@ TEST_F(MessagesThatLog, AreDestroyedByADispatcherThatWaitsForNothing) {
     }
   };
   CapturingAppender blocked;
-  std::atomic<bool> mayEnd{false};
-  blocked.onAppend = [&](LOGLoggingEvent*) {
-    EXPECT_TRUE(eventually([&] { return mayEnd.load(); }));
-  };
+  Gate delivery;
+  blocked.onAppend = [&](LOGLoggingEvent*) { delivery.pass(); };
   LOGAsyncAppender full;
   full.setBufferSize(1);
   full.addAppender(&blocked);
@@ -404,7 +355,7 @@ TEST_F(MessagesThatLog, AreDestroyedByADispatcherThatWaitsForNothing) {
   EndingMessage message;
   shop->info(&message);
   EXPECT_TRUE(eventually([&] { return hasEnded.load(); }));
-  mayEnd = true;
+  delivery.open();
   shop->removeAllAppenders();
   EXPECT_EQ(full.flush(10000), 1);
   other->removeAllAppenders();
@@ -455,9 +406,7 @@ TEST_F(MessagesThatLog, AreRenderedOnceAndAlwaysGiveWhatThatGave) {
   odd.instance("Odd");
   shop->info(&odd);
   EXPECT_EQ(async.flush(10000), 1);
-  EXPECT_EQ(Workplace::diagnosticsEqual(
-                "log4zeb:ERROR LOGAppenderSkeleton::doAppend -- ZEB Exception occured"),
-            3)
+  EXPECT_EQ(Workplace::errors("LOGAppenderSkeleton::doAppend -- ZEB Exception occured"), 3)
       << "each appender meets what rendering threw";
   TestEvent own("shop", "INFO", &counted);
   first.doAppend(&own);
@@ -486,52 +435,10 @@ TEST(ADispatcherOfAProgram, DeliversWhatIsQueuedWhenItIsClosedAndLeavesTheQueueT
   EXPECT_EQ(capture.messages, (Messages{"0", "1", "2", "3", "4"}));
   LOGDispatcher second(&queue, &container);
   second.start();
-#ifndef _WIN32  // where the same function tells the time on the wall
-  const std::clock_t before = std::clock();
-  std::this_thread::sleep_for(milliseconds(300));
-  EXPECT_LT(std::clock() - before, CLOCKS_PER_SEC / 5) << "it sleeps";
-#endif
   queue.put(new TestEvent("own", "INFO", "5"));
   second.close();
   second.join();
   EXPECT_EQ(capture.messages.size(), 6U);
-}
-
-TEST(AnAsyncAppender, LetsWaitingThreadsGoWhenItIsClosedDuringADelivery) {
-  Workplace workplace;
-  CapturingAppender slow;
-  std::atomic<bool> mayEnd{false};
-  std::atomic<bool> isDelivering{false};
-  slow.onAppend = [&](LOGLoggingEvent*) {
-    isDelivering = true;
-    EXPECT_TRUE(eventually([&] { return mayEnd.load(); }));
-  };
-  LOGAsyncAppender async;
-  async.setBufferSize(1);
-  async.addAppender(&slow);
-  LOGLogger* const logger = LOGManager::getLogger("closed");
-  logger->setAdditivity(0);
-  logger->addAppender(&async);
-  logger->info("delivered");
-  ASSERT_TRUE(eventually([&] { return isDelivering.load(); }));
-  logger->info("queued");
-  std::atomic<bool> hasReturned{false};
-  std::thread waiting([&] {
-    logger->info("waits");
-    hasReturned = true;
-  });
-  EXPECT_TRUE(eventually([] {
-    return Workplace::diagnosticsEqual("log4zeb: Waiting for free space in buffer, ") == 1;
-  }));
-  EXPECT_EQ(logger->getAppender(""), &async) << "the logger's lock is free";
-  std::thread closing([&] { async.close(); });
-  EXPECT_TRUE(eventually([&] { return hasReturned.load(); }));
-  mayEnd = true;
-  closing.join();
-  waiting.join();
-  EXPECT_EQ(slow.messages, Messages{"delivered"});
-  EXPECT_EQ(Workplace::diagnosticsEqual("log4zeb:WARN AsyncAppender interrupted."), 1);
-  logger->removeAllAppenders();
 }
 
 #ifdef __SANITIZE_THREAD__

@@ -2,18 +2,16 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <csignal>
 #include <stdexcept>
 #include <string>
-#include <thread>
 #include <vector>
 
-#include "layouts/LOGPatternLayout.h"
 #include "net/LOGLocalUDPAppender.h"
-#include "support/ChildProcess.h"
+#include "support/Command.h"
 #include "support/DatagramReceiver.h"
 #include "support/TestEvent.h"
+#include "support/Threads.h"
 #include "support/Workplace.h"
 
 namespace {
@@ -40,16 +38,14 @@ class Listener : public ChildProcess {
   }
 
   int portAfter(const std::string& words) const {
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-    while (std::chrono::steady_clock::now() < end) {
-      const std::string said = errors();
-      const std::size_t place = said.find(words);
-      if (place != std::string::npos && said.find('\n', place) != std::string::npos) {
-        return std::stoi(said.substr(place + words.size()));
-      }
-      std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    std::size_t place = 0;
+    if (!eventually([&] {
+          place = errors().find(words);
+          return place != std::string::npos && errors().find('\n', place) != std::string::npos;
+        })) {
+      throw std::runtime_error("the command does not listen: " + errors());
     }
-    throw std::runtime_error("the command does not listen: " + errors());
+    return std::stoi(errors().substr(place + words.size()));
   }
 };
 
@@ -119,9 +115,9 @@ TEST(ListenCommand, SaysWhyItCannotListen) {
   const Workplace workplace;
   const DatagramReceiver other;
   const auto complaint = [](const std::vector<std::string>& arguments, int exitCode) {
-    ChildProcess command(LOG4ZEB_COMMAND, arguments);
-    EXPECT_EQ(command.wait().exitCode, exitCode);
-    return command.errors();
+    const Outcome outcome = runProgram(LOG4ZEB_COMMAND, arguments);
+    EXPECT_EQ(outcome.exitCode, exitCode);
+    return outcome.errors;
   };
   EXPECT_NE(complaint({"listen", "--records", std::to_string(other.port())}, 3)
                 .find("cannot listen for event records on 127.0.0.1:" +

@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "support/ChildProcess.h"
+#include "support/Documents.h"
 #include "support/Workplace.h"
 
 TEST(LoadedLibraries, AreFoundByNameAndUsedAgainByEveryRun) {
@@ -15,21 +16,20 @@ TEST(LoadedLibraries, AreFoundByNameAndUsedAgainByEveryRun) {
                    "<categoryFactory class='x.y.loggerFactory'><param name='n' value='v'/>"
                    "</categoryFactory>"
                    "<renderer renderedClass='Order' renderingClass='renderer'/>"
-                   "<renderer renderedClass='None' renderingClass='noSuchLibrary'/>"
-                   "<appender name='F' class='LOGFileAppender'><param name='File' value='f.log'/>"
-                   "<layout class='LOGPatternLayout'>"
-                   "<param name='ConversionPattern' value='%c %m%n'/></layout>"
-                   "<filter class='LOGLogUVDDyeTraceFilter'/></appender></log4j:configuration>");
+                   "<renderer renderedClass='None' renderingClass='noSuchLibrary'/>" +
+                       documents::file("F", "f.log",
+                                       documents::pattern("%c %m%n") +
+                                           "<filter class='LOGLogUVDDyeTraceFilter'/>") +
+                       "</log4j:configuration>");
   ASSERT_EQ(ChildProcess(LOG4ZEB_LOADED_LIBRARIES, {}).wait().exitCode, 0);
   EXPECT_EQ(Workplace::lines("f.log"),
             (std::vector<std::string>{"made! dyed text", "made! dyed order 7", "made! dyed text",
                                       "made! dyed order 7"}));
-  EXPECT_EQ(Workplace::diagnosticsEqual("log4zeb: load LOGLogUVDDyeTraceFilter library."), 1);
-  EXPECT_EQ(Workplace::diagnosticsEqual("log4zeb: the LOGLogUVDDyeTraceFilter library is loaded, "
-                                        "create the filter"),
+  EXPECT_EQ(Workplace::debugs("load LOGLogUVDDyeTraceFilter library."), 1);
+  EXPECT_EQ(Workplace::debugs("the LOGLogUVDDyeTraceFilter library is loaded, create the filter"),
             2);
-  EXPECT_EQ(Workplace::diagnosticsEqual("log4zeb: Desired category factory: [loggerFactory]"), 2);
-  EXPECT_EQ(Workplace::diagnosticsWith("noSuchLibrary"), 2);
+  EXPECT_EQ(Workplace::debugs("Desired category factory: [loggerFactory]"), 2);
+  EXPECT_EQ(Workplace::noted("noSuchLibrary"), 2);
 }
 
 TEST(LoadedLibraries, CannotReadADocumentOrShutDownWhileOneIsRead) {
@@ -42,9 +42,8 @@ TEST(LoadedLibraries, CannotReadADocumentOrShutDownWhileOneIsRead) {
                    "<categoryFactory class='nesting'/>"
                    "<logger name='made' class='Made'><appender-ref ref='F'/></logger>"
                    "<renderer renderedClass='Order' renderingClass='nesting'/>"
-                   "<renderer renderingClass='nesting'/>"
-                   "<appender name='F' class='LOGFileAppender'><param name='File' value='f.log'/>"
-                   "<layout class='LOGSimpleLayout'/></appender></log4j:configuration>");
+                   "<renderer renderingClass='nesting'/>" +
+                       documents::file("F", "f.log") + "</log4j:configuration>");
   ASSERT_EQ(ChildProcess(LOG4ZEB_LOADED_LIBRARIES, {}).wait().exitCode, 0);
   std::vector<std::string> lines;
   for (int reading = 0; reading < 2; ++reading) {
@@ -58,10 +57,8 @@ TEST(LoadedLibraries, CannotReadADocumentOrShutDownWhileOneIsRead) {
   constexpr int TIMES = 6;
   const std::string refused =
       " -- refused, because this thread is reading a configuration document";
-  EXPECT_EQ(Workplace::diagnosticsEqual("log4zeb:ERROR LOGDOMConfigurator::doConfigure" + refused),
-            4 * TIMES);
-  EXPECT_EQ(Workplace::diagnosticsEqual("log4zeb:ERROR LOGDOMConfigurator::shutdown" + refused),
-            2 * TIMES);
+  EXPECT_EQ(Workplace::errors("LOGDOMConfigurator::doConfigure" + refused), 4 * TIMES);
+  EXPECT_EQ(Workplace::errors("LOGDOMConfigurator::shutdown" + refused), 2 * TIMES);
 }
 
 TEST(LoadedLibraries, AreNotLoadedFromAPathThatADocumentNames) {
@@ -80,9 +77,9 @@ TEST(LoadedLibraries, AreNotLoadedFromAPathThatADocumentNames) {
                                    "<renderer renderedClass='Order' renderingClass='" + name +
                                    "'/><logger name='made' class='a.Loud'/>"),
               1);
-    EXPECT_EQ(Workplace::diagnosticsWith("is not loaded: a document names libraries without"), 2);
-    EXPECT_EQ(Workplace::diagnosticsWith("no renderer from library [" + name + "]"), 1);
-    EXPECT_EQ(Workplace::diagnosticsWith("Logger Factory missing"), 1);
-    EXPECT_EQ(Workplace::diagnosticsWith("An unknown exception"), 0) << "a library without factory";
+    EXPECT_EQ(Workplace::noted("is not loaded: a document names libraries without"), 2);
+    EXPECT_EQ(Workplace::noted("no renderer from library [" + name + "]"), 1);
+    EXPECT_EQ(Workplace::noted("Logger Factory missing"), 1);
+    EXPECT_EQ(Workplace::noted("An unknown exception"), 0) << "a library without factory";
   }
 }

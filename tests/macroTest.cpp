@@ -21,8 +21,6 @@
 #include "appenders/LOGAsyncAppender.h"
 #include "core/LOGHierarchy.h"
 #include "core/LOGRootLogger.h"
-#include "layouts/LOGHTMLLayout.h"
-#include "layouts/LOGXMLLayout.h"
 #include "platform/ZEBOutOfMemoryError.h"
 #include "support/CapturingAppender.h"
 #include "support/Workplace.h"
@@ -101,7 +99,7 @@ TEST_F(Macros, LoseAnEventForWhichTextCannotBeFormattedAndSayIt) {
   const auto lackMemory = []() -> int { throw std::bad_alloc(); };
   EXPECT_NO_THROW(LOG4ZEB_WARNF(&logger, "{}", lackMemory()));
   EXPECT_TRUE(capture.messages.empty());
-  EXPECT_EQ(Workplace::diagnosticsWith("no memory for an event, which is lost"), 1);
+  EXPECT_EQ(Workplace::noted("no memory for an event, which is lost"), 1);
   const auto fail = []() -> int { throw std::runtime_error("of the application"); };
   EXPECT_THROW(LOG4ZEB_WARNF(&logger, "{}", fail()), std::runtime_error);
 }
@@ -116,6 +114,9 @@ TEST_F(Macros, StreamAsAStringStreamDoesWhateverTheLength) {
                  text << std::hex << std::setw(6) << std::setfill('.') << 255 << 'y' << text);
     EXPECT_EQ(capture.messages.back(), expected.str());
   }
+  LOG4ZEB_INFO(&logger, (ADD_FAILURE(), "not enabled"));
+  LOG4ZEB_ERROR(&logger, I18NString("\xC3\xA9"));
+  EXPECT_EQ(capture.messages.back(), "\xC3\xA9");
 }
 
 TEST_F(Macros, TellOfACaughtExceptionAndOfThoseNestedInIt) {
@@ -148,13 +149,7 @@ TEST_F(Macros, TellOfACaughtExceptionAndOfThoseNestedInIt) {
   EXPECT_EQ(levels, "DIWF");
 }
 
-TEST_F(Macros, ShowAnExceptionInXmlAndHtmlButNotBehindAnAsynchronousAppender) {
-  LOGXMLLayout xml;
-  LOGHTMLLayout html;
-  std::string shown;
-  capture.onAppend = [&](LOGLoggingEvent* event) {
-    shown += xml.format(event).toStdString() + html.format(event).toStdString();
-  };
+TEST_F(Macros, ShowNoExceptionBehindAnAsynchronousAppender) {
   CapturingAppender behind("behind");
   std::string late = "none came";
   behind.onAppend = [&](LOGLoggingEvent* event) {
@@ -171,11 +166,7 @@ TEST_F(Macros, ShowAnExceptionInXmlAndHtmlButNotBehindAnAsynchronousAppender) {
   EXPECT_TRUE(async.flush(10000));
   async.close();
   EXPECT_EQ(late, "");
-  for (const char* part : {"<log4j:throwable><![CDATA[<outer>\nno room\n  at LOGPlace:7\n  at "
-                           "LOGOuter\nunknown exception]]></log4j:throwable>",
-                           "&lt;outer&gt;", "<br>&nbsp;&nbsp;&nbsp;&nbsp;no room"}) {
-    EXPECT_NE(shown.find(part), std::string::npos) << part << " is not in\n" << shown;
-  }
+  EXPECT_NE(throwable, "");
 }
 
 TEST_F(Macros, KeepAContextForAScopeHoweverItEnds) {

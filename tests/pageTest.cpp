@@ -1,4 +1,4 @@
-// The command `log4zeb page` on files that an appender wrote, and its page in a browser.
+// The command `log4zeb page` on files that an appender wrote.
 
 #include <gtest/gtest.h>
 
@@ -6,7 +6,8 @@
 
 #include "core/LOGNDC.h"
 #include "layouts/LOGHTMLLayout.h"
-#include "support/ChildProcess.h"
+#include "support/Command.h"
+#include "support/Documents.h"
 #include "support/TestEvent.h"
 #include "support/Workplace.h"
 
@@ -16,38 +17,20 @@ using Words = std::vector<std::string>;
 
 constexpr const char* ROWS = "rows.html";
 
-struct Outcome {
-  int exitCode;
-  std::string output;
-  std::string errors;
-};
-
-Outcome run(const std::string& program, const Words& arguments,
-            const std::string& input = ChildProcess::NO_INPUT) {
-  ChildProcess process(program, arguments, input);
-  const int exitCode = process.wait().exitCode;
-  return {exitCode, process.receive(), process.errors()};
-}
-
 Outcome page(Words arguments, const std::string& input = ChildProcess::NO_INPUT) {
   arguments.insert(arguments.begin(), "page");
-  return run(LOG4ZEB_COMMAND, arguments, input);
+  return runProgram(LOG4ZEB_COMMAND, arguments, input);
 }
 
-/// Logs through a document to ROWS; with `times`, events of all levels so many times, one event in
-/// a context and one with a throwable.
-void writeRows(int times = 1) {
-  ASSERT_EQ(Workplace::configure("<appender name='F' class='LOGFileAppender'>"
-                                 "<param name='File' value='rows.html'/>"
-                                 "<layout class='org.x.LOGHTMLLayout'/></appender><root>"
-                                 "<level value='DEBUG'/><appender-ref ref='F'/></root>"),
-            1);
+/// Logs through a document to ROWS: events of all levels, one in a context, one with a throwable.
+void writeRows() {
+  ASSERT_EQ(
+      Workplace::configure(documents::file("F", ROWS, documents::layout("org.x.LOGHTMLLayout")) +
+                           documents::root({"F"}, "DEBUG")),
+      1);
   LOGLogger* const logger = LOGManager::getLogger("shop");
-  for (int round = 0; round < times; ++round) {
-    for (const char* const level : {"DEBUG", "INFO", "WARN", "ERROR", "FATAL"}) {
-      logger->log(LOGLevel::toLevel(level),
-                  I18NString("a<b>c & \xC3\xA9\xF0\x9F\x98\x80", "UTF-8"));
-    }
+  for (const char* const level : {"DEBUG", "INFO", "WARN", "ERROR", "FATAL"}) {
+    logger->log(LOGLevel::toLevel(level), I18NString("a<b>c & \xC3\xA9\xF0\x9F\x98\x80", "UTF-8"));
   }
   LOGNDC::push("request <7>");
   logger->info(I18NString("in context"));
@@ -56,45 +39,6 @@ void writeRows(int times = 1) {
   failure.setThrowableStrRep("Failure <x>\n at one");
   logger->callAppenders(&failure);
 }
-
-#ifndef _WIN32
-/// What a browser makes of the page in that file: for each row of its table, if it takes room on
-/// the page, one text of the number of cells, the background of the first cell, colour and weight
-/// of the level (of the only cell where there is just one), and the visible text of the last cell.
-Words renderedRows(const std::string& file) {
-  Workplace::write("measured.html", Workplace::read(file) + R"(<script>
-const measured = Array.from(document.querySelector('table').rows).filter(row => row.offsetHeight)
-    .map(row => {
-  const cell = row.cells[row.cells.length > 1 ? 2 : 0];
-  const text = getComputedStyle(cell.querySelector('strong') || cell.querySelector('font') || cell);
-  return [row.cells.length, getComputedStyle(row.cells[0]).backgroundColor, text.color,
-          text.fontWeight, row.cells[row.cells.length - 1].innerText.replace(/\n/g, '/')].join('|');
-});
-document.body.append('{{' + measured.join('\n') + '\n}}' + document.title + '{{}}');
-</script>)");
-  const std::string directory = std::filesystem::current_path();
-  // The shell finds the browser, and says so where there is none.
-  const Outcome browser =
-      run("/bin/sh", {"-c", "HOME=$PWD exec chromium \"$@\"", "browser", "--headless",
-                      "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run",
-                      "--disable-background-networking", "--disable-component-update",
-                      "--disable-sync", "--user-data-dir=" + directory + "/browser", "--dump-dom",
-                      "file://" + directory + "/measured.html"});
-  EXPECT_EQ(browser.exitCode, 0) << "this test needs the browser Chromium\n" << browser.errors;
-  // The script itself is in the output too, so the result is what follows the last mark.
-  const std::size_t end = browser.output.rfind("{{}}");
-  const std::size_t begin = browser.output.rfind("{{", end - 1);
-  if (end == std::string::npos || begin == std::string::npos) {
-    return {"not measured: " + browser.output};
-  }
-  std::istringstream lines(browser.output.substr(begin + 2, end - begin - 2));
-  Words rows;
-  for (std::string line; std::getline(lines, line);) {
-    rows.push_back(line);
-  }
-  return rows;
-}
-#endif
 
 }  // namespace
 
@@ -159,8 +103,8 @@ TEST(Page, ReadsNoMoreThanARowMayHave) {
     const Workplace workplace;
     Workplace::write("endless", beginning);
     std::filesystem::resize_file("endless", SIZE);
-    const Outcome outcome =
-        run("/bin/sh", {"-c", "(\"$0\" page - >page; echo $?; wc -c) <endless", LOG4ZEB_COMMAND});
+    const Outcome outcome = runProgram(
+        "/bin/sh", {"-c", "(\"$0\" page - >page; echo $?; wc -c) <endless", LOG4ZEB_COMMAND});
     std::istringstream output(outcome.output);
     int exitCode = 0;
     std::uintmax_t left = 0;
@@ -212,29 +156,3 @@ TEST(Page, NamesWhatIsWrong) {
   }
   EXPECT_EQ(Workplace::read(ROWS), before);
 }
-
-#ifndef _WIN32
-TEST(Page, ShowsEveryRowInItsColoursInABrowser) {
-  const Workplace workplace;
-  writeRows(6);
-  ASSERT_EQ(page({"--title", "a < b & \xC3\xA9", "--output", "page.html", ROWS}).exitCode, 0);
-  const std::string plain = "5|rgba(0, 0, 0, 0)|rgb(0, 0, 0)|400|";
-  const std::string red = "5|rgba(0, 0, 0, 0)|rgb(153, 51, 0)|700|";
-  // The browser writes its document as markup again.
-  const std::string message = "a&lt;b&gt;c &amp; \xC3\xA9\xF0\x9F\x98\x80";
-  Words expected{"5|rgb(51, 102, 153)|rgb(255, 255, 255)|700|Message"};
-  for (int round = 0; round < 6; ++round) {
-    expected.push_back("5|rgba(0, 0, 0, 0)|rgb(51, 153, 51)|400|" + message);
-    expected.push_back(plain + message);
-    expected.insert(expected.end(), 3, red + message);
-  }
-  expected.push_back(plain + "in context");
-  expected.push_back("1|rgb(238, 238, 238)|rgb(0, 0, 0)|400|NDC: request &lt;7&gt;");
-  expected.push_back(red + "failed");
-  expected.push_back(
-      "1|rgb(153, 51, 0)|rgb(255, 255, 255)|400|"
-      "Failure &lt;x&gt;/&nbsp;&nbsp;&nbsp;&nbsp; at one");
-  expected.push_back("}}a &lt; b &amp; \xC3\xA9");
-  EXPECT_EQ(renderedRows("page.html"), expected);
-}
-#endif

@@ -501,11 +501,10 @@ TEST(PublicInterface, ComparesLoggersAndAppendersOfAllClasses) {
   LOGLogger& namesake = *LOGManager::getLogger("root");
   const LOGRootLogger root(WARN);
   const LOGObject& object = namesake;
-  EXPECT_EQ(compared(logger, logger), EQUAL);
-  EXPECT_EQ(compared(root, namesake), EQUAL);
-  EXPECT_EQ(compared(root, root), EQUAL);
-  EXPECT_EQ(compared(object, root), EQUAL);
-  EXPECT_EQ(compared(object, namesake), EQUAL);
+  for (const int same : {compared(logger, logger), compared(root, namesake), compared(root, root),
+                         compared(object, root), compared(object, namesake)}) {
+    EXPECT_EQ(same, EQUAL);
+  }
   EXPECT_EQ(compared(object, logger), DIFFERENT);
   EXPECT_EQ(compared(logger, root), DIFFERENT);
 
@@ -516,18 +515,15 @@ TEST(PublicInterface, ComparesLoggersAndAppendersOfAllClasses) {
   const LOGFileAppender file;
   const LOGAppenderSkeleton& skeleton = other;
   const LOGObject& appender = other;
-  EXPECT_EQ(compared(udp, same), EQUAL);
-  EXPECT_EQ(compared(udp, other), DIFFERENT);
-  EXPECT_EQ(compared(udp, file), DIFFERENT);
-  EXPECT_EQ(compared(file, file), EQUAL);
-  EXPECT_EQ(compared(file, skeleton), DIFFERENT);
-  EXPECT_EQ(compared(file, LOGConsoleAppender()), DIFFERENT);
-  EXPECT_EQ(compared(appender, file), DIFFERENT);
-  EXPECT_EQ(compared(appender, other), EQUAL);
-  EXPECT_EQ(compared(appender, skeleton), EQUAL);
-  EXPECT_EQ(compared(other, skeleton), EQUAL);
-  EXPECT_EQ(compared(appender, logger), DIFFERENT);
-  EXPECT_EQ(compared(*WARN, *INFO), DIFFERENT);
+  for (const int equal : {compared(udp, same), compared(file, file), compared(appender, other),
+                          compared(appender, skeleton), compared(other, skeleton)}) {
+    EXPECT_EQ(equal, EQUAL);
+  }
+  for (const int different : {compared(udp, other), compared(udp, file), compared(file, skeleton),
+                              compared(file, LOGConsoleAppender()), compared(appender, file),
+                              compared(appender, logger), compared(*WARN, *INFO)}) {
+    EXPECT_EQ(different, DIFFERENT);
+  }
 }
 
 }  // namespace

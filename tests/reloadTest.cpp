@@ -4,9 +4,7 @@
 
 #include <atomic>
 #include <chrono>
-#include <functional>
 #include <memory>
-#include <set>
 #include <thread>
 
 #ifndef _WIN32
@@ -28,7 +26,9 @@
 #include "core/LOGRootLogger.h"
 #include "platform/ZEBThreadGuard.h"
 #include "support/CapturingAppender.h"
+#include "support/Documents.h"
 #include "support/OpenSockets.h"
+#include "support/Threads.h"
 #include "support/Workplace.h"
 
 namespace fs = std::filesystem;
@@ -37,25 +37,11 @@ namespace {
 
 constexpr const char* DOCUMENT = "watched.xml";
 
-std::string document(const std::string& file, const std::string& rootLevel = "DEBUG") {
-  return "<log4j:configuration><appender name='F' class='LOGFileAppender'>"
-         "<param name='File' value='" +
-         file +
-         "'/><layout class='LOGSimpleLayout'/></appender>"
-         "<logger name='a' additivity='false'><appender-ref ref='F'/></logger>"
-         "<logger name='b' additivity='false'><appender-ref ref='F'/></logger>"
-         "<root><level value='" +
-         rootLevel + "'/><appender-ref ref='F'/></root></log4j:configuration>";
-}
+constexpr const char* ALONE = "additivity='false'";
 
-bool eventually(const std::function<bool()>& condition) {
-  for (int i = 0; i < 2000; ++i) {
-    if (condition()) {
-      return true;
-    }
-    std::this_thread::sleep_for(std::chrono::milliseconds(5));
-  }
-  return false;
+std::string document(const std::string& rootLevel = "DEBUG") {
+  return documents::whole(documents::file("F", "f.log") + documents::logger("a", {"F"}, ALONE) +
+                          documents::root({"F"}, rootLevel));
 }
 
 /// Writes the document so that its time advances even on a coarse clock.
@@ -71,43 +57,29 @@ int rootRank() { return LOGManager::getRootLogger()->getLevel()->toInt(); }
 
 TEST(Watchdog, AppliesTheDocumentAtOnceAndAfterEveryChange) {
   Workplace workplace;
-  edit(document("f.log"));
+  edit(document());
   LOGXMLWatchdog watchdog(DOCUMENT);
   EXPECT_EQ(watchdog.wasApplied(), 1);
   LOGManager::getLogger("a")->info("1");
   EXPECT_EQ(Workplace::lines("f.log").size(), 1U);
   LOGXMLWatchdog::setDelay(5);
   watchdog.start();
-  edit(document("f.log", "ERROR"));
+  edit(document("ERROR"));
   EXPECT_TRUE(eventually([] { return rootRank() == LOGLevel::ERROR_RANK; }));
   edit("<log4j:configuration><root><level value='OFF'/>");
-  EXPECT_TRUE(
-      eventually([] { return Workplace::diagnosticsWith("Could not parse the document") == 1; }));
-  edit(document("f.log", "WARN"));
+  EXPECT_TRUE(eventually([] { return Workplace::noted("Could not parse the document") == 1; }));
+  edit(document("WARN"));
   EXPECT_TRUE(eventually([] { return rootRank() == LOGLevel::WARN_RANK; }));
-  Workplace::write(DOCUMENT, document("f.log", "FATAL"));
+  Workplace::write(DOCUMENT, document("FATAL"));
   fs::last_write_time(DOCUMENT, fs::file_time_type::clock::now() - std::chrono::hours(1));
   std::this_thread::sleep_for(std::chrono::milliseconds(50));
   EXPECT_EQ(rootRank(), LOGLevel::WARN_RANK) << "an older copy is no change";
   fs::remove(DOCUMENT);
   EXPECT_TRUE(eventually([] {
-    return Workplace::diagnosticsEqual(
-               "log4zeb:WARN Was not allowed to read check file existance, file:[watched.xml].") ==
-           1;
+    return Workplace::warnings(
+               "Was not allowed to read check file existance, file:[watched.xml].") == 1;
   }));
   watchdog.join();
-}
-
-TEST(Watchdog, OfAMissingFileEndsAtOnceAndAnyCanBeStopped) {
-  Workplace workplace;
-  LOGXMLWatchdog missing(DOCUMENT);
-  missing.start();
-  missing.join();
-  edit(document("f.log"));
-  LOGFileWatchdog plain(DOCUMENT);
-  LOGFileWatchdog::setDelay(3600000);
-  plain.start();
-  plain.stop();
 }
 
 TEST(Watchdog, WatchesAgainWhenItIsStartedAfterItsEnd) {
@@ -144,7 +116,7 @@ TEST(Watchdog, WatchesAgainWhenItIsStartedAfterItsEnd) {
 #ifndef _WIN32
 TEST(Watchdog, DoesNotWaitForWhoeverWritesToAPipe) {
   Workplace workplace;
-  edit(document("f.log"));
+  edit(document());
   LOGXMLWatchdog watchdog(DOCUMENT);
   LOGXMLWatchdog::setDelay(5);
   watchdog.start();
@@ -153,7 +125,7 @@ TEST(Watchdog, DoesNotWaitForWhoeverWritesToAPipe) {
   fs::last_write_time(DOCUMENT, fs::file_time_type::clock::now() + std::chrono::hours(1));
   EXPECT_TRUE(eventually([&watchdog] { return watchdog.wasApplied() == 0; }));
   watchdog.stop();
-  EXPECT_EQ(Workplace::diagnosticsEqual("log4zeb:ERROR Could not parse the document"), 1);
+  EXPECT_EQ(Workplace::errors("Could not parse the document"), 1);
 }
 
 TEST(Reload, TakesADocumentFromAPipeAlsoWhenSignalsCome) {
@@ -172,7 +144,7 @@ TEST(Reload, TakesADocumentFromAPipeAlsoWhenSignalsCome) {
     }
   };
   disturb();
-  const std::string text = document("f.log", "WARN");
+  const std::string text = document("WARN");
   int writer = -1;
   while (writer < 0 && result == -1) {
     writer = open("pipe", O_WRONLY | O_NONBLOCK);
@@ -187,52 +159,13 @@ TEST(Reload, TakesADocumentFromAPipeAlsoWhenSignalsCome) {
 }
 #endif
 
-TEST(Reload, LosesNoLineInTwoHundredEditsWhileFourThreadsLog) {
-  Workplace workplace;
-  fs::remove("../configuration/logdebug.ini");
-  edit(document("f.log"));
-  LOGXMLWatchdog watchdog(DOCUMENT);
-  ASSERT_EQ(watchdog.wasApplied(), 1);
-  std::atomic<bool> stop{false};
-  std::atomic<int> logged[4] = {};
-  std::vector<std::thread> threads;
-  for (int t = 0; t < 4; ++t) {
-    threads.emplace_back([&, t] {
-      const char* const names[] = {"a", "b", "a.child", "other"};
-      LOGLogger* const logger = LOGManager::getLogger(names[t]);
-      while (!stop) {
-        logger->warn(std::to_string(t) + ":" + std::to_string(logged[t]));
-        ++logged[t];
-      }
-    });
-  }
-  for (int i = 0; i < 200; ++i) {
-    Workplace::write(DOCUMENT, document("f.log", i % 2 == 0 ? "INFO" : "DEBUG"));
-    watchdog.doOnChange();
-    ASSERT_EQ(watchdog.wasApplied(), 1);
-  }
-  stop = true;
-  for (std::thread& thread : threads) {
-    thread.join();
-  }
-  LOG4ZEBConfigurator::shutdown();
-  const std::vector<std::string> lines = Workplace::lines("f.log");
-  const int expected = logged[0] + logged[1] + logged[2] + logged[3];
-  const std::set<std::string> distinct(lines.begin(), lines.end());
-  std::printf("%d lines logged, %d missing\n", expected,
-              expected - static_cast<int>(distinct.size()));
-  EXPECT_EQ(static_cast<int>(distinct.size()), expected);
-  EXPECT_EQ(lines.size(), distinct.size());
-}
-
 TEST(Reload, LeavesNoSocketOpen) {
   Workplace workplace;
   const auto log = [] {
     Workplace::configure(
-        "<appender name='U' class='LOGLocalUDPAppender'/><appender name='S' "
-        "class='LOGSyslogAppender'><layout class='LOGSimpleLayout'/></appender>"
-        "<appender class='LOGLocalUDPAppender'/>"
-        "<root><appender-ref ref='U'/><appender-ref ref='S'/><appender-ref/></root>");
+        documents::appender("U", "LOGLocalUDPAppender") +
+        documents::appender("S", "LOGSyslogAppender", documents::layout("LOGSimpleLayout")) +
+        documents::appender("", "LOGLocalUDPAppender") + documents::root({"U", "S", ""}));
     LOGManager::getLogger("a")->info("1");
     return OpenSockets::count().open;
   };
@@ -244,43 +177,12 @@ TEST(Reload, LeavesNoSocketOpen) {
 
 TEST(Reload, PassesAnAppenderOnToALoggerThatIsReadFirst) {
   Workplace workplace;
-  const auto appender = [](const std::string& name) {
-    return "<appender name='" + name + "' class='LOGFileAppender'><param name='File' value='" +
-           name + ".log'/><layout class='LOGSimpleLayout'/></appender>";
-  };
-  const std::string appenders = appender("F") + appender("G");
-  Workplace::configure(appenders + "<root><appender-ref ref='F'/></root>");
+  const std::string appenders = documents::file("F", "F.log") + documents::file("G", "G.log");
+  Workplace::configure(appenders + documents::root({"F"}));
   LOGManager::getLogger("x")->warn("1");
-  Workplace::configure(appenders +
-                       "<logger name='x' additivity='false'><appender-ref ref='F'/></logger>"
-                       "<root><appender-ref ref='G'/></root>");
+  Workplace::configure(appenders + documents::logger("x", {"F"}, ALONE) + documents::root({"G"}));
   LOGManager::getLogger("x")->warn("2");
   EXPECT_EQ(Workplace::lines("F.log"), (std::vector<std::string>{"1", "2"}));
-}
-
-TEST(Reload, TouchesNoAppenderOfTheProgramAfterItsRemoval) {
-  Workplace workplace;
-  const auto read = [] {
-    Workplace::configure(
-        "<appender name='F' class='LOGFileAppender'><param name='File' value='f.log'/></appender>"
-        "<appender name='A' class='LOGAsyncAppender'><appender-ref ref='F'/></appender>"
-        "<logger name='read'><appender-ref ref='A'/></logger>");
-  };
-  read();
-  std::atomic<bool> stop{false};
-  std::thread program([&stop] {
-    LOGLogger* const logger = LOGManager::getLogger("unread");
-    while (!stop) {
-      const auto own = std::make_unique<CapturingAppender>();
-      logger->addAppender(own.get());
-      logger->removeAppender(own.get());
-    }
-  });
-  for (int i = 0; i < 200; ++i) {
-    read();
-  }
-  stop = true;
-  program.join();
 }
 
 TEST(Reload, ClosesNoAppenderThatTheProgramRemovesMeanwhile) {
@@ -320,27 +222,21 @@ TEST(Reload, ClosesNoAppenderThatTheProgramRemovesMeanwhile) {
 
 TEST(Reload, KeepsWhatIsBehindAnAsynchronousAppenderAtWork) {
   Workplace workplace;
-  const auto async = [](const std::string& name, const std::string& next) {
-    return "<appender name='" + name + "' class='LOGAsyncAppender'><appender-ref ref='" + next +
-           "'/></appender>";
-  };
+  using documents::async;
+  using documents::root;
   const auto logWith = [](const std::string& text, const std::string& appenders) {
-    Workplace::configure(
-        "<appender name='F' class='LOGFileAppender'><param name='File' "
-        "value='f.log'/><layout class='LOGSimpleLayout'/></appender>" +
-        appenders + "</root>");
+    Workplace::configure(documents::file("F", "f.log") + appenders);
     LOGManager::getLogger("behind")->info(text);
   };
-  const std::string direct = "<root><appender-ref ref='F'/>";
   const std::string chained =
-      async("A", "F") + async("B", "A") + async("C", "B") + "<root><appender-ref ref='C'/>";
+      async("A", {"F"}) + async("B", {"A"}) + async("C", {"B"}) + root({"C"});
   logWith("1", chained);
-  logWith("2", direct);
+  logWith("2", root({"F"}));
   logWith("3", chained);  // A is used again, and F was taken from the root meanwhile
-  logWith("4", async("A", "F") + "<root><appender-ref ref='A'/>");
-  logWith("5", async("A", "B") + async("B", "F") + "<root><appender-ref ref='A'/>");
+  logWith("4", async("A", {"F"}) + root({"A"}));
+  logWith("5", async("A", {"B"}) + async("B", {"F"}) + root({"A"}));
   EXPECT_TRUE(eventually([] {
-    return Workplace::diagnosticsWith("Attempted to append to closed appender named [A]") == 1;
+    return Workplace::noted("Attempted to append to closed appender named [A]") == 1;
   })) << "B, used again as it is, does not pass events back to A";
   LOG4ZEBConfigurator::shutdown();
   EXPECT_EQ(Workplace::lines("f.log").size(), 4U);
@@ -352,16 +248,11 @@ class OldQueue : public testing::Test {
  protected:
   static constexpr std::size_t QUEUED = 40;
 
-  static LOGAppenderSkeleton* async() { return LOGManager::getRootLogger()->getAppender("A"); }
-  static void attachTo(LOGAppenderSkeleton* async, LOGAppenderSkeleton* appender) {
-    dynamic_cast<LOGAsyncAppender&>(*async).addAppender(appender);
-  }
-  static void removeFrom(LOGAppenderSkeleton* async, LOGAppenderSkeleton* appender) {
-    dynamic_cast<LOGAsyncAppender&>(*async).removeAppender(appender);
+  static LOGAsyncAppender* async() {
+    return dynamic_cast<LOGAsyncAppender*>(LOGManager::getRootLogger()->getAppender("A"));
   }
   static void configure() {
-    Workplace::configure(
-        "<appender name='A' class='LOGAsyncAppender'/><root><appender-ref ref='A'/></root>");
+    Workplace::configure(documents::async("A", {}) + documents::root({"A"}));
   }
 
   OldQueue() {
@@ -376,17 +267,17 @@ class OldQueue : public testing::Test {
       ++m_taken;
       std::this_thread::sleep_for(std::chrono::milliseconds(10));
     };
-    attachTo(m_old, &m_pause);
-    attachTo(m_old, &m_own);
+    m_old->addAppender(&m_pause);
+    m_old->addAppender(&m_own);
     for (std::size_t i = 0; i < QUEUED; ++i) {
       LOGManager::getRootLogger()->info("old");
     }
     m_reading = std::thread(&OldQueue::configure);
-    EXPECT_TRUE(eventually([this] { return async() != m_old; }));
+    EXPECT_TRUE(eventually([this] { return async() != nullptr && async() != m_old; }));
   }
 
   Workplace m_workplace;
-  LOGAppenderSkeleton* m_old;
+  LOGAsyncAppender* m_old;
   std::atomic<std::size_t> m_taken{0};
   CapturingAppender m_pause{"pause"};
   CapturingAppender m_own{"own"};
@@ -394,13 +285,13 @@ class OldQueue : public testing::Test {
 };
 
 TEST_F(OldQueue, CallsNothingThatWasRemovedFromItsSuccessor) {
-  removeFrom(async(), &m_own);
+  async()->removeAppender(&m_own);
   const std::size_t taken = m_taken;
   EXPECT_LT(taken, QUEUED);
-  removeFrom(async(), &m_pause);
+  async()->removeAppender(&m_pause);
   m_reading.join();
   EXPECT_EQ(m_taken, taken);
-  EXPECT_EQ(dynamic_cast<LOGAsyncAppender&>(*m_old).getAllAppenders().atEnd(), true);
+  EXPECT_EQ(m_old->getAllAppenders().atEnd(), true);
 }
 
 TEST_F(OldQueue, LetsAnAppenderGoThatRemovesItselfFromTheSuccessorInADelivery) {
@@ -410,12 +301,12 @@ TEST_F(OldQueue, LetsAnAppenderGoThatRemovesItselfFromTheSuccessorInADelivery) {
     m_own.onAppend = [&, slow = m_own.onAppend](LOGLoggingEvent* event) {
       slow(event);
       if (m_own.messages.back() == "new") {
-        removeFrom(async(), &m_own);
+        async()->removeAppender(&m_own);
         takenAtRemoval = m_taken.load();
       }
     };
   }
-  attachTo(async(), &m_own);
+  async()->addAppender(&m_own);
   LOGManager::getRootLogger()->info("new");
   m_reading.join();
   EXPECT_TRUE(eventually([&] { return takenAtRemoval != 0; }));
@@ -429,47 +320,33 @@ TEST(Reload, ChangesAdditivityTogetherWithTheAppenders) {
   const auto document = [](const std::string& logger) {
     // The others take their time, in which the logger has its old appenders.
     std::string others;
-    std::string references;
+    std::vector<std::string> names;
     for (int i = 0; i < 50; ++i) {
-      const std::string name = "S" + std::to_string(i);
-      others += "<appender name='" + name + "' class='LOGFileAppender'><param name='File' value='" +
-                name + "'/><layout class='LOGPatternLayout'/></appender>";
-      references += "<appender-ref ref='" + name + "'/>";
+      names.push_back("S" + std::to_string(i));
+      others += documents::file(names.back(), names.back());
     }
-    return "<log4j:configuration><appender name='F' class='LOGFileAppender'>"
-           "<param name='File' value='f.log'/><layout class='LOGSimpleLayout'/></appender>" +
-           others + "<logger name='slow'>" + references + "</logger><root><appender-ref ref='F'/>" +
-           "</root>" + logger + "</log4j:configuration>";
+    return documents::file("F", "f.log") + others + documents::logger("slow", names) +
+           documents::root({"F"}) + logger;
   };
-  const std::string documents[] = {
-      document("<logger name='a'/>"),
-      document("<logger name='a' additivity='false'><appender-ref ref='F'/></logger>")};
-  Workplace::write(DOCUMENT, documents[0]);
-  ASSERT_EQ(LOG4ZEBConfigurator::initialize(DOCUMENT), 1);
-  std::atomic<bool> stop{false};
+  const std::string texts[] = {document(documents::logger("a", {})),
+                               document(documents::logger("a", {"F"}, ALONE))};
+  ASSERT_EQ(Workplace::configure(texts[0]), 1);
   std::size_t logged = 0;
-  std::thread logging([&] {
-    LOGLogger* const logger = LOGManager::getLogger("a");
-    for (; !stop; ++logged) {
-      logger->info("line");
-    }
-  });
+  Repeating logging({[&] {
+    LOGManager::getLogger("a")->info("line");
+    ++logged;
+  }});
   for (int i = 1; i < 30; ++i) {
-    Workplace::write(DOCUMENT, documents[i % 2]);
-    EXPECT_EQ(LOG4ZEBConfigurator::initialize(DOCUMENT), 1);
+    EXPECT_EQ(Workplace::configure(texts[i % 2]), 1);
   }
-  stop = true;
-  logging.join();
+  logging.stop();
   LOG4ZEBConfigurator::shutdown();
   EXPECT_GE(Workplace::lines("f.log").size(), logged) << "no line is lost";
 }
 
 TEST(Reload, TakesItsAppendersFromEveryRepositoryThatItWasReadInto) {
   Workplace workplace;
-  Workplace::write(DOCUMENT,
-                   "<log4j:configuration><appender name='F' class='LOGFileAppender'>"
-                   "<param name='File' value='f.log'/><layout class='LOGSimpleLayout'/></appender>"
-                   "<root><appender-ref ref='F'/></root></log4j:configuration>");
+  Workplace::write(DOCUMENT, document());
   ASSERT_EQ(LOG4ZEBConfigurator::initialize(DOCUMENT), 1);
   LOGLogger* const first = LOGManager::getRootLogger();
   LOGRootLogger secondRoot(nullptr);
@@ -493,34 +370,23 @@ class AsyncReload : public testing::TestWithParam<bool> {};
 TEST_P(AsyncReload, LosesNoLineBehindAnAsynchronousAppender) {
   Workplace workplace;
   fs::remove("../configuration/logdebug.ini");
-  const std::string root = "<root><appender-ref ref='A'/></root>";
-  const std::string logger = "<logger name='x' additivity='false'><appender-ref ref='F'/></logger>";
-  Workplace::write(
-      DOCUMENT,
-      "<log4j:configuration><appender name='F' class='LOGFileAppender'>"
-      "<param name='File' value='f.log'/><layout class='LOGSimpleLayout'/></appender>"
-      "<appender name='A' class='LOGAsyncAppender'><appender-ref ref='F'/></appender>" +
-          (GetParam() ? root + logger : logger + root) + "</log4j:configuration>");
-  ASSERT_EQ(LOG4ZEBConfigurator::initialize(DOCUMENT), 1);
-  std::atomic<bool> stop{false};
+  const std::string root = documents::root({"A"});
+  const std::string logger = documents::logger("x", {"F"}, ALONE);
+  const std::string text = documents::file("F", "f.log") + documents::async("A", {"F"}) +
+                           (GetParam() ? root + logger : logger + root);
+  ASSERT_EQ(Workplace::configure(text), 1);
   std::atomic<std::size_t> logged{0};
-  std::vector<std::thread> threads;
-  for (const char* const name : {"x", "y", "z"}) {
-    threads.emplace_back([&, name] {
-      LOGLogger* const target = LOGManager::getLogger(name);
-      while (!stop) {
-        target->info("line");
-        ++logged;
-      }
-    });
-  }
+  const auto logTo = [&logged](const char* name) {
+    return [&logged, target = LOGManager::getLogger(name)] {
+      target->info("line");
+      ++logged;
+    };
+  };
+  Repeating logging({logTo("x"), logTo("y"), logTo("z")});
   for (int i = 0; i < 30; ++i) {
-    EXPECT_EQ(LOG4ZEBConfigurator::initialize(DOCUMENT), 1);
+    EXPECT_EQ(Workplace::configure(text), 1);
   }
-  stop = true;
-  for (std::thread& thread : threads) {
-    thread.join();
-  }
+  logging.stop();
   LOG4ZEBConfigurator::shutdown();
   EXPECT_EQ(Workplace::lines("f.log").size(), logged);
 }

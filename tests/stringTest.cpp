@@ -252,12 +252,6 @@ TEST(I18NString, ReplacesInvalidBytesAndKeepsValidOnes) {
   }
 }
 
-TEST(I18NString, HashesNamesAsTheirCodeUnitsTimes31) {
-  EXPECT_EQ(I18NString("a.b").hash(), 94741U);
-  EXPECT_EQ(I18NString().hash(), 0U);
-  EXPECT_EQ(I18NString("\xF0\x9F\x98\x80").hash(), 0xD83DU * 31 + 0xDE00U);
-}
-
 TEST(I18NString, TakesNullAndEmbeddedZeros) {
   EXPECT_TRUE(I18NString(static_cast<const char*>(nullptr)).isEmpty());
   const I18NString withZero(std::string("a\0b", 3));

@@ -4,42 +4,29 @@
 #include <iterator>
 
 #include "platform/ZEBUtProcess.h"
+#include "support/Documents.h"
 #include "support/Workplace.h"
 
 namespace {
 
-std::string param(const std::string& name, const std::string& value) {
-  return "<param name='" + name + "' value='" + value + "'/>";
-}
-
-std::string appender(const std::string& name, const std::string& type, const std::string& inside) {
-  return "<appender name='" + name + "' class='" + type + "'>" + inside + "</appender>\n";
-}
-
-std::string layout(const std::string& type, const std::string& inside = "") {
-  return "<layout class='" + type + "'>" + inside + "</layout>";
-}
-
-std::string references(std::initializer_list<const char*> names) {
-  std::string all;
-  for (const char* const name : names) {
-    all += std::string("<appender-ref ref='") + name + "'/>";
-  }
-  return all;
-}
+using documents::appender;
+using documents::async;
+using documents::layout;
+using documents::param;
+using documents::references;
 
 std::string rolling(const std::string& file, const std::string& size, const std::string& backups) {
   return param("File", file) + param("MaximumFileSize", size) + param("MaxBackupIndex", backups);
 }
 
 std::string appenders(int recordPort, const std::string& pattern) {
-  const std::string lines = layout("LOGPatternLayout", param("ConversionPattern", pattern));
+  const std::string lines = documents::pattern(pattern);
   const std::string range = "<filter class='LOGLevelRangeFilter'>" + param("LevelMin", "DEBUG") +
                             param("LevelMax", "FATAL") + "</filter>";
   const std::string file = "LOGFileAppender";
   return appender("STEADY", file, param("File", "steady.log") + lines) +
          appender("BEHIND", file, param("File", "async.log") + lines + range) +
-         appender("ASYNC", "LOGAsyncAppender", references({"BEHIND"})) +
+         async("ASYNC", {"BEHIND"}) +
          appender("XML", file, param("File", "xml.log") + layout("LOGXMLLayout")) +
          appender("HTML", file,
                   param("File", "html.log") + layout("LOGHTMLLayout") +
@@ -54,7 +41,7 @@ std::string appenders(int recordPort, const std::string& pattern) {
                   rolling("lost/rolled.log", "30000", "100000") + lines) +
          appender("SYSLOG", "LOGSyslogAppender",
                   param("Host", SoakDocument::syslogHost()) + param("Facility", "local3") +
-                      layout("LOGPatternLayout", param("ConversionPattern", "%p %m"))) +
+                      documents::pattern("%p %m")) +
          appender("RECORDS", "LOGLocalUDPAppender", param("Port", std::to_string(recordPort))) +
          appender("TCP", "LOGTCPSocketAppender", param("RemoteHost", "localhost"));
 }

@@ -1,7 +1,5 @@
 #include "soak/SoakLedger.h"
 
-#include <algorithm>
-
 #include "soak/SoakLine.h"
 #include "support/Workplace.h"
 

@@ -1,8 +1,6 @@
 #include "soak/SoakRound.h"
 
 #include <filesystem>
-#include <memory>
-#include <optional>
 #include <thread>
 
 #include "config/LOG4ZEBConfigurator.h"
@@ -219,9 +217,8 @@ void SoakRound::judgeVanishing(const SoakLedger& steady) {
        {std::pair{"MOVED", "plain.log"}, std::pair{"LOST", "rolled.log"}}) {
     SoakLedger& vanishing = ledger(appender);
     vanishing.addFiles(".", file, "", "\r\n");
-    const long refused =
-        Workplace::diagnosticsEqual("log4zeb:ERROR Attempted to append to closed appender named [" +
-                                    std::string(appender) + "].");
+    const long refused = Workplace::errors("Attempted to append to closed appender named [" +
+                                           std::string(appender) + "].");
     m_totals.counts["lines refused with a report"] += refused;
     if (vanishing.count() + refused != steady.count()) {
       vanishing.complain(std::to_string(vanishing.count()) + " lines and " +

@@ -10,12 +10,14 @@
 // Loggers and appenders have a rank: an appender is attached to loggers of its rank or a higher
 // one, and its code reaches only for loggers and appenders of a lower one.
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <random>
@@ -34,6 +36,7 @@
 #include "platform/ZEBAssertError.h"
 #include "platform/ZEBThreadGuard.h"
 #include "soak/SoakRandom.h"
+#include "support/Documents.h"
 #include "support/Workplace.h"
 
 namespace {
@@ -91,6 +94,8 @@ LOGLogger* loggerOf(const Name& name) {
   return *name.text == 0 ? LOGManager::getRootLogger() : LOGManager::getLogger(name.text);
 }
 
+const Name& anyName() { return NAMES[t_random.below(std::size(NAMES))]; }
+
 class OwnFilter : public LOGFilter {
  public:
   explicit OwnFilter(int rank) : m_rank(rank) {}
@@ -121,12 +126,12 @@ std::mutex g_diggingLock;  // taken outside only
 
 void retire(const LOGAppenderSkeleton* appender) {
   const std::lock_guard<std::mutex> guard(g_nodesLock);
-  for (auto node = g_nodes.begin(); node != g_nodes.end(); ++node) {
-    if ((*node)->appender.get() == appender) {
-      g_graveyard.push_back(*node);
-      g_nodes.erase(node);
-      return;
-    }
+  const auto found = std::find_if(g_nodes.begin(), g_nodes.end(), [&](const Node* node) {
+    return node->appender.get() == appender;
+  });
+  if (found != g_nodes.end()) {
+    g_graveyard.push_back(*found);
+    g_nodes.erase(found);
   }
 }
 
@@ -295,165 +300,116 @@ void bury(Node& node) {
 void dig() {
   const std::lock_guard<std::mutex> digging(g_diggingLock);
   for (;;) {
-    Node* found = nullptr;
-    {
-      const std::lock_guard<std::mutex> guard(g_nodesLock);
-      for (auto node = g_graveyard.begin(); node != g_graveyard.end() && found == nullptr; ++node) {
-        if ((*node)->users == 0) {
-          found = *node;
-          g_graveyard.erase(node);
-          break;
-        }
-      }
-    }
-    if (found == nullptr) {
+    std::unique_lock<std::mutex> guard(g_nodesLock);
+    const auto found = std::find_if(g_graveyard.begin(), g_graveyard.end(),
+                                    [](const Node* node) { return node->users == 0; });
+    if (found == g_graveyard.end()) {
       return;
     }
-    bury(*found);
+    Node& node = **found;
+    g_graveyard.erase(found);
+    guard.unlock();
+    bury(node);
   }
+}
+
+struct Action {
+  const char* what;
+  std::function<void()> act;
+};
+
+/// Does one of them; the last has what the others leave of the chances.
+void perform(const std::vector<Action>& actions, unsigned chances) {
+  const Action& action =
+      actions[std::min<std::size_t>(t_random.below(chances), actions.size() - 1)];
+  at(action.what);
+  action.act();
 }
 
 void actOutside() {
-  switch (t_random.below(12)) {
-    case 0:
-      at("reading a document");
-      LOGDOMConfigurator::configure(DOCUMENTS[t_random.below(3)]);
-      break;
-    case 1:
-      if (t_random.oneIn(4)) {
-        at("shutting down");
-        LOGManager::shutdown();
-      }
-      break;
-    case 2:
-      if (t_random.oneIn(4)) {
-        at("resetting");
-        LOGManager::resetConfiguration();
-      }
-      break;
-    case 3:
-      at("removing all from a logger");
-      loggerOf(NAMES[t_random.below(std::size(NAMES))])->removeAllAppenders();
-      break;
-    default:
-      at("digging");
-      dig();
-  }
+  const auto seldom = [](void (*act)()) {
+    if (t_random.oneIn(4)) {
+      act();
+    }
+  };
+  perform(
+      {{"reading a document", [] { LOGDOMConfigurator::configure(DOCUMENTS[t_random.below(3)]); }},
+       {"shutting down", [&] { seldom(LOGManager::shutdown); }},
+       {"resetting", [&] { seldom(LOGManager::resetConfiguration); }},
+       {"removing all from a logger", [] { loggerOf(anyName())->removeAllAppenders(); }},
+       {"digging", dig}},
+      12);
 }
 
 void actOnLogger() {
-  const Name& name = NAMES[t_random.below(std::size(NAMES))];
-  if (name.rank >= t_rank) {
+  const Name& name = anyName();
+  const Use use(name.rank);
+  if (name.rank >= t_rank || use.node == nullptr) {
     return;
   }
   LOGLogger& logger = *loggerOf(name);
-  const Use use(name.rank);
-  LOGAppenderSkeleton* const appender = use.node == nullptr ? nullptr : use.node->appender.get();
-  switch (t_random.below(9)) {
-    case 0:
-      at("setting a level");
-      logger.setLevel(*name.text == 0 || t_random.oneIn(3) ? LOGLevel::toLevel("DEBUG") : nullptr);
-      break;
-    case 1:
-      at("setting additivity");
-      logger.setAdditivity(static_cast<int>(t_random.below(2)));
-      break;
-    case 2:
-      at("asking for an appender");
-      logger.getAppender("FILE");
-      break;
-    case 3:
-      if (appender != nullptr) {
-        at("asking whether one is attached");
-        logger.isAttached(appender);
-      }
-      break;
-    case 4:
-      if (appender != nullptr) {
-        at("removing from a logger");
-        t_random.oneIn(2) ? logger.removeAppender(appender)
-                          : logger.removeAppender(appender->getName());
-      }
-      break;
-    default:
-      if (appender != nullptr) {
-        at("adding to a logger");
-        logger.addAppender(appender);
-      }
-  }
+  LOGAppenderSkeleton* const appender = use.node->appender.get();
+  perform(
+      {{"setting a level",
+        [&] {
+          const bool has = *name.text == 0 || t_random.oneIn(3);
+          logger.setLevel(has ? LOGLevel::toLevel("DEBUG") : nullptr);
+        }},
+       {"setting additivity", [&] { logger.setAdditivity(static_cast<int>(t_random.below(2))); }},
+       {"asking for an appender", [&] { logger.getAppender("FILE"); }},
+       {"asking whether one is attached", [&] { logger.isAttached(appender); }},
+       {"removing from a logger",
+        [&] {
+          t_random.oneIn(2) ? logger.removeAppender(appender)
+                            : logger.removeAppender(appender->getName());
+        }},
+       {"adding to a logger", [&] { logger.addAppender(appender); }}},
+      9);
 }
 
 void actOnAsync() {
   const Use use(t_rank - 1, true);
-  if (use.node == nullptr) {
-    return;
-  }
-  LOGAsyncAppender& async = *use.node->async;
-  const Use other(use.node->rank);
+  const Use other(use.node == nullptr ? 0 : use.node->rank);
   if (other.node == nullptr) {
     return;
   }
+  LOGAsyncAppender& async = *use.node->async;
   LOGAppenderSkeleton& appender = *other.node->appender;
-  switch (t_random.below(8)) {
-    case 0:
-      at("flushing");
-      async.flush(static_cast<int>(t_random.below(5)));
-      break;
-    case 1:
-      at("setting a buffer's size");
-      try {
-        async.setBufferSize(1 + static_cast<int>(t_random.below(16)));
-      } catch (const ZEBAssertError&) {  // closed
-      }
-      break;
-    case 2:
-      at("asking a queue whether one is attached");
-      async.isAttached(&appender);
-      break;
-    case 3:
-      at("removing from a queue");
-      t_random.oneIn(2) ? async.removeAppender(&appender)
-                        : async.removeAppender(appender.getName());
-      break;
-    case 4:
-      if (t_random.oneIn(4)) {
-        at("removing all from a queue");
-        async.removeAllAppenders();
-      }
-      break;
-    default:
-      // Later ones only: no circles.
-      if (other.node->async == nullptr || other.node->number > use.node->number) {
-        at("adding to a queue");
-        async.addAppender(&appender);
-      }
-  }
+  // Later ones only: no circles.
+  const bool mayAdd = other.node->async == nullptr || other.node->number > use.node->number;
+  perform({{"flushing", [&] { async.flush(static_cast<int>(t_random.below(5))); }},
+           {"setting a buffer's size",
+            [&] {
+              try {
+                async.setBufferSize(1 + static_cast<int>(t_random.below(16)));
+              } catch (const ZEBAssertError&) {  // closed
+              }
+            }},
+           {"asking a queue whether one is attached", [&] { async.isAttached(&appender); }},
+           {"removing from a queue",
+            [&] {
+              t_random.oneIn(2) ? async.removeAppender(&appender)
+                                : async.removeAppender(appender.getName());
+            }},
+           {"removing all from a queue",
+            [&] { t_random.oneIn(4) ? async.removeAllAppenders() : void(); }},
+           {"adding to a queue", [&] { mayAdd ? async.addAppender(&appender) : void(); }}},
+          8);
 }
 
 void actOnAppender() {
   const Use use(t_rank - 1);
-  if (use.node == nullptr) {
-    return;
-  }
-  LOGAppenderSkeleton& appender = *use.node->appender;
-  switch (t_random.below(8)) {
-    case 0:
-      at("closing");
-      appender.close();
-      break;
-    case 1:
-    case 2:
-      at("retiring");
-      retire(&appender);
-      break;
-    default:
-      at("setting a layout");
-      appender.setLayout(&layout());
+  if (use.node != nullptr) {
+    LOGAppenderSkeleton& appender = *use.node->appender;
+    perform({{"closing", [&] { appender.close(); }},
+             {"retiring", [&] { retire(&appender); }},
+             {"setting a layout", [&] { appender.setLayout(&layout()); }}},
+            6);
   }
 }
 
 void log() {
-  const Name& name = NAMES[t_random.below(std::size(NAMES))];
+  const Name& name = anyName();
   if (name.rank >= t_rank) {
     return;
   }
@@ -501,32 +457,19 @@ void act() {
 }
 
 void writeDocuments() {
-  const std::string layout =
-      "<layout class='LOGPatternLayout'><param name='ConversionPattern' value='%m%n'/></layout>";
+  using namespace documents;
+  const std::string lines = pattern("%m%n");
   const std::string appenders =
-      "<appender name='FILE' class='LOGFileAppender'><param name='File' value='file.log'/>"
-      "<param name='Append' value='false'/>" +
-      layout +
-      "</appender>"
-      "<appender name='ROLL' class='LOGRollingFileAppender'><param name='File' value='roll.log'/>"
-      "<param name='MaximumFileSize' value='5000'/>" +
-      layout +
-      "</appender>"
-      "<appender name='INNER' class='LOGAsyncAppender'><appender-ref ref='FILE'/></appender>"
-      "<appender name='ASYNC' class='LOGAsyncAppender'><appender-ref ref='INNER'/>"
-      "<appender-ref ref='ROLL'/></appender>";
-  const auto logger = [](const std::string& name, const std::string& appender) {
-    return "<logger name='" + name + "'><appender-ref ref='" + appender + "'/></logger>";
-  };
-  const std::string root = "<root><level value='DEBUG'/><appender-ref ref='ASYNC'/></root>";
-  const std::string texts[] = {appenders + logger("s.a", "ASYNC") + logger("t.a", "FILE") + root,
-                               appenders + logger("s.c", "ROLL") + logger("u.a", "INNER"),
-                               appenders + logger("t.b", "ASYNC") + logger("s.a.b", "FILE") + root};
+      file("FILE", "file.log", param("Append", "false") + lines) +
+      appender("ROLL", "LOGRollingFileAppender",
+               param("File", "roll.log") + param("MaximumFileSize", "5000") + lines) +
+      async("INNER", {"FILE"}) + async("ASYNC", {"INNER", "ROLL"});
+  const std::string all = root({"ASYNC"}, "DEBUG");
+  const std::string texts[] = {logger("s.a", {"ASYNC"}) + logger("t.a", {"FILE"}) + all,
+                               logger("s.c", {"ROLL"}) + logger("u.a", {"INNER"}),
+                               logger("t.b", {"ASYNC"}) + logger("s.a.b", {"FILE"}) + all};
   for (int i = 0; i < 3; ++i) {
-    Workplace::write(DOCUMENTS[i],
-                     "<?xml version='1.0' encoding='UTF-8'?>\n"
-                     "<log4j:configuration>\n" +
-                         texts[i] + "</log4j:configuration>\n");
+    Workplace::write(DOCUMENTS[i], whole(appenders + texts[i]));
   }
 }
 
@@ -542,14 +485,8 @@ unsigned long operations() {
 void watch() {
   auto lastChange = std::chrono::steady_clock::now();
   unsigned long before = 0;
-  const auto haveEnded = [] {
-    bool all = true;
-    for (const Progress& progress : g_progress) {
-      all = all && progress.hasEnded;
-    }
-    return all;
-  };
-  while (!haveEnded()) {
+  const auto runs = [](const Progress& progress) { return !progress.hasEnded; };
+  while (std::any_of(g_progress.begin(), g_progress.end(), runs)) {
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
     const unsigned long now = operations();
     if (now != before) {

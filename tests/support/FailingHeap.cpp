@@ -7,7 +7,6 @@
 #include <cstdint>
 #include <cstdlib>
 #include <new>
-#include <utility>
 
 // The linker leads calls of malloc to __wrap_malloc; this is the real one.
 extern "C" void* __real_malloc(std::size_t bytes);
@@ -21,7 +20,6 @@ std::atomic<bool> g_andAllAfter{false};
 std::atomic<long> g_asked{0};
 std::atomic<long> g_failed{0};
 std::atomic<long> g_live{0};
-thread_local void (*t_hook)() = nullptr;
 
 bool mustFail() {
   const long nth = g_nth;
@@ -40,9 +38,6 @@ void* counted(void* memory) {
 }
 
 void* allocate(std::size_t bytes) {
-  if (auto* const hook = std::exchange(t_hook, nullptr)) {
-    hook();
-  }
   return mustFail() ? nullptr : counted(__real_malloc(bytes == 0 ? 1 : bytes));
 }
 
@@ -90,8 +85,6 @@ bool FailingHeap::end() {
   g_nth = NEVER;
   return g_failed > 0;
 }
-
-void FailingHeap::callInNext(void (*hook)()) { t_hook = hook; }
 
 long FailingHeap::live() { return g_live; }
 

@@ -15,8 +15,6 @@ class FailingHeap {
   static void fail(long nth, Mode mode);
   /// Ends that. Returns whether any allocation has failed.
   static bool end();
-  /// Calls `hook` in the next allocation of the calling thread.
-  static void callInNext(void (*hook)());
   /// How many allocations live.
   static long live();
 };

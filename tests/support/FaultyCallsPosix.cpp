@@ -139,34 +139,24 @@ std::vector<FaultyCalls::Destroyed> FaultyCalls::destroyed() const {
 // NOLINTBEGIN(bugprone-reserved-identifier)
 extern "C" {
 
-int __real_open(const char* path, int flags, ...);
-int __wrap_open(const char* path, int flags, ...);
-int __real_close(int descriptor);
-int __wrap_close(int descriptor);
-ssize_t __real_write(int descriptor, const void* bytes, size_t size);
-ssize_t __wrap_write(int descriptor, const void* bytes, size_t size);
-ssize_t __real_pwrite(int descriptor, const void* bytes, size_t size, off_t offset);
-ssize_t __wrap_pwrite(int descriptor, const void* bytes, size_t size, off_t offset);
-off_t __real_lseek(int descriptor, off_t offset, int origin);
-off_t __wrap_lseek(int descriptor, off_t offset, int origin);
-int __real_flock(int descriptor, int operation);
-int __wrap_flock(int descriptor, int operation);
-int __real_fcntl(int descriptor, int command, ...);
-int __wrap_fcntl(int descriptor, int command, ...);
-int __real_fstat(int descriptor, struct stat* status);
-int __wrap_fstat(int descriptor, struct stat* status);
-int __real_fstatfs(int descriptor, struct statfs* status);
-int __wrap_fstatfs(int descriptor, struct statfs* status);
-int __real_stat(const char* path, struct stat* status);
-int __wrap_stat(const char* path, struct stat* status);
-int __real_rename(const char* from, const char* to);
-int __wrap_rename(const char* from, const char* to);
-int __real_unlink(const char* path);
-int __wrap_unlink(const char* path);
-DIR* __real_opendir(const char* path);
-DIR* __wrap_opendir(const char* path);
-struct dirent* __real_readdir(DIR* stream);
-struct dirent* __wrap_readdir(DIR* stream);
+#define WRAPPED(Result, name, ...)   \
+  Result __real_##name(__VA_ARGS__); \
+  Result __wrap_##name(__VA_ARGS__);
+WRAPPED(int, open, const char* path, int flags, ...)
+WRAPPED(int, close, int descriptor)
+WRAPPED(ssize_t, write, int descriptor, const void* bytes, size_t size)
+WRAPPED(ssize_t, pwrite, int descriptor, const void* bytes, size_t size, off_t offset)
+WRAPPED(off_t, lseek, int descriptor, off_t offset, int origin)
+WRAPPED(int, flock, int descriptor, int operation)
+WRAPPED(int, fcntl, int descriptor, int command, ...)
+WRAPPED(int, fstat, int descriptor, struct stat* status)
+WRAPPED(int, fstatfs, int descriptor, struct statfs* status)
+WRAPPED(int, stat, const char* path, struct stat* status)
+WRAPPED(int, rename, const char* from, const char* to)
+WRAPPED(int, unlink, const char* path)
+WRAPPED(DIR*, opendir, const char* path)
+WRAPPED(struct dirent*, readdir, DIR* stream)
+#undef WRAPPED
 
 int __wrap_open(const char* path, int flags, ...) {
   va_list arguments;

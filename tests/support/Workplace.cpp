@@ -41,7 +41,7 @@ std::ptrdiff_t Workplace::diagnosticsEqual(const std::string& line) {
   return std::count(all.begin(), all.end(), line);
 }
 
-std::ptrdiff_t Workplace::diagnosticsWith(const std::string& part) {
+std::ptrdiff_t Workplace::noted(const std::string& part) {
   const std::vector<std::string> all = diagnostics();
   return std::count_if(all.begin(), all.end(), [&](const std::string& line) {
     return line.find(part) != std::string::npos;

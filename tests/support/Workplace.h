@@ -18,9 +18,19 @@ class Workplace {
 
   /// The lines of the diagnostics so far, without their line ends.
   static std::vector<std::string> diagnostics();
+  /// How many of them are errors, warnings or debugging notes of exactly that text.
+  static std::ptrdiff_t errors(const std::string& text) {
+    return diagnosticsEqual("log4zeb:ERROR " + text);
+  }
+  static std::ptrdiff_t warnings(const std::string& text) {
+    return diagnosticsEqual("log4zeb:WARN " + text);
+  }
+  static std::ptrdiff_t debugs(const std::string& text) {
+    return diagnosticsEqual("log4zeb: " + text);
+  }
   /// How many of them are exactly, or contain, the text.
   static std::ptrdiff_t diagnosticsEqual(const std::string& line);
-  static std::ptrdiff_t diagnosticsWith(const std::string& part);
+  static std::ptrdiff_t noted(const std::string& part);
   static void clearDiagnostics();
 
   static std::string read(const std::string& fileName);
