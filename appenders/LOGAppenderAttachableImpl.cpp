@@ -255,8 +255,6 @@ int LOGAppenderAttachableImpl::isAttached(LOGAppenderSkeleton* appender) {
   return 0;
 }
 
-void LOGAppenderAttachableImpl::removeAllAppenders() { removeAllAppenders(nullptr); }
-
 void LOGAppenderAttachableImpl::removeAllAppenders(LOGHashtable* appenderBag) {
   const bool isAny = !m_appenderList.isEmpty();
   LOGFirstFailure failure;

@@ -40,7 +40,7 @@ class LOG4ZEB_EXPORT LOGAppenderAttachableImpl : public LOGAppenderAttachable, p
   /// 1 or 0. Throws ZEBAssertError when `appender` is null and the list is not empty.
   int isAttached(LOGAppenderSkeleton* appender) override;
   /// Closes all appenders and empties the list; what a close() throws is passed on at the end.
-  void removeAllAppenders() override;
+  void removeAllAppenders() override { removeAllAppenders(nullptr); }
   /// The same; an appender that `appenderBag` has under its name also becomes stale. Null is
   /// allowed.
   void removeAllAppenders(LOGHashtable* appenderBag);

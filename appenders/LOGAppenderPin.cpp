@@ -63,8 +63,6 @@ LOGAppenderPin::Record& LOGAppenderPin::take() {
   return *made;
 }
 
-LOGAppenderPin::LOGAppenderPin() : m_record(take()) {}
-
 LOGAppenderPin::~LOGAppenderPin() {
   clear();
   m_record.owner.store(nullptr, std::memory_order_release);

@@ -15,7 +15,7 @@ class LOGAppenderSkeleton;
 class LOGAppenderPin {
  public:
   /// Throws std::bad_alloc.
-  LOGAppenderPin();
+  LOGAppenderPin() : m_record(take()) {}
   LOGAppenderPin(const LOGAppenderPin&) = delete;
   LOGAppenderPin& operator=(const LOGAppenderPin&) = delete;
   ~LOGAppenderPin();

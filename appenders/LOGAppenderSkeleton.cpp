@@ -58,12 +58,6 @@ std::unique_ptr<LOGErrorHandler> LOGAppenderSkeleton::cloneOfErrorHandler() cons
       m_errorHandler == nullptr ? nullptr : static_cast<LOGErrorHandler*>(m_errorHandler->clone()));
 }
 
-void LOGAppenderSkeleton::activateOptions() {}
-
-void LOGAppenderSkeleton::append(LOGLoggingEvent*) {}
-
-void LOGAppenderSkeleton::close() {}
-
 void LOGAppenderSkeleton::finalize() {
   if (m_closed != 1) {
     close();
@@ -161,8 +155,6 @@ void LOGAppenderSkeleton::setLayout(LOGLayout* layout) {
     m_layout = layout;
   }
 }
-
-int LOGAppenderSkeleton::requiresLayout() { return 0; }
 
 LOGObject* LOGAppenderSkeleton::clone() const {
   ZEBAssertError::fail(

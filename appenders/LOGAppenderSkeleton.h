@@ -32,16 +32,16 @@ class LOG4ZEB_EXPORT LOGAppenderSkeleton : public LOGMutex, public LOGAppender, 
   ~LOGAppenderSkeleton() override;
 
   /// Called before every event, possibly by two threads at once: cheap once the appender works.
-  virtual void activateOptions();
+  virtual void activateOptions() {}
   /// Writes the event; called by doAppend(), under the appender's lock. Does nothing here.
-  virtual void append(LOGLoggingEvent* event);
+  virtual void append(LOGLoggingEvent*) {}
 
   /// Appends the event if the appender is open and threshold and filters let it pass. Failures of
   /// the library's family, and failed allocations, are reported and end here; others are reported
   /// and go to the caller. Throws ZEBAssertError when an open appender is given null.
   void doAppend(LOGLoggingEvent* event) override;
   /// Does nothing here; a concrete appender sets m_closed to 1 and frees its destination.
-  void close() override;
+  void close() override {}
   /// Closes unless closed.
   void finalize();
 
@@ -62,7 +62,7 @@ class LOG4ZEB_EXPORT LOGAppenderSkeleton : public LOGMutex, public LOGAppender, 
   void setLayout(LOGLayout* layout) override;
   const LOGLayout* getLayout() const override { return m_layout; }
   /// 1 when the appender is of no use without a layout; here 0.
-  int requiresLayout() override;
+  int requiresLayout() override { return 0; }
 
   /// The highest level that passes; null, the default, lets all pass.
   const LOGLevel* getThreshold() const { return m_threshold; }

@@ -177,8 +177,6 @@ void LOGAsyncAppender::close() {
   });
 }
 
-int LOGAsyncAppender::requiresLayout() { return 0; }
-
 int LOGAsyncAppender::flush(int milliseconds) {
   return m_core->bf.isClosed() || m_core->bf.flush(LOGCallScope::mayWait() ? milliseconds : 0) ? 1
                                                                                                : 0;

@@ -51,7 +51,7 @@ class LOG4ZEB_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
   /// delivery.
   void close() override;
   void append(LOGLoggingEvent* event) override;
-  int requiresLayout() override;
+  int requiresLayout() override { return 0; }
 
   /// Waits until what is queued now, also by threads that wait for room, has been passed on.
   /// Returns 1, or 0 when the time, in milliseconds, is up before. Waits where close() does.

@@ -104,8 +104,8 @@ LOG4ZEB_HOT LOGLoggingEvent* LOGBoundedFIFO::take(LOGLoggingEvent& unpacked,
   return isClosed() || place <= m_dropUntil ? nullptr : event;
 }
 
-void LOGBoundedFIFO::wakeCallers() {
-  if (m_callersAsleep > 0) {
+void LOGBoundedFIFO::wakeCallers(int places) {
+  if (m_callersAsleep > 0 && (places == 0 || length() <= capacity() - places)) {
     wakeAll();
   }
 }

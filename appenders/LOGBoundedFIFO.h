@@ -68,9 +68,10 @@ class LOG4ZEB_EXPORT LOGBoundedFIFO : public LOGMutex {
   /// Takes the first event out, as LOGEventRecords::take does. Null where there is none, or one
   /// that is not to be delivered because the queue was closed or is that of a forked process.
   LOGLoggingEvent* take(LOGLoggingEvent& unpacked, std::unique_ptr<LOGLoggingEvent>& whole);
-  /// Has callers go on that there is room for since events were taken out. Called before a delivery
-  /// that may take long: they take turns with the dispatcher less often while events go fast.
-  void wakeCallers();
+  /// Has callers go on that there is room for since events were taken out, once so many places are
+  /// free. Called before a delivery that may take long; while events go fast, callers and the
+  /// dispatcher take turns less often.
+  void wakeCallers(int places);
   /// Notes that what was taken out has been delivered.
   void noteDelivered();
   /// Waits until `isRunning` is false. REQUIRES: the thread may wait.

@@ -110,12 +110,12 @@ bool LOGDispatcher::pass() {
     bool mayHold = false;
     logContainingFailures(RUN_TEXTS, [&] { mayHold = deliverNext(hold, pin); });
     if (!mayHold || ZEBForkGate::isClosed() || isTimeToHandOver()) {
-      m_bf->wakeCallers();
+      m_bf->wakeCallers(mayHold && m_mostHeld == MOST_HELD ? m_bf->getMaxSize() / 4 : 0);
       handOver(hold);
       m_bf->noteDelivered();
     }
   }
-  m_bf->wakeCallers();
+  m_bf->wakeCallers(0);
   handOver(hold);
   m_bf->noteDelivered();
   return true;
@@ -125,9 +125,11 @@ bool LOGDispatcher::isTimeToHandOver() {
   if (++m_held < m_mostHeld) {
     return false;
   }
-  // As many as took little time may be twice as many next time.
+  // As many as would have taken that long, but not more than twice as many.
   const Clock::time_point now = Clock::now();
-  m_mostHeld = now - m_lastHandOver < USUAL_HELD ? std::min(2 * m_mostHeld, MOST_HELD) : 1;
+  const Clock::duration passed = std::max(now - m_lastHandOver, Clock::duration(1));
+  m_mostHeld = static_cast<int>(std::clamp<Clock::rep>(m_mostHeld * USUAL_HELD / passed, 1,
+                                                       std::min(2 * m_mostHeld, MOST_HELD)));
   m_lastHandOver = now;
   m_held = 0;
   return true;
@@ -150,7 +152,7 @@ bool LOGDispatcher::deliverNext(ZEBFmHold& hold, LOGAppenderPin& pin) {
   if (!mayHold) {
     // Others may look at what a file appender has written, or write to the same file.
     handOver(hold);
-    m_bf->wakeCallers();
+    m_bf->wakeCallers(0);
   }
   event->setHold(mayHold ? &hold : nullptr);
   for (; walk.appender() != nullptr; walk.goOn()) {

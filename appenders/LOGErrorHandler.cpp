@@ -8,19 +8,11 @@ LOGErrorHandler::LOGErrorHandler(const LOGErrorHandler&) = default;
 LOGErrorHandler& LOGErrorHandler::operator=(const LOGErrorHandler&) = default;
 LOGErrorHandler::~LOGErrorHandler() = default;
 
-void LOGErrorHandler::activateOptions() {}
-
-void LOGErrorHandler::setLogger(LOGLogger*) {}
-
 void LOGErrorHandler::error(const I18NString&, ZEBThrowable&, int, LOGLoggingEvent*) {}
 
 void LOGErrorHandler::error(const I18NString&, ZEBThrowable&, int) {}
 
 void LOGErrorHandler::error(const I18NString&) {}
-
-void LOGErrorHandler::setAppender(LOGAppenderSkeleton*) {}
-
-void LOGErrorHandler::setBackupAppender(LOGAppenderSkeleton*) {}
 
 LOGObject* LOGErrorHandler::clone() const {
   return zebTranslate("LOGErrorHandler", __LINE__, [this] { return new LOGErrorHandler(*this); });

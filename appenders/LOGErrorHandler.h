@@ -19,14 +19,14 @@ class LOG4ZEB_EXPORT LOGErrorHandler : public LOGOptionHandler, public LOGObject
   LOGErrorHandler& operator=(const LOGErrorHandler& other);
   ~LOGErrorHandler() override;
 
-  void activateOptions() override;
-  virtual void setLogger(LOGLogger* logger);
+  void activateOptions() override {}
+  virtual void setLogger(LOGLogger*) {}
   virtual void error(const I18NString& message, ZEBThrowable& e, int errorCode,
                      LOGLoggingEvent* event);
   virtual void error(const I18NString& message, ZEBThrowable& e, int errorCode);
   virtual void error(const I18NString& message);
-  virtual void setAppender(LOGAppenderSkeleton* appender);
-  virtual void setBackupAppender(LOGAppenderSkeleton* appender);
+  virtual void setAppender(LOGAppenderSkeleton*) {}
+  virtual void setBackupAppender(LOGAppenderSkeleton*) {}
 
   LOGObject* clone() const override;
 };

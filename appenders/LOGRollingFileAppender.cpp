@@ -101,8 +101,6 @@ void LOGRollingFileAppender::setMaxBackupIndex(int index) {
   maxBackupIndex = index;
 }
 
-void LOGRollingFileAppender::setMaxFileSize(const I18NString&) {}
-
 void LOGRollingFileAppender::setFile(const I18NString& name, int append, int bufferedSwitch,
                                      int size) {
   // What is not of the library's family has been reported by setFileOptions().
@@ -216,8 +214,6 @@ void LOGRollingFileAppender::rollOverUnlessDone() {
 bool LOGRollingFileAppender::hasBeenRolledOver() const {
   return m_rolledFile != nullptr && m_rolledFile->rollovers() != m_rollovers;
 }
-
-void LOGRollingFileAppender::follow() { reopen(1); }
 
 void LOGRollingFileAppender::reopen(int append) {
   setFileOptions(fileName, append, bufferedIO, bufferSize);

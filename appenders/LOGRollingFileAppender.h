@@ -32,7 +32,7 @@ class LOG4ZEB_EXPORT LOGRollingFileAppender : public LOGFileAppender {
   std::uint64_t getMaximumFileSize() const { return maxFileSize; }
   void setMaximumFileSize(std::uint64_t bytes);
   /// Deliberate: does nothing. The size is set as a number.
-  void setMaxFileSize(const I18NString& value);
+  void setMaxFileSize(const I18NString&) {}
   /// How many backups are kept; below 1 none is, and a full file is truncated.
   int getMaxBackupIndex() const { return maxBackupIndex; }
   void setMaxBackupIndex(int index);
@@ -60,7 +60,7 @@ class LOG4ZEB_EXPORT LOGRollingFileAppender : public LOGFileAppender {
   /// Whether another appender of this process has, since this one has opened the file.
   bool hasBeenRolledOver() const;
   /// Opens the file that the other one has begun.
-  void follow();
+  void follow() { reopen(1); }
   /// Opens the file again. Where that fails the next event does, without emptying it.
   void reopen(int append);
   void takeName();

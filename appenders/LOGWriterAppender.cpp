@@ -17,17 +17,11 @@ LOGWriterAppender::LOGWriterAppender(const LOGWriterAppender& other)
 
 LOGWriterAppender::~LOGWriterAppender() = default;
 
-void LOGWriterAppender::activateOptions() {}
-
 LOG4ZEB_HOT void LOGWriterAppender::append(LOGLoggingEvent* event) {
   if (checkEntryConditions() != 0) {
     subappend(event);
   }
 }
-
-void LOGWriterAppender::closeWriter() {}
-
-void LOGWriterAppender::resetWriter() { closeWriter(); }
 
 void LOGWriterAppender::close() {
   logReportingFailures(LOGFailureTexts::same("LOGWriterAppender::close -- unable to lock mutex"),
@@ -80,5 +74,3 @@ void LOGWriterAppender::takeIntoUse(LOGErrorHandler* handler) {
   m_replacedErrorHandlers.emplace_back();
   m_replacedErrorHandlers.back() = exchangeErrorHandler(std::move(owned));
 }
-
-int LOGWriterAppender::requiresLayout() { return 0; }

@@ -19,7 +19,7 @@ class LOG4ZEB_EXPORT LOGWriterAppender : public LOGAppenderSkeleton {
   /// Leaves the writer alone: the class that made it frees it.
   ~LOGWriterAppender() override;
 
-  void activateOptions() override;
+  void activateOptions() override {}
   /// Closes the destination; the second call does nothing. Takes the appender's lock.
   void close() override;
   /// Closes and deletes the writer before and takes `writer` into use. The concrete appender owns
@@ -28,7 +28,7 @@ class LOG4ZEB_EXPORT LOGWriterAppender : public LOGAppenderSkeleton {
   /// Takes ownership. A handler that is replaced lives on until the appender dies, because writers
   /// may still point at it. Null changes nothing. Takes the appender's lock.
   void setErrorHandler(LOGErrorHandler* eh) override;
-  int requiresLayout() override;
+  int requiresLayout() override { return 0; }
 
   /// 1 flushes after every event; 0, the default, leaves it to the destination.
   int getImmediateFlush() const { return immediateFlush; }
@@ -42,9 +42,9 @@ class LOG4ZEB_EXPORT LOGWriterAppender : public LOGAppenderSkeleton {
   void append(LOGLoggingEvent* event) override;
   /// Non-zero when an event can be written now.
   virtual int checkEntryConditions() = 0;
-  virtual void closeWriter();
+  virtual void closeWriter() {}
   virtual void subappend(LOGLoggingEvent* event) = 0;
-  virtual void resetWriter();
+  virtual void resetWriter() { closeWriter(); }
 
  protected:
   /// No header or footer of a layout is ever written by this family: both do nothing.

@@ -5,6 +5,8 @@
 #include <functional>
 #include <utility>
 
+#include "platform/ZEBForkGate.h"
+
 class LOGAppenderSkeleton;
 class LOGDispatcher;
 
@@ -46,7 +48,7 @@ class LOGCallScope {
 
   /// Whether the calling thread may wait for other threads: it is in no such call and holds no lock
   /// under which that is forbidden.
-  static bool mayWait();
+  static bool mayWait() { return s_outermost == nullptr && ZEBForkGate::self().mayWait(); }
 
  private:
   void finish() const noexcept {

@@ -2,5 +2,3 @@
 
 LOGDefaultRepositorySelector::LOGDefaultRepositorySelector(LOGLoggerRepository* repository)
     : m_repository(repository) {}
-
-LOGLoggerRepository* LOGDefaultRepositorySelector::getLoggerRepository() { return m_repository; }

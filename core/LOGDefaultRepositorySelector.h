@@ -8,7 +8,7 @@ class LOG4ZEB_EXPORT LOGDefaultRepositorySelector : public LOGRepositorySelector
  public:
   /// `repository` is not owned.
   explicit LOGDefaultRepositorySelector(LOGLoggerRepository* repository);
-  LOGLoggerRepository* getLoggerRepository() override;
+  LOGLoggerRepository* getLoggerRepository() override { return m_repository; }
 
  private:
   LOGLoggerRepository* m_repository;

@@ -104,10 +104,6 @@ LOGObject* LOGHashtable::get(const I18NString& name) const {
   return link == nullptr ? nullptr : (*link)->value;
 }
 
-int LOGHashtable::containsKey(const LOGLoggerKey* key) const { return get(key) != nullptr ? 1 : 0; }
-
-int LOGHashtable::contains(const I18NString& name) const { return get(name) != nullptr ? 1 : 0; }
-
 int LOGHashtable::remove(const LOGLoggerKey* key) {
   return unlink(key == nullptr ? nullptr : findLink(key->getString(), key->hashCode()));
 }

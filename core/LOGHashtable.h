@@ -38,8 +38,8 @@ class LOG4ZEB_EXPORT LOGHashtable : public LOGMutex {
   LOGObject* get(const LOGLoggerKey* key) const;
   LOGObject* get(const I18NString& name) const;
   /// 1 or 0.
-  int containsKey(const LOGLoggerKey* key) const;
-  int contains(const I18NString& name) const;
+  int containsKey(const LOGLoggerKey* key) const { return get(key) != nullptr ? 1 : 0; }
+  int contains(const I18NString& name) const { return get(name) != nullptr ? 1 : 0; }
   /// Deletes the newest entry of that name and returns how many entries are left, -1 if there was
   /// none.
   int remove(const LOGLoggerKey* key);

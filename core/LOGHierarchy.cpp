@@ -84,8 +84,6 @@ void LOGHierarchy::setThreshold(LOGLevel* level) {
   }
 }
 
-LOGLevel* LOGHierarchy::getThreshold() { return m_threshold; }
-
 void LOGHierarchy::emitNoAppenderWarning(LOGLogger* logger) {
   if (m_emittedNoAppenderWarning.load() == 0) {
     ZEB_ASSERT(logger, SOURCE, __LINE__);

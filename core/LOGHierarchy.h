@@ -42,7 +42,7 @@ class LOG4ZEB_EXPORT LOGHierarchy : public LOGMutex,
   /// Requests below the level are switched off everywhere. The level is not owned; null changes
   /// nothing.
   void setThreshold(LOGLevel* level) override;
-  LOGLevel* getThreshold() override;
+  LOGLevel* getThreshold() override { return m_threshold; }
   /// The rank of the threshold.
   int getThresholdRank() const { return m_thresholdInt.load(std::memory_order_acquire); }
   /// Reports, once in the hierarchy's life, that a request met no appender.

@@ -1,7 +1,3 @@
 #include "core/LOGHierarchyEventListener.h"
 
 LOGHierarchyEventListener::~LOGHierarchyEventListener() = default;
-
-void LOGHierarchyEventListener::addAppenderEvent(LOGLogger*, LOGAppenderSkeleton*) {}
-
-void LOGHierarchyEventListener::removeAppenderEvent(LOGLogger*, LOGAppenderSkeleton*) {}

@@ -10,8 +10,8 @@ class LOGLogger;
 class LOG4ZEB_EXPORT LOGHierarchyEventListener {
  public:
   virtual ~LOGHierarchyEventListener();
-  virtual void addAppenderEvent(LOGLogger* logger, LOGAppenderSkeleton* appender);
-  virtual void removeAppenderEvent(LOGLogger* logger, LOGAppenderSkeleton* appender);
+  virtual void addAppenderEvent(LOGLogger*, LOGAppenderSkeleton*) {}
+  virtual void removeAppenderEvent(LOGLogger*, LOGAppenderSkeleton*) {}
 
   /// Always 0, and always 1.
   int operator==(const LOGHierarchyEventListener&) const { return 0; }

@@ -66,12 +66,7 @@ LOGLevel* LOGLevel::toLevel(const I18NString& sArg, LOGLevel* defaultLevel) {
   return defaultLevel;
 }
 
-LOG4ZEB_HOT LOGLevel* LOGLevel::toLevel(int val) {
-  LOGLevel* const level = toLevel(val, nullptr);
-  return level == nullptr ? toLevel(DEBUG_RANK, nullptr) : level;
-}
-
-LOGLevel* LOGLevel::toLevel(int val, LOGLevel* defaultLevel) {
+LOG4ZEB_HOT LOGLevel* LOGLevel::toLevel(int val, LOGLevel* defaultLevel) {
   const std::atomic<LOGLevel*>* slot = nullptr;
   switch (val) {
     case ERROR_RANK:

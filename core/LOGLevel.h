@@ -44,7 +44,10 @@ class LOG4ZEB_EXPORT LOGLevel {
   /// The same with a default for any other text; finds only levels that exist already.
   static LOGLevel* toLevel(const I18NString& sArg, LOGLevel* defaultLevel);
   /// The predefined level of exactly that rank; DEBUG for any other number.
-  static LOGLevel* toLevel(int val);
+  static LOGLevel* toLevel(int val) {
+    LOGLevel* const level = toLevel(val, nullptr);
+    return level == nullptr ? toLevel(DEBUG_RANK, nullptr) : level;
+  }
   static LOGLevel* toLevel(int val, LOGLevel* defaultLevel);
 
  protected:

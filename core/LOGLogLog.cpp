@@ -83,10 +83,6 @@ void LOGLogLog::error(const I18NString& msg, ZEBThrowable& t) {
   passOn(t, "LOGLogLog::error");
 }
 
-void LOGLogLog::setInternalDebugging(int enabled) { m_debugEnabled = enabled; }
-
-void LOGLogLog::setQuietMode(int quiet) { m_quietMode = quiet; }
-
 void LOGLogLog::writeMsg(const char* prefix, const I18NString& msg) {
   if (!mayWrite()) {
     return;

@@ -34,8 +34,8 @@ class LOG4ZEB_EXPORT LOGLogLog {
   /// something.
   static bool mayWrite() { return !m_isOff.load(std::memory_order_relaxed); }
 
-  static void setInternalDebugging(int enabled);
-  static void setQuietMode(int quiet);
+  static void setInternalDebugging(int enabled) { m_debugEnabled = enabled; }
+  static void setQuietMode(int quiet) { m_quietMode = quiet; }
 
   /// Reads the settings file, unless that was done since the last shutdown().
   static void init();

@@ -197,8 +197,6 @@ void LOGLogger::l7dlog(LOGLevel* level, const I18NString& key) {
   }
 }
 
-void LOGLogger::l7dlog(LOGLevel* level, const I18NString& key, LOGObject*) { l7dlog(level, key); }
-
 void LOGLogger::assertLog(int assertion, const I18NString& msg) {
   if (assertion == 0) {
     error(msg);
@@ -211,8 +209,6 @@ void LOGLogger::forcedLog(const I18NString& fqn, LOGLevel* level, LOGObject* mes
     passOn(&event, true);
   });
 }
-
-void LOGLogger::callAppenders(LOGLoggingEvent* event) { passOn(event, false); }
 
 inline bool LOGLogger::mayHaveAppenders() const {
   // Most loggers have none, and are passed without their lock. Whoever holds it may be adding one.
@@ -300,10 +296,6 @@ LOGAppenderSkeleton* LOGLogger::getAppender(const I18NString& name) {
   return locked(*this, "LOGLogger::getAppender -- unable to lock mutex",
                 [&] { return m_aai.getAppender(name); });
 }
-
-int LOGLogger::isAttached(LOGAppenderSkeleton* appender) { return m_aai.isAttached(appender); }
-
-void LOGLogger::removeAllAppenders() { removeAllAppenders(nullptr); }
 
 void LOGLogger::removeAllAppenders(LOGHashtable* table) {
   LOGFirstFailure failure;

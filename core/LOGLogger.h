@@ -126,11 +126,11 @@ class LOG4ZEB_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   /// Logs the text that the resource bundle has for `key`, or the key itself. Throws ZEBAssertError
   /// when `level` is null.
   void l7dlog(LOGLevel* level, const I18NString& key);
-  void l7dlog(LOGLevel* level, const I18NString& key, LOGObject* params);
+  void l7dlog(LOGLevel* level, const I18NString& key, LOGObject*) { l7dlog(level, key); }
   /// Logs `msg` as an error when `assertion` is 0.
   void assertLog(int assertion, const I18NString& msg);
   /// Hands the event to the appenders of this logger and, while additivity holds, of its ancestors.
-  void callAppenders(LOGLoggingEvent* event);
+  void callAppenders(LOGLoggingEvent* event) { passOn(event, false); }
 
   /// 1 when log() at that level would log now, else 0; 0 without a repository.
   int isEnabledFor(LOGLevel* level) const;
@@ -167,8 +167,8 @@ class LOG4ZEB_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   void addAppender(LOGAppenderSkeleton* newAppender) override;
   ZEBListIterator<LOGAppenderSkeleton*> getAllAppenders() override;
   LOGAppenderSkeleton* getAppender(const I18NString& name) override;
-  int isAttached(LOGAppenderSkeleton* appender) override;
-  void removeAllAppenders() override;
+  int isAttached(LOGAppenderSkeleton* appender) override { return m_aai.isAttached(appender); }
+  void removeAllAppenders() override { removeAllAppenders(nullptr); }
   /// Closes and removes all appenders; those that `table` has under their name become stale. What a
   /// close() throws is passed on at the end.
   void removeAllAppenders(LOGHashtable* table);

@@ -284,7 +284,3 @@ LOG4ZEB_HOT const I18NString& LOGLoggingEvent::getThreadName() {
   }
   return m_threadName;
 }
-
-std::int64_t LOGLoggingEvent::getStartTime() { return m_startTime; }
-
-const I18NString* LOGLoggingEvent::getMDC(const I18NString&) const { return nullptr; }

@@ -126,8 +126,6 @@ void LOGNDC::setMaxDepth(int maxDepth) {
   }
 }
 
-void LOGNDC::clear() { setMaxDepth(0); }
-
 void LOGNDC::remove() {
   LOGStack* const stack = currentStack();
   if (stack != nullptr) {

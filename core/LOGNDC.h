@@ -27,7 +27,7 @@ class LOG4ZEB_EXPORT LOGNDC {
   /// Drops the entries above the first `maxDepth`.
   static void setMaxDepth(int maxDepth);
   /// Drops all entries.
-  static void clear();
+  static void clear() { setMaxDepth(0); }
   /// Drops the stack itself.
   static void remove();
   /// A copy of the stack for inherit(), owned by the caller; null when there is none.

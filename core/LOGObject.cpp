@@ -44,8 +44,6 @@ int LOGObject::operator==(const LOGObject& other) const {
 
 int LOGObject::operator!=(const LOGObject& other) const { return *this == other ? 0 : 1; }
 
-const I18NString& LOGObject::toString() const { return m_string; }
-
 LOGObject* LOGObject::clone() const {
   return zebTranslate("LOGObject", __LINE__, [this] { return new LOGObject(*this); });
 }

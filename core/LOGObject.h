@@ -24,7 +24,7 @@ class LOG4ZEB_EXPORT LOGObject {
   /// The negation of the virtual operator==.
   virtual int operator!=(const LOGObject& other) const;
   /// The object's text.
-  virtual const I18NString& toString() const;
+  virtual const I18NString& toString() const { return m_string; }
   /// A new object equal to this one, owned by the caller. Throws ZEBOutOfMemoryError. Messages are
   /// cloned on the logging thread, for every enabled request.
   virtual LOGObject* clone() const;

@@ -5,8 +5,6 @@
 
 #include "platform/ZEBTranslate.h"
 
-LOGStack::LOGStack() : LOGStack(I18NString()) {}
-
 LOGStack::LOGStack(const I18NString& threadKey) : LOGObject(threadKey) { instance("LOGStack"); }
 
 LOGStack::LOGStack(const I18NString& threadKey, const LOGStack& other) : LOGStack(threadKey) {

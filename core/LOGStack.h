@@ -12,7 +12,7 @@
 /// that it was made for. Used by one thread at a time.
 class LOG4ZEB_EXPORT LOGStack : public LOGObject, public LOGMutex {
  public:
-  LOGStack();
+  LOGStack() : LOGStack(I18NString()) {}
   explicit LOGStack(const I18NString& threadKey);
   /// A stack for another thread with copies of the same entries.
   LOGStack(const I18NString& threadKey, const LOGStack& other);

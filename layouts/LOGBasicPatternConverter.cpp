@@ -19,19 +19,36 @@ bool LOGBasicPatternConverter::appendText(I18NString& text, LOGLoggingEvent* eve
       text.append(ZEBUtConvert::handleCvt(
           (event->getTimeStamp() - LOGLoggingEvent::getStartTime()) * MILLISECONDS_PER_SECOND));
       return true;
-    case LOGPatternParser::MESSAGE_CONVERTER:
-      return event->appendRenderedMessage(text);
+    case LOGPatternParser::THREAD_CONVERTER:
+      text.append(event->getThreadName());
+      return true;
     case LOGPatternParser::LEVEL_CONVERTER: {
       const LOGLevel* const level = event->getLevel();
       ZEB_ASSERT(level, SOURCE, __LINE__);
-      break;
+      text.append(level->getText());
+      return true;
     }
+    case LOGPatternParser::NDC_CONVERTER:
+      text.append(event->getNDC());
+      return true;
+    case LOGPatternParser::MESSAGE_CONVERTER:
+      return event->appendRenderedMessage(text);
     default:
-      break;
+      return false;
   }
-  const I18NString* const part = LOGBasicPatternConverter::part().textOf(*event);
-  if (part != nullptr) {
-    text.append(*part);
+}
+
+LOGEventPart LOGBasicPatternConverter::part() const {
+  switch (m_type) {
+    case LOGPatternParser::THREAD_CONVERTER:
+      return LOGEventPart::THREAD;
+    case LOGPatternParser::LEVEL_CONVERTER:
+      return LOGEventPart::LEVEL;
+    case LOGPatternParser::NDC_CONVERTER:
+      return LOGEventPart::CONTEXT;
+    case LOGPatternParser::MESSAGE_CONVERTER:
+      return LOGEventPart::MESSAGE;
+    default:
+      return LOGEventPart::NONE;
   }
-  return part != nullptr;
 }

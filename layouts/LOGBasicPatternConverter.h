@@ -15,7 +15,7 @@ class LOG4ZEB_EXPORT LOGBasicPatternConverter : public LOGPatternConverter,
   /// event and where the level is asked of an event that has none.
   I18NString* convert(LOGLoggingEvent* event) override { return newText(event); }
   bool appendText(I18NString& text, LOGLoggingEvent* event) override;
-  LOGEventPart part() const override { return LOGEventPart(m_type); }
+  LOGEventPart part() const override;
 
  private:
   int m_type;

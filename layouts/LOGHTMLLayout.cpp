@@ -53,8 +53,6 @@ const I18NString LOGHTMLLayout::LOCATION_INFO_OPTION = "LocationInfo";
 
 LOGHTMLLayout::LOGHTMLLayout() : m_title(DEFAULT_TITLE) { instance(SOURCE); }
 
-const I18NString& LOGHTMLLayout::getContentType() { return keep("text/html"); }
-
 template <typename... Pieces>
 void LOGHTMLLayout::appendLine(I18NString& text, const Pieces&... pieces) const {
   (text.append(pieces), ...);

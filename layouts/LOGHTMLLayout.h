@@ -20,7 +20,7 @@ class LOG4ZEB_EXPORT LOGHTMLLayout : public LOGLayout {
   /// Empty for a null event. Throws ZEBAssertError for an event without a level, and what the
   /// rendering of the message throws.
   const I18NString& format(LOGLoggingEvent* event) override;
-  const I18NString& getContentType() override;
+  const I18NString& getContentType() override { return keep("text/html"); }
   /// The page up to the first row, with the title in force and the present time. It has a buffer of
   /// its own, so that a formatted row stays valid.
   const I18NString& getHeader() override;

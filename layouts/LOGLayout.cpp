@@ -43,8 +43,6 @@ LOGLayout::LOGLayout(const LOGLayout&) : LOGLayout() {}
 
 LOGLayout::~LOGLayout() = default;
 
-void LOGLayout::activateOptions() {}
-
 const I18NString& LOGLayout::format(LOGLoggingEvent* event) {
   I18NString text = takeBuffer();
   if (event != nullptr) {
@@ -53,14 +51,6 @@ const I18NString& LOGLayout::format(LOGLoggingEvent* event) {
   }
   return keep(std::move(text));
 }
-
-const I18NString& LOGLayout::getContentType() { return keep("text/plain"); }
-
-const I18NString& LOGLayout::getHeader() { return keep({}); }
-
-const I18NString& LOGLayout::getFooter() { return keep({}); }
-
-int LOGLayout::ignoresThrowable() { return 1; }
 
 LOG4ZEB_HOT void LOGLayout::formatInto(I18NString& text, LOGLoggingEvent* event) {
   struct Untaken {  // by a layout of the program, or one that fails

@@ -35,18 +35,18 @@ class LOG4ZEB_EXPORT LOGLayout : public LOGOptionHandler, public LOGLayoutObject
   LOGLayout& operator=(const LOGLayout&) = delete;
   ~LOGLayout() override;
 
-  void activateOptions() override;
+  void activateOptions() override {}
   /// The text of the event; empty, without a line end, for a null event. What the rendering of the
   /// message throws is reported and goes on to the caller.
   virtual const I18NString& format(LOGLoggingEvent* event);
   /// Sets `text` to what format() gives. A pattern layout then builds it there, and the text that
   /// format() returned last stays.
   void formatInto(I18NString& text, LOGLoggingEvent* event);
-  virtual const I18NString& getContentType();
-  virtual const I18NString& getHeader();
-  virtual const I18NString& getFooter();
+  virtual const I18NString& getContentType() { return keep("text/plain"); }
+  virtual const I18NString& getHeader() { return keep({}); }
+  virtual const I18NString& getFooter() { return keep({}); }
   /// 1 when the layout leaves the event's throwable to the appender, else 0.
-  virtual int ignoresThrowable();
+  virtual int ignoresThrowable() { return 1; }
 
  protected:
   /// An empty string with the room of the buffer, to build a text in. The buffer itself is set

@@ -11,5 +11,5 @@ const I18NString& LOGLoggerPatternConverter::getFullyQualifiedName(LOGLoggingEve
 }
 
 LOGEventPart LOGLoggerPatternConverter::part() const {
-  return isWhole() ? LOGEventPart(LOGEventPart::LOGGER_NAME) : LOGEventPart();
+  return isWhole() ? LOGEventPart::LOGGER_NAME : LOGEventPart::NONE;
 }

@@ -14,5 +14,3 @@ LOGFormattingInfo* checked(LOGFormattingInfo* formattingInfo) {
 LOGMDCPatternConverter::LOGMDCPatternConverter(LOGFormattingInfo* formattingInfo,
                                                const I18NString& key)
     : LOGPatternConverter(checked(formattingInfo)), m_key(key) {}
-
-I18NString* LOGMDCPatternConverter::convert(LOGLoggingEvent*) { return nullptr; }

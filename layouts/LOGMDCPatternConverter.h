@@ -11,7 +11,7 @@ class LOG4ZEB_EXPORT LOGMDCPatternConverter : public LOGPatternConverter {
   LOGMDCPatternConverter(LOGFormattingInfo* formattingInfo, const I18NString& key);
 
   /// Null.
-  I18NString* convert(LOGLoggingEvent* event) override;
+  I18NString* convert(LOGLoggingEvent*) override { return nullptr; }
 
  private:
   I18NString m_key;

@@ -78,8 +78,6 @@ void LOGPatternConverter::spacePad(I18NString& sbuf, int length) {
   }
 }
 
-LOGPatternConverter* LOGPatternConverter::getNext() { return m_next; }
-
 void LOGPatternConverter::ChainDeleter::operator()(LOGPatternConverter* head) const noexcept {
   while (head != nullptr) {
     delete std::exchange(head, head->getNext());

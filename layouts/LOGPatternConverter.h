@@ -41,7 +41,7 @@ class LOG4ZEB_EXPORT LOGPatternConverter {
   /// Appends `length` blanks.
   virtual void spacePad(I18NString& sbuf, int length);
   /// Null at the end of the chain.
-  virtual LOGPatternConverter* getNext();
+  virtual LOGPatternConverter* getNext() { return m_next; }
   void setNext(LOGPatternConverter* next) { m_next = next; }
 
   struct LOG4ZEB_EXPORT ChainDeleter {

@@ -4,11 +4,10 @@
 #include <memory>
 #include <vector>
 
-#include "layouts/LOGEventPart.h"
+#include "layouts/LOGDirectConverter.h"
 #include "layouts/LOGLayout.h"
 #include "layouts/LOGPatternConverter.h"
 
-class LOGDirectConverter;
 class LOGPatternParser;
 
 /// Formats events by a conversion pattern: text in which specifiers such as `%-5p` stand for parts
@@ -34,7 +33,7 @@ class LOG4ZEB_EXPORT LOGPatternLayout : public LOGLayout {
   /// Every failure ends here: it is reported, and the text is returned as far as it was built. A
   /// null event gives an empty text and a warning.
   const I18NString& format(LOGLoggingEvent* event) override;
-  int ignoresThrowable() override;
+  int ignoresThrowable() override { return 1; }
 
  private:
   class Walk;
@@ -49,7 +48,7 @@ class LOG4ZEB_EXPORT LOGPatternLayout : public LOGLayout {
   struct Step {
     LOGPatternConverter* converter = nullptr;
     LOGDirectConverter* direct = nullptr;  // the converter's direct side, or null
-    LOGEventPart part;                     // what it shows, if that is an event's part as it is
+    LOGEventPart part = LOGEventPart::NONE;
     bool isLiteralShort = true;
     I18NString literal;
   };

@@ -4,5 +4,3 @@ I18NRuntimeError::I18NRuntimeError(const I18NString& description, const char* so
     : ZEBThrowable(description, source, line) {}
 
 I18NRuntimeError::~I18NRuntimeError() = default;
-
-void I18NRuntimeError::raise() const { throw *this; }

@@ -8,7 +8,7 @@ class LOG4ZEB_EXPORT I18NRuntimeError : public ZEBThrowable {
  public:
   I18NRuntimeError(const I18NString& description, const char* source, int line = 0);
   ~I18NRuntimeError() override;
-  [[noreturn]] void raise() const override;
+  [[noreturn]] void raise() const override { throw *this; }
 };
 
 #endif

@@ -5,8 +5,6 @@ ZEBAssertError::ZEBAssertError(const I18NString& description, const char* source
 
 ZEBAssertError::~ZEBAssertError() = default;
 
-void ZEBAssertError::raise() const { throw *this; }
-
 void ZEBAssertError::fail(const char* text, const char* source, int line) {
   ZEBAssertError error(text, source, line);
   error.addBackTrace("ZEB_THROW", source, line);

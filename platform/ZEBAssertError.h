@@ -8,7 +8,7 @@ class LOG4ZEB_EXPORT ZEBAssertError : public ZEBThrowable {
  public:
   ZEBAssertError(const I18NString& description, const char* source, int line);
   ~ZEBAssertError() override;
-  [[noreturn]] void raise() const override;
+  [[noreturn]] void raise() const override { throw *this; }
 
   /// Throws the error for a failed assertion, its back trace begun with the tag "ZEB_THROW".
   [[noreturn]] static void fail(const char* text, const char* source, int line);

@@ -4,5 +4,3 @@ ZEBOutOfMemoryError::ZEBOutOfMemoryError(const char* source, int line)
     : ZEBThrowable("out of memory", source, line) {}
 
 ZEBOutOfMemoryError::~ZEBOutOfMemoryError() = default;
-
-void ZEBOutOfMemoryError::raise() const { throw *this; }

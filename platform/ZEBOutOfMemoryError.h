@@ -8,7 +8,7 @@ class LOG4ZEB_EXPORT ZEBOutOfMemoryError : public ZEBThrowable {
  public:
   ZEBOutOfMemoryError(const char* source, int line);
   ~ZEBOutOfMemoryError() override;
-  [[noreturn]] void raise() const override;
+  [[noreturn]] void raise() const override { throw *this; }
 };
 
 #endif

@@ -5,5 +5,3 @@ ZEBStdExceptionError::ZEBStdExceptionError(const std::exception& wrapped, const 
     : ZEBThrowable(wrapped.what(), source, line) {}
 
 ZEBStdExceptionError::~ZEBStdExceptionError() = default;
-
-void ZEBStdExceptionError::raise() const { throw *this; }

@@ -8,7 +8,7 @@ class LOG4ZEB_EXPORT ZEBStdExceptionError : public ZEBThrowable {
  public:
   ZEBStdExceptionError(const std::exception& wrapped, const char* source, int line);
   ~ZEBStdExceptionError() override;
-  [[noreturn]] void raise() const override;
+  [[noreturn]] void raise() const override { throw *this; }
 };
 
 #endif

@@ -12,5 +12,3 @@ ZEBSystemError::ZEBSystemError(const I18NString& objectName, const std::error_co
       m_errorCode(error.value()) {}
 
 ZEBSystemError::~ZEBSystemError() = default;
-
-void ZEBSystemError::raise() const { throw *this; }

@@ -14,7 +14,7 @@ class LOG4ZEB_EXPORT ZEBSystemError : public ZEBThrowable {
   ZEBSystemError(const I18NString& objectName, const std::error_code& error, const char* source,
                  int line);
   ~ZEBSystemError() override;
-  [[noreturn]] void raise() const override;
+  [[noreturn]] void raise() const override { throw *this; }
 
   const I18NString& getObjectName() const noexcept { return m_objectName; }
   int getErrorCode() const noexcept { return m_errorCode; }

@@ -137,9 +137,7 @@ void ZEBThreadCriticalSection::sleepUntilTaken(Owner self) {
   }
 }
 
-bool ZEBThreadCriticalSection::isHeldElsewhere() const noexcept {
-  // Acquired, so that a thread that sees the lock free sees also what was done under it.
-  const Owner owner = m_owner.load(std::memory_order_acquire);
+bool ZEBThreadCriticalSection::isOfOther(Owner owner) noexcept {
   return !isFree(owner) && !isOwner(ownerOf(ZEBForkGate::selfIfKnown()), owner);
 }
 

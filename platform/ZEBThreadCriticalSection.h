@@ -13,6 +13,9 @@
 /// of a fork it is free unless the thread that forked holds it; only a ZEBThreadGuard has a fork
 /// wait until what is changed under it is whole.
 class LOG4ZEB_EXPORT ZEBThreadCriticalSection {
+  using Owner = std::uintptr_t;
+  static constexpr Owner OTHERS_WAIT = 1;
+
  public:
   /// The argument is kept for callers that pass one; it has no meaning.
   constexpr explicit ZEBThreadCriticalSection(int = 0) noexcept {}
@@ -41,13 +44,15 @@ class LOG4ZEB_EXPORT ZEBThreadCriticalSection {
     }
   }
   /// Whether another thread holds the lock now.
-  bool isHeldElsewhere() const noexcept;
+  bool isHeldElsewhere() const noexcept {
+    // Acquired, so that a thread that sees the lock free sees also what was done under it.
+    const Owner owner = m_owner.load(std::memory_order_acquire);
+    return owner > OTHERS_WAIT && isOfOther(owner);
+  }
   bool isHeldHere() const noexcept;
 
  private:
   friend class ZEBThreadGuard;
-  using Owner = std::uintptr_t;
-  static constexpr Owner OTHERS_WAIT = 1;
 
   /// What is recorded of the calling thread. Throws ZEBOutOfMemoryError.
   static ZEBForkGate::ThreadRecord& currentThread();
@@ -61,6 +66,7 @@ class LOG4ZEB_EXPORT ZEBThreadCriticalSection {
       enterHeld(self, owner);
     }
   }
+  static bool isOfOther(Owner owner) noexcept;
   void enterHeld(Owner self, Owner owner);
   void waitFor(Owner self);
   void sleepUntilTaken(Owner self);
