@@ -16,11 +16,13 @@
 #include "core/LOGLogLog.h"
 #include "core/LOGLogger.h"
 #include "core/LOGManager.h"
+#include "core/LOGMutex.h"
 #include "core/LOGNDC.h"
 #include "core/LOGRootLogger.h"
 #include "filters/LOGFilter.h"
 #include "layouts/LOGPatternLayout.h"
 #include "platform/ZEBAssertError.h"
+#include "platform/ZEBThreadGuard.h"
 #include "support/CapturingAppender.h"
 #include "support/TestEvent.h"
 #include "support/Threads.h"
@@ -91,6 +93,26 @@ TEST_F(AsyncAppenderTest, MakesCallersWaitForSpaceAndResizesMeanwhile) {
   callers.stop();
   EXPECT_EQ(async.flush(3600 * 1000), 1);
   EXPECT_EQ(capture.messages.size(), logged);
+}
+
+TEST_F(AsyncAppenderTest, LetsNobodyWaitUnderALockOfTheProgram) {
+  Gate gate;
+  capture.onAppend = [&](LOGLoggingEvent*) { gate.pass(); };
+  async.addAppender(&capture);
+  async.setBufferSize(1);
+  logger->info("0");
+  ASSERT_TRUE(gate.isReached());
+  {
+    const LOGMutex lock;
+    const ZEBThreadGuard guard(lock);
+    for (const char* const message : {"1", "2", "3"}) {
+      logger->info(message);
+    }
+  }
+  EXPECT_EQ(capture.messages, Messages{"0"}) << "its delivery goes on only now";
+  gate.open();
+  EXPECT_EQ(async.flush(10000), 1);
+  EXPECT_EQ(capture.messages, (Messages{"0", "1", "2", "3"}));
 }
 
 TEST_F(AsyncAppenderTest, WakesItsThreadForAnEventAfterARest) {
@@ -502,6 +524,9 @@ TEST(BoundedFIFO, CountsAndRefusesWhatDoesNotFit) {
   EXPECT_NE(last, nullptr);
   EXPECT_EQ(fifo.get(), nullptr);
   EXPECT_EQ(fifo.length(), 0) << "null is an event, too";
+  fifo.resize(2);
+  EXPECT_EQ(fifo.add(refused) + fifo.add(refused), 0U);
+  EXPECT_GT(fifo.add(refused), 0U) << "who comes to a full queue has to wait";
   EXPECT_EQ(Workplace::diagnostics(),
             (Messages{"log4zeb:ERROR LOGBoundedFIFO::LOGBoundedFIFO --- The maxSize argument is "
                       "not a positive integer.",
