@@ -74,9 +74,16 @@ if (($# == 0)); then
 fi
 say "fuzzing, $seconds seconds each"
 printf '%-14s %12s %12s %8s\n' harness executions 'a second' edges
+# One for each processor at a time; what they print appears in the order of their names.
+for harness in "$@"; do
+  (($(jobs -rp | wc -l) < $(nproc))) || wait -n || true
+  (run_harness "$harness" "$seconds" >"$FINDINGS/$harness.row" || touch -- "$FINDINGS/$harness.failed") &
+done
+wait
 failed=()
 for harness in "$@"; do
-  run_harness "$harness" "$seconds" || failed+=("$harness")
+  cat -- "$FINDINGS/$harness.row"
+  [[ ! -e $FINDINGS/$harness.failed ]] || failed+=("$harness")
 done
 ((${#failed[@]} == 0)) || fail "found something, see $FINDINGS: ${failed[*]}"
 say "nothing found"

@@ -27,7 +27,6 @@ NEEDED=(
 
 # What the tests run besides, in the same form.
 TEST_NEEDED=(
-  'chromium command:chromium'
   'default-jdk-headless command:javac'
   'libfmt-dev header:fmt/format.h'
   'rsyslog command:/usr/sbin/rsyslogd'
