@@ -132,7 +132,7 @@ struct LOGAsyncAppender::Core {
   LOGAppenderAttachableImpl aai;
   LOGBoundedFIFO bf{DEFAULT_BUFFER_SIZE};
   std::atomic<int> interruptedWarningMessage{0};
-  LOGDispatcher dispatcher{&bf, &aai};  // destroyed first, which waits for the thread
+  LOGDispatcher dispatcher{&bf, &aai};  // destroyed before the others, when its thread has ended
   const ZEBForkHandler forkHandler{this,
                                    [](void* core) { static_cast<Core*>(core)->renewInChild(); }};
 };
@@ -300,11 +300,17 @@ void LOGAsyncAppender::removeEverywhere(const LOGFailureTexts& texts, Remove rem
 void LOGAsyncAppender::removeAllAppenders() {
   removeEverywhere(REMOVE_ALL_TEXTS, [](LOGAppenderAttachableImpl& list) {
     LOGFirstFailure failure;
-    if (!list.getCriticalSection().isHeldHere()) {
-      failure.keepOf([&] { closeAndTakeOutEach(list); });
+    for (bool isDone = false; !isDone;) {
+      const bool isHeld = list.getCriticalSection().isHeldHere();
+      if (!isHeld) {
+        failure.keepOf([&] { closeAndTakeOutEach(list); });
+      }
+      const ZEBThreadGuard guard(list.getCriticalSection());
+      isDone = isHeld || list.at(0) == nullptr;  // another thread may have added one
+      if (isDone) {
+        failure.keepOf([&] { list.removeAllAppenders(); });
+      }
     }
-    const ZEBThreadGuard guard(list.getCriticalSection());
-    failure.keepOf([&] { list.removeAllAppenders(); });
     failure.passOn();
     return LOGAppenderAttachableImpl::Removed{nullptr, true};
   });

@@ -63,7 +63,7 @@ class LOG4ZEB_EXPORT LOGAsyncAppender : public LOGAppenderSkeleton, public LOGAp
   /// closed. Setting throws ZEBAssertError then.
   int getBufferSize() const;
   void setBufferSize(int size);
-  /// 1 takes the caller's location on the thread that logs.
+  /// 1 would take the caller's location on the thread that logs; none is gathered.
   int getLocationInfo() const { return locationInfo; }
   void setLocationInfo(int info) { locationInfo = info; }
 

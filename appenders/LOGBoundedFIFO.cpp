@@ -105,7 +105,11 @@ LOG4ZEB_HOT LOGLoggingEvent* LOGBoundedFIFO::take(LOGLoggingEvent& unpacked,
 }
 
 void LOGBoundedFIFO::wakeCallers(int places) {
-  if (m_callersAsleep > 0 && (places == 0 || length() <= capacity() - places)) {
+  const std::uint64_t left = m_leftCount;
+  const bool isTime = places == 0 || lengthSince(left) <= capacity() - places ||
+                      left - m_leftAtWake >= static_cast<std::uint64_t>(capacity());
+  if (m_callersAsleep > 0 && isTime) {
+    m_leftAtWake = left;
     wakeAll();
   }
 }
@@ -180,11 +184,14 @@ bool LOGBoundedFIFO::waitForEvent(const std::atomic<int>& interrupted) {
        pause = std::min(2 * pause, LONGEST_PAUSE)) {
     m_arrived.wait_for(lock, pause);
   }
-  if (!isOver()) {
+  while (!isOver()) {
+    // Each time anew: a thread that was late has set it back for an event that was seen before.
     m_isAsleep = true;
-    m_arrived.wait(lock, isOver);
-    m_isAsleep = false;
+    if (!isOver()) {
+      m_arrived.wait(lock);
+    }
   }
+  m_isAsleep = false;
   return hasEvents();
 }
 

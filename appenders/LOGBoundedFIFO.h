@@ -14,8 +14,9 @@
 class LOGLoggingEvent;
 
 /// The queue between the threads that log and an asynchronous appender's dispatcher. It owns the
-/// events in it. Whoever finds it full puts the event in all the same, and then waits until those
-/// before it have gone. Its LOGMutex lock is for who takes events out; threads that put events in
+/// events in it. add() puts an event in also where the queue is full; the caller then waits until
+/// it is within the capacity. put() and get() are for programs that use a queue by itself. Its
+/// LOGMutex lock is for who takes events out; threads that put events in
 /// have a lock of their own, which the taker never takes, and a third one is for those who sleep.
 /// Nothing but memory and the diagnostics is used under any of them.
 class LOG4ZEB_EXPORT LOGBoundedFIFO : public LOGMutex {
@@ -69,8 +70,8 @@ class LOG4ZEB_EXPORT LOGBoundedFIFO : public LOGMutex {
   /// that is not to be delivered because the queue was closed or is that of a forked process.
   LOGLoggingEvent* take(LOGLoggingEvent& unpacked, std::unique_ptr<LOGLoggingEvent>& whole);
   /// Has callers go on that there is room for since events were taken out, once so many places are
-  /// free. Called before a delivery that may take long; while events go fast, callers and the
-  /// dispatcher take turns less often.
+  /// free or as many events have gone as the queue holds. Called with 0 before a delivery that may
+  /// take long; while events go fast, callers and the dispatcher take turns less often.
   void wakeCallers(int places);
   /// Notes that what was taken out has been delivered.
   void noteDelivered();
@@ -112,6 +113,7 @@ class LOG4ZEB_EXPORT LOGBoundedFIFO : public LOGMutex {
   // The dispatcher's side.
   alignas(64) std::atomic<std::uint64_t> m_leftCount{0};
   std::atomic<std::uint64_t> m_deliveredCount{0};
+  std::uint64_t m_leftAtWake = 0;  // m_leftCount, when callers were woken last
 };
 
 #endif

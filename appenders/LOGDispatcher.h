@@ -24,8 +24,8 @@ class LOG4ZEB_EXPORT LOGDispatcher : public ZEBThread {
   LOGDispatcher(LOGBoundedFIFO* bf, LOGAppenderAttachableImpl* list);
   ~LOGDispatcher() override;
 
-  /// Asks the thread to end; it does so when the queue is empty. Throws ZEBAssertError without a
-  /// queue.
+  /// Asks the thread to end; it does so when the queue is empty. For programs that use the class by
+  /// itself; an asynchronous appender closes the queue. Throws ZEBAssertError without a queue.
   void close();
   void run() override;
 

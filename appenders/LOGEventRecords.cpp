@@ -1,5 +1,6 @@
 #include "appenders/LOGEventRecords.h"
 
+#include <algorithm>
 #include <cstring>
 #include <iterator>
 #include <limits>
@@ -84,7 +85,8 @@ LOG4ZEB_HOT void LOGEventRecords::add(const LOGLoggingEvent& event) {
   record.timeStamp = event.m_timeStamp;
   record.level = event.m_level;
   record.logger = event.m_logger;
-  endRecord(to);
+  // The last text is read in a move of that size, too, which stays within the record.
+  endRecord(std::max(to, to - sizes[3] + SHORT));
 }
 
 void LOGEventRecords::addWhole(std::unique_ptr<LOGLoggingEvent> event) {

@@ -139,7 +139,7 @@ LOG4ZEB_HOT void LOGFileAppender::subappend(LOGLoggingEvent* event) {
   }
   if (m_isTextUsed) {  // rendering a message logs through this appender
     I18NString text;
-    write(event, text);
+    writeText(event, text);
     return;
   }
   struct Use {
@@ -148,10 +148,10 @@ LOG4ZEB_HOT void LOGFileAppender::subappend(LOGLoggingEvent* event) {
   };
   m_isTextUsed = true;
   const Use use{m_isTextUsed};
-  write(event, m_text);
+  writeText(event, m_text);
 }
 
-LOG4ZEB_HOT void LOGFileAppender::write(LOGLoggingEvent* event, I18NString& text) {
+LOG4ZEB_HOT void LOGFileAppender::writeText(LOGLoggingEvent* event, I18NString& text) {
   format(*layout(), event, text);
   if (LOGFileAppender::checkEntryConditions() == 0) {
     return;  // rendering the message has closed this appender

@@ -135,7 +135,7 @@ class LOG4ZEB_EXPORT LOGFileAppender : public LOGWriterAppender {
   I18NString m_absoluteName;
 
  private:
-  void write(LOGLoggingEvent* event, I18NString& text);
+  void writeText(LOGLoggingEvent* event, I18NString& text);
   OpenResult openRemembered(const I18NString& path, int append, int bufferedSwitch, int size);
 
   // Room for the text of an event, used again and again; guarded by the appender's lock.

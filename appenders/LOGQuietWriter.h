@@ -30,8 +30,9 @@ class LOG4ZEB_EXPORT LOGQuietWriter : public ZEBFileLockRW {
   /// The same, followed by a flush: for callers that serialise themselves.
   virtual void stWrite(ZEBFmFile* outStream, const I18NString& s);
 
-  /// The forms for a file throw ZEBAssertError when it is null, and report a failure, which loses
-  /// what was buffered; a file that is not open is none.
+  /// The forms for a file throw ZEBAssertError when it is null, and report a failure; what was
+  /// buffered goes on waiting after flush(), and is lost after close(). A file that is not open is
+  /// no failure.
   void flush(ZEBFmFile* outStream);
   void close(ZEBFmFile* outStream);
   /// The forms for the LOGWriter do nothing when there is none; close() flushes and destroys it.

@@ -12,9 +12,9 @@ install(TARGETS kivlog4zeb EXPORT kivlog4zeb
   ARCHIVE COMPONENT development)
 install(FILES log4zeb.h DESTINATION ${log4zeb_headers} COMPONENT development)
 # No class in these headers is one of the shared library's, and none that is installed includes them.
-set(log4zeb_internal_headers "/(I18NUtf8|LOGComponentStore|LOGDocumentReader|\
-LOGReadingPlan|ZEBFmChannel|ZEBIDOM_DocumentData|ZEBSharedLibrary|ZEBThreadOuterGuard|\
-ZEBThreadPlace|ZEBUtProcess|ZEBUtTerminal|ZEBUtTime)\\.h$")
+set(log4zeb_internal_headers "/(I18NUtf8|LOGCallScope|LOGComponentStore|LOGDocumentReader|\
+LOGReadingPlan|ZEBFmChannel|ZEBIDOM_DocumentData|ZEBSharedLibrary|ZEBThreadInlineGuard|\
+ZEBThreadOuterGuard|ZEBThreadPlace|ZEBUtProcess|ZEBUtTerminal|ZEBUtTime)\\.h$")
 foreach(folder platform core rendering filters layouts appenders net config)
   install(DIRECTORY ${folder} DESTINATION ${log4zeb_headers} COMPONENT development
     FILES_MATCHING PATTERN "*.h"

@@ -11,7 +11,8 @@
 /// component is known by the tag of its element: "appender", "layout", "filter" or "errorHandler".
 class LOG4ZEB_EXPORT LOGComponentFactory {
  public:
-  /// Null when no component of the kind has that class name. Component is the base of the kind.
+  /// Null when no component of the kind has that class name. REQUIRES: Component is the base of the
+  /// kind.
   template <typename Component>
   static std::unique_ptr<Component> make(const I18NString& tag, const I18NString& className) {
     return std::unique_ptr<Component>(static_cast<Component*>(make(tag, className).release()));

@@ -57,8 +57,13 @@ void LOGComponentStore::keepBuilt() {
 
 void LOGComponentStore::close(Appender& own) {
   LOGAppenderSkeleton& appender = *own.object;
+  auto* const async = dynamic_cast<LOGAsyncAppender*>(&appender);
+  const bool isDelivering = async != nullptr && async->flush(0) != 0;
   // A dispatcher that passes an event on may have come to it before it left the list.
   LOGAppenderPin::awaitOthers(nullptr, &appender);
+  if (isDelivering) {
+    async->flush(LOGAsyncAppender::LONGEST_FINAL_FLUSH);  // such an event
+  }
   own.state = State::Closed;
   appender.markAsStale();
   appender.close();
@@ -67,7 +72,7 @@ void LOGComponentStore::close(Appender& own) {
     sender->release();
   }
   // Nor does it keep appenders of the program, which may be deleted.
-  if (auto* const async = dynamic_cast<LOGAsyncAppender*>(&appender)) {
+  if (async != nullptr) {
     LOGAppenderAttachableImpl& list = *async->getAAI();
     const ZEBThreadGuard guard(list.getCriticalSection());
     const LOGAppenderAttachableImpl::Replacement withoutClosing(list);

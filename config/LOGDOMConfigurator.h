@@ -28,7 +28,8 @@ class LOG4ZEB_EXPORT LOGDOMConfigurator : public LOGConfigurator, public ZEBThre
  public:
   /// Makes the configurator, unless it exists. Throws ZEBOutOfMemoryError.
   static void initialize();
-  /// Deletes the configurator, and with it all that it has built.
+  /// Deletes the configurator, and with it all that it has built. What is queued is lost:
+  /// LOG4ZEBConfigurator::shutdown() flushes first. Called where configure() may be.
   static void shutdown();
 
   /// Applies a document to the default repository. Returns 1 when it was read and applied, else 0.

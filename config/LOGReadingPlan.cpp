@@ -137,14 +137,8 @@ void LOGReadingPlan::rebuild(const std::vector<LOGAppenderSkeleton*>& attached, 
 void LOGReadingPlan::exchange(LOGLoggerRepository& repository) const {
   logForEachLogger(repository, [this](LOGLogger& logger) {
     logTakeOutOfUse([&] {
-      // Removal and addition under one lock, so that no event finds neither of them.
-      const ZEBThreadGuard guard(logger.getCriticalSection());
-      for (LOGAppenderSkeleton* const attached : logger.snapshotOfAppenders()) {
-        if (LOGAppenderSkeleton* const live = replacementFor(*attached)) {
-          logger.removeAppender(attached);
-          logger.addAppender(live);
-        }
-      }
+      logger.exchangeAppenders(
+          [this](const LOGAppenderSkeleton& attached) { return replacementFor(attached); });
     });
   });
   for (const LOGComponentStore::Appender& own : m_store.appenders()) {

@@ -329,6 +329,18 @@ void LOGLogger::replaceAppenders(const std::vector<LOGAppenderSkeleton*>& append
   });
 }
 
+void LOGLogger::exchangeAppenders(
+    const std::function<LOGAppenderSkeleton*(const LOGAppenderSkeleton&)>& replacementFor) {
+  const ZEBThreadGuard guard(getCriticalSection());
+  const LOGAppenderAttachableImpl::Replacement replacement(m_aai);
+  for (LOGAppenderSkeleton* const attached : snapshotOfAppenders()) {
+    if (LOGAppenderSkeleton* const live = replacementFor(*attached)) {
+      removeAppender(attached);
+      addAppender(live);
+    }
+  }
+}
+
 void LOGLogger::closeAsyncAppenders(int milliseconds) {
   LOGAppenderPin pin;
   for (std::size_t i = 0; LOGAppenderSkeleton* const appender = m_aai.pinAt(i, pin); ++i) {

@@ -184,6 +184,10 @@ class LOG4ZEB_EXPORT LOGLogger : public LOGMutex, public LOGAppenderAttachable, 
   /// changes with them, where one is given.
   void replaceAppenders(const std::vector<LOGAppenderSkeleton*>& appenders,
                         std::optional<int> additive = std::nullopt);
+  /// Removes each appender for which `replacementFor` has another one, and adds that. No event
+  /// finds neither of them.
+  void exchangeAppenders(
+      const std::function<LOGAppenderSkeleton*(const LOGAppenderSkeleton&)>& replacementFor);
   /// Closes the appenders, which stay attached, under the logger's lock; what a close() throws is
   /// passed on at the end.
   void closeNestedAppenders();

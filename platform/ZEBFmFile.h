@@ -16,10 +16,10 @@ class ZEBFmHold;
 class ZEBFmRecordWriter;
 
 /// A file that is written record by record. Every write goes to the end of the file, whichever the
-/// mode, and unless buffering was asked for the whole record is with the operating system when
-/// write() returns: it survives the death of the process, and records of several processes stand in
-/// the file whole. The file is not inherited by programs that the process starts, and may be
-/// renamed and removed while it is open.
+/// mode, and unless buffering was asked for or a ZEBFmHold lets it wait, the whole record is with
+/// the operating system when write() returns: it survives the death of the process, and records of
+/// several processes stand in the file whole. The file is not inherited by programs that the
+/// process starts, and may be renamed and removed while it is open.
 ///
 /// What changes the file takes its lock, so that several threads may write, and the end of the
 /// process may write out what waits in memory. The name and the last error are for the thread that
@@ -86,7 +86,8 @@ class LOG4ZEB_EXPORT ZEBFmFile {
 
   /// The text, a literal, is what a ZEBFmHold says of each record that it could not write.
   void setLateFailureText(const char* text) noexcept { m_lateFailureText = text; }
-  /// Has records go to the operating system at once again; those that wait go first.
+  /// From the next write on, has records go to the operating system at once again, behind those
+  /// that wait.
   void endHold() noexcept { m_isHeld.store(false, std::memory_order_relaxed); }
   /// Writes what a ZEBFmHold lets wait, and ends that.
   Losses handOver();

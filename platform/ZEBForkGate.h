@@ -96,8 +96,8 @@ class ZEBForkGate {
   static ThreadRecord& self() { return s_self != nullptr ? *s_self : makeSelf(); }
   /// The same; null when the thread has not taken a lock yet.
   static ThreadRecord* selfIfKnown() noexcept { return s_self; }
-  /// Whether a fork waits for threads that hold locks, or is under way. A thread that keeps a lock
-  /// longer than it needs looks at this now and then, and leaves it.
+  /// Whether a fork waits for threads that hold locks, or is under way. A dispatcher then has the
+  /// lines that it holds back written.
   static bool isClosed() noexcept { return s_isClosed.load(); }
 
  private:

@@ -146,6 +146,8 @@ bool ZEBThreadCriticalSection::isHeldHere() const noexcept {
   return owner != 0 && isOwner(ownerOf(ZEBForkGate::selfIfKnown()), owner);
 }
 
+void ZEBThreadCriticalSection::leave() noexcept { leaveInline(); }
+
 LOG4ZEB_COLD void ZEBThreadCriticalSection::wakeWaiting() const noexcept {
   ZEBThreadPlace& place = placeOf(this);
   // A thread that waits sets OTHERS_WAIT and sleeps under this lock, so it misses no wake-up.

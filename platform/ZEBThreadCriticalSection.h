@@ -32,17 +32,7 @@ class LOG4ZEB_EXPORT ZEBThreadCriticalSection {
   /// ZEBOutOfMemoryError as enter() does.
   bool tryEnter();
   /// REQUIRES: the calling thread holds the lock.
-  LOG4ZEB_INLINE void leave() noexcept {
-    if (m_repeats != 0) {
-      --m_repeats;
-      return;
-    }
-    noteLeft();
-    // From the exchange on, another thread may take the lock and destroy it.
-    if ((m_owner.exchange(0, std::memory_order_release) & OTHERS_WAIT) != 0) {
-      wakeWaiting();
-    }
-  }
+  void leave() noexcept;
   /// Whether another thread holds the lock now.
   bool isHeldElsewhere() const noexcept {
     // Acquired, so that a thread that sees the lock free sees also what was done under it.
@@ -53,6 +43,7 @@ class LOG4ZEB_EXPORT ZEBThreadCriticalSection {
 
  private:
   friend class ZEBThreadGuard;
+  friend class ZEBThreadInlineGuard;
 
   /// What is recorded of the calling thread. Throws ZEBOutOfMemoryError.
   static ZEBForkGate::ThreadRecord& currentThread();
@@ -67,6 +58,17 @@ class LOG4ZEB_EXPORT ZEBThreadCriticalSection {
     }
   }
   static bool isOfOther(Owner owner) noexcept;
+  LOG4ZEB_INLINE void leaveInline() noexcept {
+    if (m_repeats != 0) {
+      --m_repeats;
+      return;
+    }
+    noteLeft();
+    // From the exchange on, another thread may take the lock and destroy it.
+    if ((m_owner.exchange(0, std::memory_order_release) & OTHERS_WAIT) != 0) {
+      wakeWaiting();
+    }
+  }
   void enterHeld(Owner self, Owner owner);
   void waitFor(Owner self);
   void sleepUntilTaken(Owner self);

@@ -1,10 +1,17 @@
 #include "platform/ZEBThreadGuard.h"
 
-ZEBThreadGuard::ZEBThreadGuard(ZEBThreadCriticalSection& section)
-    : ZEBThreadGuard(section, ZEBForkGate::LOCKS) {}
+#include "platform/ZEBThreadInlineGuard.h"
 
-LOG4ZEB_COLD void ZEBThreadGuard::enterAfterFork() {
-  m_section.leave();
-  m_scope.waitForFork();
-  m_section.enter();
+ZEBThreadGuard::ZEBThreadGuard(ZEBThreadCriticalSection& section, ZEBForkGate::Held held)
+    : m_scope(ZEBThreadInlineGuard::currentThread(), held), m_section(section) {
+  ZEBThreadInlineGuard::enter(m_scope, m_section);
+}
+
+ZEBThreadGuard::~ZEBThreadGuard() { m_section.leaveInline(); }
+
+LOG4ZEB_COLD void ZEBThreadInlineGuard::enterAfterFork(const ZEBForkGate::LockScope& scope,
+                                                       ZEBThreadCriticalSection& section) {
+  section.leave();
+  scope.waitForFork();
+  section.enter();
 }

@@ -12,7 +12,8 @@
 class LOG4ZEB_EXPORT ZEBThreadGuard {
  public:
   /// Waits for the lock; throws ZEBSystemError or ZEBOutOfMemoryError when it cannot be taken.
-  explicit ZEBThreadGuard(ZEBThreadCriticalSection& section);
+  explicit ZEBThreadGuard(ZEBThreadCriticalSection& section)
+      : ZEBThreadGuard(section, ZEBForkGate::LOCKS) {}
   /// The same for an object that carries its section, such as a ZEBThreadLockableResource.
   template <typename Lockable,
             typename = decltype(std::declval<const Lockable&>().getCriticalSection())>
@@ -20,26 +21,12 @@ class LOG4ZEB_EXPORT ZEBThreadGuard {
       : ZEBThreadGuard(lockable.getCriticalSection()) {}
   ZEBThreadGuard(const ZEBThreadGuard&) = delete;
   ZEBThreadGuard& operator=(const ZEBThreadGuard&) = delete;
-  LOG4ZEB_INLINE ~ZEBThreadGuard() { m_section.leave(); }
+  ~ZEBThreadGuard();
 
  protected:
-  /// Within the library only: what is recorded of threads is not exported.
-  LOG4ZEB_INLINE ZEBThreadGuard(ZEBThreadCriticalSection& section, ZEBForkGate::Held held)
-      : m_scope(currentThread(), held), m_section(section) {
-    m_section.enter(m_scope.thread());
-    // A fork that did not see the scope yet has closed the gate before this.
-    if (m_scope.isOutermost() && ZEBForkGate::isClosed()) {
-      enterAfterFork();
-    }
-  }
+  ZEBThreadGuard(ZEBThreadCriticalSection& section, ZEBForkGate::Held held);
 
  private:
-  static ZEBForkGate::ThreadRecord& currentThread() {
-    ZEBForkGate::ThreadRecord* const known = ZEBForkGate::selfIfKnown();
-    return known != nullptr ? *known : ZEBThreadCriticalSection::currentThread();
-  }
-  void enterAfterFork();
-
   const ZEBForkGate::LockScope m_scope;
   ZEBThreadCriticalSection& m_section;
 };

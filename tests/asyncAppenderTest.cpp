@@ -533,6 +533,27 @@ TEST(BoundedFIFO, CountsAndRefusesWhatDoesNotFit) {
                       "log4zeb:ERROR LOGBoundedFIFO:put --- The list of LOGEventLogger is full."}));
 }
 
+TEST(BoundedFIFO, WakesItsThreadAlsoAfterAnEventThatWasGoneWhenItLooked) {
+  LOGBoundedFIFO fifo(8);
+  std::atomic<int> interrupted{0};
+  Threads threads(1, [&](int) {
+    while (fifo.waitForEvent(interrupted)) {
+      const std::unique_ptr<LOGLoggingEvent> taken(fifo.get());
+    }
+  });
+  const LOGLoggingEvent event;
+  for (int i = 0; i < 5; ++i) {
+    std::this_thread::sleep_for(milliseconds(50));  // until it sleeps
+    fifo.add(event);
+    const std::unique_ptr<LOGLoggingEvent> gone(fifo.get());
+    std::this_thread::sleep_for(milliseconds(5));
+    fifo.add(event);
+    EXPECT_TRUE(eventually([&] { return fifo.length() == 0; }));
+  }
+  interrupted = 1;
+  fifo.wakeAll();
+}
+
 TEST(BoundedFIFO, GivesEventsOfEveryKindBackAsTheyWere) {
   LOGObject tagged("tagged");
   tagged.instance("Tag");

@@ -175,10 +175,13 @@ int ZEBFmChannel::failed() noexcept {
 
 LOG4ZEB_HOT std::int64_t ZEBFmChannel::write(const char* bytes, std::size_t size) {
   const int descriptor = descriptorOf(m_handle);
-  ssize_t written = m_maySignal ? -1 : ::write(descriptor, bytes, size);
-  if (written <= 0) {
-    written = m_maySignal ? writeShielded(descriptor, bytes, size)
-                          : writeWhenPossible(descriptor, bytes, size);
+  if (m_maySignal) {
+    const ssize_t written = writeShielded(descriptor, bytes, size);
+    return written >= 0 ? written : failed();
+  }
+  ssize_t written = ::write(descriptor, bytes, size);
+  if (written < 0 ? errno == EINTR || errno == EAGAIN : written == 0) {
+    written = writeWhenPossible(descriptor, bytes, size);
   }
   return written >= 0 ? written : failed();
 }
