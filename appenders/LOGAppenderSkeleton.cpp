@@ -79,8 +79,8 @@ LOG4ZEB_HOT void LOGAppenderSkeleton::doAppend(LOGLoggingEvent* event) {
       "LOGAppenderSkeleton::doAppend -- ZEB Exception occured",
       "LOGAppenderSkeleton::doAppend -- An Exception occured"};
   logReportingFailures(TEXTS, [&]() LOG4ZEB_INLINE {
-    if (LOGCallScope::outermost() == nullptr) {
-      const LOGCallScope call;  // ends after the lock
+    if (LOGCallScope::outermost() == nullptr) {  // the program itself appends
+      const LOGCallScope call;                   // ends after the lock
       appendLocked(event);
     } else {
       appendLocked(event);

@@ -62,7 +62,11 @@ void closeAndTakeOutEach(LOGAppenderAttachableImpl& list) {
   LOGFirstFailure failure;
   const auto pinFirst = [&] {
     const ZEBThreadGuard guard(list.getCriticalSection());
-    return list.pinAt(0, pin);
+    LOGAppenderSkeleton* const first = list.pinAt(0, pin);
+    if (first == nullptr) {
+      failure.keepOf([&] { list.removeAllAppenders(); });  // the list's claims go, too
+    }
+    return first;
   };
   while (LOGAppenderSkeleton* const appender = pinFirst()) {
     failure.keepOf([&] { appender->close(); });
@@ -299,19 +303,11 @@ void LOGAsyncAppender::removeEverywhere(const LOGFailureTexts& texts, Remove rem
 
 void LOGAsyncAppender::removeAllAppenders() {
   removeEverywhere(REMOVE_ALL_TEXTS, [](LOGAppenderAttachableImpl& list) {
-    LOGFirstFailure failure;
-    for (bool isDone = false; !isDone;) {
-      const bool isHeld = list.getCriticalSection().isHeldHere();
-      if (!isHeld) {
-        failure.keepOf([&] { closeAndTakeOutEach(list); });
-      }
-      const ZEBThreadGuard guard(list.getCriticalSection());
-      isDone = isHeld || list.at(0) == nullptr;  // another thread may have added one
-      if (isDone) {
-        failure.keepOf([&] { list.removeAllAppenders(); });
-      }
+    if (list.getCriticalSection().isHeldHere()) {
+      list.removeAllAppenders();
+    } else {
+      closeAndTakeOutEach(list);
     }
-    failure.passOn();
     return LOGAppenderAttachableImpl::Removed{nullptr, true};
   });
 }

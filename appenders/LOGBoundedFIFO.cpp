@@ -67,11 +67,11 @@ LOG4ZEB_HOT std::uint64_t LOGBoundedFIFO::add(const LOGLoggingEvent& event) {
     // Sequentially consistent, as m_isAsleep is: either the dispatcher sees the event before it
     // falls asleep, or this thread sees that it sleeps.
     m_queuedCount = place;
-    const auto capacity = static_cast<std::uint64_t>(this->capacity());
-    if (place - m_leftAtLeast > capacity) {
+    const auto most = static_cast<std::uint64_t>(capacity());
+    if (place - m_leftAtLeast > most) {
       m_leftAtLeast = m_leftCount;  // which the dispatcher writes to, so it is looked at seldom
     }
-    if (place - m_leftAtLeast <= capacity) {
+    if (place - m_leftAtLeast <= most) {
       place = 0;
     }
   }

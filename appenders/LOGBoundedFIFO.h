@@ -16,9 +16,9 @@ class LOGLoggingEvent;
 /// The queue between the threads that log and an asynchronous appender's dispatcher. It owns the
 /// events in it. add() puts an event in also where the queue is full; the caller then waits until
 /// it is within the capacity. put() and get() are for programs that use a queue by itself. Its
-/// LOGMutex lock is for who takes events out; threads that put events in
-/// have a lock of their own, which the taker never takes, and a third one is for those who sleep.
-/// Nothing but memory and the diagnostics is used under any of them.
+/// LOGMutex lock is for who takes events out; threads that put events in have a lock of their own,
+/// which the taker never takes, and a third one is for those who sleep. Nothing but memory and the
+/// diagnostics is used under any of them.
 class LOG4ZEB_EXPORT LOGBoundedFIFO : public LOGMutex {
  public:
   /// A capacity below 1 is reported and kept; for those who wait for room it counts as 1.

@@ -6,7 +6,7 @@
 // only who uses these macros pays for one; the application includes <format> or <fmt/format.h>
 // itself, in any order with the headers of the library. With LOG4ZEB_COMPILE_FORMATS, and
 // <fmt/compile.h>, {fmt} compiles the format strings; what it cannot compile it reads at run time,
-// before C++20 without having checked it. {fmt} has to be of version 8 or later.
+// without having checked it. {fmt} has to be of version 8 or later.
 
 #if __has_include(<version>)
 #include <version>

@@ -1,7 +1,6 @@
 #include "core/LOGLoggingEvent.h"
 
 #include <charconv>
-#include <string_view>
 #include <typeinfo>
 #include <utility>
 

@@ -19,23 +19,21 @@ bool LOGBasicPatternConverter::appendText(I18NString& text, LOGLoggingEvent* eve
       text.append(ZEBUtConvert::handleCvt(
           (event->getTimeStamp() - LOGLoggingEvent::getStartTime()) * MILLISECONDS_PER_SECOND));
       return true;
-    case LOGPatternParser::THREAD_CONVERTER:
-      text.append(event->getThreadName());
-      return true;
+    case LOGPatternParser::MESSAGE_CONVERTER:
+      return event->appendRenderedMessage(text);
     case LOGPatternParser::LEVEL_CONVERTER: {
       const LOGLevel* const level = event->getLevel();
       ZEB_ASSERT(level, SOURCE, __LINE__);
-      text.append(level->getText());
-      return true;
+      break;
     }
-    case LOGPatternParser::NDC_CONVERTER:
-      text.append(event->getNDC());
-      return true;
-    case LOGPatternParser::MESSAGE_CONVERTER:
-      return event->appendRenderedMessage(text);
     default:
-      return false;
+      break;
   }
+  const I18NString* const shown = logTextOf(LOGBasicPatternConverter::part(), *event);
+  if (shown != nullptr) {
+    text.append(*shown);
+  }
+  return shown != nullptr;
 }
 
 LOGEventPart LOGBasicPatternConverter::part() const {

@@ -1,13 +1,8 @@
 #ifndef LAYOUTS_LOGDIRECTCONVERTER_H
 #define LAYOUTS_LOGDIRECTCONVERTER_H
 
+#include "layouts/LOGEventPart.h"
 #include "platform/I18NString.h"
-
-class LOGLoggingEvent;
-
-/// A part of an event that is shown as it is. A pattern layout takes such parts straight from the
-/// event, without a call of their converters.
-enum class LOGEventPart { NONE, LOGGER_NAME, THREAD, LEVEL, CONTEXT, MESSAGE };
 
 /// The side of a pattern converter that can put its text straight where it belongs, so that a
 /// pattern layout needs no strings in between. A class that overrides convert() of a converter

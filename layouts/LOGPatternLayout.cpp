@@ -3,8 +3,6 @@
 #include <utility>
 
 #include "core/LOGFailures.h"
-#include "core/LOGLevel.h"
-#include "core/LOGLoggingEvent.h"
 #include "layouts/LOGLiteralPatternConverter.h"
 #include "layouts/LOGPatternParser.h"
 #include "platform/ZEBThreadGuard.h"
@@ -13,27 +11,6 @@
 namespace {
 
 constexpr const char* SOURCE = "LOGPatternLayout";
-
-/// The text of a part, which belongs to the event; null where there is none, and where its
-/// converter knows more: for a message that is not rendered by its own text, and for the level of
-/// an event that has none.
-inline const I18NString* textOf(LOGEventPart part, LOGLoggingEvent& event) {
-  switch (part) {
-    case LOGEventPart::LOGGER_NAME:
-      return &event.getLoggerName();
-    case LOGEventPart::THREAD:
-      return &event.getThreadName();
-    case LOGEventPart::LEVEL:
-      return event.getLevel() == nullptr ? nullptr : &event.getLevel()->getText();
-    case LOGEventPart::CONTEXT:
-      return &event.getNDC();
-    case LOGEventPart::MESSAGE:
-      return event.ownTextOfMessage();
-    case LOGEventPart::NONE:
-      break;
-  }
-  return nullptr;
-}
 
 }  // namespace
 
@@ -125,7 +102,7 @@ LOG4ZEB_HOT void LOGPatternLayout::build(I18NString& text, LOGLoggingEvent* even
     I18NWriter line(text);
     bool hasWidths = LOGPatternConverter::hasWidths();
     for (const Step* step = m_program.steps.data(); step != end; ++step) {
-      if (const I18NString* const part = hasWidths ? nullptr : textOf(step->part, *event)) {
+      if (const I18NString* const part = hasWidths ? nullptr : logTextOf(step->part, *event)) {
         line.append(*part);
       } else if (step->converter != nullptr) {
         line.close();

@@ -21,7 +21,8 @@
 
 // LOG4ZEB_HOT marks the definitions that every event comes through. They stand together in the
 // library: after a system call the processor reads them back from a few pages. LOG4ZEB_COLD keeps
-// what is seldom needed out of them. LOG4ZEB_INLINE stands behind what has one caller on that way.
+// what is seldom needed out of them. LOG4ZEB_INLINE has the compiler
+// put what is small into its callers on that way.
 #if defined(__GNUC__)
 #define LOG4ZEB_HOT __attribute__((hot))
 #define LOG4ZEB_COLD __attribute__((cold, noinline))

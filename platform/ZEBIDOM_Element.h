@@ -20,6 +20,9 @@ class LOG4ZEB_EXPORT ZEBIDOM_Element : public ZEBIDOM_Node {
   ZEBIDOM_NamedNodeMap getAttributes() const;
   /// The elements inside this one that have the name, all for "*", in document order.
   using ZEBIDOM_Node::getElementsByTagName;
+
+ private:
+  ZEBIDOM_Node attribute(const I18NString& name) const;
 };
 
 #endif

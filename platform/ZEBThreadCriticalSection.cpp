@@ -36,15 +36,6 @@ std::uintptr_t ownerOf(const ZEBForkGate::ThreadRecord* thread) {
   return reinterpret_cast<std::uintptr_t>(thread);
 }
 
-bool isOwner(std::uintptr_t self, std::uintptr_t owner) { return (owner | 1) == (self | 1); }
-
-/// Whether that is no thread, or one lost by a fork.
-bool isFree(std::uintptr_t owner) {
-  const auto* const thread =
-      reinterpret_cast<const ZEBForkGate::ThreadRecord*>(owner & ~std::uintptr_t{1});
-  return thread == nullptr || thread->isLost();
-}
-
 }  // namespace
 
 // The thread sanitizer sees only atomic operations here. With these notes it knows the lock as one,

@@ -13,9 +13,6 @@
 /// of a fork it is free unless the thread that forked holds it; only a ZEBThreadGuard has a fork
 /// wait until what is changed under it is whole.
 class LOG4ZEB_EXPORT ZEBThreadCriticalSection {
-  using Owner = std::uintptr_t;
-  static constexpr Owner OTHERS_WAIT = 1;
-
  public:
   /// The argument is kept for callers that pass one; it has no meaning.
   constexpr explicit ZEBThreadCriticalSection(int = 0) noexcept {}
@@ -44,6 +41,8 @@ class LOG4ZEB_EXPORT ZEBThreadCriticalSection {
  private:
   friend class ZEBThreadGuard;
   friend class ZEBThreadInlineGuard;
+  using Owner = std::uintptr_t;
+  static constexpr Owner OTHERS_WAIT = 1;
 
   /// What is recorded of the calling thread. Throws ZEBOutOfMemoryError.
   static ZEBForkGate::ThreadRecord& currentThread();
@@ -56,6 +55,15 @@ class LOG4ZEB_EXPORT ZEBThreadCriticalSection {
     } else {
       enterHeld(self, owner);
     }
+  }
+  static bool isOwner(Owner self, Owner owner) noexcept {
+    return (owner | OTHERS_WAIT) == (self | OTHERS_WAIT);
+  }
+  /// Whether that is no thread, or one lost by a fork.
+  static bool isFree(Owner owner) noexcept {
+    const auto* const thread =
+        reinterpret_cast<const ZEBForkGate::ThreadRecord*>(owner & ~OTHERS_WAIT);
+    return thread == nullptr || thread->isLost();
   }
   static bool isOfOther(Owner owner) noexcept;
   LOG4ZEB_INLINE void leaveInline() noexcept {

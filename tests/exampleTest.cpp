@@ -34,7 +34,9 @@ const Example TABLE[] = {
     {"custom_filter", {{"custom_filter.xml"}}},
     {"custom_layout", {{"custom_layout.xml"}}},
     {"first", {{"first.xml"}}},
+#ifdef LOG4ZEB_HAS_FMT
     {"formatting", {{"formatting.xml"}}},
+#endif
     {"getting_started", {{"getting_started.xml"}}},
     {"library", {{"library.xml"}}},
     {"logger_factory", {{"logger_factory.xml"}}},
@@ -127,9 +129,6 @@ class Examples : public testing::TestWithParam<Example> {};
 TEST_P(Examples, DoWhatTheirOutputShows) {
   const Workplace workplace;
   const Example& example = GetParam();
-  if (example.name == std::string("formatting") && !fs::exists(programOf("formatting"))) {
-    GTEST_SKIP() << "{fmt} was not there when the examples were built";
-  }
   std::set<std::string> known{"log4zeb.log"};
   for (const auto& entry : fs::directory_iterator(EXAMPLES + example.name)) {
     if (entry.path().extension() == ".xml") {
@@ -167,5 +166,8 @@ TEST(ExamplesTable, HasEveryProgram) {
       there.insert(name);
     }
   }
+#ifndef LOG4ZEB_HAS_FMT
+  there.erase("formatting");
+#endif
   EXPECT_EQ(tested, there);
 }
